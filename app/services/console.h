@@ -1,0 +1,53 @@
+// Console services: printed text, progress, keys, hex dumps and the paging prompt.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "app/services/callbacks.h"
+#include "app/services/format.h"
+
+namespace varnok {
+
+/// Shows text on the console. Of the control characters only BS, TAB, LF and CR reach it; any other shows as '?',
+/// whatever a device, a table or a script holds.
+void PrintText(std::u16string_view text);
+
+/// Formats and shows text.
+template <class... Arguments>
+void Print(std::u16string_view format, const Arguments&... arguments) {
+  PrintText(Format(format, arguments...));
+}
+
+/// The paging flag: long displays stop at every page while it is set. No option sets it today.
+bool IsPagingOn();
+void SetPaging(bool on);
+
+/// The display callback.
+void DisplayText(std::u16string_view text);
+
+/// The key reader. With `push` not 0 the character is kept for the next call and returned; else the kept character or
+/// the next key stroke, 0 for a key without a character.
+char16_t GetKey(char16_t push);
+
+/// The input-character callback: one key as an 8-bit character. Returns the number of bytes stored, -1 for a key that
+/// has no 8-bit form.
+int InputChar(char& character);
+
+/// The environment-variable callback: `value` receives at most `capacity` characters.
+bool GetEnvVar(std::u16string_view name, std::u16string& value, std::size_t capacity);
+
+/// The hex-dump callback: rows of 16 bytes, into `stream` or on the console when it is null.
+void DisplayHex(const std::uint8_t* bytes, std::size_t length, File* stream);
+
+/// The paging prompt: true to go on, false to stop. Non-stop clears the paging flag.
+bool PromptMore();
+
+namespace Dornquist {
+/// The progress callback; returns 0.
+int DisplayProgress(ProgressStyle style, std::u16string_view prefix, std::uint32_t current, std::uint32_t total);
+}  // namespace Dornquist
+
+}  // namespace varnok

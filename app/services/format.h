@@ -1,0 +1,89 @@
+// printf-style formatting of 8- and 16-bit text. Arguments carry their types: a conversion that does not fit its
+// argument, or that has none, shows as it stands and reads nothing, so text of an operator or a file is harmless as a
+// format.
+//
+//   %s         8- or 16-bit text          %d %i      signed decimal
+//   %hs        8-bit text                 %u         unsigned decimal
+//   %ls        16-bit text                %x %X      hexadecimal
+//   %c %lc     one character              %%         a per cent sign
+//
+// with the flags '-', '0', '+', ' ' and '#', a width, a precision and the sizes h, hh, l, ll of C's printf; an
+// integer is shown in the width of its own type, so the sizes only make the C format valid here.
+#pragma once
+
+#include <array>
+#include <concepts>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace varnok {
+
+/// One argument of a format call; refers to text, never owns it.
+class FormatArgument {
+ public:
+  enum class Kind { Integer, Character, Text8, Text16 };
+
+  template <std::integral Number>
+    requires(!std::same_as<Number, char> && !std::same_as<Number, char16_t>)
+  FormatArgument(Number number)
+      : kind_(Kind::Integer),
+        isNegative_(std::is_signed_v<Number> && number < Number{}),
+        bytes_(sizeof(Number)),
+        number_(static_cast<std::uint64_t>(number)) {}
+  FormatArgument(char character)
+      : kind_(Kind::Character), number_(static_cast<unsigned char>(character)) {}
+  FormatArgument(char16_t character) : kind_(Kind::Character), number_(character) {}
+  FormatArgument(std::string_view text) : kind_(Kind::Text8), text8_(text) {}
+  FormatArgument(const std::string& text) : FormatArgument(std::string_view(text)) {}
+  FormatArgument(const char* text)
+      : FormatArgument(text == nullptr ? std::string_view("(null)") : std::string_view(text)) {}
+  FormatArgument(std::u16string_view text) : kind_(Kind::Text16), text16_(text) {}
+  FormatArgument(const std::u16string& text) : FormatArgument(std::u16string_view(text)) {}
+  FormatArgument(const char16_t* text)
+      : FormatArgument(text == nullptr ? std::u16string_view(u"(null)") : std::u16string_view(text)) {}
+
+  Kind kind() const { return kind_; }
+  std::string_view text8() const { return text8_; }
+  std::u16string_view text16() const { return text16_; }
+  char16_t character() const { return static_cast<char16_t>(number_); }
+
+  /// The bits of an integer or the number of a character, without sign extension past the type's own width.
+  std::uint64_t Bits() const;
+  /// The same bits read as a signed number of the type's own width.
+  std::int64_t Signed() const;
+
+ private:
+  Kind kind_;
+  bool isNegative_ = false;
+  std::size_t bytes_ = 4;
+  std::uint64_t number_ = 0;
+  std::string_view text8_;
+  std::u16string_view text16_;
+};
+
+std::u16string FormatWith(std::u16string_view format, std::span<const FormatArgument> arguments);
+std::string FormatWith(std::string_view format, std::span<const FormatArgument> arguments);
+
+/// Formats 16-bit text.
+template <class... Arguments>
+std::u16string Format(std::u16string_view format, const Arguments&... arguments) {
+  return FormatWith(format, std::array<FormatArgument, sizeof...(Arguments)>{FormatArgument(arguments)...});
+}
+
+/// Formats 8-bit text; 16-bit arguments are narrowed.
+template <class... Arguments>
+std::string Format(std::string_view format, const Arguments&... arguments) {
+  return FormatWith(format, std::array<FormatArgument, sizeof...(Arguments)>{FormatArgument(arguments)...});
+}
+
+/// Formats 16-bit text and keeps at most its first `limit` characters.
+template <class... Arguments>
+std::u16string FormatUpTo(std::size_t limit, std::u16string_view format, const Arguments&... arguments) {
+  std::u16string text = Format(format, arguments...);
+  if (text.size() > limit) text.resize(limit);
+  return text;
+}
+
+}  // namespace varnok

@@ -1,0 +1,33 @@
+// The 64-bit status that every operation returns, and the platform's own values (UEFI 2.10, appendix D).
+#pragma once
+
+#include <cstdint>
+
+namespace varnok {
+
+/// 0 is success. Module failures are 0xC000000000MMCCCC (each module's *_status.h names its own);
+/// platform failures have only the top bit of the first byte set and pass through unchanged.
+using Status = std::uint64_t;
+
+inline constexpr Status kSuccess = 0;
+
+namespace uefi_status {
+inline constexpr Status kError = 0x8000000000000000;
+inline constexpr Status kLoadError = kError | 1;
+inline constexpr Status kInvalidParameter = kError | 2;
+inline constexpr Status kUnsupported = kError | 3;
+inline constexpr Status kBadBufferSize = kError | 4;
+inline constexpr Status kBufferTooSmall = kError | 5;
+inline constexpr Status kNotReady = kError | 6;
+inline constexpr Status kDeviceError = kError | 7;
+inline constexpr Status kWriteProtected = kError | 8;
+inline constexpr Status kOutOfResources = kError | 9;
+inline constexpr Status kVolumeFull = kError | 11;
+inline constexpr Status kNotFound = kError | 14;
+inline constexpr Status kAccessDenied = kError | 15;
+inline constexpr Status kTimeout = kError | 18;
+inline constexpr Status kAborted = kError | 21;
+inline constexpr Status kEndOfFile = kError | 31;
+}  // namespace uefi_status
+
+}  // namespace varnok
