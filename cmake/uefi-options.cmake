@@ -4,7 +4,7 @@ add_library(varnok_uefi_options INTERFACE)
 target_include_directories(varnok_uefi_options SYSTEM INTERFACE /usr/include/efi /usr/include/efi/x86_64)
 target_compile_options(varnok_uefi_options INTERFACE
   -Os -ffreestanding -fno-threadsafe-statics -fno-asynchronous-unwind-tables -fno-stack-protector -mno-red-zone
-  -mno-stack-arg-probe -ffunction-sections -fdata-sections)
+  -mno-stack-arg-probe -fno-strict-aliasing -ffunction-sections -fdata-sections)
 target_compile_definitions(varnok_uefi_options INTERFACE _GLIBCXX_EXTERN_TEMPLATE=0)
 
 # varnok_uefi_image(TARGET OUTPUT SUBSYSTEM libraries...): subsystem 10 is an application, 11 a boot-service driver.
