@@ -3,6 +3,8 @@
 #include "firmware/entry.h"
 
 #include "firmware/argument_vector.h"
+#include "firmware/uefi/files.h"
+#include "firmware/uefi/pool_blocks.h"
 #include "firmware/uefi/runtime.h"
 #include "firmware/uefi/uefi_firmware.h"
 
@@ -29,5 +31,9 @@ int RunProgram() {
 
 extern "C" EFI_STATUS efi_main(EFI_HANDLE image, EFI_SYSTEM_TABLE* table) {
   varnok::uefi::StartRuntime(image, table);
-  return static_cast<EFI_STATUS>(varnok::uefi::RunProgram());
+  int status = varnok::uefi::RunProgram();
+  // Module state is never destroyed, and the firmware keeps what an image does not return.
+  varnok::uefi::CloseAllFiles();
+  varnok::uefi::FreeAllPoolBlocks();
+  return static_cast<EFI_STATUS>(status);
 }
