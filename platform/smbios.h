@@ -1,5 +1,5 @@
-// SMBIOS: the firmware's table, found by its GUID, walked by type and handle; the display of the system, board and
-// chassis records; the look-ups that script probes make.
+// SMBIOS: the firmware's table, found by its GUID, walked by type and handle; the display of the system,
+// board and chassis records; the look-ups that script probes make.
 #pragma once
 
 #include <cstddef>
