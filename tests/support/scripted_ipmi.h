@@ -27,7 +27,7 @@ class ScriptedIpmi {
     std::uint8_t lun = 0;
     std::uint8_t command = 0;
     std::uint8_t completionCode = 0;
-    Bytes data;
+    Bytes data{};
     /// The length field when it lies; -1: the number of bytes.
     int statedLength = -1;
   };
