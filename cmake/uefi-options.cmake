@@ -12,6 +12,7 @@ function(varnok_uefi_image target output subsystem)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${output} SUFFIX ""
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
   target_link_options(${target} PRIVATE -nostdlib -static -s -Wl,--subsystem,${subsystem} -Wl,-e,efi_main
-    -Wl,--gc-sections -Wl,--dynamicbase -Wl,--no-insert-timestamp)
+    -Wl,-T,${PROJECT_SOURCE_DIR}/cmake/uefi-image.ld -Wl,--gc-sections -Wl,--dynamicbase -Wl,--no-insert-timestamp)
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/uefi-image.ld)
   target_link_libraries(${target} PRIVATE varnok_core_options ${ARGN} -lstdc++ -lgcc)
 endfunction()
