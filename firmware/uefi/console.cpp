@@ -5,6 +5,12 @@
 #include "firmware/uefi/runtime.h"
 
 namespace varnok::uefi {
+namespace {
+
+// An input file of the shell begins with it; no key does.
+constexpr char16_t kByteOrderMark = 0xFEFF;
+
+}  // namespace
 
 void Console::Write(std::u16string_view text) {
   std::u16string shown;
@@ -28,6 +34,7 @@ char16_t Console::ReadKey() {
       EndProgram(u"\r\nThe console cannot wait for a key.\r\n", uefi_status::kDeviceError);
     EFI_INPUT_KEY key{};
     Status status = input->ReadKeyStroke(input, &key);
+    if (status == kSuccess && key.UnicodeChar == kByteOrderMark) continue;
     if (status == kSuccess) return key.UnicodeChar;
     if (status != uefi_status::kNotReady)
       EndProgram(u"\r\nThe console gives no key.\r\n", uefi_status::kDeviceError);

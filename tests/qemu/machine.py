@@ -21,12 +21,10 @@ BUILD = Path(os.environ.get("VARNOK_UEFI_BUILD", Path(__file__).resolve().parent
 class Stick:
     """A FAT image, filled and read with mtools."""
 
-    def __init__(self, image: Path, kibibytes: int = 34 * 1024, label: str = "VARNOK"):
+    def __init__(self, image: Path, small: bool = False):
         self.image = image
-        sectors = kibibytes * 2
-        size = "-F" if kibibytes > 33 * 1024 else "-f 1440" if kibibytes == 1440 else ""
-        command = ["mformat", "-i", str(image), "-C", "-T", str(sectors), "-h", "16", "-s", "63", "-v", label]
-        self._run(command + size.split() + ["::"])
+        shape = ["-f", "1440"] if small else ["-F", "-T", str(34 * 1024 * 2), "-h", "16", "-s", "63"]
+        self._run(["mformat", "-i", str(image), "-C"] + shape + ["-v", "VARNOK", "::"])
 
     @staticmethod
     def _run(command, **kwargs):

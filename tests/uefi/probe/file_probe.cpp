@@ -35,16 +35,19 @@ void Put(const std::u16string& name, FileMode mode, std::string_view text) {
 void Fill(const std::u16string& name) {
   std::unique_ptr<File> file;
   Status status = TheFirmware().OpenFile(name, FileMode::Write, file);
+  if (status != kSuccess) return AnswerStatus(u"fill", status);
   std::vector<std::uint8_t> part(256 << 10, 0xF1);
-  while (status == kSuccess) status = file->Write(part);
+  // A write that does not fit leaves what is free, so smaller ones follow.
+  for (; !part.empty(); part.resize(part.size() / 2))
+    for (status = kSuccess; status == kSuccess;) status = file->Write(part);
   AnswerStatus(u"fill", status);
 }
 
 }  // namespace
 
-/// files ACTION NAME [TEXT], any number of times, separated by a comma of its own.
+/// files ACTION NAME [TEXT], any number of times.
 int ProbeFiles(int count, char* words[]) {
-  for (int i = 0; i + 1 < count; ++i) {
+  for (int i = 0; i + 1 < count;) {
     std::string_view action = words[i];
     std::u16string name = Widen(words[i + 1]);
     i += 2;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string_view>
+#include <type_traits>
 
 #include "app/services/console.h"
 #include "firmware/firmware.h"
@@ -15,7 +16,8 @@ int ProbeIpmi(int count, char* words[]);
 /// Shows one answer as "name: value".
 template <class Value>
 void Answer(std::u16string_view name, const Value& value) {
-  Print(u"%ls: %s\n", name, value);
+  if constexpr (std::is_integral_v<Value>) Print(u"%ls: %d\n", name, value);
+  else Print(u"%ls: %s\n", name, value);
 }
 inline void AnswerStatus(std::u16string_view name, Status status) {
   Print(u"%ls: status %X\n", name, status);
