@@ -64,17 +64,16 @@ Status Kcs::Send(std::span<const std::uint8_t> request) {
 }
 
 Status Kcs::MakeIdle() {
-  if (awaitsAnswer_) {
-    awaitsAnswer_ = false;
-    std::size_t dropped = 0;
-    (void)ReadAnswer({}, dropped);
+  bool hasAnswer = awaitsAnswer_;
+  awaitsAnswer_ = false;
+  if (!hasAnswer) {
+    if (!WaitForInputTaken()) return uefi_status::kTimeout;
+    // Another user of the interface, the firmware before us, may have left an answer too.
+    hasAnswer = CurrentState() == State::Read;
   }
+  std::size_t dropped = 0;
+  if (hasAnswer) (void)ReadAnswer({}, dropped);
   if (!WaitForInputTaken()) return uefi_status::kTimeout;
-  // Another user of the interface, the firmware before us, may have left an answer too.
-  if (CurrentState() == State::Read) {
-    std::size_t dropped = 0;
-    (void)ReadAnswer({}, dropped);
-  }
   if (CurrentState() != State::Idle) return Abort();
   DropOutput();
   return kSuccess;
