@@ -3,21 +3,35 @@
 #include <sys/signalfd.h>
 
 #include <cstdio>
-#include <cstdlib>
+#include <optional>
 #include <string_view>
 
 #include "sim/board_server.h"
+#include "sim/board_source.h"
 
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: varnok-board serve FOLDER --listen 127.0.0.1:PORT\n"
-    "Answers a virtual machine (QEMU's ipmi-bmc-extern) as the BMC of the simulated board in FOLDER.\n"
-    "Port 0 takes a free port. VARNOK_TRAFFIC names a file for a log of all requests and answers.\n";
+    "Usage: varnok-board serve [FOLDER] --listen 127.0.0.1:PORT\n"
+    "Answers a virtual machine (QEMU's ipmi-bmc-extern) as the BMC of a simulated board: the one in FOLDER,\n"
+    "or the one that varnok uses. Port 0 takes a free port.\n";
 
 int Fail(const std::string& error) {
   std::fprintf(stderr, "varnok-board: %s\n", error.c_str());
   return 1;
+}
+
+/// The board in `folder`, or for null the one that the environment names.
+std::unique_ptr<varnok::sim::Board> Open(const char* folder, std::string& error) {
+  std::string notice;
+  auto environment = [folder](const char* name) {
+    if (folder != nullptr && std::string_view(name) == "VARNOK_BOARD")
+      return std::optional<std::string>(folder);
+    return varnok::sim::ProcessEnvironment(name);
+  };
+  auto board = varnok::sim::OpenBoard(environment, notice, error);
+  if (!notice.empty()) std::fprintf(stderr, "%s\n", notice.c_str());
+  return board;
 }
 
 int Serve(const char* folder, const char* address) {
@@ -32,14 +46,11 @@ int Serve(const char* folder, const char* address) {
   if (!stop.IsOpen()) return Fail("no signal descriptor can be had");
 
   std::string error;
-  std::unique_ptr<Board> board = Board::Open(folder, error);
+  std::unique_ptr<Board> board = Open(folder, error);
   if (board == nullptr) return Fail(error);
-  const char* traffic = std::getenv("VARNOK_TRAFFIC");
-  if (traffic != nullptr && *traffic != '\0' && !board->OpenTrafficLog(traffic))
-    return Fail(std::string(traffic) + " cannot be written");
   BoardServer server(*board);
   if (!server.Listen(address, error)) return Fail(error);
-  std::printf("Serving %s on %s\n", folder, server.Address().c_str());
+  std::printf("Serving %s on %s\n", board->Images().Folder().c_str(), server.Address().c_str());
   std::fflush(stdout);
   server.Run(stop.Number());
   return 0;
@@ -48,8 +59,10 @@ int Serve(const char* folder, const char* address) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  if (argc == 5 && std::string_view(argv[1]) == "serve" && std::string_view(argv[3]) == "--listen")
-    return Serve(argv[2], argv[4]);
+  bool hasFolder = argc == 5;
+  if ((argc == 4 || hasFolder) && std::string_view(argv[1]) == "serve" &&
+      std::string_view(argv[argc - 2]) == "--listen")
+    return Serve(hasFolder ? argv[2] : nullptr, argv[argc - 1]);
   std::fputs(kUsage, stderr);
   return 2;
 }
