@@ -1,5 +1,5 @@
-// SMBIOS: the firmware's table, found by its GUID, walked by type and handle; the display of the system, board and
-// chassis records; the look-ups that script probes make.
+// SMBIOS: the firmware's table, found by its GUID, walked by type and handle; the display of the system,
+// board and chassis records; the look-ups that script probes make.
 #pragma once
 
 #include <cstddef>
@@ -12,10 +12,6 @@
 #include "firmware/status.h"
 
 namespace varnok {
-
-/// The SMBIOS 2.x entry point (UEFI 2.10, section 4.6).
-inline constexpr Guid kSmbiosTableGuid{
-    0xEB9D2D31, 0x2D88, 0x11D3, {0x9A, 0x16, 0x00, 0x90, 0x27, 0x3F, 0xC1, 0x4D}};
 
 /// Finds the table; uefi_status::kNotFound without one.
 Status SmbiosInitialize();
