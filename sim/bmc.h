@@ -1,0 +1,47 @@
+// The simulated BMC and the controllers behind it. Process() is the BMC's system interface: it takes one
+// request and gives what comes back, faults and traffic log included.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+
+#include "sim/bridging.h"
+#include "sim/clock.h"
+#include "sim/controller.h"
+#include "sim/message.h"
+#include "sim/traffic_log.h"
+
+namespace varnok::sim {
+
+class Bmc {
+ public:
+  /// Throws BoardError when an image cannot be opened. The images and the clock must outlive the BMC.
+  Bmc(const BoardConfig& config, ImageStore& images, VirtualClock& clock);
+
+  /// One request at the system interface.
+  Delivery Process(const Request& request) noexcept;
+
+  /// One request at a controller, wherever it stands.
+  Delivery Deliver(Controller& controller, const Request& request);
+
+  TrafficLog& Log() { return log_; }
+  VirtualClock& Clock() { return clock_; }
+  ReceiveQueue& Queue() { return queue_; }
+  Controller& Self() { return controllers_.front(); }
+
+  /// Channel 0 is the primary IPMB; others exist when a controller stands on them, 6 always.
+  bool HasChannel(std::uint8_t channel) const;
+  /// The controller at an address behind the BMC; null when nothing acknowledges there.
+  Controller* FindController(std::uint8_t channel, std::uint8_t address);
+  /// Cold reset of a controller; the BMC's also empties the receive queue.
+  void Reset(Controller& controller);
+
+ private:
+  VirtualClock& clock_;
+  TrafficLog log_;
+  ReceiveQueue queue_;
+  std::uint32_t exchangeMicroseconds_;
+  std::deque<Controller> controllers_;  // the BMC first
+};
+
+}  // namespace varnok::sim

@@ -1,0 +1,105 @@
+#include "sim/board.h"
+
+#include <new>
+
+#include "sim/board_config.h"
+#include "sim/default_board.h"
+#include "sim/error.h"
+#include "sim/protocol_adapter.h"
+#include "sim/smbios_dump.h"
+
+namespace varnok::sim {
+namespace {
+
+constexpr const char* kConfigName = "board.json";
+
+}  // namespace
+
+struct Board::State {
+  State(const std::filesystem::path& folder, const BoardConfig& config)
+      : images(folder), bmc(config, images, clock), adapter(bmc) {
+    if (!config.clockStart.empty() && !clock.SetStart(config.clockStart)) {
+      throw BoardError("clock.start: \"" + config.clockStart +
+                       "\" is neither \"now\" nor like 2026-01-01T08:00:00");
+    }
+    if (config.smbiosFile) LoadSmbios(*config.smbiosFile);
+  }
+
+  void LoadSmbios(const std::string& name) {
+    try {
+      const auto content = images.Open(name).Content();
+      smbios.emplace(Bytes(content.begin(), content.end()));
+    } catch (const BoardError& error) {
+      throw BoardError("smbios: " + name + ": " + error.what());
+    }
+  }
+
+  VirtualClock clock;
+  ImageStore images;
+  Bmc bmc;
+  ProtocolAdapter adapter;
+  std::optional<SmbiosDump> smbios;
+};
+
+Board::Board(std::unique_ptr<State> state) : state_(std::move(state)) {}
+Board::~Board() = default;
+
+std::unique_ptr<Board> Board::Open(const std::filesystem::path& folder, std::string& error) {
+  const std::filesystem::path file = folder / kConfigName;
+  try {
+    auto state = std::make_unique<State>(folder, ReadBoardConfig(file));
+    return std::unique_ptr<Board>(new Board(std::move(state)));
+  } catch (const std::exception& failure) {
+    // A file that cannot be read names itself.
+    const std::string text = failure.what();
+    error = text.starts_with(file.string()) ? text : file.string() + ": " + text;
+    return nullptr;
+  }
+}
+
+bool Board::CreateDefault(const std::filesystem::path& folder, std::string& error) {
+  try {
+    std::filesystem::create_directories(folder);
+    for (const DefaultFile& file : DefaultBoardImages()) ReplaceFile(folder / file.name, file.content);
+    ReplaceFile(folder / kConfigName, DefaultBoardConfig());
+    return true;
+  } catch (const std::exception& failure) {
+    error = failure.what();
+    return false;
+  }
+}
+
+bool Board::OpenTrafficLog(const std::string& path) {
+  return state_->bmc.Log().Open(path);
+}
+Bmc& Board::TheBmc() {
+  return state_->bmc;
+}
+VirtualClock& Board::Clock() {
+  return state_->clock;
+}
+ImageStore& Board::Images() {
+  return state_->images;
+}
+IpmiProtocol* Board::InstalledIpmi() {
+  return state_->adapter.Protocol();
+}
+
+std::span<const std::uint8_t> Board::SmbiosEntryPoint() {
+  if (!state_->smbios) return {};
+  return state_->smbios->EntryPoint();
+}
+
+std::span<const std::uint8_t> Board::PhysicalMemory(std::uint64_t address, std::size_t length) {
+  if (!state_->smbios) return {};
+  return state_->smbios->Memory(address, length);
+}
+
+void Board::Stall(std::uint64_t microseconds, StallKind) {
+  state_->clock.Advance(microseconds);
+}
+WallClock Board::Now() {
+  return state_->clock.Now();
+}
+
+}  // namespace varnok::sim

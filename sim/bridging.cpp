@@ -1,0 +1,95 @@
+#include "sim/bridging.h"
+
+#include <utility>
+
+#include "sim/bmc.h"
+#include "sim/commands.h"
+
+namespace varnok::sim {
+namespace {
+
+constexpr std::uint8_t kApp = net_function::kApplication;
+constexpr std::uint8_t kSystemSoftwareLun = 2;  // answers to it go to the receive message queue
+constexpr std::size_t kFrameHeader = 6;         // rsSA, netFn/rsLUN, checksum, rqSA, rqSeq/rqLUN, command
+
+bool ChecksumsHold(std::span<const std::uint8_t> frame) {
+  return IpmbChecksum(frame.first(3)) == 0 && IpmbChecksum(frame.subspan(3)) == 0;
+}
+
+/// The answer's frame behind the requester's address, which its first checksum covers.
+std::vector<std::uint8_t> AnswerFrame(std::span<const std::uint8_t> request, const Response& response) {
+  const std::uint8_t requester = request[3];
+  const std::uint8_t requesterLun = request[4] & 3;
+  const auto netFunction = static_cast<std::uint8_t>(response.netFunction << 2 | requesterLun);
+  const std::uint8_t head[] = {requester, netFunction};
+  std::vector<std::uint8_t> frame = {netFunction, IpmbChecksum(head)};
+  std::vector<std::uint8_t> body = {request[0], static_cast<std::uint8_t>((request[4] & 0xFC) | response.lun),
+                                    response.command, response.completionCode};
+  body.insert(body.end(), response.data.begin(), response.data.end());
+  body.push_back(IpmbChecksum(body));
+  frame.insert(frame.end(), body.begin(), body.end());
+  return frame;
+}
+
+std::uint8_t SendMessage(CommandContext& context) {
+  const std::uint8_t channel = context.data[0] & 0x0F;
+  const auto frame = context.data.subspan(1);
+  if (!context.bmc.HasChannel(channel)) return code::kInvalidField;
+  Controller* target = context.bmc.FindController(channel, frame[0]);
+  if (target == nullptr) return code::kNakOnWrite;
+  // A controller drops a frame that arrived damaged, and answers that it did not ask for.
+  if (!ChecksumsHold(frame)) {
+    context.bmc.Log().Event("frame with a wrong checksum dropped");
+    return code::kSuccess;
+  }
+  const auto netFunction = static_cast<std::uint8_t>(frame[1] >> 2);
+  if ((netFunction & 1) != 0) return code::kSuccess;
+  Request request{netFunction, static_cast<std::uint8_t>(frame[1] & 3), frame[5], {}};
+  request.data.assign(frame.begin() + kFrameHeader, frame.end() - 1);
+  const Delivery delivery = context.bmc.Deliver(*target, request);
+  if (delivery.refused) return code::kNakOnWrite;
+  if ((frame[4] & 3) != kSystemSoftwareLun) return code::kSuccess;
+  for (const Response& response : delivery.answers) {
+    std::vector<std::uint8_t> message = AnswerFrame(frame, response);
+    message.insert(message.begin(), channel);
+    context.bmc.Queue().Push(std::move(message));
+  }
+  return code::kSuccess;
+}
+
+std::uint8_t GetMessage(CommandContext& context) {
+  auto message = context.bmc.Queue().Pop();
+  if (!message) return code::kQueueEmpty;
+  context.answer = std::move(*message);
+  return code::kSuccess;
+}
+
+constexpr CommandRow kRows[] = {
+    {kApp, 0x33, 0, 0, row_flag::kBmcOnly | row_flag::kInTransferMode, GetMessage},
+    {kApp, 0x34, 8, 0xFF, row_flag::kBmcOnly, SendMessage},
+};
+
+}  // namespace
+
+std::uint8_t IpmbChecksum(std::span<const std::uint8_t> bytes) {
+  unsigned sum = 0;
+  for (std::uint8_t byte : bytes) sum += byte;
+  return static_cast<std::uint8_t>(0 - sum);
+}
+
+void ReceiveQueue::Push(std::vector<std::uint8_t> message) {
+  if (messages_.size() < kCapacity) messages_.push_back(std::move(message));
+}
+
+std::optional<std::vector<std::uint8_t>> ReceiveQueue::Pop() {
+  if (messages_.empty()) return std::nullopt;
+  std::vector<std::uint8_t> message = std::move(messages_.front());
+  messages_.pop_front();
+  return message;
+}
+
+std::span<const CommandRow> BridgingCommands() {
+  return kRows;
+}
+
+}  // namespace varnok::sim

@@ -1,0 +1,72 @@
+#include "sim/protocol_adapter.h"
+
+#include <algorithm>
+
+namespace varnok::sim {
+namespace {
+
+constexpr std::uint32_t kLargestRequest = 255;
+/// What a receive without an answer takes, in microseconds.
+constexpr std::uint64_t kReceiveTimeout = 5000;
+
+}  // namespace
+
+ProtocolAdapter::ProtocolAdapter(Bmc& bmc) : bmc_(bmc) {
+  protocol_.revision = kIpmiProtocolRevision;
+  protocol_.Send = &ProtocolAdapter::Send;
+  protocol_.Receive = &ProtocolAdapter::Receive;
+  protocol_.owner = this;
+}
+
+Status ProtocolAdapter::Send(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun,
+                             std::uint8_t command, const std::uint8_t* data,
+                             std::uint32_t dataLength) noexcept {
+  if (dataLength > kLargestRequest || (data == nullptr && dataLength != 0) || netFunction > 0x3F || lun > 3) {
+    return uefi_status::kInvalidParameter;
+  }
+  try {
+    Request request{netFunction, lun, command, {}};
+    if (dataLength != 0) request.data.assign(data, data + dataLength);
+    return static_cast<Interface*>(self)->owner->SendRequest(request);
+  } catch (...) {
+    return uefi_status::kOutOfResources;
+  }
+}
+
+Status ProtocolAdapter::SendRequest(const Request& request) {
+  // A new request ends the wait for answers that nobody fetched.
+  std::erase_if(waiting_, [](const Waiting& waiting) { return !waiting.staysForNextSend; });
+  for (Waiting& waiting : waiting_) waiting.staysForNextSend = false;
+  Delivery delivery = bmc_.Process(request);
+  if (delivery.refused) return uefi_status::kDeviceError;
+  bool duplicate = false;
+  for (Response& response : delivery.answers) {
+    waiting_.push_back({std::move(response), duplicate});
+    duplicate = true;
+  }
+  return kSuccess;
+}
+
+Status ProtocolAdapter::Receive(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun,
+                                std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
+                                std::uint32_t* dataLength) noexcept {
+  ProtocolAdapter& adapter = *static_cast<Interface*>(self)->owner;
+  if (adapter.waiting_.empty()) {
+    adapter.bmc_.Clock().Advance(kReceiveTimeout);
+    return uefi_status::kTimeout;
+  }
+  // The answer leaves the queue even when it does not fit: the program asks again, not the board.
+  const Response response = std::move(adapter.waiting_.front().response);
+  adapter.waiting_.pop_front();
+  const std::uint32_t room = *dataLength;
+  *dataLength = static_cast<std::uint32_t>(response.data.size());
+  if (response.data.size() > room) return uefi_status::kBufferTooSmall;
+  *netFunction = response.netFunction;
+  *lun = response.lun;
+  *command = response.command;
+  *completionCode = response.completionCode;
+  std::copy(response.data.begin(), response.data.end(), data);
+  return kSuccess;
+}
+
+}  // namespace varnok::sim

@@ -1,0 +1,36 @@
+// The traffic log: one line for each request and each answer, with the virtual time, flushed line by line.
+// docs/board.md describes the format.
+#pragma once
+
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include "sim/clock.h"
+#include "sim/controller.h"
+#include "sim/message.h"
+
+namespace varnok::sim {
+
+class TrafficLog {
+ public:
+  explicit TrafficLog(const VirtualClock& clock) : clock_(clock) {}
+
+  /// Starts an empty log in the file at `path`. False when it cannot be written.
+  bool Open(const std::string& path);
+
+  void Asked(const Controller& controller, const Request& request);
+  void Answered(const Controller& controller, const Response& response, std::string_view remark = {});
+  /// The answer that does not come.
+  void Lost(const Controller& controller, const Request& request, std::string_view remark);
+  /// Something that happened on the board.
+  void Event(std::string_view text);
+
+ private:
+  void Line(std::string text, std::string_view remark = {});
+
+  const VirtualClock& clock_;
+  std::ofstream file_;
+};
+
+}  // namespace varnok::sim
