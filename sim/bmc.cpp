@@ -65,7 +65,7 @@ Delivery Bmc::Deliver(Controller& controller, const Request& request) {
   clock_.Advance(exchangeMicroseconds_);
   log_.Asked(controller, request);
   if (controller.IsSilent(clock_.Elapsed())) {
-    log_.Lost(controller, request, "in reset");
+    log_.Unanswered(controller, request, "lost", "in reset");
     return {};
   }
   const FaultEngine::Firing firing = faults_.Count(controller.Config(), request);
@@ -103,8 +103,9 @@ Delivery Bmc::Answer(Controller& controller, const Request& request, const Fault
   }
   if (rule->kind == FaultKind::ColdReset) Reset(controller);
   if (LosesAnswer(rule->kind) || (rule->kind == FaultKind::Stale && !previous)) {
-    log_.Lost(controller, request, rule->label);
-    return {.refused = rule->kind == FaultKind::Refuse, .answers = {}};
+    const bool refused = rule->kind == FaultKind::Refuse;
+    log_.Unanswered(controller, request, refused ? "refused" : "lost", rule->label);
+    return {.refused = refused, .answers = {}};
   }
   if (rule->kind == FaultKind::Stale) response = *previous;
   Distort(response, *rule);
