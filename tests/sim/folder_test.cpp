@@ -80,6 +80,24 @@ TEST_F(BoardTest, EveryErrorNamesItsKey) {
   EXPECT_NE(ErrorOf("{\"smbios\": ").find("board.json: "), std::string::npos);
 }
 
+TEST_F(BoardTest, DocumentedExamplesAreAccepted) {
+  std::ifstream file(std::string(VARNOK_SOURCE_DIR) + "/docs/board.md");
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  const std::string opening = "```json\n", closing = "\n```";
+  int examples = 0;
+  for (std::size_t at = text.find(opening); at != std::string::npos; at = text.find(opening, at + 1)) {
+    const std::size_t from = at + opening.size();
+    std::string json = text.substr(from, text.find(closing, from) - from);
+    if (json.front() != '{')
+      json = "{\"bmc\": {\"frus\": [{\"id\": 0, \"file\": \"board.bin\"}]}, " + json + "}";
+    std::string error;
+    ASSERT_TRUE(sim::Board::CreateDefault(folder, error)) << error;
+    OpenWith(json);
+    ++examples;
+  }
+  EXPECT_EQ(examples, 2);
+}
+
 TEST_F(BoardTest, FolderWithoutBoardJsonIsAnError) {
   std::string error;
   EXPECT_EQ(sim::Board::Open(folder, error), nullptr);
