@@ -7,7 +7,9 @@ Firmware* installed = nullptr;
 
 }  // namespace
 
-Firmware& TheFirmware() { return *installed; }
+Firmware& TheFirmware() {
+  return *installed;
+}
 
 Firmware* InstallFirmware(Firmware* firmware) {
   Firmware* previous = installed;

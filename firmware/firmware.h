@@ -1,6 +1,6 @@
-// The firmware facade: everything that the program may ask of the machine it runs on. One instance is installed at
-// entry; nothing else reaches the machine. UEFI answers it with boot services and the shell, Linux with the terminal,
-// files and a board, tests with a machine of their own.
+// The firmware facade: everything that the program may ask of the machine it runs on. One instance is
+// installed at entry; nothing else reaches the machine. UEFI answers it with boot services and the shell,
+// Linux with the terminal, files and a board, tests with a machine of their own.
 #pragma once
 
 #include <cstddef>
@@ -31,8 +31,8 @@ class File {
   virtual Status Write(std::span<const std::uint8_t> bytes) = 0;
 };
 
-/// Why a stall is made. Pacing gives the transport its rest after each send; a backend whose driver paces itself may
-/// leave it out. Waiting is for something to happen and always takes its time.
+/// Why a stall is made. Pacing gives the transport its rest after each send; a backend whose driver paces
+/// itself may leave it out. Waiting is for something to happen and always takes its time.
 enum class StallKind { Pacing, Waiting };
 
 /// The real-time clock's local time.
@@ -54,8 +54,9 @@ class Firmware {
   // Console. Text arrives free of control characters but BS, TAB, LF and CR; LF alone starts a new line.
   virtual void WriteConsole(std::u16string_view text) = 0;
   virtual void FlushConsole() = 0;
-  /// Waits for one key stroke without time-out and gives its Unicode character, 0 for a key that has none. A console
-  /// whose input has ended can never answer: the program then ends here with an error and does not return.
+  /// Waits for one key stroke without time-out and gives its Unicode character, 0 for a key that has none. A
+  /// console whose input has ended can never answer: the program then ends here with an error and does not
+  /// return.
   virtual char16_t ReadKey() = 0;
 
   // Time.
@@ -70,8 +71,8 @@ class Firmware {
   virtual bool GetEnvironmentVariable(std::string_view name, std::u16string& value) = 0;
 
   // Handles and protocols (UEFI 2.10, section 7.3).
-  /// Stores the handles that carry `protocol`; `bytes` is the room in `handles` on entry and what they need on return
-  /// (kBufferTooSmall when the room does not suffice, kNotFound when no handle carries it).
+  /// Stores the handles that carry `protocol`; `bytes` is the room in `handles` on entry and what they need
+  /// on return (kBufferTooSmall when the room does not suffice, kNotFound when no handle carries it).
   virtual Status LocateHandles(const Guid& protocol, std::size_t& bytes, Handle* handles) = 0;
   virtual Status OpenProtocol(Handle handle, const Guid& protocol, void*& interface) = 0;
   /// Loads the driver image at `path` and starts it.
@@ -84,7 +85,8 @@ class Firmware {
   /// False when the entry was not given the image handle that it needs to reach its own devices.
   virtual bool HasImageHandle() = 0;
 
-  // Pool memory, for the allocations whose failure has a text or a status of its own (firmware/pool.h wraps it).
+  // Pool memory, for the allocations whose failure has a text or a status of its own (firmware/pool.h wraps
+  // it).
   /// Uninitialised memory aligned to 16 bytes, or null.
   virtual void* AllocatePool(std::size_t bytes) = 0;
   virtual void FreePool(void* memory) = 0;

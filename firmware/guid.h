@@ -16,4 +16,8 @@ struct Guid {
 };
 static_assert(sizeof(Guid) == 16);
 
+/// The configuration table of an SMBIOS 2.x entry point (UEFI 2.10, section 4.6).
+inline constexpr Guid kSmbiosTableGuid{
+    0xEB9D2D31, 0x2D88, 0x11D3, {0x9A, 0x16, 0x00, 0x90, 0x27, 0x3F, 0xC1, 0x4D}};
+
 }  // namespace varnok

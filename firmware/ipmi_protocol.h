@@ -1,5 +1,5 @@
-// The IPMI transport protocol: the one road from the program to the BMC. ipmi.efi installs it on a board; on Linux
-// the simulated board or the kernel's IPMI device fills the same struct.
+// The IPMI transport protocol: the one road from the program to the BMC. ipmi.efi installs it on a board; on
+// Linux the simulated board or the kernel's IPMI device fills the same struct.
 #pragma once
 
 #include <cstddef>
@@ -23,8 +23,8 @@ struct IpmiProtocol {
   Status (*Send)(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command,
                  const std::uint8_t* data, std::uint32_t dataLength);
 
-  /// Fetches one response. `netFunction` is the request's plus 1; `data` receives the bytes after the completion
-  /// code; `dataLength` holds the room on entry and the length on return. Returns a UEFI status.
+  /// Fetches one response. `netFunction` is the request's plus 1; `data` receives the bytes after the
+  /// completion code; `dataLength` holds the room on entry and the length on return. Returns a UEFI status.
   Status (*Receive)(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun, std::uint8_t* command,
                     std::uint8_t* completionCode, std::uint8_t* data, std::uint32_t* dataLength);
 };

@@ -25,12 +25,17 @@ bool IsHarmless(char16_t character) {
 
 void PrintText(std::u16string_view text) {
   std::u16string shown(text);
-  std::replace_if(shown.begin(), shown.end(), [](char16_t character) { return !IsHarmless(character); }, u'?');
+  std::replace_if(
+      shown.begin(), shown.end(), [](char16_t character) { return !IsHarmless(character); }, u'?');
   TheFirmware().WriteConsole(shown);
 }
 
-bool IsPagingOn() { return pagingOn; }
-void SetPaging(bool on) { pagingOn = on; }
+bool IsPagingOn() {
+  return pagingOn;
+}
+void SetPaging(bool on) {
+  pagingOn = on;
+}
 
 void DisplayText(std::u16string_view text) {
   if (text.data() != nullptr) PrintText(text);
@@ -56,10 +61,12 @@ bool GetEnvVar(std::u16string_view name, std::u16string& value, std::size_t capa
   value.clear();
   PoolBuffer narrowName;
   if (!narrowName.Allocate(name.size() + 1)) return false;
-  std::transform(name.begin(), name.end(), narrowName.data(),
-                 [](char16_t character) { return static_cast<std::uint8_t>(character > 0xFF ? '?' : character); });
+  std::transform(name.begin(), name.end(), narrowName.data(), [](char16_t character) {
+    return static_cast<std::uint8_t>(character > 0xFF ? '?' : character);
+  });
   std::u16string found;
-  if (!TheFirmware().GetEnvironmentVariable(std::string(narrowName.data(), narrowName.data() + name.size()), found))
+  if (!TheFirmware().GetEnvironmentVariable(std::string(narrowName.data(), narrowName.data() + name.size()),
+                                            found))
     return false;
   value = found.substr(0, capacity);
   return true;
@@ -79,8 +86,10 @@ void DisplayHex(const std::uint8_t* bytes, std::size_t length, File* stream) {
     }
     dump += missing + u"   " + characters + missing + u"\n";
   }
-  if (stream == nullptr) PrintText(dump);
-  else (void)WriteText(*stream, dump);
+  if (stream == nullptr)
+    PrintText(dump);
+  else
+    (void)WriteText(*stream, dump);
 }
 
 bool PromptMore() {
@@ -113,8 +122,10 @@ int Dornquist::DisplayProgress(ProgressStyle style, std::u16string_view prefix, 
       Print(u"%ls\r", FormatUpTo(kProgressLength, u"%ls%d of %d.", prefix, current, total));
       break;
     case ProgressStyle::Percent:
-      if (current < 100) Print(u"%ls\r", FormatUpTo(kProgressLength, u"%ls%d%% Done", prefix, current));
-      else Print(u"%ls%d%% Done\n", prefix, 100);
+      if (current < 100)
+        Print(u"%ls\r", FormatUpTo(kProgressLength, u"%ls%d%% Done", prefix, current));
+      else
+        Print(u"%ls%d%% Done\n", prefix, 100);
       break;
   }
   return 0;

@@ -11,8 +11,8 @@
 
 namespace varnok {
 
-/// Shows text on the console. Of the control characters only BS, TAB, LF and CR reach it; any other shows as '?',
-/// whatever a device, a table or a script holds.
+/// Shows text on the console. Of the control characters only BS, TAB, LF and CR reach it; any other shows as
+/// '?', whatever a device, a table or a script holds.
 void PrintText(std::u16string_view text);
 
 /// Formats and shows text.
@@ -28,12 +28,12 @@ void SetPaging(bool on);
 /// The display callback.
 void DisplayText(std::u16string_view text);
 
-/// The key reader. With `push` not 0 the character is kept for the next call and returned; else the kept character or
-/// the next key stroke, 0 for a key without a character.
+/// The key reader. With `push` not 0 the character is kept for the next call and returned; else the kept
+/// character or the next key stroke, 0 for a key without a character.
 char16_t GetKey(char16_t push);
 
-/// The input-character callback: one key as an 8-bit character. Returns the number of bytes stored, -1 for a key that
-/// has no 8-bit form.
+/// The input-character callback: one key as an 8-bit character. Returns the number of bytes stored, -1 for a
+/// key that has no 8-bit form.
 int InputChar(char& character);
 
 /// The environment-variable callback: `value` receives at most `capacity` characters.
@@ -47,7 +47,8 @@ bool PromptMore();
 
 namespace Dornquist {
 /// The progress callback; returns 0.
-int DisplayProgress(ProgressStyle style, std::u16string_view prefix, std::uint32_t current, std::uint32_t total);
+int DisplayProgress(ProgressStyle style, std::u16string_view prefix, std::uint32_t current,
+                    std::uint32_t total);
 }  // namespace Dornquist
 
 }  // namespace varnok

@@ -8,8 +8,8 @@
 namespace varnok {
 namespace {
 
-// A width or precision past this bound is cut: no text of the program needs it, and a hostile format cannot ask for
-// gigabytes of padding.
+// A width or precision past this bound is cut: no text of the program needs it, and a hostile format cannot
+// ask for gigabytes of padding.
 constexpr std::size_t kWidestField = 4096;
 
 struct Conversion {
@@ -29,7 +29,8 @@ template <class Character>
 std::size_t ReadNumber(std::basic_string_view<Character> format, std::size_t& position) {
   std::size_t number = 0;
   for (; position < format.size() && format[position] >= '0' && format[position] <= '9'; ++position)
-    number = std::min<std::size_t>(number * 10 + static_cast<std::size_t>(format[position] - '0'), kWidestField);
+    number =
+        std::min<std::size_t>(number * 10 + static_cast<std::size_t>(format[position] - '0'), kWidestField);
   return number;
 }
 
@@ -38,12 +39,18 @@ template <class Character>
 bool ReadConversion(std::basic_string_view<Character> format, std::size_t& position, Conversion& conversion) {
   for (; position < format.size(); ++position) {
     Character flag = format[position];
-    if (flag == '-') conversion.leftAlign = true;
-    else if (flag == '0') conversion.zeroFill = true;
-    else if (flag == '+') conversion.plusSign = true;
-    else if (flag == ' ') conversion.blankSign = true;
-    else if (flag == '#') conversion.alternate = true;
-    else break;
+    if (flag == '-')
+      conversion.leftAlign = true;
+    else if (flag == '0')
+      conversion.zeroFill = true;
+    else if (flag == '+')
+      conversion.plusSign = true;
+    else if (flag == ' ')
+      conversion.blankSign = true;
+    else if (flag == '#')
+      conversion.alternate = true;
+    else
+      break;
   }
   conversion.width = ReadNumber(format, position);
   if (position < format.size() && format[position] == '.') {
@@ -60,14 +67,18 @@ bool ReadConversion(std::basic_string_view<Character> format, std::size_t& posit
 
 template <class Character>
 void AppendText(std::basic_string<Character>& out, std::string_view text) {
-  if constexpr (sizeof(Character) == 1) out.append(text);
-  else out.append(Widen(text));
+  if constexpr (sizeof(Character) == 1)
+    out.append(text);
+  else
+    out.append(Widen(text));
 }
 
 template <class Character>
 void AppendText(std::basic_string<Character>& out, std::u16string_view text) {
-  if constexpr (sizeof(Character) == 1) out.append(Narrow(text));
-  else out.append(text);
+  if constexpr (sizeof(Character) == 1)
+    out.append(Narrow(text));
+  else
+    out.append(text);
 }
 
 template <class Character, class Text>
@@ -80,18 +91,21 @@ void AppendPadded(std::basic_string<Character>& out, const Conversion& conversio
 
 std::string Digits(std::uint64_t value, unsigned base, bool upperCase) {
   std::string digits;
-  for (; value != 0; value /= base) digits.push_back((upperCase ? "0123456789ABCDEF" : "0123456789abcdef")[value % base]);
+  for (; value != 0; value /= base)
+    digits.push_back((upperCase ? "0123456789ABCDEF" : "0123456789abcdef")[value % base]);
   std::reverse(digits.begin(), digits.end());
   return digits;
 }
 
 template <class Character>
-void AppendInteger(std::basic_string<Character>& out, const Conversion& conversion, const FormatArgument& argument) {
+void AppendInteger(std::basic_string<Character>& out, const Conversion& conversion,
+                   const FormatArgument& argument) {
   std::string prefix;
   std::string digits;
   if (conversion.letter == 'd' || conversion.letter == 'i') {
     std::int64_t value = argument.Signed();
-    std::uint64_t magnitude = value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
+    std::uint64_t magnitude =
+        value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
     digits = Digits(magnitude, 10, false);
     prefix = value < 0 ? "-" : conversion.plusSign ? "+" : conversion.blankSign ? " " : "";
   } else if (conversion.letter == 'u') {
@@ -102,7 +116,8 @@ void AppendInteger(std::basic_string<Character>& out, const Conversion& conversi
     if (conversion.alternate && argument.Bits() != 0) prefix = upperCase ? "0X" : "0x";
   }
   std::size_t least = conversion.precision.value_or(1);
-  if (conversion.zeroFill && !conversion.leftAlign && !conversion.precision && conversion.width > prefix.size())
+  if (conversion.zeroFill && !conversion.leftAlign && !conversion.precision &&
+      conversion.width > prefix.size())
     least = std::max(least, conversion.width - prefix.size());
   if (digits.size() < least) digits.insert(0, least - digits.size(), '0');
   AppendPadded(out, conversion, std::string_view(prefix + digits));
@@ -110,7 +125,8 @@ void AppendInteger(std::basic_string<Character>& out, const Conversion& conversi
 
 /// False when the conversion does not fit the argument.
 template <class Character>
-bool AppendArgument(std::basic_string<Character>& out, const Conversion& conversion, const FormatArgument& argument) {
+bool AppendArgument(std::basic_string<Character>& out, const Conversion& conversion,
+                    const FormatArgument& argument) {
   using Kind = FormatArgument::Kind;
   switch (conversion.letter) {
     case 's': {
@@ -119,7 +135,8 @@ bool AppendArgument(std::basic_string<Character>& out, const Conversion& convers
         AppendPadded(out, conversion, argument.text8().substr(0, most));
       else if (argument.kind() == Kind::Text16 && !conversion.isShort)
         AppendPadded(out, conversion, argument.text16().substr(0, most));
-      else return false;
+      else
+        return false;
       return true;
     }
     case 'c': {

@@ -1,14 +1,14 @@
-// printf-style formatting of 8- and 16-bit text. Arguments carry their types: a conversion that does not fit its
-// argument, or that has none, shows as it stands and reads nothing, so text of an operator or a file is harmless as a
-// format.
+// printf-style formatting of 8- and 16-bit text. Arguments carry their types: a conversion that does not fit
+// its argument, or that has none, shows as it stands and reads nothing, so text of an operator or a file is
+// harmless as a format.
 //
 //   %s         8- or 16-bit text          %d %i      signed decimal
 //   %hs        8-bit text                 %u         unsigned decimal
 //   %ls        16-bit text                %x %X      hexadecimal
 //   %c %lc     one character              %%         a per cent sign
 //
-// with the flags '-', '0', '+', ' ' and '#', a width, a precision and the sizes h, hh, l, ll of C's printf; an
-// integer is shown in the width of its own type, so the sizes only make the C format valid here.
+// with the flags '-', '0', '+', ' ' and '#', a width, a precision and the sizes h, hh, l, ll of C's printf;
+// an integer is shown in the width of its own type, so the sizes only make the C format valid here.
 #pragma once
 
 #include <array>
@@ -26,14 +26,12 @@ class FormatArgument {
   enum class Kind { Integer, Character, Text8, Text16 };
 
   template <std::integral Number>
-    requires(!std::same_as<Number, char> && !std::same_as<Number, char16_t>)
-  FormatArgument(Number number)
+  requires(!std::same_as<Number, char> && !std::same_as<Number, char16_t>) FormatArgument(Number number)
       : kind_(Kind::Integer),
         isNegative_(std::is_signed_v<Number> && number < Number{}),
         bytes_(sizeof(Number)),
         number_(static_cast<std::uint64_t>(number)) {}
-  FormatArgument(char character)
-      : kind_(Kind::Character), number_(static_cast<unsigned char>(character)) {}
+  FormatArgument(char character) : kind_(Kind::Character), number_(static_cast<unsigned char>(character)) {}
   FormatArgument(char16_t character) : kind_(Kind::Character), number_(character) {}
   FormatArgument(std::string_view text) : kind_(Kind::Text8), text8_(text) {}
   FormatArgument(const std::string& text) : FormatArgument(std::string_view(text)) {}

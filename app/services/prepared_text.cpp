@@ -12,7 +12,9 @@
 namespace varnok {
 namespace {
 
-bool IsLineEnd(char character) { return character == '\r' || character == '\n'; }
+bool IsLineEnd(char character) {
+  return character == '\r' || character == '\n';
+}
 
 }  // namespace
 
@@ -21,7 +23,8 @@ Status PreparedText::Load(std::string_view fileName) {
   text_.clear();
   lines_.clear();
   std::unique_ptr<File> file;
-  if (Status status = TheFirmware().OpenFile(Widen(fileName), FileMode::Read, file); status != kSuccess) return status;
+  if (Status status = TheFirmware().OpenFile(Widen(fileName), FileMode::Read, file); status != kSuccess)
+    return status;
   std::string text;
   std::array<std::uint8_t, 4096> block;
   for (;;) {

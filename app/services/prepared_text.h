@@ -1,5 +1,5 @@
-// A text file held in memory as lines, prepared for a reader: split at CR, LF, CR LF or LF CR, cut at a comment
-// marker, trimmed. FRU files, SDR files and scripts are read this way.
+// A text file held in memory as lines, prepared for a reader: split at CR, LF, CR LF or LF CR, cut at a
+// comment marker, trimmed. FRU files, SDR files and scripts are read this way.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,8 @@ namespace varnok {
 
 class PreparedText {
  public:
-  /// Reads the whole file and splits it; a last line without a line end counts. Fails with the status of opening or
-  /// reading, with no lines then.
+  /// Reads the whole file and splits it; a last line without a line end counts. Fails with the status of
+  /// opening or reading, with no lines then.
   Status Load(std::string_view fileName);
   /// Splits text that is already in memory.
   void Assign(std::string text);

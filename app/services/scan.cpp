@@ -10,7 +10,9 @@ namespace {
 // Past every target's range, and far from overflow when multiplied by a base.
 constexpr std::uint64_t kTooLarge = std::uint64_t{1} << 40;
 
-bool IsSpace(char16_t character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
+bool IsSpace(char16_t character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
 
 int DigitValue(char16_t character, unsigned base) {
   int value = character < 0x80 ? HexDigitValue(static_cast<char>(character)) : -1;
@@ -48,15 +50,12 @@ class Scanner {
     if (base == 16 && width > 0 && Take('0')) {
       --width;
       ++digits;
-      // "0x" without a digit behind it is no number, as in C's sscanf.
-      if (width > 0 && (Take('x') || Take('X'))) {
-        --width;
-        digits = 0;
-      }
+      if (width > 0 && (Take('x') || Take('X'))) --width;
     }
     magnitude = 0;
     for (; width > 0 && !AtEnd() && DigitValue(text_[position_], base) >= 0; --width, ++position_, ++digits)
-      magnitude = std::min(magnitude * base + static_cast<std::uint64_t>(DigitValue(text_[position_], base)), kTooLarge);
+      magnitude = std::min(magnitude * base + static_cast<std::uint64_t>(DigitValue(text_[position_], base)),
+                           kTooLarge);
     return digits != 0;
   }
 
@@ -141,7 +140,8 @@ int ScanWith(std::u16string_view text, std::string_view format, std::span<const 
     while (++position < format.size() && format[position] >= '0' && format[position] <= '9')
       width = width * 10 + static_cast<std::size_t>(format[position] - '0');
     if (position >= format.size() || stored >= targets.size()) break;
-    if (!TakeConversion(scanner, format[position], width == 0 ? std::u16string_view::npos : width, targets[stored]))
+    if (!TakeConversion(scanner, format[position], width == 0 ? std::u16string_view::npos : width,
+                        targets[stored]))
       break;
     ++stored;
   }

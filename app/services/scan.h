@@ -3,9 +3,9 @@
 //   %x %X   hexadecimal number (an "0x" in front is taken, as by C's sscanf)     %d   decimal number
 //   %c      one character, blanks included                                       %s   one word
 //
-// each with an optional width. White space in the format stands for any amount of it in the text; any other character
-// must be met exactly. A number too large for its target becomes the largest that fits, so that no limit is passed by
-// wrapping round.
+// each with an optional width. White space in the format stands for any amount of it in the text; any other
+// character must be met exactly. A number too large for its target becomes the largest that fits, so that no
+// limit is passed by wrapping round.
 #pragma once
 
 #include <array>

@@ -32,12 +32,22 @@ std::string Narrow(std::u16string_view text) {
   return narrow;
 }
 
-std::string_view UpToNul(std::string_view text) { return text.substr(0, text.find('\0')); }
+std::string_view UpToNul(std::string_view text) {
+  return text.substr(0, text.find('\0'));
+}
 
-char ToUpper(char character) { return Upper(character); }
-char16_t ToUpper(char16_t character) { return Upper(character); }
-bool EqualsIgnoreCase(std::string_view left, std::string_view right) { return Equal(left, right); }
-bool EqualsIgnoreCase(std::u16string_view left, std::u16string_view right) { return Equal(left, right); }
+char ToUpper(char character) {
+  return Upper(character);
+}
+char16_t ToUpper(char16_t character) {
+  return Upper(character);
+}
+bool EqualsIgnoreCase(std::string_view left, std::string_view right) {
+  return Equal(left, right);
+}
+bool EqualsIgnoreCase(std::u16string_view left, std::u16string_view right) {
+  return Equal(left, right);
+}
 
 int HexDigitValue(char character) {
   if (character >= '0' && character <= '9') return character - '0';

@@ -1,5 +1,5 @@
-// 16-bit text for the console, 8-bit text for files: conversion and comparison. 8-bit text is Latin-1, so that
-// every byte of a device or a file has a character and comes back as the same byte.
+// 16-bit text for the console, 8-bit text for files: conversion and comparison. 8-bit text is Latin-1, so
+// that every byte of a device or a file has a character and comes back as the same byte.
 #pragma once
 
 #include <string>
@@ -26,6 +26,8 @@ bool EqualsIgnoreCase(std::u16string_view left, std::u16string_view right);
 int HexDigitValue(char character);
 
 /// Blank or tab: what separates words and is trimmed from lines.
-constexpr bool IsBlank(char character) { return character == ' ' || character == '\t'; }
+constexpr bool IsBlank(char character) {
+  return character == ' ' || character == '\t';
+}
 
 }  // namespace varnok

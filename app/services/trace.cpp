@@ -25,7 +25,9 @@ void AppendToLog(std::u16string_view text) {
 
 }  // namespace
 
-std::uint32_t TraceLevel() { return currentLevel; }
+std::uint32_t TraceLevel() {
+  return currentLevel;
+}
 
 std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   static constexpr std::array<std::string_view, 3> kSwitches{"-debug1", "-debug2", "-debug3"};
@@ -39,7 +41,9 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   return currentLevel;
 }
 
-void TraceLine(std::u16string_view text) { AppendToLog(std::u16string(text) + u"\r\n"); }
+void TraceLine(std::u16string_view text) {
+  AppendToLog(std::u16string(text) + u"\r\n");
+}
 
 void TraceHexDump(std::u16string_view title, std::span<const std::uint8_t> buffer, std::size_t length) {
   if (currentLevel < 2) return;

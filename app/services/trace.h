@@ -1,5 +1,6 @@
-// The trace log: diagnostic lines in DBGLOG.txt, 16-bit text, opened and closed for every line so that the log
-// survives a hang or a reset. Level 1 names failures, level 2 adds hex dumps, level 3 the way in and out of operations.
+// The trace log: diagnostic lines in DBGLOG.txt, 16-bit text, opened and closed for every line so that the
+// log survives a hang or a reset. Level 1 names failures, level 2 adds hex dumps, level 3 the way in and out
+// of operations.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +14,8 @@ namespace varnok {
 /// 0 (off) to 3; 1 until TraceSelectLevel has run.
 std::uint32_t TraceLevel();
 
-/// Chooses the level by the first of "-debug1", "-debug2" and "-debug3" behind argv[0], in any case, and empties the
-/// log then; without one the level is 0 and the log is not touched. Returns the level.
+/// Chooses the level by the first of "-debug1", "-debug2" and "-debug3" behind argv[0], in any case, and
+/// empties the log then; without one the level is 0 and the log is not touched. Returns the level.
 std::uint32_t TraceSelectLevel(int argc, const char* const argv[]);
 
 /// Appends one line to the log whatever the level; dropped when the log cannot be opened.

@@ -1,5 +1,5 @@
-// What the Linux firmware asks of the board below it: a simulated board or this computer's own BMC. Terminal, files and
-// environment are Linux's in either case.
+// What the Linux firmware asks of the board below it: a simulated board or this computer's own BMC. Terminal,
+// files and environment are Linux's in either case.
 #pragma once
 
 #include <cstdint>

@@ -2,15 +2,100 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+#include <vector>
+
 #include "tests/support/test_firmware.h"
 
 namespace varnok {
 namespace {
 
+using testing::TestFirmware;
+
+std::vector<std::uint8_t> CountingBytes(std::size_t length, std::uint8_t first) {
+  std::vector<std::uint8_t> bytes(length);
+  std::iota(bytes.begin(), bytes.end(), first);
+  return bytes;
+}
+
 TEST(Console, ShowsNoControlCharacterButLayout) {
-  testing::TestFirmware machine;
+  TestFirmware machine;
   PrintText(u"a\x1B[2Jb\x07\b\t\r\n\x7F\x9Bz\xE4");
   EXPECT_EQ(machine.console, "a?[2Jb?\b\t\r\n??z\xE4");
+}
+
+TEST(Console, ProgressStyles) {
+  TestFirmware machine;
+  using Dornquist::DisplayProgress;
+  EXPECT_EQ(DisplayProgress(ProgressStyle::Text, u"Working", 1, 2), 0);
+  DisplayProgress(ProgressStyle::CountOfTotal, u"\tRecord ", 3, 60);
+  DisplayProgress(ProgressStyle::Percent, u"Loading ", 99, 0);
+  DisplayProgress(ProgressStyle::Percent, u"Loading ", 100, 0);
+  DisplayProgress(ProgressStyle::Percent, u"Loading ", 0xFFFFFFFF, 0);
+  DisplayProgress(static_cast<ProgressStyle>(4), u"never", 1, 2);
+  EXPECT_EQ(machine.console,
+            "Working\tRecord 3 of 60.\rLoading 99% Done\rLoading 100% Done\nLoading 100% Done\n");
+  machine.console.clear();
+  DisplayProgress(ProgressStyle::CountOfTotal, std::u16string(300, u'p'), 1, 2);
+  EXPECT_EQ(machine.console, std::string(255, 'p') + "\r");
+}
+
+TEST(Console, KeyIsTakenFromPushBackFirst) {
+  TestFirmware machine;
+  machine.keys = u"ab";
+  EXPECT_EQ(GetKey(u'x'), u'x');
+  EXPECT_EQ(machine.flushes, 0) << "a push reads nothing";
+  EXPECT_EQ(GetKey(0), u'x');
+  EXPECT_EQ(GetKey(0), u'a');
+  EXPECT_EQ(machine.flushes, 4);
+  char character = 0;
+  EXPECT_EQ(InputChar(character), 1);
+  EXPECT_EQ(character, 'b');
+  machine.keys = u"\u20AC";
+  EXPECT_EQ(InputChar(character), -1);
+}
+
+TEST(Console, EnvironmentValueIsCutToItsRoom) {
+  TestFirmware machine;
+  machine.environment["SERIAL"] = u"A1234567";
+  std::u16string value = u"old";
+  EXPECT_TRUE(GetEnvVar(u"SERIAL", value, 4));
+  EXPECT_EQ(value, u"A123");
+  EXPECT_FALSE(GetEnvVar(u"MISSING", value, 4));
+  EXPECT_EQ(value, u"");
+  machine.FailPoolAllocation(1);
+  EXPECT_FALSE(GetEnvVar(u"SERIAL", value, 4));
+  EXPECT_EQ(machine.poolBlocks, 0u);
+}
+
+TEST(Console, HexDumpPadsShortRows) {
+  TestFirmware machine;
+  auto bytes = CountingBytes(21, 0x1E);
+  DisplayHex(bytes.data(), bytes.size(), nullptr);
+  EXPECT_EQ(machine.console,
+            " 1E 1F 20 21 22 23 24 25 26 27 28 29 2A 2B 2C 2D   ...!\"#$%&'()*+,-\n 2E 2F 30 31 32" +
+                std::string(33, ' ') + "   ./012" + std::string(33, ' ') + "\n");
+  std::unique_ptr<File> file;
+  ASSERT_EQ(machine.OpenFile(u"out", FileMode::Write, file), kSuccess);
+  machine.console.clear();
+  DisplayHex(bytes.data(), 1, file.get());
+  EXPECT_EQ(machine.console, "");
+  EXPECT_EQ(machine.TextOf("out"), " 1E" + std::string(45, ' ') + "   ." + std::string(45, ' ') + "\n");
+}
+
+TEST(Console, PagingPromptTakesThreeAnswersInEitherCase) {
+  TestFirmware machine;
+  SetPaging(true);
+  machine.keys = u"x\rm";
+  EXPECT_TRUE(PromptMore());
+  EXPECT_TRUE(IsPagingOn());
+  machine.keys = u"s";
+  EXPECT_FALSE(PromptMore());
+  machine.keys = u"n";
+  EXPECT_TRUE(PromptMore());
+  EXPECT_FALSE(IsPagingOn());
+  std::string prompt = "\n[S]top, [N]on-stop, or [M]ore";
+  EXPECT_EQ(machine.console, prompt + "\n\n" + prompt + prompt + "\n\n");
 }
 
 }  // namespace

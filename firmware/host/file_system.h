@@ -1,0 +1,19 @@
+// Files as the firmware's file system shows them: '\' and '/' separate, names are found without regard to
+// case.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "firmware/firmware.h"
+
+namespace varnok::host {
+
+/// The Linux path of a name. Each part that does not exist as written is looked for without regard to case,
+/// as a FAT volume does; a part that no entry matches stays as written.
+std::string ResolvePath(std::u16string_view path);
+
+Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file);
+
+}  // namespace varnok::host

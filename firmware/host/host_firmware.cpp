@@ -1,0 +1,99 @@
+#include "firmware/host/host_firmware.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "firmware/entry.h"
+#include "firmware/host/file_system.h"
+#include "firmware/host/keyboard.h"
+#include "firmware/host/utf8.h"
+
+namespace varnok::host {
+
+void HostFirmware::WriteConsole(std::u16string_view text) {
+  std::string bytes = ToUtf8(text);
+  // A console that is gone must not stop a board from being programmed to the end.
+  for (std::size_t done = 0; done < bytes.size();) {
+    ssize_t result = write(STDOUT_FILENO, bytes.data() + done, bytes.size() - done);
+    if (result < 0 && errno == EINTR) continue;
+    if (result < 0) return;
+    done += static_cast<std::size_t>(result);
+  }
+}
+
+char16_t HostFirmware::ReadKey() {
+  std::optional<char16_t> key = host::ReadKey();
+  if (!key) {
+    std::fputs("\nvarnok: the console's input ended while the program waited for a key; stopped.\n", stderr);
+    std::exit(kInputEndedStatus);
+  }
+  return *key;
+}
+
+Status HostFirmware::OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) {
+  return host::OpenFile(path, mode, file);
+}
+
+bool HostFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
+  const char* found = std::getenv(Utf8FromLatin1(name).c_str());
+  if (found == nullptr) return false;
+  value = FromUtf8(found);
+  return true;
+}
+
+Status HostFirmware::LocateHandles(const Guid& protocol, std::size_t& bytes, Handle* handles) {
+  if (protocol != kIpmiProtocolGuid || machine_.InstalledIpmi() == nullptr) return uefi_status::kNotFound;
+  std::size_t room = bytes;
+  bytes = sizeof(Handle);
+  if (room < bytes) return uefi_status::kBufferTooSmall;
+  handles[0] = &machine_;
+  return kSuccess;
+}
+
+Status HostFirmware::OpenProtocol(Handle handle, const Guid& protocol, void*& interface) {
+  if (handle != &machine_ || protocol != kIpmiProtocolGuid) return uefi_status::kUnsupported;
+  interface = machine_.InstalledIpmi();
+  return kSuccess;
+}
+
+Status HostFirmware::StartDriver(std::u16string_view) {
+  // Linux has its own drivers; an image for the firmware cannot run here.
+  return uefi_status::kUnsupported;
+}
+
+const void* HostFirmware::FindConfigurationTable(const Guid& guid) {
+  if (guid != kSmbiosTableGuid || machine_.SmbiosEntryPoint().empty()) return nullptr;
+  return machine_.SmbiosEntryPoint().data();
+}
+
+std::span<const std::uint8_t> HostFirmware::PhysicalMemory(std::uint64_t address, std::size_t length) {
+  return machine_.PhysicalMemory(address, length);
+}
+
+void* HostFirmware::AllocatePool(std::size_t bytes) {
+  return std::malloc(bytes == 0 ? 1 : bytes);
+}
+
+void HostFirmware::FreePool(void* memory) {
+  std::free(memory);
+}
+
+int RunProgram(Machine& machine, int argc, char* argv[]) {
+  signal(SIGPIPE, SIG_IGN);
+  HostFirmware firmware(machine);
+  InstallFirmware(&firmware);
+  std::vector<std::string> arguments;
+  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
+  std::vector<char*> vector;
+  for (std::string& argument : arguments) vector.push_back(argument.data());
+  vector.push_back(nullptr);
+  return Main(argc, vector.data());
+}
+
+}  // namespace varnok::host

@@ -1,0 +1,41 @@
+// The firmware facade on Linux: terminal or pipes, files, environment, and a board below them.
+#pragma once
+
+#include "firmware/firmware.h"
+#include "firmware/host/machine.h"
+
+namespace varnok::host {
+
+class HostFirmware : public Firmware {
+ public:
+  /// `machine` must outlive this object.
+  explicit HostFirmware(Machine& machine) : machine_(machine) {}
+
+  void WriteConsole(std::u16string_view text) override;
+  void FlushConsole() override {}
+  char16_t ReadKey() override;
+  void Stall(std::uint64_t microseconds, StallKind kind) override { machine_.Stall(microseconds, kind); }
+  WallClock Now() override { return machine_.Now(); }
+  Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
+  bool GetEnvironmentVariable(std::string_view name, std::u16string& value) override;
+  Status LocateHandles(const Guid& protocol, std::size_t& bytes, Handle* handles) override;
+  Status OpenProtocol(Handle handle, const Guid& protocol, void*& interface) override;
+  Status StartDriver(std::u16string_view path) override;
+  const void* FindConfigurationTable(const Guid& guid) override;
+  std::span<const std::uint8_t> PhysicalMemory(std::uint64_t address, std::size_t length) override;
+  bool HasImageHandle() override { return true; }
+  void* AllocatePool(std::size_t bytes) override;
+  void FreePool(void* memory) override;
+
+ private:
+  Machine& machine_;
+};
+
+// Exit statuses of what can only happen here, in the program's own numbering.
+inline constexpr int kInputEndedStatus = 2;  ///< the console's input ended while the program waited for a key
+inline constexpr int kNoBoardStatus = 9;     ///< the board cannot be opened
+
+/// Runs the program over `machine` with Linux's UTF-8 arguments; returns its exit status.
+int RunProgram(Machine& machine, int argc, char* argv[]);
+
+}  // namespace varnok::host

@@ -1,0 +1,110 @@
+#include "firmware/host/keyboard.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+#include "firmware/host/utf8.h"
+
+namespace varnok::host {
+namespace {
+
+termios usualMode;
+termios keyMode;
+bool isRaw = false;
+
+void LeaveRawMode() {
+  if (isRaw) tcsetattr(STDIN_FILENO, TCSANOW, &usualMode);
+}
+
+void HandleDeadlySignal(int number) {
+  LeaveRawMode();
+  signal(number, SIG_DFL);
+  raise(number);
+}
+
+void HandleStop(int) {
+  LeaveRawMode();
+  // The default action must run while this handler is away.
+  signal(SIGTSTP, SIG_DFL);
+  raise(SIGTSTP);
+}
+
+void HandleContinue(int) {
+  signal(SIGTSTP, HandleStop);
+  if (isRaw) tcsetattr(STDIN_FILENO, TCSANOW, &keyMode);
+}
+
+void EnterRawMode() {
+  if (isRaw || !isatty(STDIN_FILENO) || tcgetattr(STDIN_FILENO, &usualMode) != 0) return;
+  keyMode = usualMode;
+  keyMode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+  keyMode.c_cc[VMIN] = 1;
+  keyMode.c_cc[VTIME] = 0;
+  isRaw = true;
+  std::atexit(LeaveRawMode);
+  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGABRT, SIGSEGV}) signal(number, HandleDeadlySignal);
+  signal(SIGTSTP, HandleStop);
+  signal(SIGCONT, HandleContinue);
+  tcsetattr(STDIN_FILENO, TCSANOW, &keyMode);
+}
+
+std::optional<char> ReadByte() {
+  char byte = 0;
+  ssize_t count = 0;
+  do count = read(STDIN_FILENO, &byte, 1);
+  while (count < 0 && errno == EINTR);
+  if (count <= 0) return std::nullopt;
+  return byte;
+}
+
+/// Bytes of an escape sequence arrive together; a lone Escape is followed by nothing.
+bool IsMoreWaiting() {
+  constexpr int kMilliseconds = 20;
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  return poll(&input, 1, kMilliseconds) > 0 && (input.revents & POLLIN) != 0;
+}
+
+/// Swallows what a cursor or function key sends behind its Escape (ECMA-48, section 5.4).
+void SkipEscapeSequence() {
+  if (!IsMoreWaiting()) return;
+  std::optional<char> byte = ReadByte();
+  if (!byte || (*byte != '[' && *byte != 'O')) return;
+  do byte = ReadByte();
+  while (byte && (*byte < 0x40 || *byte > 0x7E));
+}
+
+std::size_t TailLength(unsigned char lead) {
+  return lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
+}
+
+}  // namespace
+
+std::optional<char16_t> ReadKey() {
+  EnterRawMode();
+  std::optional<char> byte = ReadByte();
+  if (!byte) return std::nullopt;
+  constexpr char kEscape = 0x1B;
+  constexpr char kDelete = 0x7F;
+  if (isRaw && *byte == kEscape) {
+    SkipEscapeSequence();
+    return u'\0';
+  }
+  // What terminals send for the backspace key.
+  if (isRaw && *byte == kDelete) return u'\b';
+  std::string character(1, *byte);
+  for (std::size_t tail = TailLength(static_cast<unsigned char>(*byte)); tail > 0; --tail) {
+    std::optional<char> next = ReadByte();
+    if (!next) break;
+    character.push_back(*next);
+  }
+  return FromUtf8(character).front();
+}
+
+}  // namespace varnok::host

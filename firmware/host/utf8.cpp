@@ -1,0 +1,84 @@
+#include "firmware/host/utf8.h"
+
+namespace varnok::host {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+/// Reads one character; `position` moves behind it, or by one byte where the text is ill-formed.
+char32_t ReadCharacter(std::string_view text, std::size_t& position) {
+  auto lead = static_cast<unsigned char>(text[position++]);
+  if (lead < 0x80) return lead;
+  std::size_t tail = lead >= 0xF0 && lead < 0xF5   ? 3
+                     : lead >= 0xE0 && lead < 0xF0 ? 2
+                     : lead >= 0xC2 && lead < 0xE0 ? 1
+                                                   : 0;
+  if (tail == 0 || position + tail > text.size()) return kReplacement;
+  char32_t character = lead & (0x3F >> tail);
+  for (std::size_t i = 0; i < tail; ++i) {
+    auto byte = static_cast<unsigned char>(text[position + i]);
+    if ((byte & 0xC0) != 0x80) return kReplacement;
+    character = character << 6 | (byte & 0x3F);
+  }
+  static constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
+  bool isSurrogate = character >= 0xD800 && character < 0xE000;
+  if (character < kSmallest[tail] || character > 0x10FFFF || isSurrogate) return kReplacement;
+  position += tail;
+  return character;
+}
+
+void AppendCharacter(std::string& out, char32_t character) {
+  if (character < 0x80) {
+    out.push_back(static_cast<char>(character));
+    return;
+  }
+  int tail = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+  static constexpr unsigned kLead[] = {0, 0xC0, 0xE0, 0xF0};
+  out.push_back(static_cast<char>(kLead[tail] | (character >> (6 * tail))));
+  while (tail-- > 0) out.push_back(static_cast<char>(0x80 | ((character >> (6 * tail)) & 0x3F)));
+}
+
+}  // namespace
+
+std::u16string FromUtf8(std::string_view text) {
+  std::u16string out;
+  for (std::size_t position = 0; position < text.size();) {
+    char32_t character = ReadCharacter(text, position);
+    if (character >= 0x10000) {
+      out.push_back(static_cast<char16_t>(0xD7C0 + (character >> 10)));
+      out.push_back(static_cast<char16_t>(0xDC00 + (character & 0x3FF)));
+    } else {
+      out.push_back(static_cast<char16_t>(character));
+    }
+  }
+  return out;
+}
+
+std::string ToUtf8(std::u16string_view text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    char32_t character = text[i];
+    bool isHigh = character >= 0xD800 && character < 0xDC00;
+    if (isHigh && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000)
+      character = 0x10000 + ((character - 0xD800) << 10) + (text[++i] - 0xDC00u);
+    else if (character >= 0xD800 && character < 0xE000)
+      character = kReplacement;
+    AppendCharacter(out, character);
+  }
+  return out;
+}
+
+std::string Latin1FromUtf8(std::string_view text) {
+  std::string out;
+  for (char16_t character : FromUtf8(text))
+    out.push_back(character > 0xFF ? '?' : static_cast<char>(character));
+  return out;
+}
+
+std::string Utf8FromLatin1(std::string_view text) {
+  std::string out;
+  for (char character : text) AppendCharacter(out, static_cast<unsigned char>(character));
+  return out;
+}
+
+}  // namespace varnok::host

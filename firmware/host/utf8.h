@@ -1,0 +1,19 @@
+// UTF-8, Linux's text, to and from the program's 16-bit and 8-bit (Latin-1) text.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace varnok::host {
+
+/// Ill-formed bytes become U+FFFD, characters past U+FFFF surrogate pairs.
+std::u16string FromUtf8(std::string_view text);
+
+/// An unpaired surrogate becomes U+FFFD.
+std::string ToUtf8(std::u16string_view text);
+
+/// Latin-1 has a byte for the characters up to FFh; any other becomes '?'.
+std::string Latin1FromUtf8(std::string_view text);
+std::string Utf8FromLatin1(std::string_view text);
+
+}  // namespace varnok::host

@@ -1,0 +1,84 @@
+#include "app/services/trace.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "tests/support/test_firmware.h"
+
+namespace varnok {
+namespace {
+
+using testing::TestFirmware;
+using Lines = std::vector<std::string>;
+
+std::uint32_t Select(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "VARNOK");
+  arguments.push_back(nullptr);
+  return TraceSelectLevel(static_cast<int>(arguments.size()) - 1, arguments.data());
+}
+
+/// Leaves the level at 0 behind a test.
+class TraceLog : public ::testing::Test {
+ protected:
+  ~TraceLog() override { Select({}); }
+  TestFirmware machine;
+};
+
+TEST_F(TraceLog, FirstSwitchChoosesTheLevel) {
+  EXPECT_EQ(Select({"/d", "-DEBUG2"}), 2u);
+  EXPECT_EQ(Select({"-debug1", "-debug3"}), 1u);
+  machine.files.clear();
+  EXPECT_EQ(Select({"/debug2", "-debug4", "-debug", "debug1", "-debug11"}), 0u);
+  EXPECT_TRUE(machine.files.empty()) << "without a level the log is not touched";
+}
+
+TEST_F(TraceLog, SelectingEmptiesTheLog) {
+  machine.files["DBGLOG.txt"] = "old";
+  Select({"-debug1"});
+  EXPECT_EQ(machine.files["DBGLOG.txt"], "");
+}
+
+TEST_F(TraceLog, LineIsWrittenAtItsLevelAndAbove) {
+  for (std::uint32_t level = 1; level <= 3; ++level) {
+    Select({("-debug" + std::to_string(level)).c_str()});
+    Trace(u"one %d", 1, 1);
+    Trace(u"two", 2);
+    { TraceScope scope(u"C::M"); }
+    Lines expected{"one 1", "two", "C::M [ENTRY]", "C::M [EXIT]"};
+    expected.resize(level == 3 ? 4 : level);
+    EXPECT_EQ(machine.TraceLines(), expected) << level;
+  }
+  EXPECT_EQ(machine.files["DBGLOG.txt"].substr(0, 14), std::string("o\0n\0e\0 \0"
+                                                                   "1\0\r\0\n\0",
+                                                                   14));
+}
+
+TEST_F(TraceLog, UnopenableLogDropsTheLine) {
+  Select({"-debug3"});
+  machine.fileFailures["DBGLOG.txt"] = uefi_status::kWriteProtected;
+  Trace(u"lost", 1);
+  EXPECT_EQ(machine.TraceLines(), Lines{});
+}
+
+TEST_F(TraceLog, HexDumpFillsItsLastRow) {
+  Select({"-debug2"});
+  std::array<std::uint8_t, 20> bytes{0x41, 0xCC, 0x20};
+  bytes[16] = 0x7F;
+  bytes[17] = 0x7E;
+  TraceHexDump(u"Title", bytes, 17);
+  TraceHexDump(u"Empty", bytes, 0);
+  std::string zeros(3 * 13, ' ');
+  for (std::size_t i = 0; i < 13; ++i) zeros.replace(3 * i, 3, " 00");
+  EXPECT_EQ(machine.TraceLines(), (Lines{"Title", " 41    20" + zeros + "\tA. .............",
+                                         " 7F 7E 00" + zeros + "\t.~..............", "", "Empty", ""}));
+}
+
+TEST_F(TraceLog, HexDumpNeedsLevelTwo) {
+  Select({"-debug1"});
+  TraceHexDump(u"Title", std::array<std::uint8_t, 1>{1}, 1);
+  EXPECT_EQ(machine.TraceLines(), Lines{});
+}
+
+}  // namespace
+}  // namespace varnok

@@ -1,0 +1,93 @@
+// Keys from a terminal and from a pipe, in a process of their own.
+#include "firmware/host/keyboard.h"
+
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+namespace varnok::host {
+namespace {
+
+using Keys = std::vector<int>;
+
+/// Reads keys until 'q' or the end, which counts as -1, and reports their numbers.
+[[noreturn]] void ReportKeys(int report) {
+  for (;;) {
+    std::optional<char16_t> key = ReadKey();
+    int number = key ? *key : -1;
+    if (write(report, &number, sizeof number) < 0 || !key || *key == u'q') _exit(0);
+  }
+}
+
+Keys Collect(int report) {
+  Keys keys;
+  int number = 0;
+  while (read(report, &number, sizeof number) == static_cast<ssize_t>(sizeof number)) keys.push_back(number);
+  return keys;
+}
+
+bool HasEcho(int terminal) {
+  termios mode;
+  return tcgetattr(terminal, &mode) == 0 && (mode.c_lflag & ECHO) != 0;
+}
+
+TEST(Keyboard, PipeGivesItsCharactersAndThenEnds) {
+  int input[2];
+  int report[2];
+  ASSERT_EQ(pipe(input) + pipe(report), 0);
+  std::string text = "y\x1B\x7F\n\u00E4\u20AC";
+  ASSERT_EQ(write(input[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  close(input[1]);
+  pid_t child = fork();
+  if (child == 0) {
+    dup2(input[0], STDIN_FILENO);
+    ReportKeys(report[1]);
+  }
+  close(report[1]);
+  EXPECT_EQ(Collect(report[0]), (Keys{'y', 0x1B, 0x7F, '\n', 0xE4, 0x20AC, -1}));
+  waitpid(child, nullptr, 0);
+}
+
+TEST(Keyboard, TerminalGivesSingleKeysWithoutEcho) {
+  int report[2];
+  ASSERT_EQ(pipe(report), 0);
+  int terminal = -1;
+  pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+  if (child == 0) ReportKeys(report[1]);
+  close(report[1]);
+  while (HasEcho(terminal)) usleep(1000);
+  // Cursor up, F5, backspace as terminals send it, Enter.
+  std::string keys = "a\x1B[A\x1B[15~\x7F\rq";
+  ASSERT_EQ(write(terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+  EXPECT_EQ(Collect(report[0]), (Keys{'a', 0, 0, 8, '\n', 'q'}));
+  waitpid(child, nullptr, 0);
+  close(terminal);
+}
+
+TEST(Keyboard, TerminalIsPutBackWhenASignalEndsTheProgram) {
+  for (int number : {SIGINT, SIGTERM, SIGHUP}) {
+    int report[2];
+    ASSERT_EQ(pipe(report), 0);
+    int terminal = -1;
+    pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) ReportKeys(report[1]);
+    close(report[1]);
+    while (HasEcho(terminal)) usleep(1000);
+    kill(child, number);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == number);
+    EXPECT_TRUE(HasEcho(terminal)) << "after signal " << number;
+    close(terminal);
+    close(report[0]);
+  }
+}
+
+}  // namespace
+}  // namespace varnok::host

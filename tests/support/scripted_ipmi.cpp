@@ -1,0 +1,176 @@
+#include "tests/support/scripted_ipmi.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+
+#include "app/services/format.h"
+#include "platform/ipmi.h"
+
+namespace varnok::testing {
+namespace {
+
+std::string Describe(const ScriptedIpmi::Response& message) {
+  std::string text = Format("net function %02X, LUN %u, command %02X, data [", message.netFunction,
+                            message.lun, message.command);
+  for (std::uint8_t byte : message.data) text += Format("%02X ", byte);
+  if (!message.data.empty()) text.pop_back();
+  return text + "]";
+}
+
+std::uint8_t Checksum(const ScriptedIpmi::Bytes& bytes, std::size_t from) {
+  return static_cast<std::uint8_t>(
+      -std::accumulate(bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end(), 0));
+}
+
+}  // namespace
+
+ScriptedIpmi::ScriptedIpmi(TestFirmware& machine, bool isLoaded) : machine_(machine) {
+  wire_.revision = kIpmiProtocolRevision;
+  wire_.Send = OnSend;
+  wire_.Receive = OnReceive;
+  wire_.script = this;
+  machine_.protocol = &wire_;
+  IpmiReset();
+  if (isLoaded) {
+    EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
+  }
+}
+
+ScriptedIpmi::~ScriptedIpmi() {
+  if (!isBroken_ && !steps_.empty()) {
+    const Step& step = steps_.front();
+    ADD_FAILURE() << steps_.size() << " steps left over; next: "
+                  << (step.kind == Step::Kind::Request ? "request " : "response ") << Describe(step.message);
+  }
+  IpmiReset();
+  machine_.protocol = nullptr;
+}
+
+ScriptedIpmi& ScriptedIpmi::AddRequest(Status status, std::uint8_t netFunction, std::uint8_t command,
+                                       Bytes data, std::uint8_t lun) {
+  lastExpected_ = {netFunction, lun, command, 0, std::move(data)};
+  steps_.push_back({Step::Kind::Request, status, lastExpected_});
+  return *this;
+}
+
+ScriptedIpmi& ScriptedIpmi::Expect(std::uint8_t netFunction, std::uint8_t command, Bytes data,
+                                   std::uint8_t lun) {
+  return AddRequest(kSuccess, netFunction, command, std::move(data), lun);
+}
+
+ScriptedIpmi& ScriptedIpmi::ExpectRefused(std::uint8_t netFunction, std::uint8_t command, Bytes data,
+                                          std::uint8_t lun) {
+  return AddRequest(uefi_status::kDeviceError, netFunction, command, std::move(data), lun);
+}
+
+ScriptedIpmi& ScriptedIpmi::ReplyWith(const Response& response) {
+  steps_.push_back({Step::Kind::Response, kSuccess, response});
+  return *this;
+}
+
+ScriptedIpmi& ScriptedIpmi::Reply(Bytes data, std::uint8_t completionCode) {
+  return ReplyWith({static_cast<std::uint8_t>(lastExpected_.netFunction + 1), lastExpected_.lun,
+                    lastExpected_.command, completionCode, std::move(data)});
+}
+
+ScriptedIpmi& ScriptedIpmi::ReplyStating(int statedLength, Bytes data) {
+  Reply(std::move(data));
+  steps_.back().message.statedLength = statedLength;
+  return *this;
+}
+
+ScriptedIpmi& ScriptedIpmi::ReceiveFails() {
+  steps_.push_back({Step::Kind::Response, uefi_status::kTimeout, {}});
+  return *this;
+}
+
+ScriptedIpmi& ScriptedIpmi::Lost() {
+  return ReceiveFails().ReceiveFails().ReceiveFails().ReceiveFails();
+}
+
+ScriptedIpmi& ScriptedIpmi::Pass(std::uint64_t seconds) {
+  steps_.push_back({Step::Kind::Delay, kSuccess, {}, seconds});
+  return *this;
+}
+
+ScriptedIpmi& ScriptedIpmi::ExpectSend(std::uint8_t channel, std::uint8_t target, std::uint8_t sequence,
+                                       std::uint8_t netFunction, std::uint8_t command, const Bytes& data,
+                                       std::uint8_t lun) {
+  Bytes frame = {channel, target, static_cast<std::uint8_t>(netFunction << 2 | lun)};
+  frame.push_back(Checksum(frame, 1));
+  frame.insert(frame.end(), {0x20, static_cast<std::uint8_t>(sequence << 2 | 2), command});
+  frame.insert(frame.end(), data.begin(), data.end());
+  frame.push_back(Checksum(frame, 4));
+  return Expect(0x06, 0x34, std::move(frame));
+}
+
+ScriptedIpmi& ScriptedIpmi::ReplyBridged(std::uint8_t target, std::uint8_t sequence, std::uint8_t netFunction,
+                                         std::uint8_t command, const Bytes& data, std::uint8_t completionCode,
+                                         std::uint8_t lun) {
+  Bytes answer = {0x00, static_cast<std::uint8_t>((netFunction + 1) << 2 | 2)};
+  answer.push_back(static_cast<std::uint8_t>(-(0x20 + answer[1])));
+  answer.insert(answer.end(),
+                {target, static_cast<std::uint8_t>(sequence << 2 | lun), command, completionCode});
+  answer.insert(answer.end(), data.begin(), data.end());
+  answer.push_back(Checksum(answer, 3));
+  return Reply(std::move(answer));
+}
+
+const ScriptedIpmi::Step* ScriptedIpmi::Next() {
+  while (!steps_.empty() && steps_.front().kind == Step::Kind::Delay) {
+    machine_.clockMicroseconds += steps_.front().seconds * 1'000'000;
+    steps_.pop_front();
+  }
+  return steps_.empty() ? nullptr : &steps_.front();
+}
+
+Status ScriptedIpmi::Fail(const std::string& what) {
+  // One mistake spoils the rest of the script; it is reported once.
+  if (!isBroken_) ADD_FAILURE() << "request " << sent_ << ": " << what;
+  isBroken_ = true;
+  return uefi_status::kDeviceError;
+}
+
+Status ScriptedIpmi::OnSend(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun,
+                            std::uint8_t command, const std::uint8_t* data, std::uint32_t dataLength) {
+  ScriptedIpmi& script = *static_cast<Wire*>(self)->script;
+  if (script.isBroken_) return uefi_status::kDeviceError;
+  ++script.sent_;
+  std::string sent = Describe({netFunction, lun, command, 0, Bytes(data, data + dataLength)});
+  const Step* step = script.Next();
+  if (step == nullptr) return script.Fail("unexpected " + sent);
+  if (step->kind == Step::Kind::Response) return script.Fail("sent before the answer was fetched: " + sent);
+  std::string expected = Describe(step->message);
+  if (sent != expected) return script.Fail("sent " + sent + ", expected " + expected);
+  Status status = step->status;
+  script.steps_.pop_front();
+  return status;
+}
+
+Status ScriptedIpmi::OnReceive(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun,
+                               std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
+                               std::uint32_t* dataLength) {
+  ScriptedIpmi& script = *static_cast<Wire*>(self)->script;
+  if (script.isBroken_) return uefi_status::kDeviceError;
+  const Step* step = script.Next();
+  if (step == nullptr) return script.Fail("a fetch that the script does not hold");
+  if (step->kind == Step::Kind::Request)
+    return script.Fail("fetched, but the next step is the request " + Describe(step->message));
+  if (*dataLength != 64) return script.Fail(Format("fetched with room for %u bytes", *dataLength));
+  Response message = step->message;
+  Status status = step->status;
+  script.steps_.pop_front();
+  if (status != kSuccess) return status;
+  *netFunction = message.netFunction;
+  *lun = message.lun;
+  *command = message.command;
+  *completionCode = message.completionCode;
+  std::copy(message.data.begin(), message.data.end(), data);
+  *dataLength = message.statedLength >= 0 ? static_cast<std::uint32_t>(message.statedLength)
+                                          : static_cast<std::uint32_t>(message.data.size());
+  return kSuccess;
+}
+
+}  // namespace varnok::testing

@@ -1,0 +1,112 @@
+// A scripted BMC behind the IPMI protocol: the requests to come, in order and to the byte, and what is
+// answered to each. An unexpected request, a fetch that the script does not hold and a step left over fail
+// the test.
+//
+//   ScriptedIpmi bmc(machine);
+//   bmc.Expect(0x0A, 0x10, {0x00}).Reply({0x00, 0x08, 0x00});   // Get FRU Inventory Area Info, 2048 bytes
+//   bmc.Expect(0x0A, 0x11, {0x00, 0x00, 0x00, 0x08}).Reply({}, 0xC3);
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "firmware/ipmi_protocol.h"
+#include "tests/support/test_firmware.h"
+
+namespace varnok::testing {
+
+class ScriptedIpmi {
+ public:
+  using Bytes = std::vector<std::uint8_t>;
+
+  /// Any response, right or wrong. `data` holds the bytes after the completion code.
+  struct Response {
+    std::uint8_t netFunction = 0;
+    std::uint8_t lun = 0;
+    std::uint8_t command = 0;
+    std::uint8_t completionCode = 0;
+    Bytes data{};
+    /// The length field when it lies; -1: the number of bytes.
+    int statedLength = -1;
+  };
+
+  /// Puts itself into `machine` and, unless `isLoaded` is false, has the transport load it. On destruction
+  /// the script must be used up; the transport is reset.
+  explicit ScriptedIpmi(TestFirmware& machine, bool isLoaded = true);
+  ~ScriptedIpmi();
+  ScriptedIpmi(const ScriptedIpmi&) = delete;
+  ScriptedIpmi& operator=(const ScriptedIpmi&) = delete;
+
+  /// The next request.
+  ScriptedIpmi& Expect(std::uint8_t netFunction, std::uint8_t command, Bytes data = {}, std::uint8_t lun = 0);
+  /// As Expect; the driver refuses it.
+  ScriptedIpmi& ExpectRefused(std::uint8_t netFunction, std::uint8_t command, Bytes data = {},
+                              std::uint8_t lun = 0);
+
+  // What follows a request. Replies belong to the last expected one: its net function plus 1, its LUN and
+  // command.
+  ScriptedIpmi& Reply(Bytes data, std::uint8_t completionCode = 0);
+  /// Reply whose length field says `statedLength`.
+  ScriptedIpmi& ReplyStating(int statedLength, Bytes data);
+  ScriptedIpmi& ReplyWith(const Response& response);
+  /// One fetch fails.
+  ScriptedIpmi& ReceiveFails();
+  /// The answer is lost: four fetches fail, which is all that one attempt of the transport makes.
+  ScriptedIpmi& Lost();
+
+  /// Time that passes before the next request or fetch.
+  ScriptedIpmi& Pass(std::uint64_t seconds);
+
+  // Bridged traffic. Both send and fetch are requests of their own: ExpectSend(...).Reply({}), then
+  // ExpectFetch().ReplyBridged(...).
+  /// A Send Message request that carries `command` with `data` to `target`.
+  ScriptedIpmi& ExpectSend(std::uint8_t channel, std::uint8_t target, std::uint8_t sequence,
+                           std::uint8_t netFunction, std::uint8_t command, const Bytes& data = {},
+                           std::uint8_t lun = 0);
+  /// A Get Message request.
+  ScriptedIpmi& ExpectFetch() { return Expect(0x06, 0x33); }
+  /// The response inside a Get Message answer; `netFunction` is the request's.
+  ScriptedIpmi& ReplyBridged(std::uint8_t target, std::uint8_t sequence, std::uint8_t netFunction,
+                             std::uint8_t command, const Bytes& data, std::uint8_t completionCode = 0,
+                             std::uint8_t lun = 0);
+
+  /// Requests seen so far.
+  int sent() const { return sent_; }
+  /// The protocol itself, for tests that install or break it by hand.
+  IpmiProtocol& protocol() { return wire_; }
+
+ private:
+  struct Step {
+    enum class Kind { Request, Response, Delay };
+    Kind kind;
+    Status status = kSuccess;
+    Response message;  // request or response
+    std::uint64_t seconds = 0;
+  };
+  struct Wire : IpmiProtocol {
+    ScriptedIpmi* script;
+  };
+
+  static Status OnSend(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command,
+                       const std::uint8_t* data, std::uint32_t dataLength);
+  static Status OnReceive(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun,
+                          std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
+                          std::uint32_t* dataLength);
+
+  ScriptedIpmi& AddRequest(Status status, std::uint8_t netFunction, std::uint8_t command, Bytes data,
+                           std::uint8_t lun);
+  /// The next request or response of the script after any delay; null at its end.
+  const Step* Next();
+  Status Fail(const std::string& what);
+
+  TestFirmware& machine_;
+  Wire wire_{};
+  std::deque<Step> steps_;
+  Response lastExpected_;
+  int sent_ = 0;
+  bool isBroken_ = false;
+};
+
+}  // namespace varnok::testing
