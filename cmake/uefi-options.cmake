@@ -7,6 +7,9 @@ target_compile_options(varnok_uefi_options INTERFACE
   -mno-stack-arg-probe -fno-strict-aliasing -ffunction-sections -fdata-sections)
 target_compile_definitions(varnok_uefi_options INTERFACE _GLIBCXX_EXTERN_TEMPLATE=0)
 
+# Behind every library of ours, at the end of the link line.
+set(CMAKE_CXX_STANDARD_LIBRARIES "-lstdc++ -lgcc")
+
 # varnok_uefi_image(TARGET OUTPUT SUBSYSTEM libraries...): subsystem 10 is an application, 11 a boot-service driver.
 function(varnok_uefi_image target output subsystem)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${output} SUFFIX ""
@@ -14,5 +17,5 @@ function(varnok_uefi_image target output subsystem)
   target_link_options(${target} PRIVATE -nostdlib -static -s -Wl,--subsystem,${subsystem} -Wl,-e,efi_main
     -Wl,-T,${PROJECT_SOURCE_DIR}/cmake/uefi-image.ld -Wl,--gc-sections -Wl,--dynamicbase -Wl,--no-insert-timestamp)
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/uefi-image.ld)
-  target_link_libraries(${target} PRIVATE varnok_core_options ${ARGN} -lstdc++ -lgcc)
+  target_link_libraries(${target} PRIVATE varnok_core_options ${ARGN})
 endfunction()
