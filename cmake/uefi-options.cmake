@@ -14,5 +14,5 @@ function(varnok_uefi_image target output subsystem)
   target_link_options(${target} PRIVATE -nostdlib -static -s -Wl,--subsystem,${subsystem} -Wl,-e,efi_main
     -Wl,-T,${PROJECT_SOURCE_DIR}/cmake/uefi-image.ld -Wl,--gc-sections -Wl,--dynamicbase -Wl,--no-insert-timestamp)
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/uefi-image.ld)
-  target_link_libraries(${target} PRIVATE varnok_core_options ${ARGN} -lstdc++ -lgcc)
+  target_link_libraries(${target} PRIVATE varnok_core_options ${ARGN})
 endfunction()
