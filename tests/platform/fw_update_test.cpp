@@ -145,6 +145,17 @@ TEST_F(Fw, AnswerWithoutAuxiliaryRevision) {
   EXPECT_EQ(std::u16string(text), u"0.00");
 }
 
+TEST_F(Fw, AnswerThatEndsBeforeTheRevisionIsNoAnswer) {
+  FwUpdate::SelectDeviceAddress(0x20);
+  for (const ScriptedIpmi::Bytes& answer : {ScriptedIpmi::Bytes{}, ScriptedIpmi::Bytes{0x20, 0x01, 0x82}}) {
+    bmc.Expect(6, 1).Reply(answer);
+    EXPECT_EQ(FwUpdate::IsBmcInFwTransferMode(isFlag), fw_status::kExchangeFailed);
+    EXPECT_EQ(Message(), kNoVersion);
+    bmc.Expect(6, 1).Reply(answer);
+    EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), fw_status::kExchangeFailed);
+  }
+}
+
 TEST_F(Fw, VersionsNeedDeviceThenLoadThenArea) {
   EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), fw_status::kNothingSelected);
   EXPECT_EQ(LastTrace(), "FwUpdate::LoadConfigurationFromSystem - No device selected");
@@ -312,11 +323,12 @@ TEST_F(Fw, RefreshByColdResetPollsUntilTheBmcIsBack) {
   ExpectDeviceId(0x4311);
   bmc.Expect(6, 2);
   ExpectSilence(6, 1);
+  bmc.Expect(6, 1).Reply({});  // booting: it answers, but with nothing yet
   ExpectDeviceId(0x4311, 0x82);
   ExpectDeviceId(0x4311);
   EXPECT_EQ(FwUpdate::BmcRefresh(), kSuccess);
   EXPECT_EQ(machine.console, kResetText);
-  EXPECT_EQ(machine.waitedMicroseconds, 3 * 5'000'000u);
+  EXPECT_EQ(machine.waitedMicroseconds, 4 * 5'000'000u);
 }
 
 TEST_F(Fw, ColdResetOfABmcThatNeverComesBack) {
