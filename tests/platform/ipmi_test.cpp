@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/services/trace.h"
 #include "tests/support/scripted_ipmi.h"
 
 namespace varnok {
@@ -136,6 +137,24 @@ TEST_F(Ipmi, ClearMessageFlagsIgnoresItsResult) {
   IpmiClearMessageFlags(1);
   for (int i = 0; i < 11; ++i) bmc.Expect(0x06, 0x30, {0x02}).Reply({}, 0xC1);
   IpmiClearMessageFlags(2);
+}
+
+TEST_F(Ipmi, NothingIsTracedOrPrinted) {
+  const char* arguments[] = {"varnok", "-debug3"};
+  TraceSelectLevel(2, arguments);
+  IpmiLoadProtocol();
+  for (int i = 0; i < 4; ++i) bmc.ExpectRefused(6, 1);
+  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSendFailed);
+  bmc.ExpectSend(0, 0xB0, 1, 6, 1).Lost();
+  IpmiMessage request = Request(6, 1);
+  request.targetAddress = 0xB0;
+  EXPECT_EQ(IpmiTransaction(request, response), ipmi_result::kReceiveFailed);
+  std::uint32_t type = 0, version = 0;
+  for (int i = 0; i < 11; ++i) bmc.Expect(6, 1).Lost();
+  EXPECT_EQ(GetBmcTypeAndVersion(type, version), ipmi_result::kNoDeviceId);
+  TraceSelectLevel(0, nullptr);
+  EXPECT_EQ(machine.files["DBGLOG.txt"], "");
+  EXPECT_EQ(machine.console, "");
 }
 
 ScriptedIpmi::Bytes DeviceId(std::uint16_t product, std::uint8_t ipmiVersion) {
