@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/services/trace.h"
 #include "tests/support/smbios_builder.h"
 
 namespace varnok {
@@ -94,6 +95,28 @@ TEST_F(Smbios, DisplayStopsAtTheMissingStructure) {
   EXPECT_NE(machine.console.find("B-7\n"), std::string::npos);
   EXPECT_EQ(machine.console.find("Chassis"), std::string::npos);
   EXPECT_EQ(std::u16string(SmbiosGetLastErrorMessage()), u"The requested SMBIOS structure was not found.");
+}
+
+TEST_F(Smbios, OperationsAndFailuresAreTraced) {
+  Install();
+  const char* arguments[] = {"varnok", "-debug3"};
+  TraceSelectLevel(2, arguments);
+  SmbiosSetOutputFile(u"");
+  EXPECT_EQ(SmbiosDisplay(), smbios_status::kNotFound);
+  SmbiosGetLastErrorMessage();
+  std::string text;
+  EXPECT_EQ(SmbiosGetBiosVersion(text), uefi_status::kNotFound);
+  TraceSelectLevel(0, nullptr);
+  EXPECT_EQ(
+      machine.TraceLines(),
+      (std::vector<std::string>{
+          "SmbiosSetOutputFile [ENTRY]", "SmbiosSetOutputFile [EXIT]", "SmbiosDisplay [ENTRY]",
+          "SmbiosGetStructure [ENTRY]", "SmbiosGetStructure - Structure not found",
+          "SmbiosGetStructure [EXIT]", "SmbiosDisplay - SMBIOS structure not found", "SmbiosDisplay [EXIT]",
+          "SmbiosGetLastErrorMessage [ENTRY]", "SmbiosGetLastErrorMessage [EXIT]",
+          "SmbiosGetBiosVersion [ENTRY]", "SmbiosGetStructure [ENTRY]",
+          "SmbiosGetStructure - Structure not found", "SmbiosGetStructure [EXIT]",
+          "SmbiosGetBiosVersion - SMBIOS structure not found", "SmbiosGetBiosVersion [EXIT]"}));
 }
 
 TEST_F(Smbios, OutputFileReceivesTheDisplay) {
