@@ -202,6 +202,14 @@ TEST_F(IpmiBridge, ExplicitChannelKeepsTheSendAnswerWhenOnlyOtherCommandsCome) {
   EXPECT_EQ(response.data[0], 0x5A);
 }
 
+TEST_F(IpmiBridge, ExplicitChannelTakesNoAnswerThatEndsBeforeItsCompletionCode) {
+  bmc.ExpectSend(7, kPsu, 1, 6, 1).Reply({});
+  bmc.ExpectFetch().Reply({0x00, 0x1E, 0xC2, kPsu, 0x04, 0x01});
+  bmc.ExpectFetch().ReplyBridged(kPsu, 1, 6, 1, {}, 0xC1);
+  EXPECT_EQ(IpmiBridgedRequest(DeviceIdOf(kPsu), response, 7, kPsu, 1000), ipmi_result::kSuccess);
+  EXPECT_EQ(response.completionCode, 0xC1);
+}
+
 TEST_F(IpmiBridge, ExplicitChannelWithAnEmptyQueue) {
   bmc.ExpectSend(7, kPsu, 1, 6, 1).Reply({});
   for (int i = 0; i < 3 * 11; ++i) bmc.ExpectFetch().Reply({}, 0x80);

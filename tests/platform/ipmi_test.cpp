@@ -121,6 +121,11 @@ TEST_F(Ipmi, LyingLengthsAreHarmless) {
   EXPECT_EQ(response.dataLength, 2u);
   EXPECT_THAT(std::vector(response.data.begin(), response.data.begin() + 4), ElementsAre(9, 8, 0, 0));
 
+  // Four said, one delivered: what never came reads as 0, not as an earlier answer's.
+  bmc.Expect(6, 1).ReplyStating(4, {5});
+  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
+  EXPECT_THAT(std::vector(response.data.begin(), response.data.begin() + 4), ElementsAre(5, 0, 0, 0));
+
   bmc.Expect(6, 1).ReplyStating(200, ScriptedIpmi::Bytes(100, 0xEE));
   EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
   EXPECT_EQ(response.dataLength, 64u);
