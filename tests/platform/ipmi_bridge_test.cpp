@@ -193,7 +193,9 @@ TEST_F(IpmiBridge, RequestTooLongForAFrameIsNotSent) {
   IpmiMessage request = DeviceIdOf(kPsu);
   request.dataLength = 57;
   EXPECT_EQ(IpmiTransaction(request, response), ipmi_result::kSendFailed);
+  response.completionCode = 0xC1;  // an earlier call's
   EXPECT_EQ(IpmiBridgedRequest(request, response, 0, kPsu, 1000), ipmi_result::kSendFailed);
+  EXPECT_EQ(response.completionCode, 0);
   EXPECT_EQ(bmc.sent(), 0);
 }
 

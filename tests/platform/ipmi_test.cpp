@@ -74,8 +74,9 @@ TEST_F(Ipmi, ThreeFailedFetchesAreOneAttempt) {
 
 TEST_F(Ipmi, ElevenLostAnswers) {
   for (int i = 0; i < 11; ++i) bmc.Expect(6, 0).Lost();
-  response.command = 0;  // what an earlier call left is no answer
+  response.completionCode = 0xC1;  // what an earlier call left is no answer
   EXPECT_EQ(IpmiTransaction(Request(6, 0), response), ipmi_result::kWrongResponse);
+  EXPECT_EQ(response.completionCode, 0);
   EXPECT_EQ(machine.pacedMicroseconds, 11u * 60'000);
 }
 
