@@ -237,8 +237,12 @@ struct FwTransferRefresh : Fw {
     Fw::SetUp();
     ExpectDeviceId(0x0107);  // the version read that every refresh begins with
   }
-  void Refresh(Status status, const std::string& console, const std::string& message) {
+  /// `failure` is the trace line that names the step that failed, empty when none did.
+  void Refresh(Status status, const std::string& console, const std::string& message,
+               const std::string& failure) {
     EXPECT_EQ(FwUpdate::BmcRefresh(), status);
+    std::vector<std::string> lines = machine.TraceLines();
+    EXPECT_EQ(lines.size() < 2 ? "" : lines[lines.size() - 2], failure);
     EXPECT_EQ(machine.console, "Refreshing BMC...\n" + console);
     EXPECT_EQ(Message(), message);
     EXPECT_EQ(machine.flushes, 1);
@@ -252,27 +256,29 @@ TEST_F(FwTransferRefresh, ThroughTransferMode) {
   ExpectDeviceId(0x0107, 0x82);
   bmc.Expect(8, 4).Reply({});
   ExpectDeviceId(0x0107);
-  Refresh(kSuccess, "", kInTransferMode);
+  Refresh(kSuccess, "", kInTransferMode, "");
   EXPECT_EQ(machine.waitedMicroseconds, 80'000'000u);
 }
 
 TEST_F(FwTransferRefresh, AlreadyInTransferMode) {
   ExpectDeviceId(0x0107, 0x82);
   Refresh(fw_status::kExchangeFailed, "\nController at address 20  Already in FwTransfer mode..\n",
-          kInTransferMode);
+          kInTransferMode, "CfwUpdate::EnterFwTransferMode - BMC is in FW Transfer mode");
 }
 
 TEST_F(FwTransferRefresh, KeyRefused) {
   ExpectDeviceId(0x0107);
   for (int i = 0; i < 11; ++i) bmc.Expect(8, 0, kKey).Reply({}, 0xC1);
-  Refresh(fw_status::kExchangeFailed, kEnterFailed, "");
+  Refresh(fw_status::kExchangeFailed, kEnterFailed, "",
+          "CfwUpdate::EnterFwTransferMode - ProcessMessage failed");
 }
 
 TEST_F(FwTransferRefresh, KeyWithoutEffect) {
   ExpectDeviceId(0x0107);
   bmc.Expect(8, 0, kKey).Reply({});
   ExpectDeviceId(0x0107);
-  Refresh(fw_status::kExchangeFailed, kEnterFailed, kNotInTransferMode);
+  Refresh(fw_status::kExchangeFailed, kEnterFailed, kNotInTransferMode,
+          "CfwUpdate::EnterFwTransferMode - BMC is not in FW Transfer mode");
 }
 
 TEST_F(FwTransferRefresh, TransferModeLostBeforeTheExit) {
@@ -280,7 +286,8 @@ TEST_F(FwTransferRefresh, TransferModeLostBeforeTheExit) {
   bmc.Expect(8, 0, kKey).Reply({});
   ExpectDeviceId(0x0107, 0x82);
   ExpectDeviceId(0x0107);
-  Refresh(fw_status::kExchangeFailed, "", kNotInTransferMode);
+  Refresh(fw_status::kExchangeFailed, "", kNotInTransferMode,
+          "CfwUpdate::ExitFwTransferMode - BMC is not in FW Transfer mode");
 }
 
 TEST_F(FwTransferRefresh, ExitRefused) {
@@ -290,7 +297,7 @@ TEST_F(FwTransferRefresh, ExitRefused) {
   ExpectDeviceId(0x0107, 0x82);
   for (int i = 0; i < 11; ++i) bmc.Expect(8, 4).Reply({}, 0xFF);
   Refresh(fw_status::kExchangeFailed, "\nExitFwTransferMode:: Error in Process Message Function..\n",
-          kInTransferMode);
+          kInTransferMode, "CfwUpdate::ExitFwTransferMode - ProcessMessage failed");
   EXPECT_EQ(machine.waitedMicroseconds, 0u);
 }
 
@@ -301,7 +308,8 @@ TEST_F(FwTransferRefresh, ExitWithoutEffect) {
   ExpectDeviceId(0x0107, 0x82);
   bmc.Expect(8, 4).Reply({});
   ExpectDeviceId(0x0107, 0x82);
-  Refresh(fw_status::kExchangeFailed, "\nExit Firmware Transfer Mode failed..\n", kInTransferMode);
+  Refresh(fw_status::kExchangeFailed, "\nExit Firmware Transfer Mode failed..\n", kInTransferMode,
+          "CfwUpdate::ExitFwTransferMode - BMC is in FW Transfer mode");
 }
 
 TEST_F(FwTransferRefresh, BmcFallsSilentBeforeAnyOfItsFourTests) {
@@ -319,7 +327,8 @@ TEST_F(FwTransferRefresh, BmcFallsSilentBeforeAnyOfItsFourTests) {
       bmc.Expect(8, 4).Reply({});
     }
     ExpectSilence(6, 1);
-    Refresh(fw_status::kExchangeFailed, "", kNoVersion);
+    Refresh(fw_status::kExchangeFailed, "", kNoVersion,
+            "CfwUpdate::IsBmcInFwTransferMode - ProcessMessage failed");
   }
 }
 
@@ -351,6 +360,7 @@ TEST_F(Fw, ColdResetOfABmcThatNeverComesBack) {
   for (int i = 0; i < 10; ++i) ExpectSilence(6, 1);
   EXPECT_EQ(FwUpdate::BmcRefresh(), fw_status::kExchangeFailed);
   EXPECT_EQ(machine.console, std::string(kResetText) + "BMC Refresh failure\n");
+  EXPECT_EQ(LastTrace(), "CfwUpdate::ResetBmc - ProcessMessage failed");
   EXPECT_EQ(machine.waitedMicroseconds, 10 * 5'000'000u);
 }
 
