@@ -173,6 +173,24 @@ TEST_F(Fw, VersionsNeedDeviceThenLoadThenArea) {
   EXPECT_EQ(LastTrace(), "FwUpdate::GetVersionFromSystem - Device area not selected");
 }
 
+TEST_F(Fw, SecondInitialisationForgetsSelectionVersionsAndMessage) {
+  FwUpdate::SelectDeviceAddress(0xC0);
+  FwUpdate::SelectDeviceArea(1);
+  FwUpdate::IsVersionSupported(u"A", {}, isFlag);
+  EXPECT_EQ(FwUpdate::Initialize(), kSuccess) << "without traffic: the BMC is known";
+  EXPECT_EQ(Message(), "");
+  EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), fw_status::kNothingSelected);
+  FwUpdate::SelectDeviceAddress(0x20);
+  ExpectDeviceId(0x4311);
+  EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), kSuccess);
+  const char16_t* text = u"left over";
+  EXPECT_EQ(FwUpdate::GetVersionFromSystem(text), fw_status::kNothingSelected);
+  EXPECT_EQ(text, nullptr);
+  EXPECT_EQ(FwUpdate::Initialize(), kSuccess);
+  FwUpdate::SelectDeviceArea(1);
+  EXPECT_EQ(FwUpdate::GetVersionFromSystem(text), fw_status::kNotLoaded);
+}
+
 TEST_F(Fw, VersionOfAnotherController) {
   FwUpdate::SelectDeviceAddress(0xC0);
   bmc.ExpectSend(0, 0xC0, 1, 6, 1).Reply({});

@@ -148,6 +148,7 @@ TEST_F(Smbios, WalkByTypeHandleAndCursor) {
   EXPECT_EQ(cursor, 6u + 10 + 6);
   EXPECT_EQ(Get(17), smbios_status::kNotFound);
   EXPECT_EQ(cursor, 65535u);
+  EXPECT_EQ(size, 0u);
   EXPECT_TRUE(std::holds_alternative<std::monostate>(record));
 
   // A handle is looked for from the start, wherever the cursor stands.
