@@ -228,6 +228,7 @@ TEST_F(Smbios, StringNumberPastTheSetIsEmpty) {
   const auto& system = std::get<SmbiosSystem>(record);
   EXPECT_EQ(system.manufacturer, "Sysmaker");
   EXPECT_EQ(system.productName + system.version + system.serialNumber, "");
+  EXPECT_EQ(system.uuid, (std::array<std::uint8_t, 16>{})) << "the record ends before it; strings follow";
   ASSERT_EQ(Get(2), kSuccess) << "no strings at all";
   EXPECT_EQ(std::get<SmbiosBoard>(record).product, "");
 }
@@ -253,6 +254,37 @@ TEST_F(Smbios, TableShorterOrLongerThanSaid) {
   EXPECT_EQ(Get(2), smbios_status::kNotFound);
   machine.memory.clear();
   EXPECT_EQ(SmbiosDisplay(), smbios_status::kNotFound);
+}
+
+TEST_F(Smbios, DamagedByteOrCutTableIsReadWithinItsBounds) {
+  AddSystem();
+  AddBoard();
+  AddChassis();
+  table.Add(4, {1, 3, 0, 2}, {"CPU 1", "Maker"}).Add(16, {3, 3, 6, 0, 0, 0, 0, 0, 0, 1, 0}).Add(17, {0, 0});
+  const SmbiosBuilder::Bytes whole = table.table;
+  auto readAll = [&] {
+    machine.memory.clear();  // so that the new table's memory ends where the table does
+    Install();
+    SmbiosDisplay();
+    SmbiosProcessor processor;
+    std::string text;
+    std::uint32_t number = 0;
+    SmbiosGetBiosVersion(text);
+    SmbiosGetMemoryDeviceSize(number);
+    SmbiosGetProcessorByIndex(0, number, processor);
+    cursor = 0;
+    for (std::size_t i = 0; Get(kSmbiosAny) == kSuccess; ++i) ASSERT_LT(i, whole.size() / 4);
+    EXPECT_EQ(cursor, kSmbiosAny);
+  };
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (std::uint8_t value : SmbiosBuilder::Bytes{0x00, 0x04, 0x41, 0xFF}) {
+      table.table = whole;
+      table.table[at] = value;
+      readAll();
+    }
+    table.table.assign(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(at));
+    readAll();
+  }
 }
 
 TEST_F(Smbios, CountEndsTheWalkBeforeTheTable) {
