@@ -58,7 +58,7 @@ TEST_F(FruOnBoard, ProgramsTheMinimalSampleByteForByte) {
                                          testing::Field("VW-RC-R1"),
                                          testing::Field(""),
                                          {0xC1},
-                                         testing::Bytes(8, 0),
+                                         testing::Bytes(9, 0),
                                          {0x25}});
   wanted.resize(256, 0xFF);
   EXPECT_EQ(ReadFile("spare.bin"), wanted);

@@ -51,8 +51,17 @@ TEST_F(FruUpdate, WritesEveryAreaInOrderAndVerifies) {
                 "Loading Common Header Area\nLoading FRU Internal Use Area\nLoading FRU Chassis Info Area\n"
                 "Loading FRU Board Info Area\nLoading FRU Product Info Area\nLoading FRU Multi Record Area\n"
                 "\nFRU File Area(s) successfully loaded into FRU memory.\n");
-  // 1 + 1 + 5 + 6 + 6 chunks of eight; five headers' bytes one by one and the data, twice.
-  EXPECT_EQ(device.CountOf("0A/12"), 19 + 12);
+  // 1 + 1 + 5 + 6 + 6 chunks of eight; five headers' bytes one by one and the data, twice. Then the device is
+  // read as for a display, and nothing else is sent.
+  std::vector<std::string> written(device.log.begin(), device.log.begin() + 31);
+  EXPECT_EQ(device.CountOf("0A/12"), 31);
+  EXPECT_EQ(device.log.size(), 31u + 27u);
+  EXPECT_EQ(written[0], "0A/12: 00 00 00 01 01 02 07 0D 13 00 D5");
+  EXPECT_EQ(written[1], "0A/12: 00 08 00 01 02 03 04 05 06 07 08");
+  EXPECT_EQ(written[19], "0A/12: 00 98 00 C0");
+  EXPECT_EQ(written[24], "0A/12: 00 9D 00 01 02 03");
+  EXPECT_EQ(written[30], "0A/12: 00 A5 00 04 05 06 07");
+  EXPECT_EQ(device.log[31], "0A/11: 00 00 00 08");
 }
 
 TEST_F(FruUpdate, SkippedAreasKeepTheirPlaceAndAreNotCompared) {
