@@ -1,0 +1,29 @@
+#include "sdr/file_lines.h"
+
+#include <algorithm>
+#include <array>
+
+namespace varnok {
+
+SdrFileLines::SdrFileLines(File& file) {
+  std::array<std::uint8_t, 4096> block;
+  std::size_t count = 0;
+  do {
+    isBroken_ = file.Read(block, count) != kSuccess;
+    if (!isBroken_) text_.append(block.begin(), block.begin() + count);
+  } while (!isBroken_ && count != 0);
+}
+
+bool SdrFileLines::Read(std::string_view& line) {
+  constexpr std::size_t kLongestLine = 255;
+  std::string_view rest = std::string_view(text_).substr(std::min(position_, text_.size()));
+  std::size_t end = rest.find('\n');
+  // What stands in front of the place where the file fails may be half a line.
+  bool isWhole = end != std::string_view::npos || rest.size() >= kLongestLine;
+  if (rest.empty() || (isBroken_ && !isWhole)) return false;
+  line = rest.substr(0, std::min(end == std::string_view::npos ? rest.size() : end + 1, kLongestLine));
+  position_ += line.size();
+  return true;
+}
+
+}  // namespace varnok

@@ -1,0 +1,290 @@
+// The record classes' decoding and field queries, from the rows of their type.
+#include <algorithm>
+
+#include "app/services/format.h"
+#include "app/services/text.h"
+#include "sdr/method_trace.h"
+#include "sdr/record.h"
+
+namespace varnok {
+namespace {
+
+constexpr std::u16string_view kNotDecodedText = u"SDR Type Not Decoded";
+constexpr std::u16string_view kNotSelectedText = u"SDR Type Field Not Selected";
+constexpr std::u16string_view kBadLengthText = u"Bad Record Length";
+constexpr std::u16string_view kNoSuchField = u"*INTERNAL SDR MANAGER DECODING ERROR*";
+
+constexpr std::size_t kShownIdLength = 16;
+constexpr std::size_t kKeptOemLength = 16;
+constexpr std::size_t kGuidLength = 16;
+constexpr std::size_t kSensorNumberField = 6;
+// The highest entity ID that is shown as a decimal number.
+constexpr std::uint32_t kLastDecimalEntity = 0x25;
+constexpr SdrBits kDeviceTypeByte{11};
+
+/// The length in an ID string's type/length byte. 31 counts as 0: a name of 31 characters is not accepted as
+/// such.
+std::size_t IdStringLength(std::uint8_t typeLength) {
+  constexpr std::uint8_t kLengthBits = 0x1F;
+  return (typeLength & kLengthBits) == kLengthBits ? 0 : typeLength & kLengthBits;
+}
+
+std::u16string HexGroups(std::span<const std::uint8_t> bytes) {
+  std::u16string text;
+  for (std::uint8_t byte : bytes) text += Format(u"%02x ", byte);
+  return text;
+}
+
+std::u16string TextOf(std::span<const std::uint8_t> bytes) {
+  return Widen(UpToNul(std::string(bytes.begin(), bytes.end())));
+}
+
+std::u16string Decoded(std::u16string_view format, std::uint32_t code, std::uint8_t table,
+                       std::uint8_t deviceType) {
+  std::u16string meaning;
+  CSdr::DecodeType(table, static_cast<std::uint8_t>(code), meaning, deviceType);
+  return Format(format, code, meaning);
+}
+
+bool IsPrintable(std::uint8_t byte) {
+  return byte >= 0x20 && byte <= 0x7E;
+}
+
+}  // namespace
+
+bool CSdrByRows::HasLegalLength(std::span<const std::uint8_t> raw) const {
+  std::size_t size = SdrRecordSize(raw);
+  if (size > raw.size()) return false;
+  switch (type_.lengthRule) {
+    case SdrLength::WithIdString:
+      return size >= type_.size && size == type_.size + IdStringLength(raw[type_.size - 1]);
+    case SdrLength::Exactly:
+      return size == type_.size;
+    case SdrLength::AtMost:
+      return size <= type_.size;
+  }
+  return false;
+}
+
+Status CSdrByRows::DecodeSDR(std::span<const std::uint8_t> raw) {
+  MethodTrace trace(type_.className, u"DecodeSDR");
+  isDecoded_ = false;
+  bool isLegal = type_.lengthRule != SdrLength::Exactly || HasLegalLength(raw);
+  if (!isLegal || DecodeHeader(raw, header_) != kSuccess || !HasLegalLength(raw)) {
+    LastFailingRecordId = raw.size() < 2 ? 0 : raw[0] << 8 | raw[1];
+    return trace.Fail(kBadLengthText, sdr_status::kBadRecordLength);
+  }
+  decodedSize_ = SdrRecordSize(raw);
+  std::copy_n(raw.begin(), decodedSize_, decoded_.begin());
+  isDecoded_ = true;
+  return kSuccess;
+}
+
+std::uint32_t CSdrByRows::Bits(SdrBits where) const {
+  if (where.byte == 0 || where.byte > decodedSize_) return 0;
+  std::uint32_t byte = decoded_[where.byte - 1];
+  return (byte >> where.low) & ((1U << (where.high - where.low + 1)) - 1);
+}
+
+std::uint32_t CSdrByRows::Number(const SdrPlace& place) const {
+  std::uint32_t number = 0;
+  for (const SdrBits& part : place) {
+    if (part.byte == 0) break;
+    number = number << (part.high - part.low + 1) | Bits(part);
+  }
+  return number;
+}
+
+std::span<const std::uint8_t> CSdrByRows::BytesFrom(std::size_t byte) const {
+  if (byte > decodedSize_) return {};
+  return std::span(decoded_).subspan(byte - 1, decodedSize_ - (byte - 1));
+}
+
+std::u16string CSdrByRows::IdString() const {
+  std::span<const std::uint8_t> bytes = BytesFrom(type_.size + std::size_t{1});
+  return TextOf(bytes.first(std::min(bytes.size(), kShownIdLength)));
+}
+
+std::span<const std::uint8_t> CSdrByRows::OemData() const {
+  constexpr std::size_t kFirstDataByte = 9;
+  std::span<const std::uint8_t> bytes = BytesFrom(kFirstDataByte);
+  return bytes.first(std::min(bytes.size(), kKeptOemLength));
+}
+
+std::u16string CSdrByRows::OemText() const {
+  std::span<const std::uint8_t> data = OemData();
+  return !data.empty() && IsPrintable(data[0]) ? TextOf(data) : HexGroups(data);
+}
+
+bool CSdrByRows::HasTitlesOfItsOwn() const {
+  return std::any_of(type_.rows.begin(), type_.rows.end(), [](const SdrFieldRow& row) {
+    return row.show == SdrShow::Mask || row.show == SdrShow::SettableMask;
+  });
+}
+
+std::u16string_view CSdrByRows::TitleOf(const SdrFieldRow& row) const {
+  bool isMask = row.show == SdrShow::Mask || row.show == SdrShow::SettableMask;
+  return isMask && Bits(kThresholdAccess) == 0 ? row.alternative : row.title;
+}
+
+std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
+  constexpr std::uint32_t kMaskBits = 0x7FFF;
+  constexpr std::uint32_t kThresholdBits = 0x3F3F;
+  constexpr std::uint32_t kUnspecifiedSensor = 0xFF;
+  std::uint32_t number = Number(row.place);
+  std::uint8_t deviceType = static_cast<std::uint8_t>(Bits(kDeviceTypeByte));
+  std::u16string text;
+  switch (row.show) {
+    case SdrShow::Byte:
+      return Format(u"%02xh", number);
+    case SdrShow::EvenByte:
+      return Format(u"%02xh", number & 0xFE);
+    case SdrShow::Word:
+      return Format(u"%04xh", number);
+    case SdrShow::Triple:
+      return Format(u"%06xh", number);
+    case SdrShow::Mask:
+      return Format(u"%04xh", number & kMaskBits);
+    case SdrShow::SettableMask:
+      return Format(u"%04xh", number & (Bits(kThresholdAccess) != 0 ? kThresholdBits : kMaskBits));
+    case SdrShow::SensorNumber:
+      return number == kUnspecifiedSensor ? std::u16string(row.alternative) : Format(u"%02xh", number);
+    case SdrShow::Entity:
+      return Decoded(number <= kLastDecimalEntity ? u"%d - %ls" : u"%02xh - %ls", number,
+                     TableIndex(SdrTable::EntityId), 0);
+    case SdrShow::Code:
+      return Decoded(u"%02xh - %ls", number, row.detail, deviceType);
+    case SdrShow::DecimalCode:
+      return Decoded(u"%d - %ls", number, row.detail, 0);
+    case SdrShow::CodeText:
+      DecodeType(row.detail, static_cast<std::uint8_t>(number), text);
+      return text;
+    case SdrShow::Binary:
+      (void)BinaryFormat(number, row.detail, text);
+      return text;
+    case SdrShow::Threshold:
+      return Bits(kInitializeThresholds) != 0 ? Format(u"%02xh", number) : text;
+    case SdrShow::Reserved:
+      return u"XX";
+    case SdrShow::IdString:
+      return IdString();
+    case SdrShow::Guid:
+      return HexGroups(BytesFrom(row.place[0].byte).first(kGuidLength));
+    case SdrShow::OemData:
+      return OemText();
+  }
+  return text;
+}
+
+Status CSdrByRows::GetNumberOfFields(std::int64_t& count) const {
+  MethodTrace trace(type_.className, u"GetNumberOfFields");
+  if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
+  count = static_cast<std::int64_t>(type_.fieldCount);
+  return kSuccess;
+}
+
+namespace {
+
+/// The row of a selected field; null for a number that the type does not have.
+const SdrFieldRow* RowOf(const SdrTypeRows& type, std::int64_t field) {
+  bool isField = field >= 0 && field < static_cast<std::int64_t>(type.fieldCount);
+  return isField ? &type.rows[static_cast<std::size_t>(field)] : nullptr;
+}
+
+}  // namespace
+
+Status CSdrByRows::GetFieldTitle(const char16_t*& text) {
+  MethodTrace trace(type_.className, u"GetFieldTitle");
+  // Titles that do not depend on the record are known without it.
+  if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
+  if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
+  const SdrFieldRow* row = RowOf(type_, selectedField_);
+  text = StoreText(row == nullptr ? kNoSuchField : TitleOf(*row));
+  return kSuccess;
+}
+
+Status CSdrByRows::GetFieldLocation(const char16_t*& text) {
+  MethodTrace trace(type_.className, u"GetFieldLocation");
+  if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
+  if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
+  const SdrFieldRow* row = RowOf(type_, selectedField_);
+  text = StoreText(row == nullptr ? kNoSuchField : row->location);
+  return kSuccess;
+}
+
+Status CSdrByRows::GetFieldValue(const char16_t*& text) {
+  MethodTrace trace(type_.className, u"GetFieldValue");
+  if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
+  if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
+  const SdrFieldRow* row = RowOf(type_, selectedField_);
+  text = StoreText(row == nullptr ? std::u16string(kNoSuchField) : ValueOf(*row));
+  return kSuccess;
+}
+
+Status CSdrByRows::GetName(const char16_t*& text) {
+  MethodTrace trace(type_.className, u"GetName");
+  if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
+  std::u16string named = ValueOfField(type_.namedField);
+  std::u16string recordId = ValueOfField(0);
+  switch (type_.nameForm) {
+    case SdrNameForm::Sensor: {
+      std::u16string number = ValueOfField(kSensorNumberField);
+      text = StoreText(IdString().empty()
+                           ? Format(u" %ls (%ls)(Sensor #%ls)", named, recordId, number)
+                           : Format(u" %ls (%ls)(%ls)(Sensor #%ls)", named, IdString(), recordId, number));
+      break;
+    }
+    case SdrNameForm::Locator:
+      text = StoreText(IdString().empty() ? Format(u" %ls (%ls)", named, recordId)
+                                          : Format(u" %ls (%ls)(%ls)", named, IdString(), recordId));
+      break;
+    case SdrNameForm::RecordId:
+      text = StoreText(Format(type_.nameFormat, header_.recordId));
+      break;
+    case SdrNameForm::Guid:
+      text = StoreText(Format(u" %ls (%ls)", named, recordId));
+      break;
+  }
+  return kSuccess;
+}
+
+Status CSdrByRows::GetSdrTitle(const char16_t*& text) {
+  MethodTrace trace(type_.className, u"GetSdrTitle");
+  if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
+  constexpr std::u16string_view kPair = u"%ls - %ls";
+  switch (type_.titleForm) {
+    case SdrTitleForm::IdStringIfAny:
+      text = StoreText(IdString().empty() ? Format(u"%ls", type_.title)
+                                          : Format(kPair, type_.title, IdString()));
+      break;
+    case SdrTitleForm::IdString:
+      text = StoreText(Format(kPair, type_.title, IdString()));
+      break;
+    case SdrTitleForm::RecordId:
+      text = StoreText(Format(kPair, type_.title, ValueOfField(0)));
+      break;
+    case SdrTitleForm::Guid:
+      text = StoreText(Format(kPair, type_.title, ValueOfField(type_.namedField)));
+      break;
+    case SdrTitleForm::Fixed:
+      text = StoreText(type_.title);
+      break;
+  }
+  return kSuccess;
+}
+
+Status CSdrByRows::GetTypeAsInteger(std::uint32_t& code) const {
+  MethodTrace trace(type_.className, u"GetTypeAsInteger");
+  if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
+  code = type_.code;
+  return kSuccess;
+}
+
+Status CSdrTypeC0::GetOEMData(std::span<const std::uint8_t>& data) const {
+  MethodTrace trace(type_.className, u"GetOEMData");
+  if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
+  data = OemData();
+  return kSuccess;
+}
+
+}  // namespace varnok

@@ -1,0 +1,147 @@
+// The record types as data: each field of a type is declared once, and decoding, value texts, byte locations
+// and the file writer follow from it. Bytes are numbered from 1, as IPMI v2.0, section 43, numbers them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "sdr/decode_tables.h"
+
+namespace varnok {
+
+/// Bits `high` to `low` of one byte; byte 0 is none.
+struct SdrBits {
+  std::uint8_t byte = 0;
+  std::uint8_t high = 7;
+  std::uint8_t low = 0;
+
+  constexpr bool IsWholeByte() const { return high == 7 && low == 0; }
+};
+
+/// Where a number stands: up to three groups of bits, the most significant first.
+using SdrPlace = std::array<SdrBits, 3>;
+
+constexpr SdrPlace ByteAt(std::uint8_t byte) {
+  return {{{byte}}};
+}
+constexpr SdrPlace BitsAt(std::uint8_t byte, std::uint8_t high, std::uint8_t low) {
+  return {{{byte, high, low}}};
+}
+constexpr SdrPlace WordAt(std::uint8_t low) {
+  return {{{static_cast<std::uint8_t>(low + 1)}, {low}}};
+}
+constexpr SdrPlace TripleAt(std::uint8_t low) {
+  return {{{static_cast<std::uint8_t>(low + 2)}, {static_cast<std::uint8_t>(low + 1)}, {low}}};
+}
+constexpr SdrPlace Joined(SdrBits high, SdrBits low) {
+  return {{high, low}};
+}
+
+/// How a value is shown. The widths are those of its line in a file, too.
+enum class SdrShow : std::uint8_t {
+  Byte,          ///< "%02xh"
+  EvenByte,      ///< "%02xh" of the byte AND FEh
+  Word,          ///< "%04xh"
+  Triple,        ///< "%06xh"
+  Mask,          ///< "%04xh" without bit 15
+  SettableMask,  ///< as Mask, but AND 3F3Fh when the sensor has thresholds to access
+  SensorNumber,  ///< "%02xh"; FFh shows the text of `alternative`
+  Entity,        ///< "%d - %ls" up to 25h, "%02xh - %ls" above
+  Code,          ///< "%02xh - %ls"
+  DecimalCode,   ///< "%d - %ls"
+  CodeText,      ///< the text of the table alone
+  Binary,        ///< binary digits, `detail` of them
+  Threshold,     ///< "%02xh", empty while the sensor does not initialise its thresholds
+  Reserved,      ///< "XX"
+  IdString,      ///< the ID string
+  Guid,          ///< 16 bytes, "%02x " each
+  OemData,       ///< text when it begins with a printable character, else "%02x " each
+};
+
+struct SdrFieldRow {
+  std::u16string_view title;
+  std::u16string_view location;
+  SdrPlace place;
+  SdrShow show = SdrShow::Byte;
+  std::uint8_t detail = 0;  ///< index of the decode table, or width in bits
+  /// The title of a sensor without thresholds to access; the text of sensor number FFh.
+  std::u16string_view alternative = {};
+};
+
+enum class SdrLength : std::uint8_t {
+  WithIdString,  ///< `size` and the length in byte number `size`, the ID string's type/length byte
+  Exactly,       ///< `size`, tested before the header
+  AtMost,        ///< up to `size`
+};
+
+/// The one-line name, with the value texts that fill it.
+enum class SdrNameForm : std::uint8_t {
+  Sensor,    ///< " %ls (%ls)(%ls)(Sensor #%ls)" of `namedField`, ID string, record ID, sensor number
+  Locator,   ///< " %ls (%ls)(%ls)" of `namedField`, ID string, record ID
+  RecordId,  ///< `nameFormat` with the record ID
+  Guid,      ///< " %ls (%ls)" of the device GUID and the record ID
+};
+
+enum class SdrTitleForm : std::uint8_t {
+  IdStringIfAny,  ///< "%ls - %ls" of `title` and the ID string; the title alone without one
+  IdString,       ///< "%ls - %ls" of `title` and the ID string, empty or not
+  RecordId,       ///< "%ls - %ls" of `title` and the record ID
+  Guid,           ///< "%ls - %ls" of `title` and the device GUID
+  Fixed,          ///< `title`
+};
+
+struct SdrTypeRows {
+  std::uint8_t code;
+  std::u16string_view className;
+  /// The fields, in order, then rows that are only written to files.
+  std::span<const SdrFieldRow> rows;
+  std::size_t fieldCount;
+  SdrLength lengthRule;
+  std::uint8_t size;
+  /// The last key byte; 0 for a type without keys.
+  std::uint8_t lastKeyByte;
+  SdrNameForm nameForm;
+  std::size_t namedField;
+  std::u16string_view nameFormat;
+  SdrTitleForm titleForm;
+  std::u16string_view title;
+};
+
+/// Bits of the sensor types that govern how other fields are shown.
+inline constexpr SdrBits kThresholdAccess{12, 3, 2};
+inline constexpr SdrBits kInitializeThresholds{11, 4, 4};
+
+/// The fields that every type begins with.
+inline constexpr std::array<SdrFieldRow, 4> kHeaderRows{{
+    {u"Record ID", u"1:2", WordAt(1), SdrShow::Word},
+    {u"SDR File", u"3", ByteAt(3)},  // the version's label, as people know it
+    {u"Record Type", u"4", ByteAt(4)},
+    {u"Record Length", u"5", ByteAt(5)},
+}};
+
+/// Row lists one behind the other.
+template <std::size_t... Counts>
+constexpr auto JoinRows(const std::array<SdrFieldRow, Counts>&... lists) {
+  std::array<SdrFieldRow, (Counts + ...)> all{};
+  std::size_t next = 0;
+  auto append = [&](const auto& list) {
+    for (const SdrFieldRow& row : list) all[next++] = row;
+  };
+  (append(lists), ...);
+  return all;
+}
+
+constexpr std::uint8_t TableIndex(SdrTable table) {
+  return static_cast<std::uint8_t>(table);
+}
+
+/// The rows of the eleven types.
+extern const SdrTypeRows kSdrType01, kSdrType02, kSdrType03;  // record_rows_sensor.cpp
+extern const SdrTypeRows kSdrType08, kSdrType09;              // record_rows_association.cpp
+extern const SdrTypeRows kSdrType10, kSdrType11, kSdrType12;  // record_rows_locator.cpp
+extern const SdrTypeRows kSdrType13, kSdrType14, kSdrTypeC0;  // record_rows_controller.cpp
+
+}  // namespace varnok

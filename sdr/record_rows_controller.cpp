@@ -1,0 +1,87 @@
+// Management controller confirmation, message channel info and OEM records (IPMI v2.0, sections 43.10
+// to 43.12).
+#include "sdr/record_rows.h"
+
+namespace varnok {
+namespace {
+
+constexpr std::uint8_t kInterrupt = TableIndex(SdrTable::InterruptType);
+
+constexpr std::array<SdrFieldRow, 9> kConfirmationRows{{
+    {u"Device Slave Address", u"6", ByteAt(6)},
+    {u"Device ID", u"7", ByteAt(7)},
+    {u"Device Revision", u"8", ByteAt(8)},
+    {u"Firmware Revision 1", u"9", ByteAt(9)},
+    {u"Firmware Revision 2", u"10", ByteAt(10)},
+    {u"IPMI Version", u"11", ByteAt(11)},
+    {u"Manufacturer ID", u"12:14", TripleAt(12), SdrShow::Triple},
+    {u"Product ID", u"15:16", WordAt(15), SdrShow::Word},
+    {u"Device GUID", u"17:32", ByteAt(17), SdrShow::Guid},
+}};
+
+constexpr std::array<SdrFieldRow, 11> kChannelRows{{
+    {u"Message Channel 0 info", u"6", ByteAt(6)},
+    {u"Message Channel 1 info", u"7", ByteAt(7)},
+    {u"Message Channel 2 info", u"8", ByteAt(8)},
+    {u"Message Channel 3 info", u"9", ByteAt(9)},
+    {u"Message Channel 4 info", u"10", ByteAt(10)},
+    {u"Message Channel 5 info", u"11", ByteAt(11)},
+    {u"Message Channel 6 info", u"12", ByteAt(12)},
+    {u"Message Channel 7 info", u"13", ByteAt(13)},
+    {u"Messaging Interrupt Type", u"14", ByteAt(14), SdrShow::CodeText, kInterrupt},
+    {u"Event Message Buffer Interrupt Type", u"15", ByteAt(15), SdrShow::CodeText, kInterrupt},
+    {u"Reserved", u"16", ByteAt(16), SdrShow::Reserved},
+}};
+
+constexpr std::array<SdrFieldRow, 2> kOemRows{{
+    {u"Manufacturer ID", u"6:8", TripleAt(6), SdrShow::Triple},
+    {u"OEM Data", u"9:2+N", ByteAt(9), SdrShow::OemData},
+}};
+
+constexpr auto kType13Rows = JoinRows(kHeaderRows, kConfirmationRows);
+constexpr auto kType14Rows = JoinRows(kHeaderRows, kChannelRows);
+constexpr auto kTypeC0Rows = JoinRows(kHeaderRows, kOemRows);
+static_assert(kType13Rows.size() == 13 && kType14Rows.size() == 15 && kTypeC0Rows.size() == 6);
+
+}  // namespace
+
+constexpr SdrTypeRows kSdrType13{.code = 0x13,
+                                 .className = u"CSdrType13",
+                                 .rows = kType13Rows,
+                                 .fieldCount = 13,
+                                 .lengthRule = SdrLength::Exactly,
+                                 .size = 32,
+                                 .lastKeyByte = 8,
+                                 .nameForm = SdrNameForm::Guid,
+                                 .namedField = 12,
+                                 .nameFormat = {},
+                                 .titleForm = SdrTitleForm::Guid,
+                                 .title = u"SDR Type13h"};
+
+constexpr SdrTypeRows kSdrType14{.code = 0x14,
+                                 .className = u"CSdrType14",
+                                 .rows = kType14Rows,
+                                 .fieldCount = 15,
+                                 .lengthRule = SdrLength::Exactly,
+                                 .size = 16,
+                                 .lastKeyByte = 0,
+                                 .nameForm = SdrNameForm::RecordId,
+                                 .namedField = 0,
+                                 .nameFormat = u" BMC Message Channel Info (%04xh)",
+                                 .titleForm = SdrTitleForm::Fixed,
+                                 .title = u"SDR Type14h"};
+
+constexpr SdrTypeRows kSdrTypeC0{.code = 0xC0,
+                                 .className = u"CSdrTypeC0",
+                                 .rows = kTypeC0Rows,
+                                 .fieldCount = 6,
+                                 .lengthRule = SdrLength::AtMost,
+                                 .size = 64,
+                                 .lastKeyByte = 8,
+                                 .nameForm = SdrNameForm::RecordId,
+                                 .namedField = 0,
+                                 .nameFormat = u" OEM SDR Record (%04xh)",
+                                 .titleForm = SdrTitleForm::Fixed,
+                                 .title = u"SDR TypeC0h"};
+
+}  // namespace varnok

@@ -1,0 +1,151 @@
+// The writer of SDR files: appends one record in the layout that the reader takes.
+#include <algorithm>
+#include <memory>
+
+#include "app/services/format.h"
+#include "app/services/text.h"
+#include "sdr/file_keys.h"
+#include "sdr/method_trace.h"
+#include "sdr/record.h"
+
+namespace varnok {
+namespace {
+
+constexpr std::size_t kTagLength = 17;
+constexpr std::size_t kLongestText = 256;
+constexpr std::size_t kGuidLength = 16;
+constexpr std::u16string_view kByteLine = u"   %02x                 %ls %ls\n";
+constexpr std::u16string_view kWordLine = u"   %04x               %ls %ls\n";
+constexpr std::u16string_view kTripleLine = u"   %06x             %ls %ls\n";
+constexpr std::u16string_view kTextLine = u"   '%ls'     %ls %ls\n";
+constexpr std::u16string_view kBytesLine = u"   %ls       %ls %ls\n";
+constexpr std::u16string_view kComment = u"//";
+
+/// Whether the reader takes the bytes back from between quotes: no quote, no comment, no line end among them.
+bool CanBeQuoted(std::span<const std::uint8_t> bytes) {
+  std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  bool isPrintable = std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) {
+    return byte >= 0x20 && byte <= 0x7E && byte != '\'';
+  });
+  return isPrintable && text.find("//") == std::string_view::npos;
+}
+
+std::u16string BytesLine(std::span<const std::uint8_t> bytes, std::u16string_view label, bool isText) {
+  if (isText && CanBeQuoted(bytes))
+    return Format(kTextLine, Widen(std::string(bytes.begin(), bytes.end())), kComment, label);
+  std::u16string groups;
+  for (std::uint8_t byte : bytes) groups += Format(u"%02x ", byte);
+  return Format(kBytesLine, groups, kComment, label);
+}
+
+bool HoldsByte(const SdrFieldRow& row, std::size_t byte) {
+  return std::any_of(row.place.begin(), row.place.end(),
+                     [byte](const SdrBits& part) { return part.byte != 0 && part.byte == byte; });
+}
+
+}  // namespace
+
+Status CSdr::wfprintf(File& file, std::u16string_view text) {
+  TraceScope scope(u"CSdr::wfprintf");
+  std::string narrow = Narrow(text.substr(0, kLongestText));
+  if (narrow.empty() ||
+      file.Write(std::span(reinterpret_cast<const std::uint8_t*>(narrow.data()), narrow.size()))) {
+    Trace(u"CSdr::wfprintf - Error Writing File", 1);
+    return sdr_status::kCannotWriteFile;
+  }
+  return kSuccess;
+}
+
+Status CSdr::WriteRecHdr(File& file) const {
+  TraceScope scope(u"CSdr::WriteRecHdr");
+  std::vector<std::u16string> lines{u"\n", Format(u"%-.20ls %02x\n", Widen(sdr_key::kType), header_.type)};
+  for (const std::string& tag : tags_)
+    lines.push_back(Format(u"%-.20ls '%ls'\n", Widen(sdr_key::kTag), Widen(tag).substr(0, kTagLength)));
+  std::uint32_t size = header_.length + static_cast<std::uint32_t>(SdrRecordHeader::kSize);
+  lines.push_back(Format(u"%-.20ls %04x\n", Widen(sdr_key::kLength), size));
+  lines.push_back(u"\n");
+  lines.push_back(u"   // Sensor Record Header\n");
+  lines.push_back(Format(kWordLine, header_.recordId, kComment, kHeaderRows[0].title));
+  lines.push_back(Format(kByteLine, header_.version, kComment, kHeaderRows[1].title));
+  lines.push_back(Format(kByteLine, header_.type, kComment, kHeaderRows[2].title));
+  lines.push_back(Format(kByteLine, header_.length, kComment, kHeaderRows[3].title));
+  lines.push_back(u"\n");
+  for (const std::u16string& line : lines)
+    if (Status status = wfprintf(file, line); status != kSuccess) return status;
+  return kSuccess;
+}
+
+/// The titles of all fields that share the byte, reserved bits left out.
+std::u16string CSdrByRows::LabelOfByte(std::size_t byte) const {
+  std::u16string label;
+  std::u16string_view last;
+  for (const SdrFieldRow& row : type_.rows) {
+    bool isNamed = HoldsByte(row, byte) && (row.show != SdrShow::Reserved || row.place[0].IsWholeByte());
+    // A field that the type's list names twice is one byte of the record all the same.
+    if (!isNamed || row.title == last) continue;
+    if (!label.empty()) label += u", ";
+    label += last = row.title;
+  }
+  return label;
+}
+
+Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
+  auto row = std::find_if(type_.rows.begin(), type_.rows.end(),
+                          [byte](const SdrFieldRow& each) { return HoldsByte(each, byte); });
+  std::u16string line;
+  std::size_t count = 1;
+  switch (row == type_.rows.end() ? SdrShow::Byte : row->show) {
+    case SdrShow::Word:
+    case SdrShow::Mask:
+    case SdrShow::SettableMask:
+      // The most significant digit first, although the record has the low byte first: a reader swaps the
+      // bytes.
+      count = 2;
+      line = Format(kWordLine, Number(row->place), kComment, TitleOf(*row));
+      break;
+    case SdrShow::Triple:
+      count = 3;
+      line = Format(kTripleLine, Number(row->place), kComment, row->title);
+      break;
+    case SdrShow::Guid:
+      count = kGuidLength;
+      line = BytesLine(BytesFrom(byte).first(kGuidLength), row->title, false);
+      break;
+    case SdrShow::IdString:
+    case SdrShow::OemData:
+      count = BytesFrom(byte).size();
+      line = BytesLine(BytesFrom(byte), row->title, true);
+      break;
+    default:
+      line = Format(kByteLine, decoded_[byte - 1], kComment, LabelOfByte(byte));
+  }
+  byte += count;
+  return wfprintf(file, line);
+}
+
+Status CSdrByRows::WriteBytes(File& file) const {
+  if (type_.lastKeyByte != 0) {
+    if (Status status = wfprintf(file, u"   // Record Key Bytes\n"); status != kSuccess) return status;
+  }
+  std::size_t byte = SdrRecordHeader::kSize + 1;
+  while (byte <= type_.lastKeyByte)
+    if (Status status = WriteRowAt(file, byte); status != kSuccess) return status;
+  if (type_.lastKeyByte != 0) {
+    if (Status status = wfprintf(file, u"\n"); status != kSuccess) return status;
+  }
+  if (Status status = wfprintf(file, u"   // Record Body Bytes\n"); status != kSuccess) return status;
+  while (byte <= decodedSize_)
+    if (Status status = WriteRowAt(file, byte); status != kSuccess) return status;
+  return kSuccess;
+}
+
+Status CSdrByRows::WriteRecordToFile(std::u16string_view fileName) {
+  MethodTrace trace(type_.className, u"WriteRecordToFile");
+  if (!isDecoded_) return trace.Fail(u"SDR Type Not Decoded", sdr_status::kNotDecoded);
+  std::unique_ptr<File> file;
+  bool isWritten = TheFirmware().OpenFile(fileName, FileMode::Append, file) == kSuccess &&
+                   WriteRecHdr(*file) == kSuccess && WriteBytes(*file) == kSuccess;
+  return isWritten ? kSuccess : trace.Fail(u"Error Writing File", sdr_status::kCannotWriteFile);
+}
+
+}  // namespace varnok

@@ -1,0 +1,48 @@
+#include "sdr/repository_request.h"
+
+#include <algorithm>
+
+#include "app/services/trace.h"
+
+namespace varnok {
+
+IpmiResult SendSdrRequest(std::uint8_t command, std::span<const std::uint8_t> data, IpmiMessage& response) {
+  constexpr std::uint32_t kTimeout = 0;
+  IpmiMessage request;
+  request.targetAddress = kBmcAddress;
+  request.netFunction = net_function::kStorage;
+  request.command = command;
+  std::copy(data.begin(), data.end(), request.data.begin());
+  request.dataLength = static_cast<std::uint32_t>(data.size());
+  response = {};
+  IpmiResult result = IpmiSendToController(request, response, kTimeout);
+  // An earlier answer to the same request may have left bytes behind the end of this one.
+  response.dataLength = std::min(response.dataLength, IpmiMessage::kCapacity);
+  std::fill(response.data.begin() + response.dataLength, response.data.end(), std::uint8_t{0});
+  return result;
+}
+
+Status SdrFailure(std::u16string_view operation, std::u16string_view reason, Status status) {
+  Trace(u"%ls - %ls", 1, operation, reason);
+  return status;
+}
+
+Status SdrRequestFailure(std::u16string_view operation, IpmiResult result, std::u16string_view reason,
+                         Status status) {
+  if (result == ipmi_result::kCompletionCode)
+    return SdrFailure(operation, u"BMC Completion Code Error", sdr_status::kCompletionCode);
+  return SdrFailure(operation, reason, status);
+}
+
+Status ReserveSdrRepository(std::u16string_view operation, SdrReservation& reservation) {
+  IpmiMessage response;
+  IpmiResult result = SendSdrRequest(sdr_command::kReserve, {}, response);
+  if (result != ipmi_result::kSuccess)
+    return SdrRequestFailure(operation, result, u"Error Reading Reserve ID", sdr_status::kReserveFailed);
+  if (response.dataLength != reservation.size())
+    return SdrFailure(operation, u"Bad Reserve ID Length", sdr_status::kBadReservation);
+  std::copy_n(response.data.begin(), reservation.size(), reservation.begin());
+  return kSuccess;
+}
+
+}  // namespace varnok
