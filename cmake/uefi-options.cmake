@@ -8,6 +8,9 @@ target_compile_options(varnok_uefi_options INTERFACE
   -mno-stack-arg-probe -fno-strict-aliasing -ffunction-sections -fdata-sections)
 target_compile_definitions(varnok_uefi_options INTERFACE _GLIBCXX_EXTERN_TEMPLATE=0)
 
+# Behind every library of ours, at the end of the link line.
+set(CMAKE_CXX_STANDARD_LIBRARIES "-lstdc++ -lgcc")
+
 # varnok_uefi_image(TARGET OUTPUT SUBSYSTEM libraries...): subsystem 10 is an application, 11 a boot-service driver.
 function(varnok_uefi_image target output subsystem)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${output} SUFFIX ""
