@@ -1,18 +1,36 @@
-// The Linux program: the same core over a simulated board.
+// The Linux program: the core over a simulated board, or over this computer's own BMC.
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
 
 #include "firmware/host/host_firmware.h"
+#include "firmware/host/linux_machine.h"
 #include "sim/board_source.h"
 
-int main(int argc, char* argv[]) {
-  using namespace varnok;
+namespace {
+
+using namespace varnok;
+
+/// VARNOK_BOARD names a folder, or the kernel's IPMI device.
+std::unique_ptr<host::Machine> OpenMachine(std::string& error) {
+  const char* board = std::getenv("VARNOK_BOARD");
+  if (board != nullptr && std::string_view(board).starts_with("/dev/"))
+    return host::OpenLinuxMachine(board, error);
   std::string notice;
-  std::string error;
-  std::unique_ptr<sim::Board> board = sim::OpenBoard(sim::ProcessEnvironment, notice, error);
+  auto machine = sim::OpenBoard(sim::ProcessEnvironment, notice, error);
   if (!notice.empty()) std::fprintf(stderr, "varnok: %s\n", notice.c_str());
-  if (board == nullptr) {
+  return machine;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  std::string error;
+  std::unique_ptr<host::Machine> machine = OpenMachine(error);
+  if (machine == nullptr) {
     std::fprintf(stderr, "varnok: %s\n", error.c_str());
     return host::kNoBoardStatus;
   }
-  return host::RunProgram(*board, argc, argv);
+  return host::RunProgram(*machine, argc, argv);
 }

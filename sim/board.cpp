@@ -3,11 +3,11 @@
 #include <optional>
 #include <utility>
 
+#include "firmware/host/smbios_dump.h"
 #include "sim/board_config.h"
 #include "sim/default_board.h"
 #include "sim/error.h"
 #include "sim/protocol_adapter.h"
-#include "sim/smbios_dump.h"
 
 namespace varnok::sim {
 namespace {
@@ -32,7 +32,7 @@ struct Board::State {
       const auto content = images.Open(name).Content();
       place += name + ": ";
       smbios.emplace(Bytes(content.begin(), content.end()));
-    } catch (const BoardError& error) {
+    } catch (const std::runtime_error& error) {
       throw BoardError(place + error.what());
     }
   }
@@ -41,7 +41,7 @@ struct Board::State {
   ImageStore images;
   Bmc bmc;
   ProtocolAdapter adapter;
-  std::optional<SmbiosDump> smbios;
+  std::optional<host::SmbiosDump> smbios;
 };
 
 Board::Board(std::unique_ptr<State> state) : state_(std::move(state)) {}

@@ -2,10 +2,10 @@
 #include <map>
 #include <numeric>
 
+#include "firmware/host/smbios_dump.h"
 #include "sim/default_board.h"
 #include "sim/fru_builder.h"
 #include "sim/smbios_builder.h"
-#include "sim/smbios_dump.h"
 #include "tests/sim/board_fixture.h"
 
 namespace varnok::testing {
@@ -60,7 +60,7 @@ TEST(DefaultBoard, SystemFruHasAllFiveAreasAndTheRiserFillsItsDevice) {
 
 TEST(DefaultBoard, SmbiosTablesAreWellFormed) {
   const Bytes dump = sim::DefaultSmbiosDump();
-  const sim::SmbiosDump board(dump);
+  const host::SmbiosDump board(dump);
   const auto entry = board.EntryPoint();
   ASSERT_EQ(entry.size(), 31u);
   EXPECT_EQ(Sum(entry), 0);
@@ -104,7 +104,7 @@ Bytes NewerDump(int structures) {
 }
 
 TEST(SmbiosDump, NewerEntryPointIsAnsweredAsAnOlderOne) {
-  const sim::SmbiosDump dump(NewerDump(2));
+  const host::SmbiosDump dump(NewerDump(2));
   const auto entry = dump.EntryPoint();
   ASSERT_EQ(entry.size(), 31u);
   EXPECT_EQ(std::string(entry.begin(), entry.begin() + 4), "_SM_");
@@ -117,14 +117,34 @@ TEST(SmbiosDump, NewerEntryPointIsAnsweredAsAnOlderOne) {
   EXPECT_EQ(dump.Memory(32, 2)[0], 11);
 }
 
-TEST(SmbiosDump, NewerTableBeyondTheOlderLimitsHasNoOlderEntryPoint) {
-  EXPECT_TRUE(sim::SmbiosDump(NewerDump(6000)).EntryPoint().empty());  // 72,006 bytes
+TEST(SmbiosDump, NewerTableBeyondTheOlderLimitsIsCutAtAStructure) {
+  const host::SmbiosDump dump(NewerDump(6000));  // 72,006 bytes
+  const auto entry = dump.EntryPoint();
+  ASSERT_EQ(entry.size(), 31u);
+  EXPECT_EQ(entry[22] + entry[23] * 256, 5461 * 12);
+  EXPECT_EQ(entry[28] + entry[29] * 256, 5461);
+}
+
+TEST(SmbiosDump, NewerTableThatCannotBeWalkedHasNoOlderEntryPoint) {
   Bytes broken = NewerDump(1);
   broken[33] = 2;  // a structure shorter than its own header
-  EXPECT_TRUE(sim::SmbiosDump(broken).EntryPoint().empty());
+  EXPECT_TRUE(host::SmbiosDump(broken).EntryPoint().empty());
   broken = NewerDump(1);
   broken[23] = 0xFF;  // a table far away
-  EXPECT_TRUE(sim::SmbiosDump(broken).EntryPoint().empty());
+  EXPECT_TRUE(host::SmbiosDump(broken).EntryPoint().empty());
+}
+
+TEST(SmbiosDump, EntryPointAndTableInFilesOfTheirOwn) {
+  for (const Bytes& whole : {sim::DefaultSmbiosDump(), NewerDump(2)}) {
+    Bytes entryPoint(whole.begin(), whole.begin() + (whole[3] == '3' ? 24 : 31));
+    entryPoint[whole[3] == '3' ? 17 : 25] = 0x70;  // somewhere in this machine's memory
+    const host::SmbiosDump dump(entryPoint, std::span(whole).subspan(32));
+    const auto entry = dump.EntryPoint();
+    ASSERT_EQ(entry.size(), 31u);
+    EXPECT_EQ(entry[24] + entry[25] * 256, 32);
+    EXPECT_EQ(dump.Memory(32, 1)[0], whole[32]);
+  }
+  EXPECT_THROW(host::SmbiosDump({}, {}), std::runtime_error) << "a machine without tables";
 }
 
 TEST(SmbiosDump, DamagedDumpsArePassedOnWithinTheirBounds) {
@@ -132,10 +152,10 @@ TEST(SmbiosDump, DamagedDumpsArePassedOnWithinTheirBounds) {
     for (std::size_t size = 5; size < whole.size(); ++size) {
       const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
       if (cut[3] == '3' && size < 24) {
-        EXPECT_THROW(sim::SmbiosDump dump(cut), std::runtime_error);
+        EXPECT_THROW(host::SmbiosDump dump(cut), std::runtime_error);
         continue;
       }
-      const sim::SmbiosDump dump(cut);
+      const host::SmbiosDump dump(cut);
       EXPECT_LE(dump.EntryPoint().size(), 31u);
       EXPECT_LE(dump.Memory(32, 1'000'000).size(), size);
       EXPECT_TRUE(dump.Memory(~std::uint64_t{0}, 16).empty());
@@ -143,7 +163,7 @@ TEST(SmbiosDump, DamagedDumpsArePassedOnWithinTheirBounds) {
     for (std::size_t place = 5; place < whole.size(); ++place) {
       Bytes damaged = whole;
       damaged[place] ^= 0xFF;
-      EXPECT_LE(sim::SmbiosDump(damaged).EntryPoint().size(), 31u);
+      EXPECT_LE(host::SmbiosDump(damaged).EntryPoint().size(), 31u);
     }
   }
 }

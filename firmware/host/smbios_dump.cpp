@@ -1,13 +1,15 @@
-#include "sim/smbios_dump.h"
+#include "firmware/host/smbios_dump.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
-#include "sim/error.h"
-#include "sim/smbios_layout.h"
+#include "firmware/host/smbios_layout.h"
 
-namespace varnok::sim {
+namespace varnok::host {
 namespace {
+
+using Bytes = std::vector<std::uint8_t>;
 
 bool StartsWith(const Bytes& bytes, std::string_view anchor) {
   return bytes.size() >= anchor.size() &&
@@ -21,6 +23,20 @@ std::uint64_t ReadLittleEndian(const Bytes& bytes, std::size_t offset, std::size
   return value;
 }
 
+/// The table behind its entry point at offset 20h, where dmidecode puts it, and the entry point saying so.
+Bytes JoinedDump(Bytes entryPoint, std::span<const std::uint8_t> table) {
+  constexpr std::size_t kTableOffset = 0x20;
+  constexpr std::size_t kAddressOffset = 24;
+  constexpr std::size_t kAddressOffset3 = 16;
+  const bool isNewer = StartsWith(entryPoint, smbios::kAnchor3);
+  entryPoint.resize(kTableOffset);
+  auto address = entryPoint.begin() + (isNewer ? kAddressOffset3 : kAddressOffset);
+  std::fill_n(address, isNewer ? 8 : 4, std::uint8_t{0});
+  *address = kTableOffset;
+  entryPoint.insert(entryPoint.end(), table.begin(), table.end());
+  return entryPoint;
+}
+
 }  // namespace
 
 SmbiosDump::SmbiosDump(Bytes dump) : dump_(std::move(dump)) {
@@ -30,9 +46,12 @@ SmbiosDump::SmbiosDump(Bytes dump) : dump_(std::move(dump)) {
   } else if (StartsWith(dump_, smbios::kAnchor3) && dump_.size() >= smbios::kEntryPoint3Length) {
     MakeFrom64BitEntryPoint();
   } else {
-    throw BoardError("does not begin with an SMBIOS entry point as dmidecode --dump-bin writes it");
+    throw std::runtime_error("does not begin with an SMBIOS entry point as dmidecode --dump-bin writes it");
   }
 }
+
+SmbiosDump::SmbiosDump(Bytes entryPoint, std::span<const std::uint8_t> table)
+    : SmbiosDump(JoinedDump(std::move(entryPoint), table)) {}
 
 void SmbiosDump::MakeFrom64BitEntryPoint() {
   const std::uint64_t address = ReadLittleEndian(dump_, 16, 8);
@@ -41,8 +60,8 @@ void SmbiosDump::MakeFrom64BitEntryPoint() {
   smbios::TableFacts facts{dump_[7], dump_[8], static_cast<std::uint32_t>(address), 0, 0, 0};
   std::size_t length = 0;
   while (std::size_t size = smbios::StructureSize(table)) {
+    if (length + size > 0xFFFF) break;
     length += size;
-    if (length > 0xFFFF) return;
     ++facts.structures;
     facts.largestStructure = static_cast<std::uint16_t>(std::max<std::size_t>(facts.largestStructure, size));
     if (table[0] == smbios::kEndOfTable) break;
@@ -60,4 +79,4 @@ std::span<const std::uint8_t> SmbiosDump::Memory(std::uint64_t address, std::siz
   return std::span(dump_).subspan(offset, std::min(length, dump_.size() - offset));
 }
 
-}  // namespace varnok::sim
+}  // namespace varnok::host

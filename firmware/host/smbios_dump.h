@@ -5,17 +5,17 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <vector>
 
-#include "sim/image.h"
-
-namespace varnok::sim {
+namespace varnok::host {
 
 class SmbiosDump {
  public:
-  /// Throws BoardError when the dump does not begin with an entry point. A 3.x entry point is answered as
-  /// a 2.x one when its table is within the 2.x limits (64 KiB, addresses of 32 bits), else the board has
-  /// no 2.x entry point.
-  explicit SmbiosDump(Bytes dump);
+  /// Throws std::runtime_error when the dump does not begin with an entry point. A 3.x entry point is
+  /// answered as a 2.x one that covers as many structures as the 2.x limit of 64 KiB allows.
+  explicit SmbiosDump(std::vector<std::uint8_t> dump);
+  /// From an entry point and its table in files of their own, as Linux shows them.
+  SmbiosDump(std::vector<std::uint8_t> entryPoint, std::span<const std::uint8_t> table);
 
   /// The 2.x entry point; empty when there is none. Readable for 255 bytes, whatever its length byte says.
   std::span<const std::uint8_t> EntryPoint() const { return {entryPoint_.data(), entryPointLength_}; }
@@ -24,9 +24,9 @@ class SmbiosDump {
  private:
   void MakeFrom64BitEntryPoint();
 
-  Bytes dump_;
+  std::vector<std::uint8_t> dump_;
   std::array<std::uint8_t, 256> entryPoint_{};
   std::size_t entryPointLength_ = 0;
 };
 
-}  // namespace varnok::sim
+}  // namespace varnok::host

@@ -7,7 +7,7 @@
 #include <span>
 #include <string_view>
 
-namespace varnok::sim::smbios {
+namespace varnok::host::smbios {
 
 inline constexpr std::string_view kAnchor = "_SM_";
 inline constexpr std::string_view kIntermediateAnchor = "_DMI_";
@@ -34,4 +34,4 @@ void WriteEntryPoint(const TableFacts& facts, std::span<std::uint8_t> target);
 /// end inside.
 std::size_t StructureSize(std::span<const std::uint8_t> table);
 
-}  // namespace varnok::sim::smbios
+}  // namespace varnok::host::smbios

@@ -1,15 +1,19 @@
-#include "sim/smbios_layout.h"
+#include "firmware/host/smbios_layout.h"
 
 #include <algorithm>
+#include <numeric>
 
-#include "sim/bridging.h"
-
-namespace varnok::sim::smbios {
+namespace varnok::host::smbios {
 namespace {
 
 void WriteLittleEndian(std::span<std::uint8_t> target, std::size_t offset, std::size_t count,
                        std::uint32_t value) {
   for (std::size_t i = 0; i < count; ++i) target[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
+}
+
+/// What makes the bytes sum to 0.
+std::uint8_t ZeroSum(std::span<const std::uint8_t> bytes) {
+  return static_cast<std::uint8_t>(0 - std::accumulate(bytes.begin(), bytes.end(), 0u));
 }
 
 }  // namespace
@@ -27,9 +31,8 @@ void WriteEntryPoint(const TableFacts& facts, std::span<std::uint8_t> target) {
   WriteLittleEndian(entry, 24, 4, facts.address);
   WriteLittleEndian(entry, 28, 2, facts.structures);
   entry[30] = static_cast<std::uint8_t>(facts.majorVersion << 4 | (facts.minorVersion & 0x0F));
-  // Both sums count bytes to 0, as an IPMB checksum does.
-  entry[21] = IpmbChecksum(entry.subspan(kIntermediateOffset));
-  entry[4] = IpmbChecksum(entry);
+  entry[21] = ZeroSum(entry.subspan(kIntermediateOffset));
+  entry[4] = ZeroSum(entry);
 }
 
 std::size_t StructureSize(std::span<const std::uint8_t> table) {
@@ -40,4 +43,4 @@ std::size_t StructureSize(std::span<const std::uint8_t> table) {
   return 0;
 }
 
-}  // namespace varnok::sim::smbios
+}  // namespace varnok::host::smbios
