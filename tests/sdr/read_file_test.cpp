@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "app/services/text.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
@@ -242,6 +245,15 @@ TEST_F(SdrFiles, SearchesEndAtTheBlockTheRecordAndTheFile) {
   EXPECT_EQ(search("'a)'\n_SDR_TAG 'A'\n", false), kSuccess);
   EXPECT_EQ(search("01\n", true), sdr_status::kHeaderKeyMissing);
   EXPECT_EQ(search("01\n", false), sdr_status::kHeaderKeyMissing);
+}
+
+TEST_F(SdrFiles, SamplesAreRead) {
+  for (auto [name, count] : {std::pair("minimal.sdr", 1U), std::pair("server-board.sdr", 10U)}) {
+    for (auto& list : lists) list.clear();
+    std::ifstream file(std::string(VARNOK_SOURCE_DIR "/samples/") + name);
+    EXPECT_EQ(Read(std::string(std::istreambuf_iterator<char>(file), {})), kSuccess) << name << Message();
+    EXPECT_EQ(Count(), count) << name;
+  }
 }
 
 TEST_F(SdrFiles, RecordsInFrontOfAFaultStay) {
