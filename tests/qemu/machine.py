@@ -31,6 +31,13 @@ class Stick:
         shape = ["-f", "1440"] if small else ["-F", "-T", str(34 * 1024 * 2), "-h", "16", "-s", "63"]
         self._run(["mformat", "-i", str(image), "-C"] + shape + ["-v", "VARNOK", "::"])
 
+    @classmethod
+    def of_partition(cls, image: Path, offset: str) -> "Stick":
+        """The volume inside a partitioned image."""
+        stick = cls.__new__(cls)
+        stick.image = f"{image}@@{offset}"
+        return stick
+
     @staticmethod
     def _run(command, **kwargs):
         return subprocess.run(command, check=True, capture_output=True, **kwargs).stdout
@@ -96,7 +103,7 @@ class Machine:
             "-net", "none", "-serial", "stdio", "-no-reboot",
             "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={FIRMWARE_CODE}",
             "-drive", f"if=pflash,format=raw,unit=1,file={variables}",
-            "-drive", f"if=none,id=stick,format=raw,file={self.stick.image}",
+            "-drive", f"if=none,id=stick,format=raw,file={str(self.stick.image).partition('@@')[0]}",
             "-device", "virtio-blk-pci,drive=stick",
         ] + self.devices
 
