@@ -211,9 +211,9 @@ class Board:
 
     def run_host(self, arguments: list[str], folder: Path, keys: str = "") -> "Result":
         """The Linux program over this board, in `folder`."""
-        done = subprocess.run([HOST_BUILD / "varnok", *arguments], cwd=folder, input=keys, capture_output=True,
-                              encoding="utf-8", env=dict(os.environ, VARNOK_BOARD=str(self.folder)))
-        return Result(done.stdout, done.returncode)
+        done = subprocess.run([HOST_BUILD / "varnok", *arguments], cwd=folder, input=keys.encode(), capture_output=True,
+                              env=dict(os.environ, VARNOK_BOARD=str(self.folder)))
+        return Result(done.stdout.decode(), done.returncode)
 
     def __enter__(self) -> "Board":
         self.server = subprocess.Popen([HOST_BUILD / "varnok-board", "serve", self.folder, "--listen", "127.0.0.1:0"],
