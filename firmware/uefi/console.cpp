@@ -9,6 +9,26 @@ namespace {
 
 // An input file of the shell begins with it; no key does.
 constexpr char16_t kByteOrderMark = 0xFEFF;
+constexpr UINTN kTabWidth = 8;
+
+// Under redirection the shell puts its own output in this place, so that the text reaches the file.
+void Put(const std::u16string& text) {
+  SIMPLE_TEXT_OUTPUT_INTERFACE* output = SystemTable().ConOut;
+  if (!text.empty()) output->OutputString(output, ToEfi(text.c_str()));
+}
+
+/// A terminal follows a TAB by itself; a graphics console does not know it.
+void PutTab() {
+  SIMPLE_TEXT_OUTPUT_INTERFACE* output = SystemTable().ConOut;
+  auto column = static_cast<UINTN>(output->Mode->CursorColumn);
+  auto row = static_cast<UINTN>(output->Mode->CursorRow);
+  Put(u"\t");
+  UINTN columns = 0;
+  UINTN rows = 0;
+  UINTN stop = (column / kTabWidth + 1) * kTabWidth;
+  Status status = output->QueryMode(output, static_cast<UINTN>(output->Mode->Mode), &columns, &rows);
+  if (!IsError(status) && stop < columns) output->SetCursorPosition(output, stop, row);
+}
 
 }  // namespace
 
@@ -20,9 +40,14 @@ void Console::Write(std::u16string_view text) {
     shown += character;
     previous_ = character;
   }
-  // Under redirection the shell puts its own output in this place, so that the text reaches the file.
-  SIMPLE_TEXT_OUTPUT_INTERFACE* output = SystemTable().ConOut;
-  if (!shown.empty()) output->OutputString(output, ToEfi(shown.c_str()));
+  if (shown.find(u'\t') == std::u16string::npos || shell_.OutputIsFile()) return Put(shown);
+  for (std::size_t start = 0;;) {
+    std::size_t tab = shown.find(u'\t', start);
+    Put(shown.substr(start, tab - start));
+    if (tab == std::u16string::npos) return;
+    PutTab();
+    start = tab + 1;
+  }
 }
 
 char16_t Console::ReadKey() {

@@ -31,6 +31,13 @@ class Stick:
         shape = ["-f", "1440"] if small else ["-F", "-T", str(34 * 1024 * 2), "-h", "16", "-s", "63"]
         self._run(["mformat", "-i", str(image), "-C"] + shape + ["-v", "VARNOK", "::"])
 
+    @classmethod
+    def of_partition(cls, image: Path, offset: str) -> "Stick":
+        """The volume inside a partitioned image."""
+        stick = cls.__new__(cls)
+        stick.image = f"{image}@@{offset}"
+        return stick
+
     @staticmethod
     def _run(command, **kwargs):
         return subprocess.run(command, check=True, capture_output=True, **kwargs).stdout
@@ -96,7 +103,7 @@ class Machine:
             "-net", "none", "-serial", "stdio", "-no-reboot",
             "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={FIRMWARE_CODE}",
             "-drive", f"if=pflash,format=raw,unit=1,file={variables}",
-            "-drive", f"if=none,id=stick,format=raw,file={self.stick.image}",
+            "-drive", f"if=none,id=stick,format=raw,file={str(self.stick.image).partition('@@')[0]}",
             "-device", "virtio-blk-pci,drive=stick",
         ] + self.devices
 
@@ -204,9 +211,9 @@ class Board:
 
     def run_host(self, arguments: list[str], folder: Path, keys: str = "") -> "Result":
         """The Linux program over this board, in `folder`."""
-        done = subprocess.run([HOST_BUILD / "varnok", *arguments], cwd=folder, input=keys, capture_output=True,
-                              encoding="utf-8", env=dict(os.environ, VARNOK_BOARD=str(self.folder)))
-        return Result(done.stdout, done.returncode)
+        done = subprocess.run([HOST_BUILD / "varnok", *arguments], cwd=folder, input=keys.encode(), capture_output=True,
+                              env=dict(os.environ, VARNOK_BOARD=str(self.folder)))
+        return Result(done.stdout.decode(), done.returncode)
 
     def __enter__(self) -> "Board":
         self.server = subprocess.Popen([HOST_BUILD / "varnok-board", "serve", self.folder, "--listen", "127.0.0.1:0"],

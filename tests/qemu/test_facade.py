@@ -21,6 +21,7 @@ class Facade(unittest.TestCase):
         folder = Path(cls.temporary.name)
         cls.stick = Stick(folder / "stick.img")
         cls.stick.put(BUILD / "PROBE.EFI")
+        cls.stick.put(BUILD / "OLDSHELL.EFI")
         cls.stick.write("keys.txt", b"\xff\xfe" + "ab".encode("utf-16-le"))
         cls.stick.make_folder("Long named folder")
         small = Stick(folder / "small.img", small=True)
@@ -57,6 +58,12 @@ class Facade(unittest.TestCase):
             "read-only": "PROBE files read fs2:\\locked.txt write fs2:\\locked.txt x append fs2:\\locked.txt x "
                          "write fs2:\\new.txt x read fs2:\\locked.txt",
             "full": 'PROBE files fill fs1:\\fill.bin write fs1:\\no-room.txt x read "fs1:\\on fs1.txt"',
+            "old shell": 'OLDSHELL \\ \\PROBE.EFI args "two words" x',
+            "old shell, variable": "OLDSHELL \\ PROBE.EFI variable board",
+            "old shell, files": "OLDSHELL \\ PROBE.EFI files write old.txt o append old.txt p read old.txt read none.txt",
+            "old shell, folder": 'OLDSHELL "\\Long named folder" \\PROBE.EFI files write local.txt q read \\old.txt '
+                                 'read fs0:/old.txt read fs7:\\old.txt',
+            "after old shell": "PROBE variable board",
             "alignment": "PROBE alignment",
             "exhaustion": "PROBE exhaustion",
             "after exhaustion": "PROBE leak",
@@ -127,6 +134,16 @@ class Facade(unittest.TestCase):
                          ["read: read only"] + [f"{action}: {WRITE_PROTECTED}" for action in ("write", "append", "write")]
                          + ["read: read only"])
         self.assertEqual(self.lines("full"), [f"fill: {VOLUME_FULL}", f"write: {VOLUME_FULL}", "read: second volume"])
+
+    def test_older_shell(self):
+        self.assertEqual(self.lines("old shell"), ["count: 2", "<two words>", "<x>", "end: null"])
+        self.assertEqual(self.lines("old shell, variable"), ["value: OLD-1"])
+        self.assertEqual(self.lines("old shell, files"),
+                         ["write: status 0", "append: status 0", "read: op", f"read: {NOT_FOUND}"])
+        self.assertEqual(self.lines("old shell, folder"),
+                         ["write: status 0", "read: op", "read: op", f"read: {NOT_FOUND}"])
+        self.assertEqual(self.stick.read("Long named folder/local.txt"), b"q")
+        self.assertEqual(self.lines("after old shell"), ["value: VARNOK-1"])
 
     def test_memory_is_aligned_and_returned(self):
         self.assertEqual(self.lines("alignment"), ["odd bits: 0", "too much: refused"])
