@@ -1,0 +1,34 @@
+// What the head of a FRU file says about the file itself.
+#pragma once
+
+#include <string_view>
+
+#include "fru/pool_text.h"
+
+namespace varnok {
+
+class CFileHeader {
+ public:
+  // Each setter keeps a copy; false for a missing text (null data) and when the pool is exhausted.
+  bool SetLfName(std::u16string_view text) { return Set(lfName_, text); }
+  bool SetLfVersion(std::u16string_view text) { return Set(lfVersion_, text); }
+  bool SetLfFmtVersion(std::u16string_view text) { return Set(lfFmtVersion_, text); }
+  bool SetIpmiVersion(std::u16string_view text) { return Set(ipmiVersion_, text); }
+
+  std::u16string_view LfName() const { return lfName_.View(); }
+  std::u16string_view LfVersion() const { return lfVersion_.View(); }
+  std::u16string_view LfFmtVersion() const { return lfFmtVersion_.View(); }
+  std::u16string_view IpmiVersion() const { return ipmiVersion_.View(); }
+
+ private:
+  static bool Set(PoolText& member, std::u16string_view text) {
+    return text.data() != nullptr && member.Assign(text);
+  }
+
+  PoolText lfName_;
+  PoolText lfVersion_;
+  PoolText lfFmtVersion_;
+  PoolText ipmiVersion_;
+};
+
+}  // namespace varnok

@@ -1,0 +1,129 @@
+#include "fru/fru.h"
+
+#include <algorithm>
+#include <array>
+
+#include "app/services/format.h"
+#include "app/services/trace.h"
+#include "fru/fru_encoding.h"
+#include "fru/fru_session.h"
+#include "fru/fru_status.h"
+
+namespace varnok {
+
+InfoArea* CFru::FindInfoArea(FruAreaId area) {
+  switch (area) {
+    case FruAreaId::ChassisInfoArea:
+      return &chassis_;
+    case FruAreaId::BoardInfoArea:
+      return &board_;
+    case FruAreaId::ProductInfoArea:
+      return &product_;
+    default:
+      return nullptr;
+  }
+}
+
+bool CFru::HasArea(FruAreaId area) const {
+  if (area == FruAreaId::CommonHeaderArea) return true;
+  if (area < FruAreaId::InternalUseArea || area > FruAreaId::MultiRecordArea) return false;
+  return header_.Offset(area) != 0;
+}
+
+Status CFru::DecodeHeader(std::span<const std::uint8_t, CFruHeader::kLength> bytes) {
+  TraceScope scope(u"CFru::DecodeHeader");
+  header_.SetData(bytes);
+  if (header_.Checksum() == CalculateChecksum(bytes.first(7))) return kSuccess;
+  Trace(u"CFru::DecodeHeader - Invalid Checksum", 1);
+  return fru_status::kHeaderChecksum;
+}
+
+std::uint8_t CFru::CalculateChecksum(std::span<const std::uint8_t> bytes) { return FruChecksum(bytes); }
+
+Status CFru::SerializeCommonHeader(std::uint8_t* output) const {
+  TraceScope scope(u"CFru::SerializeCommonHeader");
+  if (output == nullptr) {
+    Trace(u"CFru::SerializeCommonHeader - Unexpected", 1);
+    return fru_status::kUnexpected;
+  }
+  std::copy(header_.GetData().begin(), header_.GetData().end(), output);
+  return kSuccess;
+}
+
+void CFru::ComputeAreaLengths(std::uint32_t total) {
+  TraceScope scope(u"CFru::ComputeAreaLengths");
+  // From the last area to the first: each ends where the next present one begins.
+  auto lengthOf = [&](FruAreaId area, std::uint32_t lengthsBehind) -> std::uint32_t {
+    if (!HasArea(area)) return 0;
+    return total - header_.Offset(area) * static_cast<std::uint32_t>(FruDefs::kUnit) - lengthsBehind;
+  };
+  multiRecLength_ = lengthOf(FruAreaId::MultiRecordArea, 0);
+  std::uint32_t behind = multiRecLength_;
+  for (FruAreaId area : {FruAreaId::ProductInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ChassisInfoArea}) {
+    std::uint32_t length = lengthOf(area, behind);
+    (void)FindInfoArea(area)->SetLength(length);
+    behind += length;
+  }
+}
+
+bool CFru::IsSkippedAreaValid() {
+  TraceScope scope(u"CFru::IsSkippedAreaValid");
+  if (headerWriteMode_ == FruWriteMode::Skip) return header_.IsValid();
+  for (FruAreaId area : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea}) {
+    InfoArea& info = *FindInfoArea(area);
+    if (info.WriteMode() != FruWriteMode::Skip) continue;
+    return SumOf(info.GetData().first(std::min(info.GetLength(), kMaxAreaLength))) == 0;
+  }
+  // An image in which nothing was marked for validation is not valid, unless it has records.
+  if (!HasMultiRecArea()) return false;
+  if (!multiRecords_.IsEmpty() && multiRecords_.begin()->writeMode != FruWriteMode::Skip) return true;
+  return std::all_of(multiRecords_.begin(), multiRecords_.end(), [](const MultiRecord& record) {
+    return static_cast<std::uint8_t>(record.header[3] + SumOf(record.Data())) == 0;
+  });
+}
+
+Status CFru::SetAreaWriteMode(FruAreaId area, FruWriteMode mode, std::uint32_t recordNumber) {
+  TraceScope scope(u"CFru::SetAreaWriteMode");
+  if (area == FruAreaId::CommonHeaderArea) {
+    headerWriteMode_ = mode;
+  } else if (area == FruAreaId::InternalUseArea) {
+    internalUse_.SetWriteMode(mode);
+  } else if (InfoArea* info = FindInfoArea(area)) {
+    info->SetWriteMode(mode);
+  } else if (area == FruAreaId::MultiRecordArea && recordNumber == kAllMultiRecords) {
+    for (MultiRecord& record : multiRecords_) record.writeMode = mode;
+  } else if (area == FruAreaId::MultiRecordArea) {
+    MultiRecord* record = recordNumber == 0 ? nullptr : multiRecords_.At(recordNumber - 1);
+    if (record == nullptr) {
+      Trace(u"CFru::SetAreaWriteMode - No such record", 1);
+      return fru_status::kMultiRecordArea;
+    }
+    record->writeMode = mode;
+  } else {
+    Trace(u"CFru::SetAreaWriteMode - No such area", 1);
+    return fru_status::kNoSuchItem;
+  }
+  return kSuccess;
+}
+
+std::u16string_view CFru::GetFriendlyFruIdentifier(const FruDeviceAddress* address, std::span<char16_t> buffer) {
+  TraceScope scope(u"CFru::GetFriendlyFruIdentifier");
+  constexpr std::size_t kLeastBytes = 100;
+  if (buffer.empty()) return {};
+  buffer[0] = u'\0';
+  if (address == nullptr || buffer.size_bytes() < kLeastBytes) return {};
+  std::u16string name = address->displayName ? *address->displayName
+                                             : Format(u"ID(%X) Addr(%X) SlaveAddr(%X) Bus(%X)", address->deviceId,
+                                                      address->controller, address->deviceAddress, address->bus);
+  std::size_t length = std::min(name.size(), buffer.size() - 1);
+  std::copy_n(name.begin(), length, buffer.begin());
+  buffer[length] = u'\0';
+  return {buffer.data(), length};
+}
+
+std::u16string CFru::FriendlyName() const {
+  std::array<char16_t, FruSession::kLastErrorCapacity> buffer;
+  return std::u16string(GetFriendlyFruIdentifier(&address_, buffer));
+}
+
+}  // namespace varnok

@@ -1,0 +1,192 @@
+// The bytes of a FRU device: Read and Write FRU Data (IPMI v2.0, section 34) for a controller's inventory device,
+// Master Write-Read (section 22.11) for storage on a private bus.
+#include <algorithm>
+
+#include "app/services/trace.h"
+#include "fru/fru.h"
+#include "fru/fru_status.h"
+#include "platform/ipmi.h"
+
+namespace varnok {
+namespace {
+
+constexpr std::uint8_t kGetInventoryAreaInfo = 0x10;
+constexpr std::uint8_t kReadFruData = 0x11;
+constexpr std::uint8_t kWriteFruData = 0x12;
+constexpr std::uint8_t kMasterWriteRead = 0x52;
+constexpr std::uint8_t kDs1624AccessMemory = 0x17;
+
+constexpr std::int64_t kLargestChunk = 8;
+constexpr std::int64_t kChunkStep = 4;
+constexpr std::uint32_t kReadTimeout = 5000;
+constexpr std::uint32_t kWriteTimeout = 5;
+// Requests carry 16 bits of offset.
+constexpr std::uint32_t kOffsetLimit = 0x10000;
+
+bool IsInventoryDevice(const FruDeviceAddress& address) { return address.nvsType == nvs_type::kImbDevice; }
+
+bool IsPastOffsets(std::uint32_t offset, std::size_t count) {
+  return offset > kOffsetLimit || count > kOffsetLimit - offset;
+}
+
+void Put(IpmiMessage& message, std::uint8_t byte) { message.data[message.dataLength++] = byte; }
+
+/// The request up to the offset: for Master Write-Read `readCount` bytes are to be read back.
+IpmiMessage StartRequest(const FruDeviceAddress& address, std::uint8_t command, std::uint32_t offset,
+                         std::uint8_t readCount) {
+  auto low = static_cast<std::uint8_t>(offset);
+  auto high = static_cast<std::uint8_t>(offset >> 8);
+  IpmiMessage request;
+  request.targetAddress = address.controller;
+  if (IsInventoryDevice(address)) {
+    request.netFunction = net_function::kStorage;
+    request.command = command;
+    Put(request, address.deviceId);
+    Put(request, low);
+    Put(request, high);
+    return request;
+  }
+  request.netFunction = net_function::kApplication;
+  request.lun = address.lun;
+  request.command = kMasterWriteRead;
+  Put(request, address.bus);
+  Put(request, address.deviceAddress);
+  Put(request, readCount);
+  Put(request, address.nvsType == nvs_type::kDs1624s ? kDs1624AccessMemory : high);
+  Put(request, low);
+  return request;
+}
+
+/// Sends to the controller, or over the bus to an inventory device of another controller.
+Status Send(const FruDeviceAddress& address, const IpmiMessage& request, IpmiMessage& response, std::uint32_t timeout) {
+  constexpr std::uint8_t kNoBus = 0xFF;
+  bool isBridged = IsInventoryDevice(address) && address.controller == kBmcAddress && address.bus != kNoBus &&
+                   address.deviceId == 0;
+  IpmiResult result = isBridged
+                          ? IpmiBridgedRequest(request, response, address.bus, address.deviceAddress, timeout)
+                          : IpmiTransaction(request, response);
+  return static_cast<Status>(std::int64_t{result});
+}
+
+/// The bytes that an answer delivers for a chunk of `count`; empty when it has fewer, or says that it has fewer.
+std::span<const std::uint8_t> DeliveredBytes(const FruDeviceAddress& address, const IpmiMessage& response,
+                                             std::size_t count) {
+  std::span<const std::uint8_t> data =
+      std::span(response.data).first(std::min<std::size_t>(response.dataLength, response.data.size()));
+  if (IsInventoryDevice(address)) {
+    if (data.empty() || data[0] < count) return {};
+    data = data.subspan(1);
+  }
+  return data.size() < count ? std::span<const std::uint8_t>{} : data.first(count);
+}
+
+}  // namespace
+
+Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t offset, std::span<std::uint8_t> buffer,
+                                std::size_t& count) {
+  TraceScope scope(u"CFru::ReadFruDataFromBmc");
+  count = 0;
+  auto fail = [](Status status) {
+    Trace(u"CFru::ReadFruDataFromBmc - Error Reading FRU", 1);
+    return status;
+  };
+  if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, buffer.size()))
+    return fail(fru_status::kReadFailed);
+  std::int64_t chunk = kLargestChunk;
+  while (count < buffer.size()) {
+    chunk = std::min(chunk, static_cast<std::int64_t>(buffer.size() - count));
+    auto bytes = static_cast<std::uint8_t>(chunk);
+    IpmiMessage request = StartRequest(address, kReadFruData, offset + static_cast<std::uint32_t>(count), bytes);
+    if (IsInventoryDevice(address)) Put(request, bytes);
+    IpmiMessage response;
+    if (Status status = Send(address, request, response, kReadTimeout); status != kSuccess) return fail(status);
+    switch (response.completionCode) {
+      case completion_code::kSuccess: {
+        std::span<const std::uint8_t> delivered = DeliveredBytes(address, response, bytes);
+        // Bytes that did not arrive are an error, not data.
+        if (delivered.size() != bytes) return fail(fru_status::kReadFailed);
+        std::copy(delivered.begin(), delivered.end(), buffer.begin() + static_cast<std::ptrdiff_t>(count));
+        count += delivered.size();
+        // An accepted chunk of 0 delivers nothing; asked again it would never end.
+        if (chunk == 0) chunk = 1;
+        break;
+      }
+      case completion_code::kLengthLimitExceeded:
+      case completion_code::kCannotReturnLength:
+        if (chunk == 1) return fail(fru_status::kReadFailed);
+        // 8, 4, 0 and then 1: devices have been seen to answer to this sequence, so the 0 is sent as well.
+        chunk = chunk - kChunkStep < 0 ? 1 : chunk - kChunkStep;
+        break;
+      case completion_code::kNodeBusy:
+        break;
+      default:
+        return fail(fru_status::kReadFailed);
+    }
+  }
+  return kSuccess;
+}
+
+Status CFru::ReadDataFromFRU(const FruDeviceAddress& address, std::uint32_t offset, std::span<std::uint8_t> buffer) {
+  TraceScope scope(u"CFru::ReadDataFromFRU");
+  std::size_t count = 0;
+  return ReadFruDataFromBmc(address, offset, buffer, count);
+}
+
+Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t& inventorySize) {
+  TraceScope scope(u"CFru::ReadFruDataFromBmc");
+  inventorySize = 0;
+  IpmiMessage request;
+  request.targetAddress = address.controller;
+  request.netFunction = net_function::kStorage;
+  request.command = kGetInventoryAreaInfo;
+  Put(request, address.deviceId);
+  IpmiMessage response;
+  bool isRead = IsInventoryDevice(address) && IpmiTransaction(request, response) == ipmi_result::kSuccess &&
+                response.completionCode == completion_code::kSuccess && response.dataLength >= 2;
+  if (!isRead) {
+    Trace(u"CFru::ReadFruDataFromBmc - Error Reading FRU size", 1);
+    return fru_status::kReadFailed;
+  }
+  inventorySize = response.data[0] + 256u * response.data[1];
+  return kSuccess;
+}
+
+Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t offset,
+                               std::span<const std::uint8_t> bytes) {
+  TraceScope scope(u"CFru::WriteFruDataToBmc");
+  auto fail = [](Status status) {
+    Trace(u"CFru::WriteFruDataToBmc - Error Writing FRU", 1);
+    return status;
+  };
+  if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, bytes.size()))
+    return fail(fru_status::kWriteFailed);
+  std::size_t written = 0;
+  std::int64_t chunk = kLargestChunk;
+  while (written < bytes.size()) {
+    chunk = std::min(chunk, static_cast<std::int64_t>(bytes.size() - written));
+    // A refused length shrinks 8, 4, 0 without a clamp. A request of 0 bytes can be sent, one of fewer cannot, and an
+    // accepted one of 0 gets nowhere: the write ends there.
+    if (chunk < 0) return fail(fru_status::kWriteFailed);
+    IpmiMessage request = StartRequest(address, kWriteFruData, offset + static_cast<std::uint32_t>(written), 0);
+    for (std::uint8_t byte : bytes.subspan(written, static_cast<std::size_t>(chunk))) Put(request, byte);
+    IpmiMessage response;
+    if (Status status = Send(address, request, response, kWriteTimeout); status != kSuccess) return fail(status);
+    switch (response.completionCode) {
+      case completion_code::kSuccess:
+        if (chunk == 0) return fail(fru_status::kWriteFailed);
+        written += static_cast<std::size_t>(chunk);
+        break;
+      case completion_code::kLengthInvalid:
+        if (chunk == 1) return fail(fru_status::kWriteFailed);
+        chunk -= kChunkStep;
+        break;
+      case completion_code::kNodeBusy:
+        break;
+      default:
+        return fail(fru_status::kWriteFailed);
+    }
+  }
+  return kSuccess;
+}
+
+}  // namespace varnok
