@@ -38,7 +38,9 @@ Status CFru::DecodeHeader(std::span<const std::uint8_t, CFruHeader::kLength> byt
   return fru_status::kHeaderChecksum;
 }
 
-std::uint8_t CFru::CalculateChecksum(std::span<const std::uint8_t> bytes) { return FruChecksum(bytes); }
+std::uint8_t CFru::CalculateChecksum(std::span<const std::uint8_t> bytes) {
+  return FruChecksum(bytes);
+}
 
 Status CFru::SerializeCommonHeader(std::uint8_t* output) const {
   TraceScope scope(u"CFru::SerializeCommonHeader");
@@ -106,15 +108,17 @@ Status CFru::SetAreaWriteMode(FruAreaId area, FruWriteMode mode, std::uint32_t r
   return kSuccess;
 }
 
-std::u16string_view CFru::GetFriendlyFruIdentifier(const FruDeviceAddress* address, std::span<char16_t> buffer) {
+std::u16string_view CFru::GetFriendlyFruIdentifier(const FruDeviceAddress* address,
+                                                   std::span<char16_t> buffer) {
   TraceScope scope(u"CFru::GetFriendlyFruIdentifier");
   constexpr std::size_t kLeastBytes = 100;
   if (buffer.empty()) return {};
   buffer[0] = u'\0';
   if (address == nullptr || buffer.size_bytes() < kLeastBytes) return {};
-  std::u16string name = address->displayName ? *address->displayName
-                                             : Format(u"ID(%X) Addr(%X) SlaveAddr(%X) Bus(%X)", address->deviceId,
-                                                      address->controller, address->deviceAddress, address->bus);
+  std::u16string name = address->displayName
+                            ? *address->displayName
+                            : Format(u"ID(%X) Addr(%X) SlaveAddr(%X) Bus(%X)", address->deviceId,
+                                     address->controller, address->deviceAddress, address->bus);
   std::size_t length = std::min(name.size(), buffer.size() - 1);
   std::copy_n(name.begin(), length, buffer.begin());
   buffer[length] = u'\0';

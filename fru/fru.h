@@ -129,14 +129,27 @@ class CFru {
   Status ReadFruFromSystem();
   Status GetCommonHeader();
   Status GetInfoArea(FruAreaId area);
+  /// Cuts `bytes` to the area's length.
+  Status ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes);
   Status GetInternalUseArea();
   Status GetMultiRecArea();
   Status ReadMultiRecord(std::uint32_t& position, bool& isLast);
 
+  /// An area as a writer and a verifier see it.
+  struct AreaImage {
+    FruWriteMode mode;
+    std::size_t length;                   ///< the room that it takes on the device
+    std::span<const std::uint8_t> bytes;  ///< none for the multi-record area
+  };
+  AreaImage ImageOf(FruAreaId area);
+
   Status WriteFruData(FruOutput& output, std::uint32_t offset, std::span<const std::uint8_t> bytes);
   Status WriteAreas(FruOutput& output, bool& isAnyWritten);
+  Status WriteArea(FruOutput& output, FruAreaId area, std::uint32_t offset,
+                   std::span<const std::uint8_t> bytes);
   Status WriteMultiRecArea(FruOutput& output, std::uint32_t offset);
   Status Verify(FruOutput& output);
+  bool VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnnounced) const;
 
   std::u16string FriendlyName() const;
 

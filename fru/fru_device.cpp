@@ -1,5 +1,5 @@
-// The bytes of a FRU device: Read and Write FRU Data (IPMI v2.0, section 34) for a controller's inventory device,
-// Master Write-Read (section 22.11) for storage on a private bus.
+// The bytes of a FRU device: Read and Write FRU Data (IPMI v2.0, section 34) for a controller's inventory
+// device, Master Write-Read (section 22.11) for storage on a private bus.
 #include <algorithm>
 
 #include "app/services/trace.h"
@@ -23,13 +23,17 @@ constexpr std::uint32_t kWriteTimeout = 5;
 // Requests carry 16 bits of offset.
 constexpr std::uint32_t kOffsetLimit = 0x10000;
 
-bool IsInventoryDevice(const FruDeviceAddress& address) { return address.nvsType == nvs_type::kImbDevice; }
+bool IsInventoryDevice(const FruDeviceAddress& address) {
+  return address.nvsType == nvs_type::kImbDevice;
+}
 
 bool IsPastOffsets(std::uint32_t offset, std::size_t count) {
   return offset > kOffsetLimit || count > kOffsetLimit - offset;
 }
 
-void Put(IpmiMessage& message, std::uint8_t byte) { message.data[message.dataLength++] = byte; }
+void Put(IpmiMessage& message, std::uint8_t byte) {
+  message.data[message.dataLength++] = byte;
+}
 
 /// The request up to the offset: for Master Write-Read `readCount` bytes are to be read back.
 IpmiMessage StartRequest(const FruDeviceAddress& address, std::uint8_t command, std::uint32_t offset,
@@ -57,18 +61,23 @@ IpmiMessage StartRequest(const FruDeviceAddress& address, std::uint8_t command, 
   return request;
 }
 
-/// Sends to the controller, or over the bus to an inventory device of another controller.
-Status Send(const FruDeviceAddress& address, const IpmiMessage& request, IpmiMessage& response, std::uint32_t timeout) {
+/// Sends to the controller, or over the bus to an inventory device of another controller. `refused` is the
+/// status of an answer that is none.
+Status Send(const FruDeviceAddress& address, const IpmiMessage& request, IpmiMessage& response,
+            std::uint32_t timeout, Status refused) {
   constexpr std::uint8_t kNoBus = 0xFF;
   bool isBridged = IsInventoryDevice(address) && address.controller == kBmcAddress && address.bus != kNoBus &&
                    address.deviceId == 0;
   IpmiResult result = isBridged
                           ? IpmiBridgedRequest(request, response, address.bus, address.deviceAddress, timeout)
                           : IpmiTransaction(request, response);
-  return static_cast<Status>(std::int64_t{result});
+  if (result != ipmi_result::kSuccess) return static_cast<Status>(std::int64_t{result});
+  // Bridging can end with the answer to another command; that says nothing about this one.
+  return response.command == request.command ? kSuccess : refused;
 }
 
-/// The bytes that an answer delivers for a chunk of `count`; empty when it has fewer, or says that it has fewer.
+/// The bytes that an answer delivers for a chunk of `count`; empty when it has fewer, or says that it has
+/// fewer.
 std::span<const std::uint8_t> DeliveredBytes(const FruDeviceAddress& address, const IpmiMessage& response,
                                              std::size_t count) {
   std::span<const std::uint8_t> data =
@@ -82,8 +91,8 @@ std::span<const std::uint8_t> DeliveredBytes(const FruDeviceAddress& address, co
 
 }  // namespace
 
-Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t offset, std::span<std::uint8_t> buffer,
-                                std::size_t& count) {
+Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t offset,
+                                std::span<std::uint8_t> buffer, std::size_t& count) {
   TraceScope scope(u"CFru::ReadFruDataFromBmc");
   count = 0;
   auto fail = [](Status status) {
@@ -96,10 +105,13 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
   while (count < buffer.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(buffer.size() - count));
     auto bytes = static_cast<std::uint8_t>(chunk);
-    IpmiMessage request = StartRequest(address, kReadFruData, offset + static_cast<std::uint32_t>(count), bytes);
+    IpmiMessage request =
+        StartRequest(address, kReadFruData, offset + static_cast<std::uint32_t>(count), bytes);
     if (IsInventoryDevice(address)) Put(request, bytes);
     IpmiMessage response;
-    if (Status status = Send(address, request, response, kReadTimeout); status != kSuccess) return fail(status);
+    if (Status status = Send(address, request, response, kReadTimeout, fru_status::kReadFailed);
+        status != kSuccess)
+      return fail(status);
     switch (response.completionCode) {
       case completion_code::kSuccess: {
         std::span<const std::uint8_t> delivered = DeliveredBytes(address, response, bytes);
@@ -126,7 +138,8 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
   return kSuccess;
 }
 
-Status CFru::ReadDataFromFRU(const FruDeviceAddress& address, std::uint32_t offset, std::span<std::uint8_t> buffer) {
+Status CFru::ReadDataFromFRU(const FruDeviceAddress& address, std::uint32_t offset,
+                             std::span<std::uint8_t> buffer) {
   TraceScope scope(u"CFru::ReadDataFromFRU");
   std::size_t count = 0;
   return ReadFruDataFromBmc(address, offset, buffer, count);
@@ -164,13 +177,16 @@ Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t of
   std::int64_t chunk = kLargestChunk;
   while (written < bytes.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(bytes.size() - written));
-    // A refused length shrinks 8, 4, 0 without a clamp. A request of 0 bytes can be sent, one of fewer cannot, and an
-    // accepted one of 0 gets nowhere: the write ends there.
+    // A refused length shrinks 8, 4, 0 without a clamp. A request of 0 bytes can be sent, one of fewer
+    // cannot, and an accepted one of 0 gets nowhere: the write ends there.
     if (chunk < 0) return fail(fru_status::kWriteFailed);
-    IpmiMessage request = StartRequest(address, kWriteFruData, offset + static_cast<std::uint32_t>(written), 0);
+    IpmiMessage request =
+        StartRequest(address, kWriteFruData, offset + static_cast<std::uint32_t>(written), 0);
     for (std::uint8_t byte : bytes.subspan(written, static_cast<std::size_t>(chunk))) Put(request, byte);
     IpmiMessage response;
-    if (Status status = Send(address, request, response, kWriteTimeout); status != kSuccess) return fail(status);
+    if (Status status = Send(address, request, response, kWriteTimeout, fru_status::kWriteFailed);
+        status != kSuccess)
+      return fail(status);
     switch (response.completionCode) {
       case completion_code::kSuccess:
         if (chunk == 0) return fail(fru_status::kWriteFailed);

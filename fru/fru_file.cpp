@@ -1,5 +1,5 @@
-// The FRU file: text that describes one image. Keys are looked for in a fixed order, line by line; a line that holds
-// nothing awaited is skipped.
+// The FRU file: text that describes one image. Keys are looked for in a fixed order, line by line; a line
+// that holds nothing awaited is skipped.
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -42,7 +42,8 @@ constexpr AddressKey kAddressKeys[] = {
     {"_DEV_ADDRESS", "_DEV_ADDRESS %x", u"Device Address", &FruDeviceAddress::deviceAddress},
 };
 
-/// By NVS type. A file spells the first with the letter O, the command line with a zero; files in use rely on it.
+/// By NVS type. A file spells the first with the letter O, the command line with a zero; files in use rely on
+/// it.
 constexpr std::string_view kNvsTypeNames[] = {"AT24CO2", "DS1624S", "IMBDEVICE"};
 
 struct AreaBlock {
@@ -149,15 +150,15 @@ void CFru::SetParseAreaErrorMessage(Status status, std::u16string_view areaName,
   TraceScope scope(u"CFru::SetParseAreaErrorMessage");
   switch (status) {
     case fru_status::kBlockTagMissing:
-      ReportFruError(u"Could not find the start tag for the %ls while parsing the FRU file \"%hs\".", areaName,
-                     fileName);
+      ReportFruError(u"Could not find the start tag for the %ls while parsing the FRU file \"%hs\".",
+                     areaName, fileName);
       break;
     case fru_status::kBlockTooBig:
       ReportFruError(u"The %ls area of the FRU file \"%hs\" is too big.", areaName, fileName);
       break;
     case fru_status::kBlockCharacter:
-      ReportFruError(u"Encountered an unexpected character in the %ls while parsing the FRU file \"%hs\".", areaName,
-                     fileName);
+      ReportFruError(u"Encountered an unexpected character in the %ls while parsing the FRU file \"%hs\".",
+                     areaName, fileName);
       break;
     default:
       break;

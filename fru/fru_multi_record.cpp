@@ -36,8 +36,8 @@ Status AppendRecords(MultiRecordList& records, std::span<const std::uint8_t> byt
 Status CFru::DecodeMultiRecArea(std::span<const std::uint8_t> bytes, std::uint32_t number) {
   TraceScope scope(u"CFru::DecodeMultiRecArea");
   if (number == kAllMultiRecords) return AppendRecords(multiRecords_, bytes);
-  // Records are counted from 0 here but from 1 everywhere else, so that number 1 replaces the second record's header;
-  // scripts are written to that.
+  // Records are counted from 0 here but from 1 everywhere else, so that number 1 replaces the second record's
+  // header; scripts are written to that.
   MultiRecord* record = multiRecords_.At(number);
   if (record == nullptr || bytes.size() < kHeaderLength) {
     Trace(u"CFru::DecodeMultiRecArea - No such record", 1);

@@ -1,5 +1,5 @@
-// Resizing an info area inside the device's inventory space: the areas behind it move in the header, their bytes are
-// rebuilt from their fields when the image is written.
+// Resizing an info area inside the device's inventory space: the areas behind it move in the header, their
+// bytes are rebuilt from their fields when the image is written.
 #include "app/services/trace.h"
 #include "fru/fru.h"
 #include "fru/fru_encoding.h"
@@ -9,7 +9,8 @@
 namespace varnok {
 namespace {
 
-constexpr std::u16string_view kFieldsTooBigText = u"The FRU fields don't fit into the requested FRU AREA size.\n";
+constexpr std::u16string_view kFieldsTooBigText =
+    u"The FRU fields don't fit into the requested FRU AREA size.\n";
 constexpr std::u16string_view kAreasTooBigText = u"The FRU areas don't fit into the FRU inventory area.\n";
 
 }  // namespace
@@ -34,7 +35,8 @@ Status CFru::ResizeFruArea(FruAreaId area, std::uint32_t length) {
   auto move = [&](FruAreaId moved) {
     header.SetOffset(moved, static_cast<std::uint8_t>(header_.Offset(moved) + shift));
   };
-  for (FruAreaId present : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea}) {
+  for (FruAreaId present :
+       {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea}) {
     if (!HasArea(present)) continue;
     InfoArea& info = *FindInfoArea(present);
     auto oldLength = static_cast<std::int64_t>(info.GetLength());
@@ -58,7 +60,8 @@ Status CFru::ResizeFruArea(FruAreaId area, std::uint32_t length) {
   }
   header.UpdateChecksum();
   if (total > inventorySize || length > kMaxAreaLength) {
-    // The area keeps its new length and the header its old offsets; nothing is written unless the caller commits.
+    // The area keeps its new length and the header its old offsets; nothing is written unless the caller
+    // commits.
     SetFruError(kAreasTooBigText);
     Trace(u"CFru::ResizeFruArea - Areas don't fit", 1);
     return fru_status::kAreasTooBig;

@@ -1,0 +1,132 @@
+// The FRU device that the command line names, and its display.
+#include <string_view>
+#include <vector>
+
+#include "app/services/console.h"
+#include "app/services/text.h"
+#include "app/services/trace.h"
+#include "fru/fru_data.h"
+#include "fru/fru_manager.h"
+
+namespace varnok {
+namespace {
+
+/// "IMBDEVICE" and "AT24C02" must match whole, "DS1624S" by its beginning; all in upper case.
+bool ReadNvsType(std::string_view name, std::uint32_t& nvsType) {
+  if (name == "IMBDEVICE")
+    nvsType = nvs_type::kImbDevice;
+  else if (name == "AT24C02")
+    nvsType = nvs_type::kAt24c02;
+  else if (name.starts_with("DS1624S"))
+    nvsType = nvs_type::kDs1624s;
+  else
+    return false;
+  return true;
+}
+
+/// Reads arguments into an address record, field by field: an error does not undo what was read before it.
+class AddressArguments {
+ public:
+  explicit AddressArguments(FruDeviceAddress& address) : address_(address) {}
+
+  void Take(std::string_view argument) {
+    char first = argument.empty() ? '\0' : ToUpper(argument[0]);
+    if (first == '/' || first == '-')
+      ++switches_;
+    else if (first == 'L')
+      TakeOnce(hasLun_, argument, address_.lun);
+    else if (first == 'C' && argument.size() >= 3)
+      TakeOnce(hasController_, argument, address_.controller);
+    else
+      positional_.push_back(argument);
+  }
+
+  /// One value is a device ID, two are bus and device address, three are all of them.
+  bool Finish() {
+    switch (positional_.size()) {
+      case 1:
+        address_.deviceId = ReadByte(positional_[0]);
+        break;
+      case 2:
+        address_.bus = ReadByte(positional_[0]);
+        address_.deviceAddress = ReadByte(positional_[1]);
+        break;
+      case 3:
+        address_.deviceId = ReadByte(positional_[0]);
+        address_.bus = ReadByte(positional_[1]);
+        address_.deviceAddress = ReadByte(positional_[2]);
+        break;
+      default:
+        return false;
+    }
+    return !hasError_;
+  }
+
+  int switches() const { return switches_; }
+
+ private:
+  void TakeOnce(bool& wasTaken, std::string_view argument, std::uint8_t& value) {
+    if (wasTaken) hasError_ = true;
+    wasTaken = true;
+    value = ReadByte(argument.substr(1));
+  }
+
+  /// The first two characters; one that is missing or no hexadecimal digit is an error and counts as 1.
+  std::uint8_t ReadByte(std::string_view text) {
+    unsigned value = 0;
+    for (std::size_t i = 0; i < 2; ++i) {
+      int digit = i < text.size() ? HexDigitValue(text[i]) : -1;
+      if (digit < 0) {
+        hasError_ = true;
+        digit = 1;
+      }
+      value = value << 4 | static_cast<unsigned>(digit);
+    }
+    return static_cast<std::uint8_t>(value);
+  }
+
+  FruDeviceAddress& address_;
+  std::vector<std::string_view> positional_;
+  int switches_ = 0;
+  bool hasLun_ = false;
+  bool hasController_ = false;
+  bool hasError_ = false;
+};
+
+}  // namespace
+
+Status FruData::ParseFruAddress(int argumentCount, const char* const arguments[], int& count) {
+  constexpr std::u16string_view kOperation = u"FruData::ParseFruAddress";
+  TraceScope scope(kOperation);
+  count = argumentCount;
+  FruManager* manager = nullptr;
+  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
+  FruDeviceAddress& address = manager->commandLineAddress;
+  if (argumentCount < 1 || arguments == nullptr || !ReadNvsType(arguments[0], address.nvsType)) {
+    Trace(u"FruData::ParseFruAddress - Invalid NVS Type", 1);
+    return fru_status::kBadAddressArguments;
+  }
+  AddressArguments reader(address);
+  for (int i = 1; i < argumentCount; ++i) reader.Take(arguments[i]);
+  count -= reader.switches();
+  if (reader.Finish()) return kSuccess;
+  Trace(u"FruData::ParseFruAddress - Invalid Address", 1);
+  return fru_status::kBadAddressArguments;
+}
+
+Status FruData::DisplaySelectedFru() {
+  constexpr std::u16string_view kOperation = u"FruData::DisplaySelectedFru";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
+  PoolPtr<CFru> fru = MakeInPool<CFru>();
+  if (fru == nullptr) return FailFru(kOperation, fru_status::kOutOfMemory, fru_text::kNoMemory);
+  if (fru->LoadFromSystem(manager->commandLineAddress) != kSuccess) {
+    Print(u"\n%ls\n\n", u"Could not find the specified FRU Device.\n");
+    Trace(u"FruData::DisplaySelectedFru - LoadFromSystem failed", 1);
+    return fru_status::kDeviceNotFound;
+  }
+  return fru->Display();
+}
+
+}  // namespace varnok

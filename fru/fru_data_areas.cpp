@@ -1,0 +1,278 @@
+// The manager: fields and areas of the selected FRU.
+#include <algorithm>
+
+#include "app/services/console.h"
+#include "app/services/trace.h"
+#include "fru/fru_data.h"
+#include "fru/fru_manager.h"
+
+namespace varnok {
+namespace {
+
+/// Type code 3, 8-bit text: the one encoding in which fields are set.
+constexpr std::uint8_t kTextTypeBits = 0xC0;
+
+std::u16string_view AreaName(FruAreaId area) {
+  switch (area) {
+    case FruAreaId::ChassisInfoArea:
+      return u"chassis";
+    case FruAreaId::BoardInfoArea:
+      return u"board";
+    default:
+      return u"product";
+  }
+}
+
+Status FailUnsupported(std::u16string_view operation) {
+  return FailFru(operation, fru_status::kUnsupported, fru_text::kUnsupported);
+}
+
+/// The selected chassis, board or product area; any other is not supported.
+Status CheckSelectedInfoArea(std::u16string_view operation, FruManager*& manager, InfoArea*& info) {
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(operation, manager, fru); status != kSuccess) return status;
+  info = fru->FindInfoArea(manager->area);
+  return info == nullptr ? FailUnsupported(operation) : kSuccess;
+}
+
+/// The same with a field of it selected.
+Status CheckSelectedField(std::u16string_view operation, FruManager*& manager, InfoArea*& info) {
+  if (Status status = CheckSelectedInfoArea(operation, manager, info); status != kSuccess) return status;
+  return manager->field == kInvalidFieldIndex ? FailFru(operation, fru_status::kNothingSelected) : kSuccess;
+}
+
+/// The bytes of the selected record or of all; false when the selected one is not there.
+bool MultiRecordSize(CFru& fru, std::uint32_t number, std::uint32_t& size) {
+  size = 0;
+  std::uint32_t current = 0;
+  for (const MultiRecord& record : fru.MultiRecords()) {
+    if (++current == number || number == kAllMultiRecords)
+      size += static_cast<std::uint32_t>(MultiRecord::kHeaderLength + record.Length());
+  }
+  return number == kAllMultiRecords || size != 0;
+}
+
+}  // namespace
+
+Status FruData::SelectFieldEnum(FruFieldId field) {
+  constexpr std::u16string_view kOperation = u"FruData::SelectFieldEnum";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
+  manager->field = kInvalidFieldIndex;
+  if (manager->area == FruAreaId::InternalUseArea) {
+    manager->field = fru->InternalUse().GetFieldIndexFromEnum(field);
+  } else if (const InfoArea* info = fru->FindInfoArea(manager->area)) {
+    manager->field = info->GetFieldIndexFromEnum(field);
+  } else {
+    return FailUnsupported(kOperation);
+  }
+  if (manager->field != kInvalidFieldIndex) return kSuccess;
+  return FailFru(kOperation, fru_status::kNoSuchItem, fru_text::kNoSuchField);
+}
+
+Status FruData::SelectFieldInteger(std::uint32_t index) {
+  constexpr std::u16string_view kOperation = u"FruData::SelectFieldInteger";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
+  manager->field = kInvalidFieldIndex;
+  std::uint32_t count = 0;
+  if (manager->area == FruAreaId::InternalUseArea) {
+    count = fru->InternalUse().GetNumberOfFields();
+  } else if (const InfoArea* info = fru->FindInfoArea(manager->area)) {
+    count = info->GetNumberOfFields();
+  } else {
+    return FailUnsupported(kOperation);
+  }
+  if (index >= count) return FailFru(kOperation, fru_status::kNoSuchItem, fru_text::kNoSuchField);
+  manager->field = index;
+  return kSuccess;
+}
+
+Status FruData::GetFieldDataValue(const std::uint8_t*& data, std::uint32_t& length) {
+  constexpr std::u16string_view kOperation = u"FruData::GetFieldDataValue";
+  TraceScope scope(kOperation);
+  data = nullptr;
+  length = 0;
+  FruManager* manager = nullptr;
+  InfoArea* info = nullptr;
+  if (Status status = CheckSelectedField(kOperation, manager, info); status != kSuccess) return status;
+  std::span<const std::uint8_t> value;
+  // A field of an area that could not be parsed has no data.
+  if (!info->GetFieldData(manager->field, value) || value.data() == nullptr) {
+    return FailFru(
+        kOperation, fru_status::kGetFieldFailed,
+        Format(u"An error occurred getting a field from the FRU %ls area.", AreaName(manager->area)));
+  }
+  data = value.data();
+  length = static_cast<std::uint32_t>(value.size());
+  return kSuccess;
+}
+
+Status FruData::SetFieldDataValue(const std::uint8_t* data, std::uint32_t length) {
+  constexpr std::u16string_view kOperation = u"FruData::SetFieldDataValue";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  InfoArea* info = nullptr;
+  if (Status status = CheckSelectedField(kOperation, manager, info); status != kSuccess) return status;
+  std::span<const std::uint8_t> value(data, data == nullptr ? 0 : length);
+  if (info->SetFieldData(manager->field, value, kTextTypeBits)) return kSuccess;
+  return FailFru(
+      kOperation, fru_status::kSetFieldFailed,
+      Format(u"Could not assign new data to the %ls area.  The data is probably too long to fit in the "
+             u"field or area.",
+             AreaName(manager->area)));
+}
+
+Status FruData::GetMaxFieldSize(std::uint32_t& size) {
+  constexpr std::u16string_view kOperation = u"FruData::GetMaxFieldSize";
+  TraceScope scope(kOperation);
+  size = 0;
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
+  if (manager->area == FruAreaId::CommonHeaderArea) return kSuccess;
+  const InfoArea* info = fru->FindInfoArea(manager->area);
+  if (info == nullptr) return FailUnsupported(kOperation);
+  size = static_cast<std::uint32_t>(std::max<std::ptrdiff_t>(0, info->GetPadLength()));
+  return kSuccess;
+}
+
+Status FruData::ResizeFruArea(std::uint32_t length) {
+  constexpr std::u16string_view kOperation = u"FruData::ResizeFruArea";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
+  return fru->ResizeFruArea(manager->area, length);
+}
+
+Status FruData::GetAreaData(std::uint8_t* buffer, std::uint32_t& size) {
+  constexpr std::u16string_view kOperation = u"FruData::GetAreaData";
+  TraceScope scope(kOperation);
+  std::uint32_t room = buffer == nullptr ? 0 : size;
+  size = 0;
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
+  std::span<const std::uint8_t> bytes;
+  if (manager->area == FruAreaId::MultiRecordArea) {
+    Status status = fru->SerializeMultiRecArea(buffer, room, manager->record);
+    size = room;
+    return status == kSuccess ? kSuccess : FailFru(kOperation, status);
+  }
+  if (manager->area == FruAreaId::CommonHeaderArea)
+    bytes = fru->Header().GetData();
+  else if (manager->area == FruAreaId::InternalUseArea)
+    bytes = fru->InternalUse().GetData();
+  else
+    return FailUnsupported(kOperation);
+  if (buffer == nullptr || bytes.size() > room) return FailFru(kOperation, fru_status::kUnexpected);
+  std::copy(bytes.begin(), bytes.end(), buffer);
+  size = static_cast<std::uint32_t>(bytes.size());
+  return kSuccess;
+}
+
+Status FruData::SetAreaData(const std::uint8_t* bytes, std::uint32_t length) {
+  constexpr std::u16string_view kOperation = u"FruData::SetAreaData";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
+  if (manager->area != FruAreaId::InternalUseArea && manager->area != FruAreaId::MultiRecordArea)
+    return FailUnsupported(kOperation);
+  if (bytes == nullptr) return FailFru(kOperation, fru_status::kUnexpected);
+  std::span<const std::uint8_t> area(bytes, length);
+  if (manager->area == FruAreaId::MultiRecordArea) return fru->SetMultiRecArea(area, true, manager->record);
+  bool isSet = length == fru->InternalUse().GetLength() && fru->InternalUse().SetData(area, true);
+  return isSet ? kSuccess : FailFru(kOperation, fru_status::kUnexpected);
+}
+
+Status FruData::GetAreaSize(std::uint32_t& size) {
+  constexpr std::u16string_view kOperation = u"FruData::GetAreaSize";
+  TraceScope scope(kOperation);
+  size = 0;
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
+  switch (manager->area) {
+    case FruAreaId::CommonHeaderArea:
+      size = CFruHeader::kLength;
+      return kSuccess;
+    case FruAreaId::InternalUseArea:
+      size = static_cast<std::uint32_t>(fru->InternalUse().GetLength());
+      return kSuccess;
+    case FruAreaId::MultiRecordArea:
+      if (MultiRecordSize(*fru, manager->record, size)) return kSuccess;
+      PrintText(u"\nInvalid MutiRecord Number.\n");
+      return FailFru(kOperation, fru_status::kMultiRecordArea);
+    default:
+      return FailUnsupported(kOperation);
+  }
+}
+
+Status FruData::SetAreaWriteMode(FruWriteMode mode) {
+  constexpr std::u16string_view kOperation = u"FruData::SetAreaWriteMode";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
+  if (mode > FruWriteMode::Verify) return FailFru(kOperation, fru_status::kUnexpected);
+  Status status = fru->SetAreaWriteMode(manager->area, mode, manager->record);
+  return status == kSuccess ? kSuccess : FailFru(kOperation, status);
+}
+
+Status FruData::ValidateSelectedArea() {
+  constexpr std::u16string_view kOperation = u"FruData::ValidateSelectedArea";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  CFru* fru = nullptr;
+  if (Status status = CheckSelectedFru(kOperation, manager, fru); status != kSuccess) return status;
+  if (fru->IsSkippedAreaValid()) return kSuccess;
+  return FailFru(kOperation, fru_status::kNoListLoaded,
+                 u"The Validation of the requested FRU area failed.\n");
+}
+
+namespace {
+
+bool CopyArea(CFru& source, CFru& target, FruAreaId area) {
+  if (area == FruAreaId::CommonHeaderArea) {
+    // The header is taken over as the file has it, whatever it sums to.
+    (void)target.DecodeHeader(source.Header().GetData());
+    return true;
+  }
+  if (area == FruAreaId::InternalUseArea)
+    return target.InternalUse().SetData(source.InternalUse().GetData(), true);
+  if (InfoArea* info = source.FindInfoArea(area))
+    return target.FindInfoArea(area)->SetData(
+        info->GetData().first(std::min(info->GetLength(), kMaxAreaLength)));
+  PoolBuffer records;
+  std::uint32_t size = source.MultiRecLength();
+  return records.Allocate(size) &&
+         source.SerializeMultiRecArea(records.data(), size, kAllMultiRecords) == kSuccess &&
+         target.SetMultiRecArea(records.Bytes().first(size), true, kAllMultiRecords) == kSuccess;
+}
+
+}  // namespace
+
+Status FruData::CopyAreaFromFile(const FruDeviceAddress& address, FruAreaId area) {
+  constexpr std::u16string_view kOperation = u"FruData::CopyAreaFromFile";
+  TraceScope scope(kOperation);
+  FruManager* manager = nullptr;
+  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
+  if (area < FruAreaId::CommonHeaderArea || area > FruAreaId::MultiRecordArea)
+    return FailFru(kOperation, fru_status::kUnexpected);
+  manager->SelectList(FruList::File);
+  std::size_t source = manager->Find(address);
+  if (source == FruManager::kNoFru) return FailFru(kOperation, fru_status::kNoListLoaded);
+  manager->SelectList(FruList::System);
+  manager->fru = manager->Find(address);
+  if (manager->fru == FruManager::kNoFru) return FailFru(kOperation, fru_status::kNoListLoaded);
+  if (CopyArea(*manager->fileFrus[source], *manager->systemFrus[manager->fru], area)) return kSuccess;
+  return FailFru(kOperation, fru_status::kUnexpected);
+}
+
+}  // namespace varnok

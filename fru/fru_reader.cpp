@@ -1,0 +1,197 @@
+// Reading a FRU device into an image: the common header, then each area that it names, each bounded by its
+// own framing. What a device says about its lengths is checked before it is believed.
+#include <algorithm>
+#include <array>
+
+#include "app/services/trace.h"
+#include "fru/fru.h"
+#include "fru/fru_encoding.h"
+#include "fru/fru_session.h"
+#include "fru/fru_status.h"
+
+namespace varnok {
+namespace {
+
+struct InfoAreaReading {
+  FruAreaId area;
+  Status invalid;
+  std::u16string_view message;  ///< empty: a failed reading is reported by its own status, without a text
+  std::u16string_view scope;
+  std::u16string_view failure;
+};
+constexpr InfoAreaReading kInfoAreas[] = {
+    {FruAreaId::BoardInfoArea, fru_status::kBoardInfoArea, u"Invalid FRU board area in system FRU %ls.",
+     u"CFru::GetBoardArea", u"CFru::GetBoardArea - Invalid Board Area"},
+    {FruAreaId::ProductInfoArea,
+     fru_status::kProductInfoArea,
+     {},
+     u"CFru::GetProductArea",
+     u"CFru::GetProductArea - Invalid Product Area"},
+    {FruAreaId::ChassisInfoArea, fru_status::kChassisInfoArea, u"Invalid FRU chassis area in system FRU %ls.",
+     u"CFru::GetChassisArea", u"CFru::GetChassisArea - Invalid Chassis Area"},
+};
+
+constexpr std::u16string_view kInvalidInternalArea = u"Invalid FRU internal area in system FRU %ls.";
+constexpr std::u16string_view kInvalidMultiRecArea = u"Invalid FRU multi-record area in system FRU %ls.";
+
+// Buses without a device of another controller behind them.
+constexpr std::uint8_t kFirstReservedBus = 0xFE;
+
+}  // namespace
+
+Status CFru::LoadFromSystem(const FruDeviceAddress& address) {
+  TraceScope scope(u"CFru::LoadFromSystem");
+  address_ = address;
+  return ReadFruFromSystem();
+}
+
+Status CFru::ReadFruFromSystem() {
+  TraceScope scope(u"CFru::ReadFruFromSystem");
+  if (address_.nvsType == nvs_type::kImbDevice && address_.bus >= kFirstReservedBus &&
+      address_.deviceAddress != kBmcAddress) {
+    SetFruError(u"Invalid BMC Address found.");
+    Trace(u"CFru::ReadFruFromSystem - Invalid BMC Address", 1);
+    return fru_status::kReadFailed;
+  }
+  Status status = GetCommonHeader();
+  for (const InfoAreaReading& reading : kInfoAreas)
+    if (status == kSuccess && HasArea(reading.area)) status = GetInfoArea(reading.area);
+  if (status == kSuccess) status = GetInternalUseArea();
+  if (status == kSuccess && HasMultiRecArea()) status = GetMultiRecArea();
+  return status;
+}
+
+Status CFru::GetCommonHeader() {
+  TraceScope scope(u"CFru::GetCommonHeader");
+  std::array<std::uint8_t, CFruHeader::kLength> bytes{};
+  if (Status status = ReadDataFromFRU(address_, 0, bytes); status != kSuccess) {
+    Trace(u"CFru::GetCommonHeader - Error Reading FRU", 1);
+    return status;
+  }
+  CFruHeader header;
+  header.SetData(bytes);
+  if (!header.IsIpmiFru()) {
+    SetFruError(fru_text::kNotIpmiFru);
+    Trace(u"CFru::GetCommonHeader - Not an IPMI FRU", 1);
+    return fru_status::kNotIpmiFru;
+  }
+  header_ = header;
+  if (!header_.IsValid()) {
+    ReportFruError(fru_text::kInvalidHeader, FriendlyName());
+    isImageInvalid_ = true;
+    Trace(u"CFru::GetCommonHeader - Invalid Common Header", 1);
+    return fru_status::kInvalidHeader;
+  }
+  return kSuccess;
+}
+
+Status CFru::GetInfoArea(FruAreaId area) {
+  const InfoAreaReading& reading =
+      *std::find_if(std::begin(kInfoAreas), std::end(kInfoAreas),
+                    [area](const InfoAreaReading& candidate) { return candidate.area == area; });
+  TraceScope scope(reading.scope);
+  std::array<std::uint8_t, kMaxAreaLength> buffer{};
+  std::span<std::uint8_t> bytes(buffer);
+  Status status = ReadInfoArea(area, bytes);
+  if (status == kSuccess) {
+    if (FindInfoArea(area)->SetData(bytes)) return kSuccess;
+    isImageInvalid_ = true;
+    status = reading.invalid;
+  } else if (status != uefi_status::kBadBufferSize && !reading.message.empty()) {
+    status = reading.invalid;
+  }
+  if (!reading.message.empty()) ReportFruError(reading.message, FriendlyName());
+  Trace(reading.failure, 1);
+  return status;
+}
+
+Status CFru::ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes) {
+  std::uint32_t offset = header_.Offset(area) * static_cast<std::uint32_t>(FruDefs::kUnit);
+  if (Status status = ReadDataFromFRU(address_, offset, bytes.first(2)); status != kSuccess) return status;
+  std::size_t length = bytes[1] * FruDefs::kUnit;
+  if (length > bytes.size()) {
+    isImageInvalid_ = true;
+    return uefi_status::kBadBufferSize;
+  }
+  bytes = bytes.first(length);
+  return ReadDataFromFRU(address_, offset, bytes);
+}
+
+Status CFru::GetInternalUseArea() {
+  TraceScope scope(u"CFru::GetInternalUseArea");
+  if (!HasInternalArea()) {
+    (void)internalUse_.SetData({}, false);
+    return kSuccess;
+  }
+  // The area ends where the first present one of the others begins: first by number, not by place.
+  std::int64_t length = 0;
+  for (FruAreaId next : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea,
+                         FruAreaId::MultiRecordArea}) {
+    if (!HasArea(next)) continue;
+    length = (std::int64_t{header_.Offset(next)} - header_.Offset(FruAreaId::InternalUseArea)) *
+             static_cast<std::int64_t>(FruDefs::kUnit);
+    break;
+  }
+  std::array<std::uint8_t, kMaxAreaLength> bytes{};
+  bool isRead = false;
+  if (length < 0 || length > static_cast<std::int64_t>(bytes.size())) {
+    isImageInvalid_ = true;
+  } else {
+    std::span<std::uint8_t> area = std::span(bytes).first(static_cast<std::size_t>(length));
+    std::uint32_t offset =
+        header_.Offset(FruAreaId::InternalUseArea) * static_cast<std::uint32_t>(FruDefs::kUnit);
+    isRead = ReadDataFromFRU(address_, offset, area) == kSuccess && internalUse_.SetData(area, false);
+  }
+  if (isRead) return kSuccess;
+  ReportFruError(kInvalidInternalArea, FriendlyName());
+  Trace(u"CFru::GetInternalUseArea - Invalid Internal Use Area", 1);
+  return fru_status::kInternalUseArea;
+}
+
+Status CFru::GetMultiRecArea() {
+  TraceScope scope(u"CFru::GetMultiRecArea");
+  multiRecords_.Clear();
+  const std::uint32_t start =
+      header_.Offset(FruAreaId::MultiRecordArea) * static_cast<std::uint32_t>(FruDefs::kUnit);
+  std::uint32_t position = start;
+  Status result = kSuccess;
+  // Records that never end are followed until the device's 16 bits of offset run out, which fails the
+  // reading.
+  for (bool isLast = false; !isLast && result == kSuccess;) result = ReadMultiRecord(position, isLast);
+  multiRecLength_ = position - start;
+  if (result == kSuccess && !CheckMultiRecCheckSum()) {
+    isImageInvalid_ = true;
+    result = fru_status::kMultiRecordArea;
+  }
+  if (result == fru_status::kMultiRecordArea) ReportFruError(kInvalidMultiRecArea, FriendlyName());
+  if (result != kSuccess) Trace(u"CFru::GetMultiRecArea - Invalid Multi Record Area", 1);
+  return result;
+}
+
+Status CFru::ReadMultiRecord(std::uint32_t& position, bool& isLast) {
+  std::array<std::uint8_t, MultiRecord::kHeaderLength + 0xFF> bytes{};
+  if (ReadDataFromFRU(address_, position, std::span(bytes).first(3)) != kSuccess)
+    return fru_status::kMultiRecordArea;
+  if (bytes[2] == 0) {
+    isLast = true;
+    return kSuccess;
+  }
+  std::size_t length = MultiRecord::kHeaderLength + bytes[2];
+  std::uint8_t declared = bytes[2];
+  // The second reading has to give the record that the first one announced.
+  if (ReadDataFromFRU(address_, position, std::span(bytes).first(length)) != kSuccess || bytes[2] != declared)
+    return fru_status::kMultiRecordArea;
+  MultiRecord* record = multiRecords_.Append();
+  if (record == nullptr) {
+    SetFruError(fru_text::kNoMemory);
+    Trace(u"CFru::GetMultiRecArea - Out of memory", 1);
+    return fru_status::kOutOfMemory;
+  }
+  std::copy_n(bytes.begin(), record->header.size(), record->header.begin());
+  std::copy_n(bytes.begin() + record->header.size(), declared, record->data.begin());
+  position += static_cast<std::uint32_t>(length);
+  isLast = record->IsLast();
+  return kSuccess;
+}
+
+}  // namespace varnok

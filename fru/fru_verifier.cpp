@@ -1,0 +1,126 @@
+// Verification: the device is read again and compared with the image that was written, each area by a rule of
+// its own.
+#include <algorithm>
+
+#include "app/services/trace.h"
+#include "fru/fru.h"
+#include "fru/fru_output.h"
+#include "fru/fru_session.h"
+#include "fru/fru_status.h"
+
+namespace varnok {
+namespace {
+
+struct AreaLine {
+  FruAreaId area;
+  std::u16string_view verifying;
+  std::u16string_view difference;
+};
+constexpr AreaLine kAreaLines[] = {
+    {FruAreaId::CommonHeaderArea, u"Verifying Common Header Area\n",
+     u"\nHeader Area is different between the file and the memory.\n"},
+    {FruAreaId::InternalUseArea, u"Verifying FRU Internal Use Area Length\n",
+     u"\nInternal Use Area length is different between the file and the memory.\n"},
+    {FruAreaId::ChassisInfoArea, u"Verifying FRU Chassis Info Area\n",
+     u"\nChassis Info Area is different between the file and the memory.\n"},
+    {FruAreaId::BoardInfoArea, u"Verifying FRU Board Info Area\n",
+     u"\nBoard Info Area is different between the file and the memory.\n"},
+    {FruAreaId::ProductInfoArea, u"Verifying FRU Product Info Area\n",
+     u"\nProduct Info Area is different between the file and the memory.\n"},
+};
+constexpr std::u16string_view kVerifyingMultiRec = u"Verifying FRU Multi Record Area\n";
+constexpr std::u16string_view kMultiRecDataDiffers =
+    u"\nMulti Record area is different between the file and the memory.\n";
+constexpr std::u16string_view kMultiRecHeaderDiffers =
+    u"\nMultiRecord area is different between the file and the memory.\n";
+
+// The board area is compared behind its version, length, language and manufacturing date, which a factory
+// sets.
+constexpr std::size_t kFirstComparedBoardByte = 6;
+
+bool IsSame(std::span<const std::uint8_t> left, std::span<const std::uint8_t> right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end());
+}
+
+bool IsSameInfoArea(FruAreaId area, InfoArea& memory, InfoArea& device) {
+  std::size_t begin = 0;
+  std::size_t end = std::min(memory.GetLength(), kMaxAreaLength);
+  if (area == FruAreaId::BoardInfoArea) {
+    if (end <= kFirstComparedBoardByte) return true;
+    begin = kFirstComparedBoardByte;
+    --end;  // the checksum covers what is not compared
+  }
+  // Both are whole buffers of 512 bytes, so that the device's area may be the shorter one.
+  return IsSame(memory.GetData().subspan(begin, end - begin), device.GetData().subspan(begin, end - begin));
+}
+
+}  // namespace
+
+bool CFru::VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnnounced) const {
+  // The data are compared over the length of the product area, not over the record's own: what passes and
+  // what fails here is relied on. The buffers are longer than any area, with zeros behind the data.
+  const std::size_t dataLength = std::min(product_.GetLength(), MultiRecord::kDataCapacity);
+  auto onDevice = device.multiRecords_.begin();
+  bool isAreaAnnounced = false;
+  for (const MultiRecord& record : multiRecords_) {
+    const MultiRecord* other = nullptr;
+    if (onDevice != device.multiRecords_.end()) other = &*onDevice++;
+    if (record.writeMode == FruWriteMode::Skip) continue;
+    if (record.writeMode == FruWriteMode::Verify && !isAreaAnnounced) {
+      output.Print(kVerifyingMultiRec);
+      isAnnounced = isAreaAnnounced = true;
+    }
+    if (other == nullptr ||
+        !IsSame(std::span(record.data).first(dataLength), std::span(other->data).first(dataLength))) {
+      output.Print(kMultiRecDataDiffers);
+      return false;
+    }
+    if (record.header != other->header) {
+      output.Print(kMultiRecHeaderDiffers);
+      return false;
+    }
+  }
+  return true;
+}
+
+Status CFru::Verify(FruOutput& output) {
+  TraceScope scope(u"CFru::Verify");
+  PoolPtr<CFru> device = MakeInPool<CFru>();
+  if (device == nullptr) {
+    SetFruError(fru_text::kNoMemory);
+    Trace(u"CFru::Verify - Out of memory", 1);
+    return fru_status::kOutOfMemory;
+  }
+  if (Status status = device->LoadFromSystem(address_); status != kSuccess) {
+    Trace(u"CFru::Verify - Error Reading FRU", 1);
+    return status;
+  }
+  bool isAnnounced = false;
+  auto isSame = [&](FruAreaId area) {
+    if (area == FruAreaId::CommonHeaderArea) return IsSame(header_.GetData(), device->header_.GetData());
+    if (area == FruAreaId::InternalUseArea)
+      return internalUse_.GetLength() == device->internalUse_.GetLength();
+    return IsSameInfoArea(area, *FindInfoArea(area), *device->FindInfoArea(area));
+  };
+  for (const AreaLine& line : kAreaLines) {
+    if (!HasArea(line.area)) continue;
+    FruWriteMode mode = ImageOf(line.area).mode;
+    if (mode == FruWriteMode::Skip) continue;
+    if (mode == FruWriteMode::Verify) {
+      output.Print(line.verifying);
+      isAnnounced = true;
+    }
+    if (isSame(line.area)) continue;
+    output.Print(line.difference);
+    Trace(u"CFru::Verify - Areas differ", 1);
+    return fru_status::kUnexpected;
+  }
+  if (HasMultiRecArea() && !VerifyMultiRecArea(output, *device, isAnnounced)) {
+    Trace(u"CFru::Verify - Multi Record Areas differ", 1);
+    return fru_status::kUnexpected;
+  }
+  if (isAnnounced) output.Print(u"\nFRU File Area(s) Verification Successful.\n");
+  return kSuccess;
+}
+
+}  // namespace varnok

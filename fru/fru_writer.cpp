@@ -1,0 +1,117 @@
+// Writing an image to its device, area by area.
+#include <algorithm>
+
+#include "app/services/trace.h"
+#include "fru/fru.h"
+#include "fru/fru_output.h"
+#include "fru/fru_session.h"
+#include "fru/fru_status.h"
+
+namespace varnok {
+namespace {
+
+struct AreaLine {
+  FruAreaId area;
+  std::u16string_view loading;
+};
+/// In the order of writing.
+constexpr AreaLine kAreaLines[] = {
+    {FruAreaId::CommonHeaderArea, u"Loading Common Header Area\n"},
+    {FruAreaId::InternalUseArea, u"Loading FRU Internal Use Area\n"},
+    {FruAreaId::ChassisInfoArea, u"Loading FRU Chassis Info Area\n"},
+    {FruAreaId::BoardInfoArea, u"Loading FRU Board Info Area\n"},
+    {FruAreaId::ProductInfoArea, u"Loading FRU Product Info Area\n"},
+    {FruAreaId::MultiRecordArea, u"Loading FRU Multi Record Area\n"},
+};
+
+// Files spell the serial EEPROM with the letter O, and so does what is shown of it.
+constexpr const char16_t* kNvsTypeNames[] = {u"AT24CO2", u"DS1624S", u"IMBDEVICE"};
+
+}  // namespace
+
+const char16_t* FindNvsTypeName(std::uint32_t nvsType) {
+  return nvsType < std::size(kNvsTypeNames) ? kNvsTypeNames[nvsType] : nullptr;
+}
+
+CFru::AreaImage CFru::ImageOf(FruAreaId area) {
+  if (area == FruAreaId::CommonHeaderArea) return {headerWriteMode_, CFruHeader::kLength, header_.GetData()};
+  if (area == FruAreaId::InternalUseArea)
+    return {internalUse_.WriteMode(), internalUse_.GetLength(), internalUse_.GetData()};
+  if (InfoArea* info = FindInfoArea(area)) {
+    // A length set past the buffer keeps its place on the device; the bytes end with the buffer.
+    std::size_t length = info->GetLength();
+    return {info->WriteMode(), length, info->GetData().first(std::min(length, kMaxAreaLength))};
+  }
+  // The first record speaks for all; without one there is nothing to write.
+  FruWriteMode mode = multiRecords_.IsEmpty() ? FruWriteMode::Skip : multiRecords_.begin()->writeMode;
+  return {mode, multiRecLength_, {}};
+}
+
+Status CFru::WriteFruData(FruOutput& output, std::uint32_t offset, std::span<const std::uint8_t> bytes) {
+  TraceScope scope(u"CFru::WriteFruData");
+  output.DumpBlock(bytes);
+  return WriteFruDataToBmc(address_, offset, bytes);
+}
+
+Status CFru::WriteMultiRecArea(FruOutput& output, std::uint32_t offset) {
+  for (const MultiRecord& record : multiRecords_) {
+    for (const std::uint8_t& byte : record.header) {
+      if (Status status = WriteFruData(output, offset++, {&byte, 1}); status != kSuccess) return status;
+    }
+    if (Status status = WriteFruData(output, offset, record.Data()); status != kSuccess) return status;
+    offset += static_cast<std::uint32_t>(record.Length());
+  }
+  isMultiRecModified_ = false;
+  return kSuccess;
+}
+
+Status CFru::WriteArea(FruOutput& output, FruAreaId area, std::uint32_t offset,
+                       std::span<const std::uint8_t> bytes) {
+  if (area == FruAreaId::MultiRecordArea) return WriteMultiRecArea(output, offset);
+  if (area == FruAreaId::InternalUseArea) internalUse_.ClearModified();
+  if (InfoArea* info = FindInfoArea(area)) info->ClearModified();
+  return WriteFruData(output, offset, bytes);
+}
+
+Status CFru::WriteAreas(FruOutput& output, bool& isAnyWritten) {
+  // Each present area follows the one before it, wherever the header places it, and whether or not that is
+  // written.
+  std::uint32_t offset = 0;
+  for (const AreaLine& line : kAreaLines) {
+    if (!HasArea(line.area)) continue;
+    AreaImage image = ImageOf(line.area);
+    if (image.mode == FruWriteMode::WriteAndVerify) {
+      output.Print(line.loading);
+      isAnyWritten = true;
+      if (Status status = WriteArea(output, line.area, offset, image.bytes); status != kSuccess)
+        return status;
+    }
+    offset += static_cast<std::uint32_t>(image.length);
+  }
+  return kSuccess;
+}
+
+Status CFru::WriteToSystem() {
+  TraceScope scope(u"CFru::WriteToSystem");
+  FruOutput output;
+  if (!output.Open()) {
+    Trace(u"CFru::WriteToSystem - Error opening output file", 1);
+    return fru_status::kOutputFile;
+  }
+  output.PrintAddress(u"\n", address_);
+  bool isAnyWritten = false;
+  if (WriteAreas(output, isAnyWritten) != kSuccess) {
+    ReportFruError(u"Could not write FRU %ls to system.", FriendlyName());
+    Trace(u"CFru::WriteToSystem - Error Writing FRU", 1);
+    return fru_status::kAreaNotWritten;
+  }
+  if (Status status = Verify(output); status != kSuccess) {
+    output.Print(u"\nVerification of one or more FRU File Area(s) failed.\n");
+    Trace(u"CFru::WriteToSystem - Verification failed", 1);
+    return status;
+  }
+  if (isAnyWritten) output.Print(u"\nFRU File Area(s) successfully loaded into FRU memory.\n");
+  return kSuccess;
+}
+
+}  // namespace varnok

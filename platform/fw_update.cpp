@@ -1,0 +1,168 @@
+#include "platform/fw_update.h"
+
+#include "app/services/console.h"
+#include "app/services/trace.h"
+#include "firmware/lasting.h"
+#include "firmware/pool.h"
+#include "platform/cfw_update.h"
+#include "platform/ipmi.h"
+
+namespace varnok::FwUpdate {
+namespace {
+
+// The product whose firmware restarts by a pass through transfer mode; the others take a cold reset.
+constexpr std::uint16_t kTransferModeProduct = 0x0107;
+constexpr std::string_view kTransferModeKey = "OKAPI";
+constexpr std::uint32_t kSecondsAfterRefresh = 50;
+
+struct Module {
+  bool isInitialized = false;
+  bool isConfigurationLoaded = false;
+  bool isDeviceAddressSelected = false;
+  bool isDeviceAreaSelected = false;
+  ProgressCallback progress = nullptr;
+  std::uint32_t bmcType = 0;
+  std::uint32_t ipmiVersion = 0;
+  std::u16string lastError;
+  PoolPtr<CfwUpdate> update;
+};
+
+Module& TheModule() {
+  return Lasting<Module>();
+}
+
+bool IsInitialized(std::u16string_view operation) {
+  if (TheModule().isInitialized) return true;
+  Trace(u"%ls - FwUpdate not initialized", 1, operation);
+  return false;
+}
+
+Status RefreshByTransferMode(CfwUpdate& update) {
+  if (update.EnterFwTransferMode(kBmcAddress, kTransferModeKey) != kSuccess) {
+    Trace(u"FwUpdate::BmcRefresh - EnterFwTransferMode failed", 1);
+    return fw_status::kExchangeFailed;
+  }
+  if (update.ExitFwTransferMode(kBmcAddress) != kSuccess) {
+    Trace(u"FwUpdate::BmcRefresh - ExitFwTransferMode failed", 1);
+    return fw_status::kExchangeFailed;
+  }
+  update.Wait(kSecondsAfterRefresh);
+  return kSuccess;
+}
+
+}  // namespace
+
+Status Initialize() {
+  TraceScope scope(u"FwUpdate::Initialize");
+  Module& module = TheModule();
+  if (module.isInitialized) DeInitialize();
+  module.update = MakeInPool<CfwUpdate>(module.lastError);
+  if (module.update == nullptr) {
+    module = {};
+    Trace(u"FwUpdate::Initialize - Memory allocation failed", 1);
+    return fw_status::kOutOfMemory;
+  }
+  module.isInitialized = true;
+  if (GetBmcTypeAndVersion(module.bmcType, module.ipmiVersion) == ipmi_result::kSuccess &&
+      module.bmcType != 0)
+    return kSuccess;
+  module.lastError = u"Unable to read FW version from the BMC.";
+  return fw_status::kNoBmcIdentity;
+}
+
+Status DeInitialize() {
+  TraceScope scope(u"FwUpdate::DeInitialize");
+  if (!IsInitialized(u"FwUpdate::DeInitialize")) return fw_status::kNotInitialized;
+  TheModule() = {};
+  return kSuccess;
+}
+
+Status SetProgressCallback(ProgressCallback callback) {
+  TraceScope scope(u"FwUpdate::SetProgressCallback");
+  if (!IsInitialized(u"FwUpdate::SetProgressCallback")) return fw_status::kNotInitialized;
+  TheModule().progress = callback;
+  return kSuccess;
+}
+
+Status GetLastErrorMessage(const char16_t*& text) {
+  TraceScope scope(u"FwUpdate::GetLastErrorMessage");
+  text = nullptr;
+  if (!IsInitialized(u"FwUpdate::GetLastErrorMessage")) return fw_status::kNotInitialized;
+  text = TheModule().lastError.c_str();
+  return kSuccess;
+}
+
+Status SelectDeviceAddress(std::uint8_t address) {
+  TraceScope scope(u"FwUpdate::SelectDeviceAddress");
+  if (!IsInitialized(u"FwUpdate::SelectDeviceAddress")) return fw_status::kNotInitialized;
+  TheModule().update->SelectDeviceAddress(address);
+  TheModule().isDeviceAddressSelected = true;
+  return kSuccess;
+}
+
+Status SelectDeviceArea(std::uint32_t area) {
+  TraceScope scope(u"FwUpdate::SelectDeviceArea");
+  if (!IsInitialized(u"FwUpdate::SelectDeviceArea")) return fw_status::kNotInitialized;
+  TheModule().update->SelectArea(area);
+  TheModule().isDeviceAreaSelected = true;
+  return kSuccess;
+}
+
+Status LoadConfigurationFromSystem() {
+  TraceScope scope(u"FwUpdate::LoadConfigurationFromSystem");
+  if (!IsInitialized(u"FwUpdate::LoadConfigurationFromSystem")) return fw_status::kNotInitialized;
+  Module& module = TheModule();
+  if (!module.isDeviceAddressSelected) {
+    Trace(u"FwUpdate::LoadConfigurationFromSystem - No device selected", 1);
+    return fw_status::kNothingSelected;
+  }
+  Status status = module.update->ReadVersionFromSystem();
+  if (status == kSuccess) module.isConfigurationLoaded = true;
+  return status;
+}
+
+Status GetVersionFromSystem(const char16_t*& text) {
+  TraceScope scope(u"FwUpdate::GetVersionFromSystem");
+  text = nullptr;
+  if (!IsInitialized(u"FwUpdate::GetVersionFromSystem")) return fw_status::kNotInitialized;
+  const Module& module = TheModule();
+  if (!module.isConfigurationLoaded) {
+    Trace(u"FwUpdate::GetVersionFromSystem - COnfiguration not loaded", 1);
+    return fw_status::kNotLoaded;
+  }
+  if (!module.isDeviceAreaSelected) {
+    Trace(u"FwUpdate::GetVersionFromSystem - Device area not selected", 1);
+    return fw_status::kNothingSelected;
+  }
+  text = module.update->GetVersion();
+  return kSuccess;
+}
+
+Status IsVersionSupported(const char16_t* version, std::span<const std::u16string> patterns,
+                          bool& isSupported) {
+  TraceScope scope(u"FwUpdate::IsVersionSupported");
+  isSupported = false;
+  if (!IsInitialized(u"FwUpdate::IsVersionSupported")) return fw_status::kNotInitialized;
+  return TheModule().update->IsVersionSupported(version == nullptr ? u"" : version, patterns, isSupported);
+}
+
+Status IsBmcInFwTransferMode(bool& isInTransferMode) {
+  TraceScope scope(u"FwUpdate::IsBmcInFwTransferMode");
+  isInTransferMode = false;
+  if (!IsInitialized(u"FwUpdate::IsBmcInFwTransferMode")) return fw_status::kNotInitialized;
+  return TheModule().update->IsBmcInFwTransferMode(isInTransferMode);
+}
+
+Status BmcRefresh() {
+  TraceScope scope(u"FwUpdate::BmcRefresh");
+  if (!IsInitialized(u"FwUpdate::BmcRefresh")) return fw_status::kNotInitialized;
+  CfwUpdate& update = *TheModule().update;
+  Print(u"Refreshing BMC...\n");
+  // Read for the product ID alone; a BMC that does not answer is reset all the same.
+  update.ReadVersionFromSystem();
+  TheFirmware().FlushConsole();
+  return update.ProductId() == kTransferModeProduct ? RefreshByTransferMode(update)
+                                                    : update.ResetBmc(kBmcAddress);
+}
+
+}  // namespace varnok::FwUpdate

@@ -1,0 +1,149 @@
+#include "platform/smbios.h"
+
+#include <limits>
+
+#include "app/services/console.h"
+#include "app/services/trace.h"
+#include "firmware/firmware.h"
+#include "platform/smbios_table.h"
+
+namespace varnok {
+namespace {
+
+constexpr std::uint32_t kBiosType = 0;
+constexpr std::uint32_t kBoardType = 2;
+constexpr std::uint32_t kProcessorType = 4;
+constexpr std::uint32_t kMemoryArrayType = 16;
+constexpr std::uint32_t kMemoryDeviceType = 17;
+constexpr std::uint32_t kNoSocketNumber = 65535;
+
+const void* entryPoint = nullptr;
+
+bool Matches(const SmbiosStructure& structure, std::uint32_t type, std::uint32_t handle) {
+  return (type == kSmbiosAny || structure.type() == type) &&
+         (handle >= kSmbiosAny || structure.handle() == handle);
+}
+
+/// The next record of `type` from `cursor` on; null when there is none.
+template <class Record>
+const Record* Next(std::uint32_t type, SmbiosRecord& record, std::uint32_t& cursor) {
+  std::size_t size = 0;
+  if (SmbiosGetStructure(type, kSmbiosAny, record, size, cursor) != kSuccess) return nullptr;
+  return std::get_if<Record>(&record);
+}
+
+Status NotFound(std::u16string_view operation) {
+  Trace(u"%ls - SMBIOS structure not found", 1, operation);
+  return uefi_status::kNotFound;
+}
+
+std::uint32_t SocketNumber(std::string_view designation) {
+  std::size_t position = designation.find_first_of("0123456789");
+  if (position == designation.npos) return kNoSocketNumber;
+  std::uint64_t number = 0;
+  for (; position < designation.size() && designation[position] >= '0' && designation[position] <= '9';
+       ++position)
+    number = std::min<std::uint64_t>(number * 10 + static_cast<std::uint64_t>(designation[position] - '0'),
+                                     std::numeric_limits<std::uint32_t>::max());
+  return static_cast<std::uint32_t>(number);
+}
+
+}  // namespace
+
+Status SmbiosInitialize() {
+  TraceScope scope(u"SmbiosInitialize");
+  if (!TheFirmware().HasImageHandle()) Print(u"smbiosapi.cpp - in Initialize ImageHandle returned null \n");
+  entryPoint = TheFirmware().FindConfigurationTable(kSmbiosTableGuid);
+  if (entryPoint != nullptr) return kSuccess;
+  Trace(u"SmbiosInitialize - SMBIOS table not found", 1);
+  return uefi_status::kNotFound;
+}
+
+Status SmbiosGetStructure(std::uint32_t type, std::uint32_t handle, SmbiosRecord& record, std::size_t& size,
+                          std::uint32_t& cursor) {
+  TraceScope scope(u"SmbiosGetStructure");
+  record = {};
+  size = 0;
+  std::optional<SmbiosTable> table = SmbiosTable::Open(entryPoint);
+  std::size_t offset = handle >= kSmbiosAny ? cursor : 0;
+  for (std::size_t visited = 0; table && visited < table->structureCount(); ++visited) {
+    // A structure of a broken length hides where the next one starts: the table ends there.
+    std::optional<SmbiosStructure> structure = table->At(offset);
+    if (!structure) break;
+    offset += structure->bytes().size();
+    if (!Matches(*structure, type, handle)) continue;
+    cursor = static_cast<std::uint32_t>(offset);
+    if (!DecodeSmbiosStructure(*structure, record, size)) {
+      Trace(u"SmbiosGetStructure - Memory allocation failed", 1);
+      return smbios_status::kNoMemory;
+    }
+    if (type == kSmbiosAny || IsDecodedSmbiosType(type)) return kSuccess;
+    Trace(u"SmbiosGetStructure - Unknown structure type", 1);
+    return smbios_status::kUnknownType;
+  }
+  cursor = kSmbiosAny;
+  Trace(u"SmbiosGetStructure - Structure not found", 1);
+  return smbios_status::kNotFound;
+}
+
+Status SmbiosGetBiosVersion(std::string& text) {
+  TraceScope scope(u"SmbiosGetBiosVersion");
+  SmbiosRecord record;
+  std::uint32_t cursor = 0;
+  const auto* bios = Next<SmbiosBios>(kBiosType, record, cursor);
+  if (bios == nullptr) return NotFound(u"SmbiosGetBiosVersion");
+  text = bios->version;
+  return kSuccess;
+}
+
+Status SmbiosGetBoardProductName(std::string& text) {
+  TraceScope scope(u"SmbiosGetBoardProductName");
+  SmbiosRecord record;
+  std::uint32_t cursor = 0;
+  const auto* board = Next<SmbiosBoard>(kBoardType, record, cursor);
+  if (board == nullptr) return NotFound(u"SmbiosGetBoardProductName");
+  text = board->product;
+  return kSuccess;
+}
+
+Status SmbiosGetMemoryDeviceSize(std::uint32_t& size) {
+  TraceScope scope(u"SmbiosGetMemoryDeviceSize");
+  SmbiosRecord record;
+  std::uint32_t cursor = 0;
+  const auto* array = Next<SmbiosMemoryArray>(kMemoryArrayType, record, cursor);
+  if (array == nullptr) return NotFound(u"SmbiosGetMemoryDeviceSize");
+  std::uint32_t deviceCount = array->deviceCount;
+  std::uint32_t largest = 0;
+  cursor = 0;
+  for (std::uint32_t i = 0; i < deviceCount; ++i) {
+    const auto* device = Next<SmbiosMemoryDevice>(kMemoryDeviceType, record, cursor);
+    if (device == nullptr) return NotFound(u"SmbiosGetMemoryDeviceSize");
+    largest = std::max<std::uint32_t>(largest, device->size);
+  }
+  size = largest;
+  return kSuccess;
+}
+
+Status SmbiosGetProcessorBySocket(std::uint32_t socket, SmbiosProcessor& processor) {
+  TraceScope scope(u"SmbiosGetProcessorBySocket");
+  SmbiosRecord record;
+  std::uint32_t cursor = 0;
+  while (const auto* found = Next<SmbiosProcessor>(kProcessorType, record, cursor)) {
+    if (SocketNumber(found->socketDesignation) != socket) continue;
+    processor = *found;
+    return kSuccess;
+  }
+  return NotFound(u"SmbiosGetProcessorBySocket");
+}
+
+Status SmbiosGetProcessorByIndex(std::uint32_t index, std::uint32_t& count, SmbiosProcessor& processor) {
+  TraceScope scope(u"SmbiosGetProcessorByIndex");
+  SmbiosRecord record;
+  std::uint32_t cursor = 0;
+  count = 0;
+  for (; const auto* found = Next<SmbiosProcessor>(kProcessorType, record, cursor); ++count)
+    if (count == index) processor = *found;
+  return index < count ? kSuccess : NotFound(u"SmbiosGetProcessorByIndex");
+}
+
+}  // namespace varnok
