@@ -1,13 +1,40 @@
+#include "app/app_status.h"
 #include "app/services/console.h"
 #include "app/services/trace.h"
+#include "app/varnok.h"
 #include "firmware/entry.h"
 
 namespace varnok {
+namespace {
+
+int Run(CVarnok& application, int argc, char* argv[]) {
+  if (int status = application.Initialize(); status != app_status::kSuccess) return status;
+  if (int status = application.ParseCommandLine(argc, argv); status != app_status::kSuccess) return status;
+  return application.Execute();
+}
+
+void ShowError(const CVarnok& application, int status) {
+  const char16_t* message = application.LastErrorMessage();
+  bool hasMessage = message != nullptr && *message != u'\0';
+  Print(u"\nERROR:%ls\n\n", hasMessage ? std::u16string_view(message) : StatusMessage(status));
+}
+
+}  // namespace
 
 int Main(int argc, char* argv[]) {
-  TraceSelectLevel(argc, argv);
+  CVarnok application;
+  Trace(u"VARNOK::main [ENTRY]", 3);
+  std::uint32_t level = TraceSelectLevel(argc, argv);
+  application.SetDebugLevel(level);
+  Trace(u"VARNOK Main:: Got Debug Level %d", 3, level);
   Print(u"\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n");
-  return 0;
+  int status = Run(application, argc, argv);
+  if (status != app_status::kSuccess && status != app_status::kCommandLine) ShowError(application, status);
+  application.DeInitialize();
+  // The name differs from the entry line's; readers of the log know both as
+  // they stand.
+  Trace(u"Dornquist::main [EXIT]", 3);
+  return status;
 }
 
 }  // namespace varnok

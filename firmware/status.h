@@ -26,6 +26,7 @@ inline constexpr Status kVolumeFull = kError | 11;
 inline constexpr Status kNotFound = kError | 14;
 inline constexpr Status kAccessDenied = kError | 15;
 inline constexpr Status kTimeout = kError | 18;
+inline constexpr Status kAlreadyStarted = kError | 20;
 inline constexpr Status kAborted = kError | 21;
 inline constexpr Status kEndOfFile = kError | 31;
 }  // namespace uefi_status

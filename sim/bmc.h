@@ -8,6 +8,7 @@
 #include "sim/bridging.h"
 #include "sim/clock.h"
 #include "sim/controller.h"
+#include "sim/faults.h"
 #include "sim/message.h"
 #include "sim/traffic_log.h"
 
@@ -37,7 +38,17 @@ class Bmc {
   void Reset(Controller& controller);
 
  private:
+  /// What a rule does to the board before the request is looked at.
+  void Disturb(Controller& controller, const FaultRule& rule);
+  /// Executes a request as the rule (null: none) says.
+  Delivery Answer(Controller& controller, const Request& request, const FaultRule* rule);
+  Delivery Answered(Controller& controller, const Response& response, std::size_t times,
+                    std::string_view remark);
+  Response Execute(Controller& controller, const Request& request);
+
+  ImageStore& images_;
   VirtualClock& clock_;
+  FaultEngine faults_;
   TrafficLog log_;
   ReceiveQueue queue_;
   std::uint32_t exchangeMicroseconds_;

@@ -1,6 +1,7 @@
 #include "sim/board.h"
 
-#include <new>
+#include <optional>
+#include <utility>
 
 #include "sim/board_config.h"
 #include "sim/default_board.h"
@@ -26,11 +27,13 @@ struct Board::State {
   }
 
   void LoadSmbios(const std::string& name) {
+    std::string place = "smbios: ";
     try {
       const auto content = images.Open(name).Content();
+      place += name + ": ";
       smbios.emplace(Bytes(content.begin(), content.end()));
     } catch (const BoardError& error) {
-      throw BoardError("smbios: " + name + ": " + error.what());
+      throw BoardError(place + error.what());
     }
   }
 

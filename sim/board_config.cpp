@@ -163,6 +163,7 @@ BoardConfig ReadRoot(JsonObject root) {
   config.transferMode = ReadTransferMode(bmc.Child("transferMode"));
   bmc.Finish();
   ReadControllers(root, config);
+  for (JsonObject& fault : root.Children("faults")) config.faults.push_back(ReadFaultRule(fault));
   // An empty name says that the board has no tables; a name whose file is missing is an error.
   config.smbiosFile = root.Text("smbios", "smbios.bin");
   if (config.smbiosFile->empty()) config.smbiosFile.reset();

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/ipmi_message.h"
+#include "sim/faults.h"
 #include "sim/message.h"
 
 namespace varnok::sim {
@@ -83,6 +84,7 @@ struct BoardConfig {
   TransferModeConfig transferMode;
   ControllerConfig bmc;
   std::vector<ControllerConfig> controllers;
+  std::vector<FaultRule> faults;
   std::optional<std::string> smbiosFile = "smbios.bin";  ///< none: a board without SMBIOS tables
 };
 

@@ -99,6 +99,7 @@ Eeprom* Controller::FindEeprom(std::uint8_t bus, std::uint8_t address) {
 void Controller::Reset(std::uint64_t now) {
   silentUntil_ = now + std::uint64_t{config_.coldResetMilliseconds} * 1000;
   inTransferMode_ = inTransferMode_ && transferMode_.stuck;
+  sdrReservation.Cancel();
   lastAnswer.reset();
 }
 

@@ -10,6 +10,7 @@
 #include "sim/board_config.h"
 #include "sim/image.h"
 #include "sim/message.h"
+#include "sim/reservation.h"
 
 namespace varnok::sim {
 
@@ -59,6 +60,7 @@ class Controller {
   void Reset(std::uint64_t now);
   bool IsSilent(std::uint64_t now) const { return now < silentUntil_; }
 
+  Reservation sdrReservation;
   /// What this controller answered last, for the stale-answer fault.
   std::optional<Response> lastAnswer;
 

@@ -45,7 +45,7 @@ constexpr std::string_view kConfig = R"({
       "frus": [{"id": 0, "file": "backplane.bin", "size": 256}]
     },
     {
-      "name": "management engine",
+      "name": "power controller",
       "address": "0x2C",
       "channel": 6,
       "identity": {"deviceId": "0x50", "firmwareMajor": 4, "firmwareMinor": "0x01", "productId": "0x0B01"},

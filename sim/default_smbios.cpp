@@ -17,7 +17,7 @@ constexpr int kMemorySlots = 8;
 Bytes Bios() {
   return SmbiosStructure(0, 0x0000)
       .String("Varnok Works Firmware")
-      .String("VWS2.86B.0107.R03.2506101200")
+      .String("S2.R03.0107")
       .Word(0xF000)
       .String("06/10/2025")
       .Byte(0xFF)                // 16 MiB ROM
@@ -88,7 +88,7 @@ Bytes Processor(int socket) {
       .Byte(3)  // central processor
       .Byte(1)  // family: other
       .String(kMaker)
-      .Quad(0x178BFBFF000306F2)
+      .Quad(0x0000000000020640)
       .String("Varnok Anvil 2640 @ 2.60GHz")
       .Byte(0x80 | 18)  // 1.8 V
       .Word(100)

@@ -58,8 +58,10 @@ void TrafficLog::Answered(const Controller& controller, const Response& response
   Line(std::move(text), remark);
 }
 
-void TrafficLog::Lost(const Controller& controller, const Request& request, std::string_view remark) {
-  Line(Place(controller, '<') + Command(request.netFunction + 1u, request.lun, request.command) + " lost",
+void TrafficLog::Unanswered(const Controller& controller, const Request& request, std::string_view word,
+                            std::string_view remark) {
+  Line(Place(controller, '<') + Command(request.netFunction + 1u, request.lun, request.command) + " " +
+           std::string(word),
        remark);
 }
 

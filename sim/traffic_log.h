@@ -21,8 +21,9 @@ class TrafficLog {
 
   void Asked(const Controller& controller, const Request& request);
   void Answered(const Controller& controller, const Response& response, std::string_view remark = {});
-  /// The answer that does not come.
-  void Lost(const Controller& controller, const Request& request, std::string_view remark);
+  /// Stands where the answer would: "lost", or "refused" for a request that did not get through.
+  void Unanswered(const Controller& controller, const Request& request, std::string_view word,
+                  std::string_view remark);
   /// Something that happened on the board.
   void Event(std::string_view text);
 

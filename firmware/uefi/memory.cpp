@@ -1,5 +1,5 @@
-// The memory functions that the compiler calls on its own. This file is compiled so that its loops are not turned
-// back into calls of themselves.
+// The memory functions that the compiler calls on its own. This file is compiled so that its loops are not
+// turned back into calls of themselves.
 #include <cstddef>
 
 extern "C" {

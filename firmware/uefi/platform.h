@@ -1,4 +1,4 @@
-// The public UEFI headers, as this build includes them.
+// The public UEFI headers, as this build includes them, and their types beside the program's own.
 #pragma once
 
 #pragma GCC diagnostic push
@@ -9,3 +9,28 @@ extern "C" {
 #include <efishellintf.h>
 }
 #pragma GCC diagnostic pop
+
+#include "firmware/guid.h"
+#include "firmware/status.h"
+
+namespace varnok::uefi {
+
+static_assert(sizeof(EFI_GUID) == sizeof(Guid) && sizeof(CHAR16) == sizeof(char16_t));
+static_assert(sizeof(EFI_STATUS) == sizeof(Status));
+
+inline bool IsError(Status status) {
+  return (status & uefi_status::kError) != 0;
+}
+
+/// The headers declare input GUIDs and texts without const; no service writes through them.
+inline EFI_GUID* ToEfi(const Guid& guid) {
+  return reinterpret_cast<EFI_GUID*>(const_cast<Guid*>(&guid));
+}
+inline CHAR16* ToEfi(const char16_t* text) {
+  return reinterpret_cast<CHAR16*>(const_cast<char16_t*>(text));
+}
+inline const char16_t* FromEfi(const CHAR16* text) {
+  return reinterpret_cast<const char16_t*>(text);
+}
+
+}  // namespace varnok::uefi

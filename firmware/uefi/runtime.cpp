@@ -1,9 +1,12 @@
 // What the compiler and the standard library expect of a runtime, over UEFI boot services.
+#include "firmware/uefi/runtime.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <new>
 
-#include "firmware/uefi/runtime.h"
+#include "firmware/uefi/files.h"
+#include "firmware/uefi/pool_blocks.h"
 
 namespace varnok::uefi {
 namespace {
@@ -17,10 +20,23 @@ using Constructor = void (*)();
 extern Constructor __CTOR_LIST__[];
 }
 
+// Destructors of static objects. A growing list would need memory when there may be none.
+using Destructor = void (*)();
+constexpr std::size_t kDestructorCapacity = 128;
+Destructor destructors[kDestructorCapacity];
+std::size_t destructorCount = 0;
+
 }  // namespace
 
-EFI_SYSTEM_TABLE& SystemTable() { return *systemTable; }
-EFI_HANDLE ImageHandle() { return imageHandle; }
+EFI_SYSTEM_TABLE& SystemTable() {
+  return *systemTable;
+}
+EFI_BOOT_SERVICES& BootServices() {
+  return *systemTable->BootServices;
+}
+EFI_HANDLE ImageHandle() {
+  return imageHandle;
+}
 
 void StartRuntime(EFI_HANDLE image, EFI_SYSTEM_TABLE* table) {
   imageHandle = image;
@@ -30,10 +46,15 @@ void StartRuntime(EFI_HANDLE image, EFI_SYSTEM_TABLE* table) {
   for (; count > 0; --count) __CTOR_LIST__[count]();
 }
 
-void EndProgram(const char16_t* message) {
-  systemTable->ConOut->OutputString(systemTable->ConOut,
-                                    reinterpret_cast<CHAR16*>(const_cast<char16_t*>(message)));
-  systemTable->BootServices->Exit(imageHandle, EFI_OUT_OF_RESOURCES, 0, nullptr);
+void EndRuntime() {
+  while (destructorCount > 0) destructors[--destructorCount]();
+}
+
+void EndProgram(const char16_t* message, Status status) {
+  systemTable->ConOut->OutputString(systemTable->ConOut, ToEfi(message));
+  CloseAllFiles();
+  FreeAllPoolBlocks();
+  BootServices().Exit(imageHandle, status, 0, nullptr);
   for (;;) {
   }
 }
@@ -43,30 +64,59 @@ void EndProgram(const char16_t* message) {
 using varnok::uefi::EndProgram;
 
 void* operator new(std::size_t bytes) {
-  void* memory = nullptr;
-  auto& services = *varnok::uefi::SystemTable().BootServices;
-  if (services.AllocatePool(EfiBootServicesData, bytes, &memory) != EFI_SUCCESS) EndProgram(u"\r\nOut of memory.\r\n");
+  void* memory = varnok::uefi::AllocatePoolBlock(bytes);
+  if (memory == nullptr) EndProgram(u"\r\nOut of memory.\r\n", varnok::uefi_status::kOutOfResources);
   return memory;
 }
-void* operator new[](std::size_t bytes) { return operator new(bytes); }
-void operator delete(void* memory) noexcept {
-  if (memory != nullptr) varnok::uefi::SystemTable().BootServices->FreePool(memory);
+void* operator new[](std::size_t bytes) {
+  return operator new(bytes);
 }
-void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
-void operator delete[](void* memory) noexcept { operator delete(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
+void operator delete(void* memory) noexcept {
+  varnok::uefi::FreePoolBlock(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+void operator delete[](void* memory) noexcept {
+  operator delete(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
 
 extern "C" {
-[[noreturn]] void abort() { EndProgram(u"\r\nInternal error.\r\n"); }
-[[noreturn]] void __cxa_pure_virtual() { abort(); }
-int atexit(void (*)()) { return 0; }
+[[noreturn]] void abort() {
+  EndProgram(u"\r\nInternal error.\r\n", varnok::uefi_status::kAborted);
+}
+[[noreturn]] void __cxa_pure_virtual() {
+  abort();
+}
+
+int atexit(void (*function)()) {
+  using namespace varnok::uefi;
+  if (destructorCount == kDestructorCapacity) return -1;
+  destructors[destructorCount++] = function;
+  return 0;
+}
 }
 
 namespace std {
-[[noreturn]] void __throw_length_error(const char*) { abort(); }
-[[noreturn]] void __throw_logic_error(const char*) { abort(); }
-[[noreturn]] void __throw_bad_alloc() { abort(); }
-[[noreturn]] void __throw_bad_array_new_length() { abort(); }
-[[noreturn]] void __throw_out_of_range_fmt(const char*, ...) { abort(); }
-[[noreturn]] void __throw_bad_function_call() { abort(); }
+[[noreturn]] void __throw_length_error(const char*) {
+  abort();
+}
+[[noreturn]] void __throw_logic_error(const char*) {
+  abort();
+}
+[[noreturn]] void __throw_bad_alloc() {
+  abort();
+}
+[[noreturn]] void __throw_bad_array_new_length() {
+  abort();
+}
+[[noreturn]] void __throw_out_of_range_fmt(const char*, ...) {
+  abort();
+}
+[[noreturn]] void __throw_bad_function_call() {
+  abort();
+}
 }  // namespace std

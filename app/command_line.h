@@ -1,0 +1,29 @@
+// The command line, reduced to one run mode and one file name.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "app/run_mode.h"
+
+namespace varnok {
+
+/// The longest file name that the program handles, in characters.
+inline constexpr std::size_t kFileNameLength = 255;
+
+struct CommandLine {
+  RunMode mode = RunMode::NoMode;
+  std::u16string fileName;  ///< with its default extension
+};
+
+/// Reads the arguments behind argv[0]: '/' and '-' both begin an option, letter
+/// case does not matter, and just one option may be given. False when the line
+/// is invalid. The arguments behind "/d fru" go to the FRU manager.
+bool ReadCommandLine(int argc, char* argv[], CommandLine& commandLine);
+
+/// Completes a file name: a folder (its last character a backslash) names its
+/// MASTER.CFG whatever the extension asked for; a last part without a dot gets
+/// the extension. At most 255 characters are kept.
+void AddDefaultExtension(std::u16string& fileName, std::u16string_view extension);
+
+}  // namespace varnok

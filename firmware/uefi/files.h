@@ -1,0 +1,24 @@
+// Files of the shell's volumes, over the Simple File System protocol.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "firmware/firmware.h"
+#include "firmware/uefi/shell.h"
+
+namespace varnok::uefi {
+
+/// Opens a file as Firmware::OpenFile describes. Where no shell tells the current directory, it is the root
+/// of the volume that the image came from.
+Status OpenShellFile(const Shell& shell, std::u16string_view path, FileMode mode,
+                     std::unique_ptr<File>& file);
+
+/// The path with the separators that the firmware's file systems take.
+std::u16string WithBackslashes(std::u16string_view path);
+
+/// Closes what is still open, for an end without destructors.
+void CloseAllFiles();
+
+}  // namespace varnok::uefi

@@ -1,0 +1,15 @@
+// Pool memory of this image: aligned for any object, which the firmware's own blocks are not, and kept in a
+// register, so that all of it can be returned when the program ends without running its destructors.
+#pragma once
+
+#include <cstddef>
+
+namespace varnok::uefi {
+
+/// Uninitialised memory aligned to 16 bytes, or null.
+void* AllocatePoolBlock(std::size_t bytes);
+void FreePoolBlock(void* memory);
+
+void FreeAllPoolBlocks();
+
+}  // namespace varnok::uefi

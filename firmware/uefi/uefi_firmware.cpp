@@ -1,0 +1,81 @@
+#include "firmware/uefi/uefi_firmware.h"
+
+#include <cstring>
+
+#include "firmware/uefi/driver_image.h"
+#include "firmware/uefi/files.h"
+#include "firmware/uefi/pool_blocks.h"
+#include "firmware/uefi/runtime.h"
+
+namespace varnok::uefi {
+
+UefiFirmware::UefiFirmware() : previous_(InstallFirmware(this)) {
+  shell_.Connect();
+  // A boot manager starts images under a watchdog of five minutes, which would reset the board in mid-update.
+  BootServices().SetWatchdogTimer(0, 0, 0, nullptr);
+}
+
+UefiFirmware::~UefiFirmware() {
+  InstallFirmware(previous_);
+}
+
+void UefiFirmware::Stall(std::uint64_t microseconds, StallKind) {
+  BootServices().Stall(microseconds);
+}
+
+WallClock UefiFirmware::Now() {
+  EFI_TIME time{};
+  if (IsError(SystemTable().RuntimeServices->GetTime(&time, nullptr))) return {};
+  return {time.Year, time.Month, time.Day, time.Hour, time.Minute, time.Second};
+}
+
+Status UefiFirmware::OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) {
+  return OpenShellFile(shell_, path, mode, file);
+}
+
+bool UefiFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
+  std::u16string wideName;
+  for (char character : name) wideName += static_cast<unsigned char>(character);
+  // Without a name the shell answers with the list of all names.
+  return !wideName.empty() && shell_.GetVariable(wideName, value);
+}
+
+Status UefiFirmware::LocateHandles(const Guid& protocol, std::size_t& bytes, Handle* handles) {
+  UINTN size = bytes;
+  Status status = BootServices().LocateHandle(ByProtocol, ToEfi(protocol), nullptr, &size, handles);
+  bytes = size;
+  return status;
+}
+
+Status UefiFirmware::OpenProtocol(Handle handle, const Guid& protocol, void*& interface) {
+  return BootServices().HandleProtocol(handle, ToEfi(protocol), &interface);
+}
+
+Status UefiFirmware::StartDriver(std::u16string_view path) {
+  return StartDriverImage(shell_, path);
+}
+
+const void* UefiFirmware::FindConfigurationTable(const Guid& guid) {
+  const EFI_SYSTEM_TABLE& table = SystemTable();
+  for (UINTN i = 0; i < table.NumberOfTableEntries; ++i)
+    if (std::memcmp(&table.ConfigurationTable[i].VendorGuid, &guid, sizeof(guid)) == 0)
+      return table.ConfigurationTable[i].VendorTable;
+  return nullptr;
+}
+
+std::span<const std::uint8_t> UefiFirmware::PhysicalMemory(std::uint64_t address, std::size_t length) {
+  return memoryMap_.Readable(address, length);
+}
+
+bool UefiFirmware::HasImageHandle() {
+  return ImageHandle() != nullptr;
+}
+
+void* UefiFirmware::AllocatePool(std::size_t bytes) {
+  return AllocatePoolBlock(bytes);
+}
+void UefiFirmware::FreePool(void* memory) {
+  FreePoolBlock(memory);
+}
+
+}  // namespace varnok::uefi

@@ -1,0 +1,79 @@
+// Faults as data: rules of board.json that make the board misbehave, each for chosen requests, the same in
+// every run.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sim/message.h"
+
+namespace varnok::sim {
+
+struct ControllerConfig;
+class JsonObject;
+
+enum class FaultKind {
+  NoAnswer,
+  Refuse,  ///< a send that fails, or a NAK on the IPMB
+  CompletionCode,
+  Short,
+  Long,
+  Stale,
+  Duplicate,
+  OtherCommand,
+  ColdReset,
+  LoseReservation,
+  Flip,
+};
+
+struct FaultRule {
+  std::string label;  ///< like "faults[0] short", for the traffic log
+
+  // Which requests; what is absent matches any.
+  std::uint8_t controller = 0x20;
+  std::optional<std::uint8_t> channel;
+  std::optional<std::uint8_t> netFunction;
+  std::optional<std::uint8_t> command;
+  std::optional<std::uint8_t> lun;
+  std::vector<std::uint8_t> data;  ///< how the request's data begins
+
+  // When: the first-th matching request, every step-th after it, up to the last-th.
+  std::uint32_t first = 1;
+  std::uint32_t last = std::numeric_limits<std::uint32_t>::max();
+  std::uint32_t step = 1;
+
+  // What happens.
+  FaultKind kind = FaultKind::NoAnswer;
+  std::uint8_t value = 0;  ///< completion code, number of bytes or command
+  bool executed = true;    ///< the request is carried out all the same
+  std::string file;
+  std::uint32_t offset = 0;
+  std::uint8_t mask = 0;
+};
+
+/// Reads one rule. Throws BoardError.
+FaultRule ReadFaultRule(JsonObject& object);
+
+/// Counts requests and tells which rules fire.
+class FaultEngine {
+ public:
+  explicit FaultEngine(std::vector<FaultRule> rules);
+
+  struct Firing {
+    std::vector<const FaultRule*> before;  ///< what happens to the board before the request is looked at
+    const FaultRule* answer = nullptr;     ///< what becomes of the answer: the first such rule that fires
+  };
+  Firing Count(const ControllerConfig& controller, const Request& request);
+
+  const std::vector<FaultRule>& Rules() const { return rules_; }
+
+ private:
+  std::vector<FaultRule> rules_;
+  std::vector<std::uint32_t> counts_;
+};
+
+}  // namespace varnok::sim

@@ -1,0 +1,42 @@
+#include "firmware/argument_vector.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/support/test_firmware.h"
+
+namespace varnok {
+namespace {
+
+constexpr const char16_t* kArguments[] = {u"VARNOK", u"", u"caf\u00E9", u"\u20AC"};
+
+TEST(ArgumentVector, PacksNarrowedArgumentsOneBehindTheOther) {
+  testing::TestFirmware machine;
+  {
+    ArgumentVector vector;
+    ASSERT_TRUE(vector.Build(kArguments));
+    ASSERT_EQ(vector.Count(), 4);
+    char** pointers = vector.Pointers();
+    EXPECT_STREQ(pointers[0], "VARNOK");
+    EXPECT_STREQ(pointers[2], "caf\xE9");
+    EXPECT_STREQ(pointers[3], "?");
+    EXPECT_EQ(pointers[4], nullptr);
+    // One block: every text, its NUL, and one NUL more.
+    EXPECT_EQ(std::memcmp(pointers[0], "VARNOK\0\0caf\xE9\0?\0\0", 16), 0);
+    EXPECT_EQ(machine.poolBlocks, 2u);
+  }
+  EXPECT_EQ(machine.poolBlocks, 0u);
+}
+
+TEST(ArgumentVector, FailsWhenEitherBlockCannotBeHad) {
+  for (int allocation : {1, 2}) {
+    testing::TestFirmware machine;
+    machine.FailPoolAllocation(allocation);
+    EXPECT_FALSE(ArgumentVector().Build(kArguments));
+    EXPECT_EQ(machine.poolBlocks, 0u);
+  }
+}
+
+}  // namespace
+}  // namespace varnok

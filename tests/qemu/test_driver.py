@@ -1,0 +1,80 @@
+"""ipmi.efi against QEMU's own BMC: finding the interface, KCS traffic, starting and failing to start."""
+
+import unittest
+
+from machine import BUILD, Command, Machine, Path, Stick, temporary_folder
+
+DRIVER_NOT_STARTED = "load: -502"
+NOT_INSTALLED = "load: -500"
+NOT_READY = "receive: status 8000000000000006"
+
+
+def bmc(port: int) -> list[str]:
+    return ["-device", "ipmi-bmc-sim,id=bmc0,product_id=0x4311", "-device", f"isa-ipmi-kcs,bmc=bmc0,ioport={port:#x}"]
+
+
+class Driver(unittest.TestCase):
+    def boot(self, devices: list[str], commands: dict[str, Command | str], driver: str | None = "ipmi.efi"):
+        temporary = temporary_folder()
+        self.addCleanup(temporary.cleanup)
+        folder = Path(temporary.name)
+        stick = Stick(folder / "stick.img")
+        stick.put(BUILD / "PROBE.EFI")
+        stick.make_folder("empty")
+        if driver is not None:
+            stick.put(BUILD / driver, "ipmi.efi")
+        self.results = Machine(folder, stick, devices).run(commands).results
+
+    def lines(self, name: str) -> list[str]:
+        return self.results[name].text.replace("\r", "").split("\n")[:-1]
+
+    def test_usual_place(self):
+        self.boot(bmc(0xCA2), {
+            "no driver here": "cd empty\r\n\\PROBE ipmi load\r\ncd \\",
+            "load": "PROBE ipmi load",
+            "load again": "PROBE ipmi load",
+            "start again": "PROBE ipmi start ipmi.efi",
+            "handles": "PROBE ipmi handles",
+            "identity": "PROBE ipmi send 64 6 1",
+            "unread": "PROBE ipmi send none 6 37\r\nPROBE ipmi send none a 10 0",
+            "after unread": "PROBE ipmi send 64 6 1",
+            "cut": "PROBE ipmi send 4 6 1",
+            "no room": "PROBE ipmi send 0 6 1",
+            "after cut": "PROBE ipmi send 64 6 1",
+            "nothing sent": "PROBE ipmi receive",
+            "refused": "PROBE ipmi send 64 6 f0",
+            "echo of data": "PROBE ipmi send 64 6 2e 1f",
+        })
+        self.assertEqual(self.lines("no driver here"), [DRIVER_NOT_STARTED])
+        self.assertEqual(self.lines("load"), ["load: 0"])
+        self.assertEqual(self.lines("load again"), ["load: 0"])
+        self.assertEqual(self.lines("start again"), ["start: status 8000000000000014"])
+        self.assertEqual(self.lines("handles"), ["locate: status 8000000000000005", "handles: 1"])
+        for name in ("identity", "after unread", "after cut"):
+            answer = self.lines(name)
+            self.assertEqual(answer[0], "send: status 0", name)
+            self.assertRegex(answer[1], r"^answer: 07/0 01 00: 20 .* 11 43( 00){0,4}$", name)
+        whole = self.lines("identity")[1]
+        self.assertEqual(self.lines("cut")[1], whole[: whole.index(":", 8) + 1 + 4 * 3])
+        self.assertEqual(self.lines("no room")[1], "answer: 07/0 01 00:")
+        self.assertEqual(self.lines("nothing sent"), [NOT_READY])
+        self.assertRegex(self.lines("refused")[1], r"^answer: 07/0 F0 C1:")
+
+    def test_place_named_by_smbios(self):
+        self.boot(bmc(0xDA2), {"load": "PROBE ipmi load", "identity": "PROBE ipmi send 64 6 1"})
+        self.assertEqual(self.lines("load"), ["load: 0"])
+        self.assertRegex(self.lines("identity")[1], r"^answer: 07/0 01 00: 20 .* 11 43")
+
+    def test_no_bmc(self):
+        self.boot([], {"load": "PROBE ipmi load", "start": "PROBE ipmi start ipmi.efi", "handles": "PROBE ipmi handles"})
+        self.assertEqual(self.lines("load"), [DRIVER_NOT_STARTED])
+        self.assertEqual(self.lines("start"), ["start: status 800000000000000E"])
+        self.assertEqual(self.lines("handles"), ["locate: status 800000000000000E"])
+
+    def test_driver_of_another_revision(self):
+        self.boot(bmc(0xCA2), {"load": "PROBE ipmi load"}, driver="other.efi")
+        self.assertEqual(self.lines("load"), [NOT_INSTALLED])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
