@@ -2,7 +2,9 @@
 set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
-set(CMAKE_AR x86_64-w64-mingw32-ar CACHE FILEPATH "")
-set(CMAKE_RANLIB x86_64-w64-mingw32-ranlib CACHE FILEPATH "")
+set(CMAKE_AR x86_64-w64-mingw32-gcc-ar-posix CACHE FILEPATH "")
+set(CMAKE_RANLIB x86_64-w64-mingw32-gcc-ranlib-posix CACHE FILEPATH "")
 set(CMAKE_OBJDUMP x86_64-w64-mingw32-objdump CACHE FILEPATH "")
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+# Last on the link line, behind every layer that uses them.
+set(CMAKE_CXX_STANDARD_LIBRARIES "-lstdc++ -lgcc")

@@ -73,14 +73,19 @@ bool CfwUpdate::Exchange() {
          response_.completionCode == completion_code::kSuccess;
 }
 
+bool CfwUpdate::ExchangeDeviceId(std::uint8_t target) {
+  Prepare(target, net_function::kApplication, kGetDeviceId);
+  // A BMC whose answer ends before its revision has not said whether it is in transfer mode.
+  return Exchange() && response_.dataLength >= kFirmwareRevisionAt + 2;
+}
+
 bool CfwUpdate::ResponseShowsTransferMode() const {
   return (response_.data[kFirmwareRevisionAt] & kTransferModeBit) != 0;
 }
 
 Status CfwUpdate::ReadVersionFromSystem() {
   TraceScope scope(u"CfwUpdate::ReadVersionFromSystem");
-  Prepare(deviceAddress_, net_function::kApplication, kGetDeviceId);
-  if (!Exchange()) {
+  if (!ExchangeDeviceId(deviceAddress_)) {
     lastError_ = kNoVersion;
     Trace(u"CfwUpdate::ReadVersionFromSystem - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
@@ -100,8 +105,7 @@ const char16_t* CfwUpdate::GetVersion() const {
 Status CfwUpdate::IsBmcInFwTransferMode(bool& isInTransferMode) {
   TraceScope scope(u"CfwUpdate::IsBmcInFwTransferMode");
   isInTransferMode = false;
-  Prepare(kBmcAddress, net_function::kApplication, kGetDeviceId);
-  if (!Exchange()) {
+  if (!ExchangeDeviceId(kBmcAddress)) {
     lastError_ = kNoVersion;
     Trace(u"CfwUpdate::IsBmcInFwTransferMode - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
@@ -195,8 +199,7 @@ Status CfwUpdate::ResetBmc(std::uint8_t target) {
   bool isAnswered = false;
   for (int poll = 0; poll < kResetPolls; ++poll) {
     DelayMilliseconds(kMillisecondsPerPoll);
-    Prepare(kBmcAddress, net_function::kApplication, kGetDeviceId);
-    isAnswered = Exchange();
+    isAnswered = ExchangeDeviceId(kBmcAddress);
     if (isAnswered && !ResponseShowsTransferMode()) break;
   }
   if (!isAnswered) {

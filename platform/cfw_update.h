@@ -51,6 +51,8 @@ class CfwUpdate {
   void Prepare(std::uint8_t target, std::uint8_t netFunction, std::uint8_t command);
   /// Exchanges `request_` for `response_`.
   bool Exchange();
+  /// Gets a device ID that holds the firmware revision at least.
+  bool ExchangeDeviceId(std::uint8_t target);
   bool ResponseShowsTransferMode() const;
   Status InvalidVersion(std::u16string_view text);
 

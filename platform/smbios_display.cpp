@@ -132,10 +132,12 @@ Status SmbiosDisplay() {
 }
 
 void SmbiosSetOutputFile(std::u16string_view name) {
+  TraceScope scope(u"SmbiosSetOutputFile");
   TheDisplay().fileName = name;
 }
 
 const char16_t* SmbiosGetLastErrorMessage() {
+  TraceScope scope(u"SmbiosGetLastErrorMessage");
   return TheDisplay().lastError;
 }
 

@@ -44,6 +44,7 @@ Bmc::Bmc(const BoardConfig& config, ImageStore& images, VirtualClock& clock)
       clock_(clock),
       faults_(config.faults),
       log_(clock),
+      sdrs_(config.sdrs, images, clock),
       exchangeMicroseconds_(config.exchangeMicroseconds) {
   controllers_.emplace_back(config.bmc, config.transferMode, images);
   for (const ControllerConfig& controller : config.controllers) {
@@ -136,7 +137,9 @@ Controller* Bmc::FindController(std::uint8_t channel, std::uint8_t address) {
 
 void Bmc::Reset(Controller& controller) {
   controller.Reset(clock_.Elapsed());
-  if (controller.IsBmc()) queue_.Clear();
+  if (!controller.IsBmc()) return;
+  queue_.Clear();
+  sdrs_.DropPart();
 }
 
 }  // namespace varnok::sim

@@ -10,6 +10,7 @@
 #include "sim/controller.h"
 #include "sim/faults.h"
 #include "sim/message.h"
+#include "sim/sdr_repository.h"
 #include "sim/traffic_log.h"
 
 namespace varnok::sim {
@@ -28,6 +29,7 @@ class Bmc {
   TrafficLog& Log() { return log_; }
   VirtualClock& Clock() { return clock_; }
   ReceiveQueue& Queue() { return queue_; }
+  SdrRepository& Sdrs() { return sdrs_; }
   Controller& Self() { return controllers_.front(); }
 
   /// Channel 0 is the primary IPMB; others exist when a controller stands on them, 6 always.
@@ -51,6 +53,7 @@ class Bmc {
   FaultEngine faults_;
   TrafficLog log_;
   ReceiveQueue queue_;
+  SdrRepository sdrs_;
   std::uint32_t exchangeMicroseconds_;
   std::deque<Controller> controllers_;  // the BMC first
 };

@@ -92,6 +92,18 @@ EepromConfig ReadEeprom(JsonObject& object) {
   return eeprom;
 }
 
+SdrConfig ReadSdrs(JsonObject object) {
+  SdrConfig sdrs;
+  sdrs.isFileNamed = object.Has("file");
+  sdrs.file = object.Text("file", sdrs.file);
+  sdrs.capacity = object.Number("capacity", sdrs.capacity, 0, 0x100000);
+  sdrs.eraseMilliseconds = object.Number("eraseMilliseconds", sdrs.eraseMilliseconds, 0, 3'600'000);
+  sdrs.readLimit = static_cast<std::uint8_t>(object.Number("readLimit", sdrs.readLimit, 1, 62));
+  sdrs.endId = static_cast<std::uint16_t>(object.Number("endId", sdrs.endId, 0, 0xFFFF));
+  object.Finish();
+  return sdrs;
+}
+
 /// The keys that the BMC and the controllers behind it share.
 ControllerConfig ReadController(JsonObject& object, const IdentityConfig& fallback) {
   ControllerConfig controller;
@@ -161,6 +173,7 @@ BoardConfig ReadRoot(JsonObject root) {
   config.bmc = ReadController(bmc, IdentityConfig{});
   config.bmc.name = "BMC";
   config.transferMode = ReadTransferMode(bmc.Child("transferMode"));
+  config.sdrs = ReadSdrs(bmc.Child("sdrs"));
   bmc.Finish();
   ReadControllers(root, config);
   for (JsonObject& fault : root.Children("faults")) config.faults.push_back(ReadFaultRule(fault));

@@ -78,10 +78,21 @@ struct ControllerConfig {
   std::vector<EepromConfig> eeproms;
 };
 
+/// The BMC's SDR repository.
+struct SdrConfig {
+  std::string file = "sdr.bin";  ///< empty: the BMC has no repository
+  bool isFileNamed = false;      ///< else it is created when it is missing
+  std::uint32_t capacity = 32768;
+  std::uint32_t eraseMilliseconds = 500;
+  std::uint8_t readLimit = 62;   ///< the most bytes of one Get SDR
+  std::uint16_t endId = 0xFFFF;  ///< the next-record ID that the last record's answer names
+};
+
 struct BoardConfig {
   std::string clockStart;                     ///< empty: the default date
   std::uint32_t exchangeMicroseconds = 1000;  ///< what one request and its answer take
   TransferModeConfig transferMode;
+  SdrConfig sdrs;
   ControllerConfig bmc;
   std::vector<ControllerConfig> controllers;
   std::vector<FaultRule> faults;

@@ -40,7 +40,7 @@ std::unique_ptr<Board> OpenBoard(const Environment& environment, std::string& no
   std::error_code ignored;
   if (source->isDefault && !std::filesystem::exists(source->folder / "board.json", ignored)) {
     if (!Board::CreateDefault(source->folder, error)) return nullptr;
-    notice = "varnok: created the default simulated board in " + source->folder.string();
+    notice = "created the default simulated board in " + source->folder.string();
   }
   auto board = Board::Open(source->folder, error);
   if (board == nullptr) return nullptr;

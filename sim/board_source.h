@@ -26,8 +26,8 @@ struct BoardSource {
 std::optional<BoardSource> FindBoard(const Environment& environment, std::string& error);
 
 /// Opens the board that the environment names, with the traffic log of `VARNOK_TRAFFIC`. `notice` becomes one
-/// line to show (on stderr, without a new line) when the default board was created, else it stays empty. Null
-/// with `error` set on failure.
+/// line to show (on stderr, without a new line) when the default board was created (without the program
+/// name), else it stays empty. Null with `error` set on failure.
 std::unique_ptr<Board> OpenBoard(const Environment& environment, std::string& notice, std::string& error);
 
 }  // namespace varnok::sim

@@ -8,7 +8,7 @@ namespace {
 
 using Table = std::span<const CommandRow> (*)();
 constexpr Table kTables[] = {AppCommands, BridgingCommands, PrivateBusCommands, FirmwareCommands,
-                             FruCommands};
+                             FruCommands, SdrCommands};
 
 const CommandRow* FindRow(const Request& request) {
   for (Table table : kTables) {

@@ -45,6 +45,7 @@ std::span<const CommandRow> BridgingCommands();  // Send Message, Get Message
 std::span<const CommandRow> PrivateBusCommands();
 std::span<const CommandRow> FirmwareCommands();  // firmware-transfer mode
 std::span<const CommandRow> FruCommands();
+std::span<const CommandRow> SdrCommands();
 
 /// Runs one request on a controller, completion codes for unknown commands and wrong lengths included.
 Response ExecuteCommand(Bmc& bmc, Controller& self, const Request& request);

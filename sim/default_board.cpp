@@ -25,6 +25,7 @@ constexpr std::string_view kConfig = R"({
     },
     "transferMode": {"active": false, "key": "OKAPI"},
     "coldResetMilliseconds": 12000,
+    "sdrs": {"file": "sdr.bin", "capacity": 32768, "eraseMilliseconds": 500},
     "frus": [
       {"id": 0, "file": "board.bin", "size": 1024},
       {"id": 1, "file": "spare.bin", "size": 256},
@@ -140,7 +141,7 @@ Bytes FrontPanel() {
 std::vector<DefaultFile> DefaultBoardImages() {
   return {{"board.bin", SystemBoard()},       {"spare.bin", Bytes(256, 0xFF)}, {"riser.bin", Riser()},
           {"backplane.bin", Backplane()},     {"supply.bin", PowerSupply()},   {"panel.bin", FrontPanel()},
-          {"smbios.bin", DefaultSmbiosDump()}};
+          {"sdr.bin", DefaultSdrs()},         {"smbios.bin", DefaultSmbiosDump()}};
 }
 
 Bytes DefaultBoardConfig() {

@@ -17,6 +17,8 @@ struct DefaultFile {
 std::vector<DefaultFile> DefaultBoardImages();
 /// The text of board.json.
 Bytes DefaultBoardConfig();
+/// The content of sdr.bin.
+Bytes DefaultSdrs();
 /// The content of smbios.bin.
 Bytes DefaultSmbiosDump();
 

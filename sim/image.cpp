@@ -15,6 +15,8 @@
 namespace varnok::sim {
 namespace {
 
+constexpr std::chrono::milliseconds kFlushInterval{250};
+
 /// An open file descriptor, closed on every way out.
 class Descriptor {
  public:
@@ -54,7 +56,7 @@ Bytes ReadWholeFile(const std::filesystem::path& path) {
   return Bytes(std::istreambuf_iterator<char>(file), {});
 }
 
-void ReplaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes) {
+void ReplaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes, Flush flush) {
   // The process ID keeps two programs on one folder from renaming each other's half-written file.
   const std::filesystem::path temporary =
       path.parent_path() / ("." + path.filename().string() + "." + std::to_string(getpid()) + ".tmp");
@@ -62,12 +64,18 @@ void ReplaceFile(const std::filesystem::path& path, std::span<const std::uint8_t
     Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
     if (file.Get() < 0) FailReplacing(path);
     WriteAll(file.Get(), bytes, path);
-    if (fsync(file.Get()) != 0) FailReplacing(path);
+    if (flush == Flush::Now && fsync(file.Get()) != 0) FailReplacing(path);
     if (rename(temporary.c_str(), path.c_str()) != 0) FailReplacing(path);
   } catch (...) {
     unlink(temporary.c_str());
     throw;
   }
+}
+
+Image::~Image() {
+  if (isFlushed_) return;
+  const Descriptor file(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file.Get() >= 0) fsync(file.Get());
 }
 
 void Image::Write(std::size_t offset, std::span<const std::uint8_t> bytes) {
@@ -81,8 +89,12 @@ void Image::Write(std::size_t offset, std::span<const std::uint8_t> bytes) {
 }
 
 void Image::Replace(Bytes content) {
-  ReplaceFile(path_, content);
+  const auto now = std::chrono::steady_clock::now();
+  const bool flushes = now - flushed_ >= kFlushInterval;
+  ReplaceFile(path_, content, flushes ? Flush::Now : Flush::Later);
   bytes_ = std::move(content);
+  isFlushed_ = flushes;
+  if (flushes) flushed_ = now;
 }
 
 Image& ImageStore::Open(const std::string& name, std::optional<std::size_t> size) {

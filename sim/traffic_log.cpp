@@ -29,6 +29,8 @@ std::string Command(unsigned netFunction, unsigned lun, unsigned command) {
 }  // namespace
 
 bool TrafficLog::Open(const std::string& path) {
+  file_.close();
+  file_.clear();
   file_.open(path, std::ios::binary | std::ios::trunc);
   return file_.is_open();
 }

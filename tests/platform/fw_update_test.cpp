@@ -145,6 +145,17 @@ TEST_F(Fw, AnswerWithoutAuxiliaryRevision) {
   EXPECT_EQ(std::u16string(text), u"0.00");
 }
 
+TEST_F(Fw, AnswerThatEndsBeforeTheRevisionIsNoAnswer) {
+  FwUpdate::SelectDeviceAddress(0x20);
+  for (const ScriptedIpmi::Bytes& answer : {ScriptedIpmi::Bytes{}, ScriptedIpmi::Bytes{0x20, 0x01, 0x82}}) {
+    bmc.Expect(6, 1).Reply(answer);
+    EXPECT_EQ(FwUpdate::IsBmcInFwTransferMode(isFlag), fw_status::kExchangeFailed);
+    EXPECT_EQ(Message(), kNoVersion);
+    bmc.Expect(6, 1).Reply(answer);
+    EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), fw_status::kExchangeFailed);
+  }
+}
+
 TEST_F(Fw, VersionsNeedDeviceThenLoadThenArea) {
   EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), fw_status::kNothingSelected);
   EXPECT_EQ(LastTrace(), "FwUpdate::LoadConfigurationFromSystem - No device selected");
@@ -160,6 +171,24 @@ TEST_F(Fw, VersionsNeedDeviceThenLoadThenArea) {
   EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), kSuccess);
   EXPECT_EQ(FwUpdate::GetVersionFromSystem(text), fw_status::kNothingSelected);
   EXPECT_EQ(LastTrace(), "FwUpdate::GetVersionFromSystem - Device area not selected");
+}
+
+TEST_F(Fw, SecondInitialisationForgetsSelectionVersionsAndMessage) {
+  FwUpdate::SelectDeviceAddress(0xC0);
+  FwUpdate::SelectDeviceArea(1);
+  FwUpdate::IsVersionSupported(u"A", {}, isFlag);
+  EXPECT_EQ(FwUpdate::Initialize(), kSuccess) << "without traffic: the BMC is known";
+  EXPECT_EQ(Message(), "");
+  EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), fw_status::kNothingSelected);
+  FwUpdate::SelectDeviceAddress(0x20);
+  ExpectDeviceId(0x4311);
+  EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), kSuccess);
+  const char16_t* text = u"left over";
+  EXPECT_EQ(FwUpdate::GetVersionFromSystem(text), fw_status::kNothingSelected);
+  EXPECT_EQ(text, nullptr);
+  EXPECT_EQ(FwUpdate::Initialize(), kSuccess);
+  FwUpdate::SelectDeviceArea(1);
+  EXPECT_EQ(FwUpdate::GetVersionFromSystem(text), fw_status::kNotLoaded);
 }
 
 TEST_F(Fw, VersionOfAnotherController) {
@@ -226,8 +255,12 @@ struct FwTransferRefresh : Fw {
     Fw::SetUp();
     ExpectDeviceId(0x0107);  // the version read that every refresh begins with
   }
-  void Refresh(Status status, const std::string& console, const std::string& message) {
+  /// `failure` is the trace line that names the step that failed, empty when none did.
+  void Refresh(Status status, const std::string& console, const std::string& message,
+               const std::string& failure) {
     EXPECT_EQ(FwUpdate::BmcRefresh(), status);
+    std::vector<std::string> lines = machine.TraceLines();
+    EXPECT_EQ(lines.size() < 2 ? "" : lines[lines.size() - 2], failure);
     EXPECT_EQ(machine.console, "Refreshing BMC...\n" + console);
     EXPECT_EQ(Message(), message);
     EXPECT_EQ(machine.flushes, 1);
@@ -241,27 +274,29 @@ TEST_F(FwTransferRefresh, ThroughTransferMode) {
   ExpectDeviceId(0x0107, 0x82);
   bmc.Expect(8, 4).Reply({});
   ExpectDeviceId(0x0107);
-  Refresh(kSuccess, "", kInTransferMode);
+  Refresh(kSuccess, "", kInTransferMode, "");
   EXPECT_EQ(machine.waitedMicroseconds, 80'000'000u);
 }
 
 TEST_F(FwTransferRefresh, AlreadyInTransferMode) {
   ExpectDeviceId(0x0107, 0x82);
   Refresh(fw_status::kExchangeFailed, "\nController at address 20  Already in FwTransfer mode..\n",
-          kInTransferMode);
+          kInTransferMode, "CfwUpdate::EnterFwTransferMode - BMC is in FW Transfer mode");
 }
 
 TEST_F(FwTransferRefresh, KeyRefused) {
   ExpectDeviceId(0x0107);
   for (int i = 0; i < 11; ++i) bmc.Expect(8, 0, kKey).Reply({}, 0xC1);
-  Refresh(fw_status::kExchangeFailed, kEnterFailed, "");
+  Refresh(fw_status::kExchangeFailed, kEnterFailed, "",
+          "CfwUpdate::EnterFwTransferMode - ProcessMessage failed");
 }
 
 TEST_F(FwTransferRefresh, KeyWithoutEffect) {
   ExpectDeviceId(0x0107);
   bmc.Expect(8, 0, kKey).Reply({});
   ExpectDeviceId(0x0107);
-  Refresh(fw_status::kExchangeFailed, kEnterFailed, kNotInTransferMode);
+  Refresh(fw_status::kExchangeFailed, kEnterFailed, kNotInTransferMode,
+          "CfwUpdate::EnterFwTransferMode - BMC is not in FW Transfer mode");
 }
 
 TEST_F(FwTransferRefresh, TransferModeLostBeforeTheExit) {
@@ -269,7 +304,8 @@ TEST_F(FwTransferRefresh, TransferModeLostBeforeTheExit) {
   bmc.Expect(8, 0, kKey).Reply({});
   ExpectDeviceId(0x0107, 0x82);
   ExpectDeviceId(0x0107);
-  Refresh(fw_status::kExchangeFailed, "", kNotInTransferMode);
+  Refresh(fw_status::kExchangeFailed, "", kNotInTransferMode,
+          "CfwUpdate::ExitFwTransferMode - BMC is not in FW Transfer mode");
 }
 
 TEST_F(FwTransferRefresh, ExitRefused) {
@@ -279,7 +315,7 @@ TEST_F(FwTransferRefresh, ExitRefused) {
   ExpectDeviceId(0x0107, 0x82);
   for (int i = 0; i < 11; ++i) bmc.Expect(8, 4).Reply({}, 0xFF);
   Refresh(fw_status::kExchangeFailed, "\nExitFwTransferMode:: Error in Process Message Function..\n",
-          kInTransferMode);
+          kInTransferMode, "CfwUpdate::ExitFwTransferMode - ProcessMessage failed");
   EXPECT_EQ(machine.waitedMicroseconds, 0u);
 }
 
@@ -290,12 +326,28 @@ TEST_F(FwTransferRefresh, ExitWithoutEffect) {
   ExpectDeviceId(0x0107, 0x82);
   bmc.Expect(8, 4).Reply({});
   ExpectDeviceId(0x0107, 0x82);
-  Refresh(fw_status::kExchangeFailed, "\nExit Firmware Transfer Mode failed..\n", kInTransferMode);
+  Refresh(fw_status::kExchangeFailed, "\nExit Firmware Transfer Mode failed..\n", kInTransferMode,
+          "CfwUpdate::ExitFwTransferMode - BMC is in FW Transfer mode");
 }
 
-TEST_F(FwTransferRefresh, BmcFallsSilent) {
-  ExpectSilence(6, 1);
-  Refresh(fw_status::kExchangeFailed, "", kNoVersion);
+TEST_F(FwTransferRefresh, BmcFallsSilentBeforeAnyOfItsFourTests) {
+  for (int answered = 0; answered < 4; ++answered) {
+    machine.console.clear();
+    machine.flushes = 0;
+    if (answered > 0) {
+      ExpectDeviceId(0x0107);  // this refresh's version read
+      ExpectDeviceId(0x0107);
+      bmc.Expect(8, 0, kKey).Reply({});
+    }
+    if (answered > 1) ExpectDeviceId(0x0107, 0x82);
+    if (answered > 2) {
+      ExpectDeviceId(0x0107, 0x82);
+      bmc.Expect(8, 4).Reply({});
+    }
+    ExpectSilence(6, 1);
+    Refresh(fw_status::kExchangeFailed, "", kNoVersion,
+            "CfwUpdate::IsBmcInFwTransferMode - ProcessMessage failed");
+  }
 }
 
 TEST_F(Fw, OtherTargetsAreLeftAlone) {
@@ -312,11 +364,12 @@ TEST_F(Fw, RefreshByColdResetPollsUntilTheBmcIsBack) {
   ExpectDeviceId(0x4311);
   bmc.Expect(6, 2);
   ExpectSilence(6, 1);
+  bmc.Expect(6, 1).Reply({});  // booting: it answers, but with nothing yet
   ExpectDeviceId(0x4311, 0x82);
   ExpectDeviceId(0x4311);
   EXPECT_EQ(FwUpdate::BmcRefresh(), kSuccess);
   EXPECT_EQ(machine.console, kResetText);
-  EXPECT_EQ(machine.waitedMicroseconds, 3 * 5'000'000u);
+  EXPECT_EQ(machine.waitedMicroseconds, 4 * 5'000'000u);
 }
 
 TEST_F(Fw, ColdResetOfABmcThatNeverComesBack) {
@@ -325,6 +378,7 @@ TEST_F(Fw, ColdResetOfABmcThatNeverComesBack) {
   for (int i = 0; i < 10; ++i) ExpectSilence(6, 1);
   EXPECT_EQ(FwUpdate::BmcRefresh(), fw_status::kExchangeFailed);
   EXPECT_EQ(machine.console, std::string(kResetText) + "BMC Refresh failure\n");
+  EXPECT_EQ(LastTrace(), "CfwUpdate::ResetBmc - ProcessMessage failed");
   EXPECT_EQ(machine.waitedMicroseconds, 10 * 5'000'000u);
 }
 

@@ -66,6 +66,14 @@ TEST_F(IpmiBridge, SequenceRunsFrom1To63) {
   }
 }
 
+TEST_F(IpmiBridge, RepeatedDirectRequestLeavesTheSequence) {
+  bmc.Expect(6, 1).Reply({}, 0xC0);
+  bmc.Expect(6, 1).Reply({0x20});
+  EXPECT_EQ(IpmiTransaction(DeviceIdOf(kBmcAddress), response), ipmi_result::kSuccess);
+  ExpectWholeExchange(0, kPsu, 1);
+  EXPECT_EQ(IpmiTransaction(DeviceIdOf(kPsu), response), ipmi_result::kSuccess);
+}
+
 TEST_F(IpmiBridge, RepeatedAttemptKeepsItsSequence) {
   bmc.ExpectSend(0, kPsu, 1, 6, 1).Reply({});
   bmc.ExpectFetch().ReplyBridged(kPsu, 1, 6, 1, {}, 0xC0);
@@ -91,6 +99,29 @@ TEST_F(IpmiBridge, NakedSendIsRepeatedFourTimes) {
 TEST_F(IpmiBridge, LostSendAnswerEndsTheTransaction) {
   bmc.ExpectSend(0, kPsu, 1, 6, 1).Lost();
   EXPECT_EQ(IpmiTransaction(DeviceIdOf(kPsu), response), ipmi_result::kReceiveFailed);
+}
+
+TEST_F(IpmiBridge, RefusedSendEndsTheTransactionRefusedFetchTheAttempt) {
+  for (int i = 0; i < 4; ++i) bmc.ExpectRefused(0x06, 0x34, {0x00, 0xB0, 0x18, 0x38, 0x20, 0x06, 0x01, 0xD9});
+  EXPECT_EQ(IpmiTransaction(DeviceIdOf(kPsu), response), ipmi_result::kSendFailed);
+
+  bmc.ExpectSend(0, kPsu, 2, 6, 1).Reply({});
+  for (int i = 0; i < 4; ++i) bmc.ExpectRefused(0x06, 0x33);
+  bmc.ExpectSend(0, kPsu, 2, 6, 1).Reply({});
+  bmc.ExpectFetch().Reply({}, 0x80);
+  for (int i = 0; i < 4; ++i) bmc.ExpectRefused(0x06, 0x33);
+  ExpectWholeExchange(0, kPsu, 2);
+  EXPECT_EQ(IpmiTransaction(DeviceIdOf(kPsu), response), ipmi_result::kSuccess);
+}
+
+TEST_F(IpmiBridge, AnswerInsideAnotherCommandOrAFailedFetchIsNotTaken) {
+  const ScriptedIpmi::Bytes inside = {0x00, 0x1E, 0xC2, kPsu, 0x04, 0x01, 0x00, 0x77, 0x00};
+  bmc.ExpectSend(0, kPsu, 1, 6, 1).Reply({});
+  bmc.ExpectFetch().ReplyWith({.netFunction = 7, .command = 0x34, .data = inside});
+  bmc.ExpectFetch().Reply(inside, 0xFF);
+  bmc.ExpectFetch().ReplyBridged(kPsu, 1, 6, 1, {0x42});
+  EXPECT_EQ(IpmiTransaction(DeviceIdOf(kPsu), response), ipmi_result::kSuccess);
+  EXPECT_EQ(response.data[0], 0x42);
 }
 
 TEST_F(IpmiBridge, OtherAnswersToASendAreSkipped) {
@@ -162,7 +193,9 @@ TEST_F(IpmiBridge, RequestTooLongForAFrameIsNotSent) {
   IpmiMessage request = DeviceIdOf(kPsu);
   request.dataLength = 57;
   EXPECT_EQ(IpmiTransaction(request, response), ipmi_result::kSendFailed);
+  response.completionCode = 0xC1;  // an earlier call's
   EXPECT_EQ(IpmiBridgedRequest(request, response, 0, kPsu, 1000), ipmi_result::kSendFailed);
+  EXPECT_EQ(response.completionCode, 0);
   EXPECT_EQ(bmc.sent(), 0);
 }
 
@@ -200,6 +233,14 @@ TEST_F(IpmiBridge, ExplicitChannelKeepsTheSendAnswerWhenOnlyOtherCommandsCome) {
   EXPECT_EQ(IpmiBridgedRequest(DeviceIdOf(kPsu), response, 7, kPsu, 1000), ipmi_result::kSuccess);
   EXPECT_EQ(response.command, 0x34);
   EXPECT_EQ(response.data[0], 0x5A);
+}
+
+TEST_F(IpmiBridge, ExplicitChannelTakesNoAnswerThatEndsBeforeItsCompletionCode) {
+  bmc.ExpectSend(7, kPsu, 1, 6, 1).Reply({});
+  bmc.ExpectFetch().Reply({0x00, 0x1E, 0xC2, kPsu, 0x04, 0x01});
+  bmc.ExpectFetch().ReplyBridged(kPsu, 1, 6, 1, {}, 0xC1);
+  EXPECT_EQ(IpmiBridgedRequest(DeviceIdOf(kPsu), response, 7, kPsu, 1000), ipmi_result::kSuccess);
+  EXPECT_EQ(response.completionCode, 0xC1);
 }
 
 TEST_F(IpmiBridge, ExplicitChannelWithAnEmptyQueue) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/services/trace.h"
 #include "tests/support/scripted_ipmi.h"
 
 namespace varnok {
@@ -73,8 +74,9 @@ TEST_F(Ipmi, ThreeFailedFetchesAreOneAttempt) {
 
 TEST_F(Ipmi, ElevenLostAnswers) {
   for (int i = 0; i < 11; ++i) bmc.Expect(6, 0).Lost();
-  response.command = 0;  // what an earlier call left is no answer
+  response.completionCode = 0xC1;  // what an earlier call left is no answer
   EXPECT_EQ(IpmiTransaction(Request(6, 0), response), ipmi_result::kWrongResponse);
+  EXPECT_EQ(response.completionCode, 0);
   EXPECT_EQ(machine.pacedMicroseconds, 11u * 60'000);
 }
 
@@ -120,6 +122,11 @@ TEST_F(Ipmi, LyingLengthsAreHarmless) {
   EXPECT_EQ(response.dataLength, 2u);
   EXPECT_THAT(std::vector(response.data.begin(), response.data.begin() + 4), ElementsAre(9, 8, 0, 0));
 
+  // Four said, one delivered: what never came reads as 0, not as an earlier answer's.
+  bmc.Expect(6, 1).ReplyStating(4, {5});
+  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
+  EXPECT_THAT(std::vector(response.data.begin(), response.data.begin() + 4), ElementsAre(5, 0, 0, 0));
+
   bmc.Expect(6, 1).ReplyStating(200, ScriptedIpmi::Bytes(100, 0xEE));
   EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
   EXPECT_EQ(response.dataLength, 64u);
@@ -136,6 +143,24 @@ TEST_F(Ipmi, ClearMessageFlagsIgnoresItsResult) {
   IpmiClearMessageFlags(1);
   for (int i = 0; i < 11; ++i) bmc.Expect(0x06, 0x30, {0x02}).Reply({}, 0xC1);
   IpmiClearMessageFlags(2);
+}
+
+TEST_F(Ipmi, NothingIsTracedOrPrinted) {
+  const char* arguments[] = {"varnok", "-debug3"};
+  TraceSelectLevel(2, arguments);
+  IpmiLoadProtocol();
+  for (int i = 0; i < 4; ++i) bmc.ExpectRefused(6, 1);
+  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSendFailed);
+  bmc.ExpectSend(0, 0xB0, 1, 6, 1).Lost();
+  IpmiMessage request = Request(6, 1);
+  request.targetAddress = 0xB0;
+  EXPECT_EQ(IpmiTransaction(request, response), ipmi_result::kReceiveFailed);
+  std::uint32_t type = 0, version = 0;
+  for (int i = 0; i < 11; ++i) bmc.Expect(6, 1).Lost();
+  EXPECT_EQ(GetBmcTypeAndVersion(type, version), ipmi_result::kNoDeviceId);
+  TraceSelectLevel(0, nullptr);
+  EXPECT_EQ(machine.files["DBGLOG.txt"], "");
+  EXPECT_EQ(machine.console, "");
 }
 
 ScriptedIpmi::Bytes DeviceId(std::uint16_t product, std::uint8_t ipmiVersion) {

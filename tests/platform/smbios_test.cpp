@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/services/trace.h"
 #include "tests/support/smbios_builder.h"
 
 namespace varnok {
@@ -96,6 +97,28 @@ TEST_F(Smbios, DisplayStopsAtTheMissingStructure) {
   EXPECT_EQ(std::u16string(SmbiosGetLastErrorMessage()), u"The requested SMBIOS structure was not found.");
 }
 
+TEST_F(Smbios, OperationsAndFailuresAreTraced) {
+  Install();
+  const char* arguments[] = {"varnok", "-debug3"};
+  TraceSelectLevel(2, arguments);
+  SmbiosSetOutputFile(u"");
+  EXPECT_EQ(SmbiosDisplay(), smbios_status::kNotFound);
+  SmbiosGetLastErrorMessage();
+  std::string text;
+  EXPECT_EQ(SmbiosGetBiosVersion(text), uefi_status::kNotFound);
+  TraceSelectLevel(0, nullptr);
+  EXPECT_EQ(
+      machine.TraceLines(),
+      (std::vector<std::string>{
+          "SmbiosSetOutputFile [ENTRY]", "SmbiosSetOutputFile [EXIT]", "SmbiosDisplay [ENTRY]",
+          "SmbiosGetStructure [ENTRY]", "SmbiosGetStructure - Structure not found",
+          "SmbiosGetStructure [EXIT]", "SmbiosDisplay - SMBIOS structure not found", "SmbiosDisplay [EXIT]",
+          "SmbiosGetLastErrorMessage [ENTRY]", "SmbiosGetLastErrorMessage [EXIT]",
+          "SmbiosGetBiosVersion [ENTRY]", "SmbiosGetStructure [ENTRY]",
+          "SmbiosGetStructure - Structure not found", "SmbiosGetStructure [EXIT]",
+          "SmbiosGetBiosVersion - SMBIOS structure not found", "SmbiosGetBiosVersion [EXIT]"}));
+}
+
 TEST_F(Smbios, OutputFileReceivesTheDisplay) {
   AddSystem();
   AddBoard();
@@ -125,6 +148,7 @@ TEST_F(Smbios, WalkByTypeHandleAndCursor) {
   EXPECT_EQ(cursor, 6u + 10 + 6);
   EXPECT_EQ(Get(17), smbios_status::kNotFound);
   EXPECT_EQ(cursor, 65535u);
+  EXPECT_EQ(size, 0u);
   EXPECT_TRUE(std::holds_alternative<std::monostate>(record));
 
   // A handle is looked for from the start, wherever the cursor stands.
@@ -204,6 +228,7 @@ TEST_F(Smbios, StringNumberPastTheSetIsEmpty) {
   const auto& system = std::get<SmbiosSystem>(record);
   EXPECT_EQ(system.manufacturer, "Sysmaker");
   EXPECT_EQ(system.productName + system.version + system.serialNumber, "");
+  EXPECT_EQ(system.uuid, (std::array<std::uint8_t, 16>{})) << "the record ends before it; strings follow";
   ASSERT_EQ(Get(2), kSuccess) << "no strings at all";
   EXPECT_EQ(std::get<SmbiosBoard>(record).product, "");
 }
@@ -229,6 +254,37 @@ TEST_F(Smbios, TableShorterOrLongerThanSaid) {
   EXPECT_EQ(Get(2), smbios_status::kNotFound);
   machine.memory.clear();
   EXPECT_EQ(SmbiosDisplay(), smbios_status::kNotFound);
+}
+
+TEST_F(Smbios, DamagedByteOrCutTableIsReadWithinItsBounds) {
+  AddSystem();
+  AddBoard();
+  AddChassis();
+  table.Add(4, {1, 3, 0, 2}, {"CPU 1", "Maker"}).Add(16, {3, 3, 6, 0, 0, 0, 0, 0, 0, 1, 0}).Add(17, {0, 0});
+  const SmbiosBuilder::Bytes whole = table.table;
+  auto readAll = [&] {
+    machine.memory.clear();  // so that the new table's memory ends where the table does
+    Install();
+    SmbiosDisplay();
+    SmbiosProcessor processor;
+    std::string text;
+    std::uint32_t number = 0;
+    SmbiosGetBiosVersion(text);
+    SmbiosGetMemoryDeviceSize(number);
+    SmbiosGetProcessorByIndex(0, number, processor);
+    cursor = 0;
+    for (std::size_t i = 0; Get(kSmbiosAny) == kSuccess; ++i) ASSERT_LT(i, whole.size() / 4);
+    EXPECT_EQ(cursor, kSmbiosAny);
+  };
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (std::uint8_t value : SmbiosBuilder::Bytes{0x00, 0x04, 0x41, 0xFF}) {
+      table.table = whole;
+      table.table[at] = value;
+      readAll();
+    }
+    table.table.assign(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(at));
+    readAll();
+  }
 }
 
 TEST_F(Smbios, CountEndsTheWalkBeforeTheTable) {

@@ -1,10 +1,12 @@
 """A virtual board for the end-to-end tests: OVMF with its built-in shell in QEMU, a FAT stick with the program on it,
 and a BMC. One boot runs many commands; every command's text, exit status and files can be looked at afterwards."""
 
+import json
 import os
 import re
 import selectors
 import shutil
+import socket
 import subprocess
 import tempfile
 import time
@@ -15,7 +17,10 @@ FIRMWARE_CODE = "/usr/share/OVMF/OVMF_CODE_4M.fd"
 FIRMWARE_VARIABLES = "/usr/share/OVMF/OVMF_VARS_4M.fd"
 BOOT_LIMIT = 240  # seconds; a boot on an idle machine takes 6 to 11
 
-BUILD = Path(os.environ.get("VARNOK_UEFI_BUILD", Path(__file__).resolve().parents[2] / "build" / "uefi"))
+ROOT = Path(__file__).resolve().parents[2]
+BUILD = Path(os.environ.get("VARNOK_UEFI_BUILD", ROOT / "build" / "uefi"))
+HOST_BUILD = Path(os.environ.get("VARNOK_HOST_BUILD", ROOT / "build" / "host"))
+FIXTURES = Path(__file__).resolve().parent / "fixtures"
 
 
 class Stick:
@@ -154,6 +159,128 @@ class Machine:
                               re.DOTALL)
             results[name] = Result() if match is None else Result(match[1], int(match[2], 16))
         return results
+
+
+def own_bmc(port: int = 0xCA2, **properties) -> list[str]:
+    """QEMU's own BMC behind KCS."""
+    text = "".join(f",{name}={value}" for name, value in {"product_id": "0x4311", **properties}.items())
+    return ["-device", f"ipmi-bmc-sim,id=bmc0{text}", "-device", f"isa-ipmi-kcs,bmc=bmc0,ioport={port:#x}"]
+
+
+def outside_bmc(port: int) -> list[str]:
+    """A BMC outside of QEMU, at a TCP port of this computer."""
+    return ["-chardev", f"socket,id=c0,host=127.0.0.1,port={port},reconnect=1",
+            "-device", "ipmi-bmc-extern,id=bmc0,chardev=c0", "-device", "isa-ipmi-kcs,bmc=bmc0,ioport=0xca2"]
+
+
+class Board:
+    """A simulated board in a folder of its own; serves it while used as a context."""
+
+    def __init__(self, folder: Path):
+        self.folder = folder
+
+    @classmethod
+    def default(cls, folder: Path) -> "Board":
+        """The built-in default board, made by the program itself."""
+        environment = dict(os.environ, XDG_STATE_HOME=str(folder))
+        environment.pop("VARNOK_BOARD", None)
+        subprocess.run([HOST_BUILD / "varnok", "/?"], env=environment, stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL)
+        return cls(folder / "varnok" / "board")
+
+    def copy(self, folder: Path) -> "Board":
+        shutil.copytree(self.folder, folder)
+        return Board(folder)
+
+    def change(self, change):
+        """Edits board.json through a function that gets it as a dictionary."""
+        file = self.folder / "board.json"
+        content = json.loads(file.read_text())
+        change(content)
+        file.write_text(json.dumps(content, indent=2))
+
+    def images(self) -> dict[str, bytes]:
+        return {file.name: file.read_bytes() for file in sorted(self.folder.glob("*.bin"))}
+
+    def run_host(self, arguments: list[str], folder: Path, keys: str = "") -> "Result":
+        """The Linux program over this board, in `folder`."""
+        done = subprocess.run([HOST_BUILD / "varnok", *arguments], cwd=folder, input=keys, capture_output=True,
+                              encoding="utf-8", env=dict(os.environ, VARNOK_BOARD=str(self.folder)))
+        return Result(done.stdout, done.returncode)
+
+    def __enter__(self) -> "Board":
+        self.server = subprocess.Popen([HOST_BUILD / "varnok-board", "serve", self.folder, "--listen", "127.0.0.1:0"],
+                                       stdout=subprocess.PIPE, text=True)
+        self.port = int(self.server.stdout.readline().rsplit(":", 1)[1])
+        return self
+
+    def __exit__(self, *_):
+        self.server.terminate()
+        self.end_status = self.server.wait(timeout=10)
+        self.server.stdout.close()
+
+
+def free_port() -> int:
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+class IpmiSim:
+    """OpenIPMI's BMC simulator, reachable by QEMU and by ipmitool; `devices` are its FRU devices as (controller,
+    device ID, size, content)."""
+
+    CONTROLLERS = {0x20: "0x23 1 5 0xbf 0x1291 0x4311", 0xB0: "0x31 2 1 0x29 0x1291 0x0c01"}
+
+    def __init__(self, folder: Path, devices: list[tuple[int, int, int, bytes]]):
+        self.folder = folder
+        self.devices = devices
+
+    def __enter__(self) -> "IpmiSim":
+        self.port, self.lan_port = free_port(), free_port()
+        (self.folder / "state").mkdir()
+        (self.folder / "lan.conf").write_text(f"""name "board"
+set_working_mc 0x20
+  startlan 1
+    addr 127.0.0.1 {self.lan_port}
+    priv_limit admin
+    allowed_auths_callback none md2 md5 straight
+    allowed_auths_user none md2 md5 straight
+    allowed_auths_operator none md2 md5 straight
+    allowed_auths_admin none md2 md5 straight
+    guid 00112233445566778899aabbccddeeff
+  endlan
+  serial 15 127.0.0.1 {self.port} codec VM
+  user 2 true "test" "test" admin 10 none md2 md5 straight
+""")
+        commands = ["mc_setbmc 0x20"]
+        for address, identity in self.CONTROLLERS.items():
+            commands.append(f"mc_add {address:#x} 0 no-device-sdrs {identity}")
+            for controller, device, size, content in self.devices:
+                if controller == address:
+                    data = " ".join(f"{byte:#04x}" for byte in content)
+                    commands.append(f"mc_add_fru_data {address:#x} {device} {size} data {data}")
+            commands.append(f"mc_enable {address:#x}")
+        (self.folder / "board.emu").write_text("\n".join(commands) + "\n")
+        self.server = subprocess.Popen(["ipmi_sim", "-c", self.folder / "lan.conf", "-f", self.folder / "board.emu",
+                                        "-s", self.folder / "state", "-n"],
+                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        for _ in range(50):
+            if subprocess.run(self._ipmitool("mc", "info"), capture_output=True).returncode == 0:
+                break
+            time.sleep(0.2)
+        return self
+
+    def _ipmitool(self, *arguments: str) -> list[str]:
+        return ["ipmitool", "-I", "lan", "-H", "127.0.0.1", "-p", str(self.lan_port), "-U", "test", "-P", "test",
+                *arguments]
+
+    def ipmitool(self, *arguments: str) -> str:
+        return subprocess.run(self._ipmitool(*arguments), check=True, capture_output=True, text=True).stdout
+
+    def __exit__(self, *_):
+        self.server.kill()
+        self.server.wait()
 
 
 def temporary_folder() -> tempfile.TemporaryDirectory:

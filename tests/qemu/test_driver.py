@@ -2,15 +2,11 @@
 
 import unittest
 
-from machine import BUILD, Command, Machine, Path, Stick, temporary_folder
+from machine import BUILD, Command, Machine, Path, Stick, own_bmc, temporary_folder
 
 DRIVER_NOT_STARTED = "load: -502"
 NOT_INSTALLED = "load: -500"
 NOT_READY = "receive: status 8000000000000006"
-
-
-def bmc(port: int) -> list[str]:
-    return ["-device", "ipmi-bmc-sim,id=bmc0,product_id=0x4311", "-device", f"isa-ipmi-kcs,bmc=bmc0,ioport={port:#x}"]
 
 
 class Driver(unittest.TestCase):
@@ -29,7 +25,7 @@ class Driver(unittest.TestCase):
         return self.results[name].text.replace("\r", "").split("\n")[:-1]
 
     def test_usual_place(self):
-        self.boot(bmc(0xCA2), {
+        self.boot(own_bmc(0xCA2), {
             "no driver here": "cd empty\r\n\\PROBE ipmi load\r\ncd \\",
             "load": "PROBE ipmi load",
             "load again": "PROBE ipmi load",
@@ -61,7 +57,7 @@ class Driver(unittest.TestCase):
         self.assertRegex(self.lines("refused")[1], r"^answer: 07/0 F0 C1:")
 
     def test_place_named_by_smbios(self):
-        self.boot(bmc(0xDA2), {"load": "PROBE ipmi load", "identity": "PROBE ipmi send 64 6 1"})
+        self.boot(own_bmc(0xDA2), {"load": "PROBE ipmi load", "identity": "PROBE ipmi send 64 6 1"})
         self.assertEqual(self.lines("load"), ["load: 0"])
         self.assertRegex(self.lines("identity")[1], r"^answer: 07/0 01 00: 20 .* 11 43")
 
@@ -72,7 +68,7 @@ class Driver(unittest.TestCase):
         self.assertEqual(self.lines("handles"), ["locate: status 800000000000000E"])
 
     def test_driver_of_another_revision(self):
-        self.boot(bmc(0xCA2), {"load": "PROBE ipmi load"}, driver="other.efi")
+        self.boot(own_bmc(0xCA2), {"load": "PROBE ipmi load"}, driver="other.efi")
         self.assertEqual(self.lines("load"), [NOT_INSTALLED])
 
 

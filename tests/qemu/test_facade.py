@@ -39,6 +39,7 @@ class Facade(unittest.TestCase):
             "more to file": "PROBE args more >> text.txt",
             "to 8-bit file": "PROBE args >a text8.txt",
             "keys": Command("PROBE keys 3", [("keys?", "xY\x1b[A")]),
+            "prompt": Command("PROBE prompt", [("[M]ore", "qm"), ("[M]ore", "S"), ("[M]ore", "x\x1b[An")]),
             "keys from file": "PROBE keys 3 < keys.txt",
             "variable": "PROBE variable board",
             "no variable": "PROBE variable nothing",
@@ -83,6 +84,11 @@ class Facade(unittest.TestCase):
 
     def test_keys(self):
         self.assertEqual(self.lines("keys"), ["keys?", "key: 120", "key: 89", "key: 0"])
+
+    def test_paging_prompt(self):
+        prompt = ["", "[S]top, [N]on-stop, or [M]ore"]
+        self.assertEqual(self.lines("prompt"), prompt + ["", "go on: 1"] + prompt[:1] + [prompt[1] + "go on: 0"]
+                         + prompt + ["", "go on: 1", "paging: 0"])
 
     def test_input_from_a_file_ends_the_program_at_its_end(self):
         self.assertEqual(self.lines("keys from file")[:3], ["keys?", "key: 97", "key: 98"])

@@ -186,7 +186,7 @@ TEST_F(BoardSourceTest, DefaultBoardIsMadeAtFirstUseOnly) {
   WriteFile("varnok/board/board.bin", "left behind by a killed first use");
   board = sim::OpenBoard(Variables(), notice, error);
   ASSERT_NE(board, nullptr) << error;
-  EXPECT_EQ(notice, "varnok: created the default simulated board in " + where.string());
+  EXPECT_EQ(notice, "created the default simulated board in " + where.string());
   EXPECT_EQ(Exchange(0x0A, 0x12, {1, 0, 0, 0x42}).completionCode, 0);
   notice.clear();
   variables["VARNOK_TRAFFIC"] = (folder / "log").string();

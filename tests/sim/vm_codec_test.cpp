@@ -65,7 +65,9 @@ TEST(VmCodec, DropsWhatIsDamagedAndGoesOn) {
   for (const Bytes& damage : damages) {
     VmDecoder decoder;
     EXPECT_TRUE(Decode(decoder, damage).empty());
-    if (damage.back() == 0) EXPECT_TRUE(Decode(decoder, {0xA0}).empty());
+    if (damage.back() == 0) {
+      EXPECT_TRUE(Decode(decoder, {0xA0}).empty());
+    }
     EXPECT_EQ(Decode(decoder, kRequest).size(), 1u);
   }
 }

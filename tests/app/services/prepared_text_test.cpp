@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
+#include <utility>
+
 #include "tests/support/test_firmware.h"
 
 namespace varnok {
@@ -56,6 +60,32 @@ TEST(PreparedText, FileThatCannotBeReadHasNoLines) {
   EXPECT_EQ(text.LineCount(), 2u);
   EXPECT_EQ(text.LineLength(0), 10000u);
   EXPECT_EQ(text.Load("b.fru"), uefi_status::kNotFound);
+  EXPECT_FALSE(text.IsLoaded());
+  EXPECT_EQ(text.LineCount(), 0u);
+}
+
+/// A disk whose files break off behind their first block.
+struct BrokenDisk : TestFirmware {
+  struct BrokenFile : File {
+    bool isBroken = false;
+    Status Read(std::span<std::uint8_t> buffer, std::size_t& count) override {
+      count = isBroken ? 0 : buffer.size();
+      std::fill_n(buffer.begin(), count, std::uint8_t{'\n'});
+      return std::exchange(isBroken, true) ? uefi_status::kDeviceError : kSuccess;
+    }
+    Status Write(std::span<const std::uint8_t>) override { return uefi_status::kWriteProtected; }
+  };
+  Status OpenFile(std::u16string_view, FileMode, std::unique_ptr<File>& file) override {
+    file = std::make_unique<BrokenFile>();
+    return kSuccess;
+  }
+};
+
+TEST(PreparedText, FileThatBreaksOffHasNoLines) {
+  BrokenDisk machine;
+  PreparedText text;
+  text.Assign("earlier");
+  EXPECT_EQ(text.Load("a.fru"), uefi_status::kDeviceError);
   EXPECT_FALSE(text.IsLoaded());
   EXPECT_EQ(text.LineCount(), 0u);
 }

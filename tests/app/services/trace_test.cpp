@@ -12,6 +12,9 @@ namespace {
 using testing::TestFirmware;
 using Lines = std::vector<std::string>;
 
+// Before any test has chosen one.
+const std::uint32_t kLevelAtStart = TraceLevel();
+
 std::uint32_t Select(std::vector<const char*> arguments) {
   arguments.insert(arguments.begin(), "VARNOK");
   arguments.push_back(nullptr);
@@ -31,6 +34,10 @@ TEST_F(TraceLog, FirstSwitchChoosesTheLevel) {
   machine.files.clear();
   EXPECT_EQ(Select({"/debug2", "-debug4", "-debug", "debug1", "-debug11"}), 0u);
   EXPECT_TRUE(machine.files.empty()) << "without a level the log is not touched";
+}
+
+TEST_F(TraceLog, FailuresAreTracedBeforeALevelIsChosen) {
+  EXPECT_EQ(kLevelAtStart, 1u);
 }
 
 TEST_F(TraceLog, SelectingEmptiesTheLog) {

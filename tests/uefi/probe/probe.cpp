@@ -35,6 +35,13 @@ int ProbeKeys(int, char* words[]) {
   return 0;
 }
 
+int ProbePrompt(int, char*[]) {
+  SetPaging(true);
+  for (int i = 0; i < 3; ++i) Answer(u"go on", PromptMore() ? 1 : 0);
+  Answer(u"paging", IsPagingOn() ? 1 : 0);
+  return 0;
+}
+
 int ProbeVariable(int, char* words[]) {
   std::u16string value;
   if (TheFirmware().GetEnvironmentVariable(words[0], value))
@@ -109,10 +116,18 @@ struct ProbeRow {
   Probe run;
 };
 constexpr ProbeRow kProbes[] = {
-    {"args", ProbeArguments},        {"text", ProbeText},           {"keys", ProbeKeys},
-    {"variable", ProbeVariable},     {"clock", ProbeClock},         {"tables", ProbeTables},
-    {"files", ProbeFiles},           {"alignment", ProbeAlignment}, {"leak", ProbeLeak},
-    {"exhaustion", ProbeExhaustion}, {"ipmi", ProbeIpmi},
+    {"args", ProbeArguments},
+    {"text", ProbeText},
+    {"keys", ProbeKeys},
+    {"prompt", ProbePrompt},
+    {"variable", ProbeVariable},
+    {"clock", ProbeClock},
+    {"tables", ProbeTables},
+    {"files", ProbeFiles},
+    {"alignment", ProbeAlignment},
+    {"leak", ProbeLeak},
+    {"exhaustion", ProbeExhaustion},
+    {"ipmi", ProbeIpmi},
 };
 
 }  // namespace

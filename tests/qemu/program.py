@@ -1,0 +1,52 @@
+"""What the tests of the whole program share."""
+
+import unittest
+
+from machine import BUILD, FIXTURES, Boot, Command, Machine, Path, Result, Stick, temporary_folder
+
+BANNER = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n"
+NO_PROTOCOL = BANNER + "\nERROR:Failed to load IPMI protocol.\n\n"
+SUCCESS, COMMAND_LINE_ERROR, NO_BMC_TRAFFIC, LOAD_ERROR, NO_INTERFACE = 0, 1, 3, 5, 9
+
+
+def lines_of(text: str) -> list[str]:
+    """The lines as any console shows them: CR LF and LF end one, a CR alone begins it again."""
+    return text.replace("\r\n", "\n").split("\n")
+
+
+def fru_file(name: str, controller: int = 0x20) -> bytes:
+    text = (FIXTURES / name).read_text()
+    return text.replace("CONTROLLER\n", f"{controller:02X}\n").encode("latin-1")
+
+
+class ProgramTest(unittest.TestCase):
+    """A stick with the program; `run_machine` boots it."""
+
+    @classmethod
+    def make_stick(cls, driver: str | None = "ipmi.efi"):
+        temporary = temporary_folder()
+        cls.addClassCleanup(temporary.cleanup)
+        cls.folder = Path(temporary.name)
+        cls.stick = Stick(cls.folder / "stick.img")
+        cls.stick.put(BUILD / "VARNOK.EFI")
+        if driver is not None:
+            cls.stick.put(BUILD / driver, "ipmi.efi")
+
+    @classmethod
+    def run_machine(cls, devices: list[str], commands: dict[str, Command | str]):
+        cls.boot: Boot = Machine(cls.folder, cls.stick, devices).run(commands)
+
+    def result(self, name: str) -> Result:
+        return self.boot.results[name]
+
+    def assert_ends(self, name: str, status: int):
+        self.assertEqual(self.result(name).status, status, f"{name}:\n{self.result(name).text}")
+
+    def assert_shows(self, name: str, text: str):
+        self.assertEqual(lines_of(self.result(name).text), lines_of(text), name)
+
+    def assert_file_shows(self, file: str, text: str):
+        """Output that the shell wrote to a 16-bit file."""
+        content = self.stick.read_text(file)
+        self.assertIsNotNone(content, f"{file} is missing")
+        self.assertEqual(lines_of(content), lines_of(text), file)

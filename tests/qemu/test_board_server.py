@@ -1,0 +1,86 @@
+"""The program in the virtual machine and on the host over copies of one simulated board: the same text, the same
+images."""
+
+import unittest
+
+from machine import Board, outside_bmc
+from program import NO_BMC_TRAFFIC, SUCCESS, ProgramTest, fru_file
+
+HOT_SWAP = 0xC0
+
+JOBS = {
+    "before": ["/d", "fru"],
+    "program": ["/fru", "board.fru"],
+    "program behind a controller": ["/fru", "back"],
+    "show": ["/d", "fru"],
+    "show by number": ["/d", "fru", "IMBDEVICE", "00"],
+    "show behind a controller": ["/d", "fru", "IMBDEVICE", "C%02X" % HOT_SWAP, "L00", "FF", "20"],
+    "sdr": ["/d", "sdr"],
+}
+
+
+class BoardServer(ProgramTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.make_stick()
+        cls.files = {"board.fru": fru_file("board.fru"), "back.FRU": fru_file("backplane.fru", HOT_SWAP)}
+        for name, content in cls.files.items():
+            cls.stick.write(name, content)
+            (cls.folder / name).write_bytes(content)
+        cls.untouched = Board.default(cls.folder)
+        cls.host_board = cls.untouched.copy(cls.folder / "host board")
+        cls.expected = {name: cls.host_board.run_host(arguments, cls.folder) for name, arguments in JOBS.items()}
+        cls.served_board = cls.untouched.copy(cls.folder / "served board")
+        commands = {name: "VARNOK " + " ".join(arguments) + f" > {number}.txt"
+                    for number, (name, arguments) in enumerate(JOBS.items())}
+        commands["on the console"] = "VARNOK /fru board.fru"
+        with cls.served_board as board:
+            cls.run_machine(outside_bmc(board.port), commands)
+
+    def test_text_and_status_are_the_hosts(self):
+        for number, name in enumerate(JOBS):
+            with self.subTest(name):
+                self.assert_ends(name, self.expected[name].status)
+                self.assert_file_shows(f"{number}.txt", self.expected[name].text)
+        self.assertEqual(self.expected["program"].status, SUCCESS)
+        self.assertEqual(self.expected["program behind a controller"].status, SUCCESS)
+
+    def test_console_shows_the_hosts_lines(self):
+        self.assert_ends("on the console", SUCCESS)
+        self.assert_shows("on the console", self.expected["program"].text)
+
+    def test_images_are_the_hosts(self):
+        before, host, served = (board.images() for board in (self.untouched, self.host_board, self.served_board))
+        self.assertEqual(host, served)
+        changed = {name for name in before if before[name] != served[name]}
+        self.assertEqual(changed, {"board.bin", "backplane.bin"})
+
+    def test_server_ends_cleanly(self):
+        self.assertEqual(self.served_board.end_status, 0)
+
+
+class TransferMode(ProgramTest):
+    MODES = {"help": ["/?"], "nothing": [], "fru": ["/d", "fru"], "sdr": ["/d", "sdr"], "smbios": ["/d", "smb"],
+             "program": ["/fru", "board.fru"], "program sdr": ["/sdr", "x"], "script": ["/cfg"]}
+
+    def test_every_mode_ends_at_a_bmc_in_firmware_transfer_mode(self):
+        self.make_stick()
+        (self.folder / "board.fru").write_bytes(fru_file("board.fru"))
+        self.stick.write("board.fru", fru_file("board.fru"))
+        board = Board.default(self.folder)
+        board.change(lambda content: content["bmc"].update(transferMode={"active": True, "stuck": True}))
+        before = board.images()
+        with board:
+            self.run_machine(outside_bmc(board.port),
+                             {name: " ".join(["VARNOK"] + arguments) for name, arguments in self.MODES.items()})
+        self.assertEqual(board.images(), before)
+        for name, arguments in self.MODES.items():
+            with self.subTest(name):
+                expected = board.run_host(arguments, self.folder)
+                self.assertEqual(expected.status, NO_BMC_TRAFFIC)
+                self.assert_ends(name, NO_BMC_TRAFFIC)
+                self.assert_shows(name, expected.text)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

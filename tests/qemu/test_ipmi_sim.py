@@ -1,0 +1,66 @@
+"""The program against OpenIPMI's BMC simulator, with ipmitool as the second pair of eyes."""
+
+import re
+import unittest
+
+from machine import IpmiSim, outside_bmc
+from program import SUCCESS, ProgramTest, fru_file, lines_of
+
+SATELLITE = 0xB0
+
+
+def fields(text: str) -> dict[str, str]:
+    """What `ipmitool fru print` shows."""
+    return {key.strip(): value.strip() for key, value in re.findall(r"^ ([^:]+):(.*)$", text, re.MULTILINE)}
+
+
+class Simulator(ProgramTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.make_stick()
+        cls.stick.write("board.fru", fru_file("board.fru"))
+        cls.stick.write("back.fru", fru_file("backplane.fru", SATELLITE))
+        (cls.folder / "other.bin").write_bytes(cls.board_only_image())
+        devices = [(0x20, 0, 512, bytes(8)), (0x20, 1, 256, bytes(8)), (SATELLITE, 0, 256, bytes(8))]
+        with IpmiSim(cls.folder, devices) as simulator:
+            simulator.ipmitool("fru", "write", "1", str(cls.folder / "other.bin"))
+            cls.run_machine(outside_bmc(simulator.port), {
+                "program": "VARNOK /fru board.fru",
+                "program behind a controller": "VARNOK /fru back.fru",
+                "show": "VARNOK /d fru",
+                "show what another wrote": "VARNOK /d fru IMBDEVICE 01",
+            })
+            cls.board = fields(simulator.ipmitool("fru", "print", "0"))
+            cls.satellite = fields(simulator.ipmitool("-t", f"{SATELLITE:#x}", "fru", "print", "0"))
+
+    @staticmethod
+    def board_only_image() -> bytes:
+        area = bytearray(b"\x01\x05\x00\x00\x00\x00\xc8Somebody\xc5Other\xc4S-17\xc4P-18\xc0\xc1")
+        area += bytes(39 - len(area))
+        area.append(-sum(area) & 0xFF)
+        return bytes([1, 0, 0, 1, 0, 0, 0, 0xFE]) + bytes(area)
+
+    def test_ipmitool_reads_what_was_programmed(self):
+        self.assert_ends("program", SUCCESS)
+        self.assertEqual(self.board, self.board | {
+            "Chassis Type": "Rack Mount Chassis", "Chassis Part Number": "VW-CH-E2", "Chassis Serial": "CH00000001",
+            "Board Mfg": "Varnok Works", "Board Product": "E2E board", "Board Serial": "MB00000001",
+            "Board Part Number": "VW-E2E-1", "Product Manufacturer": "Varnok Works", "Product Name": "E2E unit",
+            "Product Part Number": "VW-E2E", "Product Version": "R1", "Product Serial": "PR00000001"})
+
+    def test_ipmitool_reads_what_was_programmed_behind_a_controller(self):
+        self.assert_ends("program behind a controller", SUCCESS)
+        self.assertEqual(self.satellite, self.satellite | {
+            "Board Mfg": "Varnok Works", "Board Product": "Backplane", "Board Serial": "BP00000001",
+            "Board Part Number": "VW-E2E-2"})
+
+    def test_shows_what_ipmitool_wrote(self):
+        self.assert_ends("show what another wrote", SUCCESS)
+        shown = lines_of(self.result("show what another wrote").text)
+        for line in (" Manufacturer Name(ASCII)       = Somebody", " Product Name     (ASCII)       = Other",
+                     " Serial Number    (ASCII)       = S-17", " Part Number      (ASCII)       = P-18"):
+            self.assertIn(line, shown)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,113 @@
+"""The program against QEMU's own BMC: help, command line, displays, trace log, redirection, a missing driver."""
+
+import unittest
+
+from machine import Board, own_bmc
+from program import BANNER, COMMAND_LINE_ERROR, LOAD_ERROR, NO_INTERFACE, NO_PROTOCOL, SUCCESS, ProgramTest, lines_of
+
+SMBIOS = ["-smbios", "type=1,manufacturer=Varnok Works,product=Hearth S2,version=R3,serial=SY0001",
+          "-smbios", "type=2,manufacturer=Board Maker,product=Hearth board,version=R4,serial=MB0002",
+          "-smbios", "type=3,manufacturer=Chassis Maker,version=R5,serial=CH0003,asset=AS0004"]
+SHOWN = [(" Manufacturer      = ", "Varnok Works"), (" Product Name      = ", "Hearth S2"),
+         (" Version           = ", "R3"), (" Serial Number     = ", "SY0001"),
+         (" Manufacturer      = ", "Board Maker"), (" Product           = ", "Hearth board"),
+         (" Version           = ", "R4"), (" Serial Number     = ", "MB0002"),
+         (" Manufacturer      = ", "Chassis Maker"), (" Version           = ", "R5"),
+         (" Serial Number     = ", "CH0003"), (" Asset Tag Number  = ", "AS0004")]
+
+
+class OwnBmc(ProgramTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.make_stick()
+        cls.stick.make_folder("empty")
+        cls.board = Board.default(cls.folder)
+        image = cls.board.folder / "board.bin"
+        cls.run_machine(own_bmc(frudatafile=image) + SMBIOS, {
+            "no driver": "cd empty\r\n\\VARNOK /?",
+            "help": "cd \\\r\nVARNOK /? > help.txt",
+            "help by letter": "VARNOK -H > letter.txt",
+            "nothing": "VARNOK",
+            "unknown option": "VARNOK /x",
+            "left over": "VARNOK /? /h",
+            "half": "VARNOK /d",
+            "fru": "VARNOK /d fru",
+            "fru to file": "VARNOK /d FRU > fru.txt",
+            "fru that is none": "VARNOK /d fru IMBDEVICE 05",
+            "smbios": "VARNOK /d smb",
+            "missing file": "VARNOK /fru none",
+            "missing sdr file": "VARNOK /sdr none.sdr",
+            "trace": "VARNOK /? -debug3",
+        })
+
+    def host(self, *arguments: str):
+        return self.board.run_host(list(arguments), self.folder)
+
+    def test_help_is_the_hosts(self):
+        for name, file in {"help": "help.txt", "help by letter": "letter.txt"}.items():
+            self.assert_ends(name, SUCCESS)
+            self.assert_file_shows(file, self.host("/?").text)
+
+    def test_command_line(self):
+        for name, arguments in {"nothing": [], "unknown option": ["/x"], "left over": ["/?", "/h"], "half": ["/d"]}.items():
+            self.assert_ends(name, COMMAND_LINE_ERROR)
+            self.assert_shows(name, self.host(*arguments).text)
+
+    def test_displays_a_real_dump(self):
+        expected = self.host("/d", "fru")
+        self.assertEqual(expected.status, SUCCESS)
+        for name in ("fru", "fru to file"):
+            self.assert_ends(name, SUCCESS)
+        self.assert_shows("fru", expected.text)
+        self.assert_file_shows("fru.txt", expected.text)
+        self.assertIn(" Product Name     (ASCII)       = Hearth S2 Server Board", lines_of(self.result("fru").text))
+
+    def test_failures_are_the_hosts(self):
+        for name, arguments in {"missing file": ["/fru", "none"], "missing sdr file": ["/sdr", "none.sdr"],
+                                "fru that is none": ["/d", "fru", "IMBDEVICE", "05"]}.items():
+            expected = self.host(*arguments)
+            self.assertNotEqual(expected.status, SUCCESS)
+            self.assert_ends(name, expected.status)
+            self.assert_shows(name, expected.text)
+
+    def test_displays_smbios(self):
+        self.assert_ends("smbios", SUCCESS)
+        lines = lines_of(self.result("smbios").text)
+        position = 0
+        for label, value in SHOWN:
+            self.assertIn(label + value, lines[position:])
+            position = lines.index(label + value, position) + 1
+
+    def test_trace_log(self):
+        self.assert_ends("trace", COMMAND_LINE_ERROR)
+        log = self.stick.read("DBGLOG.txt")
+        lines = log.decode("utf-16-le").split("\r\n")
+        self.assertEqual(lines[:3], ["VARNOK Main:: Got Debug Level 3", "CVarnok::Initialize [ENTRY]",
+                                     "CVarnok::SetCtrl_C_Enable [ENTRY]"])
+        self.assertEqual(lines[-2:], ["Dornquist::main [EXIT]", ""])
+        self.host("/?", "-debug3")
+        self.assertEqual(log, (self.folder / "DBGLOG.txt").read_bytes())
+
+    def test_missing_driver(self):
+        self.assert_ends("no driver", NO_INTERFACE)
+        self.assert_shows("no driver", NO_PROTOCOL)
+
+
+class NoBmc(ProgramTest):
+    def test_no_bmc(self):
+        self.make_stick()
+        self.run_machine([], {"help": "VARNOK /?", "fru": "VARNOK /d fru", "none": "VARNOK"})
+        for name in ("help", "fru", "none"):
+            self.assert_ends(name, NO_INTERFACE)
+            self.assert_shows(name, NO_PROTOCOL)
+
+    def test_driver_of_another_revision(self):
+        self.make_stick("other.efi")
+        self.run_machine(own_bmc(), {"help": "VARNOK /?", "again": "VARNOK /?"})
+        for name in ("help", "again"):
+            self.assert_ends(name, NO_INTERFACE)
+            self.assert_shows(name, NO_PROTOCOL)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

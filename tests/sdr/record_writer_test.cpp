@@ -1,0 +1,146 @@
+// Records written as SDR files, and read back.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "sdr/read_file.h"
+#include "sdr/utility.h"
+#include "tests/sdr/file_text.h"
+#include "tests/sdr/records.h"
+#include "tests/support/test_firmware.h"
+
+namespace varnok {
+namespace {
+
+using testing::AssociationRecord;
+using testing::Bytes;
+using testing::kAllTypes;
+using testing::kSdrFileEnd;
+using testing::kSdrFileHeader;
+using testing::RandomRecord;
+using testing::TemperatureRecord;
+using testing::TestFirmware;
+
+constexpr char kFile[] = "OUT.SDR";
+
+struct RecordWriter : ::testing::Test {
+  TestFirmware machine;
+
+  PoolPtr<CSdr> Decoded(const Bytes& bytes) {
+    PoolPtr<CSdr> record;
+    EXPECT_EQ(SdrUtility::CreateSDRTypeObject(bytes[3], record), kSuccess);
+    EXPECT_EQ(record->DecodeSDR(bytes), kSuccess);
+    return record;
+  }
+
+  Status Write(const Bytes& bytes) { return Decoded(bytes)->WriteRecordToFile(u"OUT.SDR"); }
+
+  /// The only record of the written file.
+  Bytes ReadBack() {
+    machine.files[kFile] = kSdrFileHeader + machine.files[kFile] + kSdrFileEnd;
+    std::unique_ptr<File> file;
+    EXPECT_EQ(machine.OpenFile(u"OUT.SDR", FileMode::Read, file), kSuccess);
+    SdrFileLines lines(*file);
+    SdrTypeList lists;
+    EXPECT_EQ(SdrReadFile::ReadSdrRecordsFromFile(lines, lists), kSuccess) << machine.files[kFile];
+    for (const auto& list : lists)
+      if (!list.empty()) return Bytes(list.front()->Raw().begin(), list.front()->Raw().end());
+    return {};
+  }
+};
+
+TEST_F(RecordWriter, EntityAssociation) {
+  PoolPtr<CSdr> record = Decoded(AssociationRecord());
+  ASSERT_EQ(record->AddTags({"CPU1", "A tag of more than 17 characters"}), kSuccess);
+  ASSERT_EQ(record->WriteRecordToFile(u"OUT.SDR"), kSuccess);
+  EXPECT_EQ(machine.files[kFile],
+            "\n"
+            "_SDR_TYPE 08\n"
+            "_SDR_TAG 'CPU1'\n"
+            "_SDR_TAG 'A tag of more tha'\n"
+            "_REC_LEN 0010\n"
+            "\n"
+            "   // Sensor Record Header\n"
+            "   0012               // Record ID\n"
+            "   51                 // SDR File\n"
+            "   08                 // Record Type\n"
+            "   0b                 // Record Length\n"
+            "\n"
+            "   // Record Key Bytes\n"
+            "   17                 // Container Entity ID\n"
+            "   01                 // Container Entity Instance\n"
+            "   80                 // Flags\n"
+            "   03                 // Contained Entity 1 / Range 1 entity\n"
+            "   01                 // Contained Entity 1 Instance / Range 1 first entity instance\n"
+            "\n"
+            "   // Record Body Bytes\n"
+            "   03                 // Contained Entity 2 / Range 1 entity\n"
+            "   02                 // Contained Entity 2 Instance / Range 1 last entity instance\n"
+            "   08                 // Contained Entity 3 / Range 2 entity\n"
+            "   01                 // Contained Entity 3 Instance / Range 2 first entity instance\n"
+            "   08                 // Contained Entity 4 / Range 2 entity\n"
+            "   10                 // Contained Entity 4 Instance / Range 2 last entity instance\n");
+}
+
+TEST_F(RecordWriter, FullSensorNamesBothFieldsOfASharedByte) {
+  ASSERT_EQ(Write(TemperatureRecord()), kSuccess);
+  const std::string& text = machine.files[kFile];
+  for (const char* line : {"   21                 // Sensor Owner ID\n",
+                           "   fa95               // Lower Threshold Reading Mask\n",
+                           "   01                 // M\n   aa                 // M, Tolerance\n",
+                           "   02                 // B\n   85                 // B, Accuracy\n",
+                           "   4b                 // Accuracy, Accuracy exponent\n",
+                           "   a1                 // R exponent, B exponent\n",
+                           "   ca                 // ID String Type / Length Code\n",
+                           "   'Inlet Temp'     // ID String Bytes\n"})
+    EXPECT_NE(text.find(line), std::string::npos) << line << text;
+}
+
+TEST_F(RecordWriter, ControllerConfirmationOemAndChannels) {
+  Bytes body(27, 0xAB);
+  ASSERT_EQ(Write(testing::Record(0x13, body)), kSuccess);
+  ASSERT_EQ(Write(testing::Record(0xC0, {0x40, 0xE2, 0x01, 0x02, 0x41})), kSuccess);
+  ASSERT_EQ(Write(testing::Record(0xC0, {0x40, 0xE2, 0x01, 'T', '2'})), kSuccess);
+  ASSERT_EQ(Write(testing::Record(0x14, Bytes(11, 0x01))), kSuccess);
+  const std::string& text = machine.files[kFile];
+  for (
+      const char* line :
+      {"   ababab             // Manufacturer ID\n   abab               // Product ID\n",
+       "   ab ab ab ab ab ab ab ab ab ab ab ab ab ab ab ab        // Device GUID\n",
+       "   01e240             // Manufacturer ID\n\n   // Record Body Bytes\n   02 41        // OEM Data\n",
+       "   'T2'     // OEM Data\n",
+       "   0b                 // Record Length\n\n   // Record Body Bytes\n   01                 // Message Channel 0 info\n"})
+    EXPECT_NE(text.find(line), std::string::npos) << line << text;
+}
+
+TEST_F(RecordWriter, EveryRecordReadsBackWithItsWordsReversed) {
+  // Type -> places (first byte, count) that are written most significant digit first.
+  const std::map<int, std::vector<std::pair<int, int>>> reversed{{0x01, {{15, 2}, {17, 2}, {19, 2}}},
+                                                                 {0x02, {{15, 2}, {17, 2}, {19, 2}, {24, 2}}},
+                                                                 {0x03, {{13, 2}}},
+                                                                 {0x13, {{12, 3}, {15, 2}}},
+                                                                 {0xC0, {{6, 3}}}};
+  std::mt19937 random(43);
+  for (std::uint8_t type : kAllTypes) {
+    for (int round = 0; round < 100; ++round) {
+      Bytes expected = RandomRecord(type, random);
+      machine.files.clear();
+      ASSERT_EQ(Write(expected), kSuccess);
+      std::swap(expected[0], expected[1]);
+      if (auto places = reversed.find(type); places != reversed.end())
+        for (auto [first, count] : places->second)
+          std::reverse(expected.begin() + first - 1, expected.begin() + first - 1 + count);
+      ASSERT_EQ(ReadBack(), expected) << machine.files[kFile];
+    }
+  }
+}
+
+TEST_F(RecordWriter, AFileThatCannotBeWritten) {
+  machine.fileFailures[kFile] = uefi_status::kWriteProtected;
+  EXPECT_EQ(Write(AssociationRecord()), sdr_status::kCannotWriteFile);
+  EXPECT_EQ(machine.TraceLines().back(), "CSdrType08::WriteRecordToFile - Error Writing File");
+}
+
+}  // namespace
+}  // namespace varnok
