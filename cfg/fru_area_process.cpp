@@ -125,7 +125,8 @@ Status CCfgFruArea::CopyWhole(CCfgFruName& fruName) {
   }
   if (status == kSuccess)
     status = FruData::SetAreaData(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-  return status == kSuccess ? kSuccess : Fail(cfg_status::kBadFruArea);
+  if (status == kSuccess) return kSuccess;
+  return Fail(index_ == FruAreaIndex::MultiRec ? cfg_status::kBadMultiRecord : cfg_status::kBadFruArea);
 }
 
 Status CCfgFruArea::ReadWhole(CCfgFruName& fruName, std::vector<std::uint8_t>& bytes) {

@@ -8,6 +8,7 @@
 
 #include "app/services/console.h"
 #include "app/services/text.h"
+#include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
 #include "tests/support/test_firmware.h"
 
@@ -18,6 +19,8 @@ class ScriptTest : public ::testing::Test {
   ScriptTest() {
     CCfgCommand::Callbacks() = {Dornquist::DisplayProgress, DisplayText, InputChar, GetEnvVar};
     EngineMessage().Reset();
+    const char* arguments[] = {"varnok", "-debug1"};
+    TraceSelectLevel(2, arguments);
   }
   ~ScriptTest() override { CCfgCommand::Callbacks() = {}; }
 
