@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "cfg/cfg_parser.h"
 #include "tests/cfg/board_script_test.h"
 
 namespace varnok {
@@ -266,6 +267,47 @@ TEST_F(Board, BmcIsRefreshedOnceAtTheEnd) {
 TEST_F(Board, MissingScriptIsAFileError) {
   EXPECT_EQ(RunFile("NONE.CFG"), 2);
   EXPECT_EQ(message, "The file 'NONE.CFG' was not found.");
+}
+
+TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
+  std::string script = Sample("MASTER.CFG");
+  // The board has no SDR repository.
+  std::size_t sdr = script.find("SDRNAME HEARTHS2.SDR\n");
+  ASSERT_NE(sdr, std::string::npos);
+  script.erase(sdr, 21);
+  machine.keys = u"4\r2\ryyVWS226010001\ryASSET-100\ry";
+  EXPECT_EQ(Run(script), 0) << message;
+  EXPECT_THAT(machine.console, HasSubstr("3\tNone of these: leave without any change\n42\n2\n"
+                                         "Is the second fan fitted? [Y/N] y\n\n"
+                                         "Enter serial number and asset tag now? [Y/N] y\n\n"
+                                         "\nProcessing FRU File HEARTHS2.FRU...\n\n"));
+  EXPECT_THAT(
+      machine.console,
+      EndsWith(kWritten + "Refreshing BMC...\nThis operation will take around 50 seconds to complete\n" +
+               kUpdated));
+  std::string image = Content("board.bin");
+  EXPECT_EQ(image[0x1A], 0x11) << "the pedestal's chassis type";
+  for (const char* text : {"VW-S2-MB-R4",
+                           "VWS226010001\xC9"
+                           "ASSET-100",
+                           "hearth_s2_r4.fru", "VWSB25061234"})
+    EXPECT_THAT(image, HasSubstr(text));
+  machine.keys = u"3\r";
+  EXPECT_EQ(Run(script), 0);
+  EXPECT_THAT(machine.console, EndsWith("Nothing was changed.\n"));
+}
+
+TEST_F(Board, SamplesAreRead) {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(VARNOK_SAMPLES)) {
+    if (entry.path().extension() != ".CFG") continue;
+    ++count;
+    machine.files[".\\" + entry.path().filename().string()] = ReadHostFile(entry.path());
+    CCfgParser parser;
+    EXPECT_EQ(parser.ParseFile(Widen(entry.path().filename().string()).c_str(), nullptr), kSuccess)
+        << entry.path() << Narrow(CCfgParser::GetLastError());
+  }
+  EXPECT_EQ(count, 9);
 }
 
 }  // namespace

@@ -1,4 +1,7 @@
 // SDRNAME and CLEARSDR in front of a scripted BMC.
+#include <fstream>
+#include <iterator>
+
 #include "sdr/sdr_data.h"
 #include "tests/cfg/script_test.h"
 #include "tests/support/scripted_ipmi.h"
@@ -55,6 +58,17 @@ TEST_F(SdrCommands, FileThatCannotBeLoadedStopsTheScript) {
   ScriptedIpmi bmc(machine);
   for (int i = 0; i < kAttempts; ++i) bmc.Expect(kStorage, kGetInfo).Reply({}, 0xC1);
   ExpectStopped("SDRNAME B.SDR", 0xC000000000090024, "The file '.\\B.SDR' was not found.");
+}
+
+TEST_F(SdrCommands, RecordsOfTheSampleAreRead) {
+  std::ifstream sample(VARNOK_SAMPLES "/HEARTHS2.SDR", std::ios::binary);
+  machine.files[".\\A.SDR"] = std::string(std::istreambuf_iterator<char>(sample), {});
+  ScriptedIpmi bmc(machine);
+  AnswerInfo(bmc);
+  EXPECT_EQ(Run("SDRNAME A.SDR"), kSuccess) << Message();
+  bool isLoaded = false;
+  EXPECT_EQ(SdrData::IsLoaded(isLoaded), kSuccess);
+  EXPECT_TRUE(isLoaded);
 }
 
 TEST_F(SdrCommands, EmptyTagEndsTheCommit) {
