@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "app/app_status.h"
+#include "app/messages.h"
 #include "app/services/console.h"
 #include "app/services/format.h"
 #include "app/services/text.h"
@@ -16,12 +17,6 @@
 #include "sdr/sdr_status.h"
 
 namespace varnok {
-namespace {
-
-constexpr std::u16string_view kResetRequired =
-    u"\nA system reset is required for the update to take effect.\n\n";
-}  // namespace
-
 int CVarnok::Execute() {
   TraceScope scope(u"CVarnok::Execute");
   switch (mode_) {
@@ -34,7 +29,7 @@ int CVarnok::Execute() {
     case RunMode::LoadSdrFile:
       return SdrExecutive();
     case RunMode::RunConfigFile:
-      return app_status::kScriptParsing;
+      return CfgFileExecutive();
     case RunMode::ShowHelp:
       return DisplayUsage();
     case RunMode::NoMode:

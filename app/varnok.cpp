@@ -5,6 +5,7 @@
 #include "app/services/console.h"
 #include "app/services/trace.h"
 #include "app/usage.h"
+#include "cfg/cfg_main.h"
 #include "fru/fru_data.h"
 #include "platform/fw_update.h"
 #include "platform/ipmi.h"
@@ -55,6 +56,15 @@ int CVarnok::InitializeBmcState() {
 }
 
 int CVarnok::InitializeManagers() {
+  if (CfgMain::Initialize() != kSuccess) {
+    CfgMain::GetLastErrorMessage(lastErrorMessage_);
+    Trace(u"CVarnok::Initialize - Initialize for CfgFile failed", 1);
+    return app_status::kProtocolInterfaces;
+  }
+  CfgMain::SetProgressCallback(Dornquist::DisplayProgress);
+  CfgFile::SetDisplayCallback(DisplayText);
+  CfgFile::SetInputCharCallback(InputChar);
+  CfgFile::SetGetEnvVarCallback(GetEnvVar);
   if (FruData::Initialize() != kSuccess) {
     FruData::GetLastErrorMessage(lastErrorMessage_);
     Trace(u"CVarnok::Initialize - Initialize for Frudata failed", 1);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "app/run_mode.h"
 #include "firmware/status.h"
@@ -48,6 +49,7 @@ class CVarnok {
   int DisplaySmbios();
   int UseTemporaryFile(std::u16string name, std::u16string& outName);
   int FailWith(std::u16string message, int status);
+  int FailScript(int status, std::u16string_view step);
 
   std::uint64_t debugLevel_ = 0;
   std::u16string message_;  ///< the object's own message text

@@ -1,0 +1,11 @@
+// Texts that more than one run mode prints.
+#pragma once
+
+#include <string_view>
+
+namespace varnok {
+
+inline constexpr std::u16string_view kResetRequired =
+    u"\nA system reset is required for the update to take effect.\n\n";
+
+}  // namespace varnok

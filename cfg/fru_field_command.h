@@ -1,0 +1,67 @@
+// FRUFIELD: sets one field of the FRUAREA before it, from the script, the operator, a file or the
+// environment.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "cfg/cfg_command.h"
+#include "cfg/fru_tables.h"
+
+namespace varnok {
+
+class CCfgFruArea;
+class CCfgFruName;
+
+class CCfgFruField : public CCfgCommand {
+ public:
+  CCfgFruField() : CCfgCommand(CommandType::FruField) {}
+
+  Status ReadFromFile(CFileCfg& file) override;
+  Status Process() override;
+  void DebugPrint() override;
+  bool IsValidCommandLocation() override;
+
+  /// The most that the field holds, in bytes.
+  std::size_t GetMaxFieldSize() const;
+  /// Whether the operator's text can be the field's value; shows why when not.
+  bool IsValidInput(std::string_view text) const;
+  /// Turns a chassis type's digits into its byte.
+  Status DoSpecialFieldConversions(std::string& value) const;
+  Status AssignValueToFruField(CCfgFruName& fruName, const std::string& value) const;
+  /// Selects the field within the FRU that is selected.
+  Status SelectField(const CCfgFruArea& area) const;
+
+ private:
+  enum class Source : std::uint32_t { File = 0, Env = 1, EnvFile = 2, Stdin = 3, Literal = 4 };
+
+  Status ReadField(const std::string& keyword);
+  Status ReadValue(std::string_view cursor);
+  Status ReadRedirection(const std::string& text);
+  Status ReadInputType(std::string_view name) const;
+  Status ReadSourceName(const std::string& text, std::string_view rest);
+  Status ReadLineNumber(const std::string& text, std::string_view digits);
+  Status CheckArea() const;
+  bool RefuseOutOfBlock(std::u16string_view message) const;
+
+  Status GetValue(CCfgFruName& fruName, std::string& value);
+  Status GetCurrentValue(CCfgFruName& fruName, std::string& value) const;
+  Status GetValueFromVariable(std::string& value, std::size_t size) const;
+  Status GetValueFromFile(const std::string& fileName, std::string& value);
+  Status AskOperator(std::string& value);
+  Status LongestAnswer(CCfgFruName& fruName, std::size_t& size) const;
+  Status Fail(Status status) const;
+  bool IsChassisType() const { return field_ == fru_field::kChassisType; }
+  const FruFieldRow& Row() const { return kFruFields[field_]; }
+
+  std::uint32_t field_ = fru_field::kNone;
+  Source source_ = Source::Literal;
+  std::optional<std::string> value_;
+  std::string sourceName_;
+  std::int32_t sourceLine_ = 0;
+  std::int32_t customNumber_ = 0;  ///< 1 to 9 for AMx
+};
+
+}  // namespace varnok

@@ -1,0 +1,226 @@
+// Where a FRUFIELD gets its value from when its script is processed, and the checks that the value must pass.
+#include <algorithm>
+
+#include "app/services/text.h"
+#include "app/services/trace.h"
+#include "cfg/cfg_parser.h"
+#include "cfg/file_input_command.h"
+#include "cfg/fru_area_command.h"
+#include "cfg/fru_field_command.h"
+#include "cfg/fru_name_command.h"
+#include "cfg/messages.h"
+#include "fru/fru_data.h"
+
+namespace varnok {
+namespace {
+
+constexpr std::size_t kLongestValue = 64;
+constexpr std::size_t kLongestChassisType = 3;
+constexpr std::uint32_t kLeastChassisType = 0x01;
+constexpr std::uint32_t kMostChassisType = 0x1D;
+
+constexpr std::u16string_view kTooShort =
+    u"\nThe input '%ls' is invalid, the string cannot be of length 1.\n";
+constexpr std::u16string_view kTooLong =
+    u"\nThe input '%ls' is invalid, the string cannot be longer than %d characters.\n";
+
+std::optional<FruFieldId> FixedField(const FruFieldRow& row, FruAreaIndex area) {
+  if (area == FruAreaIndex::Chassis) return row.chassis;
+  if (area == FruAreaIndex::Board) return row.board;
+  return area == FruAreaIndex::Product ? row.product : std::nullopt;
+}
+
+/// What is added to an additional field's number to select it: the area's fixed fields less one.
+std::uint32_t CustomFieldOffset(FruAreaIndex area) {
+  if (area == FruAreaIndex::Chassis) return 2;
+  return area == FruAreaIndex::Board ? 5 : 6;
+}
+
+}  // namespace
+
+Status CCfgFruField::Fail(Status status) const {
+  Trace(u"CCfgFruField::Process - Unable to update the %hs field", 1, Row().keyword);
+  return ReportFruFailure(status);
+}
+
+Status CCfgFruField::Process() {
+  TraceScope scope(u"CCfgFruField::Process");
+  ForgetFruMessage();
+  if (!IsValidCommandLocation()) return cfg_status::kOutOfBlock;
+  CCfgFruName& fruName = *parser_->CurrentFruName();
+  std::string value;
+  if (Status status = GetValue(fruName, value); status != kSuccess) return status;
+  // A value copied from the FRU is in the field's own form already.
+  bool isText = source_ != Source::Literal || value_.has_value();
+  if (isText && source_ != Source::Stdin) {
+    if (Status status = DoSpecialFieldConversions(value); status != kSuccess) return status;
+  }
+  return AssignValueToFruField(fruName, value);
+}
+
+Status CCfgFruField::SelectField(const CCfgFruArea& area) const {
+  TraceScope scope(u"CCfgFruField::SelectField");
+  Status status = FruData::SelectAreaEnum(area.Id());
+  if (status != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (field_ == fru_field::kCustom) {
+    status = FruData::SelectFieldInteger(static_cast<std::uint32_t>(customNumber_) +
+                                         CustomFieldOffset(area.Index()));
+  } else {
+    // A field that the area lacks is refused when the script is read; after VALIDATE the area is none.
+    std::optional<FruFieldId> field = FixedField(Row(), area.Index());
+    status = field ? FruData::SelectFieldEnum(*field) : fru_status::kNoSuchItem;
+  }
+  return status == kSuccess ? kSuccess : Fail(cfg_status::kBadFruField);
+}
+
+Status CCfgFruField::GetValue(CCfgFruName& fruName, std::string& value) {
+  switch (source_) {
+    case Source::Env:
+      return GetValueFromVariable(value, kLongestValue);
+    case Source::EnvFile: {
+      std::string fileName;
+      Status status = GetValueFromVariable(fileName, CCfgFileInputCommand::kPathCapacity);
+      return status == kSuccess ? GetValueFromFile(fileName, value) : status;
+    }
+    case Source::File:
+      return GetValueFromFile(sourceName_, value);
+    case Source::Stdin:
+      return AskOperator(value);
+    case Source::Literal:
+      break;
+  }
+  if (!value_) return GetCurrentValue(fruName, value);
+  value = *value_;
+  return kSuccess;
+}
+
+Status CCfgFruField::GetCurrentValue(CCfgFruName& fruName, std::string& value) const {
+  Status status = fruName.SelectFru(true);
+  if (status != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (status = SelectField(*fruName.GetFruArea()); status != kSuccess) return status;
+  const std::uint8_t* data = nullptr;
+  std::uint32_t length = 0;
+  if (FruData::GetFieldDataValue(data, length) != kSuccess) return Fail(cfg_status::kBadFruField);
+  value.assign(data, data + length);
+  return kSuccess;
+}
+
+Status CCfgFruField::GetValueFromVariable(std::string& value, std::size_t size) const {
+  if (GetEnvVariable(sourceName_, value, size)) return kSuccess;
+  CCfgParser::SetLastError(
+      u"Unable to read the FRU field value from the environment variable '%hs', the variable does not exist.",
+      sourceName_);
+  Trace(u"CCfgFruField::Process - The variable does not exist", 1);
+  return cfg_status::kNoVariable;
+}
+
+Status CCfgFruField::GetValueFromFile(const std::string& fileName, std::string& value) {
+  std::u16string path;
+  if (!GetFile(Widen(fileName), path, CCfgFileInputCommand::kPathCapacity)) {
+    CCfgParser::SetLastError(u"Unable to retrieve file for FRU field input %hs.", fileName);
+    Trace(u"CCfgFruField::Process - Unable to retrieve file", 1);
+    return cfg_status::kFileNotFound;
+  }
+  if (GetStringFromFile(Narrow(path), value, kLongestValue, sourceLine_)) return kSuccess;
+  Trace(u"CCfgFruField::Process - Unable to read the value", 1);
+  return cfg_status::kBadLine;
+}
+
+std::size_t CCfgFruField::GetMaxFieldSize() const {
+  return IsChassisType() ? kLongestChassisType : kLongestValue;
+}
+
+/// The room for an answer, with its end: what the field holds now and what the area has free besides.
+Status CCfgFruField::LongestAnswer(CCfgFruName& fruName, std::size_t& size) const {
+  if (fruName.SelectFru(false) != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (Status status = SelectField(*fruName.GetFruArea()); status != kSuccess) return status;
+  const std::uint8_t* data = nullptr;
+  std::uint32_t length = 0;
+  std::uint32_t freeBytes = 0;
+  if (FruData::GetFieldDataValue(data, length) != kSuccess || FruData::GetMaxFieldSize(freeBytes) != kSuccess)
+    return Fail(cfg_status::kBadFruField);
+  // 32-bit arithmetic: an area with less than no room left gives 0.
+  std::uint32_t room = length + 1 + freeBytes;
+  size = std::min({static_cast<std::size_t>(room), GetMaxFieldSize(), kLongestValue});
+  return kSuccess;
+}
+
+Status CCfgFruField::AskOperator(std::string& value) {
+  while (CCfgFruName* fruName = parser_->CurrentFruName()) {
+    std::size_t size = 0;
+    if (Status status = LongestAnswer(*fruName, size); status != kSuccess) return status;
+    if (size == 0) Display("The %hs FRU area has no availble space.\n", Narrow(Row().description));
+    char16_t digit = field_ == fru_field::kCustom ? static_cast<char16_t>(u'0' + customNumber_) : u' ';
+    Display(u"Enter the value for %ls %ls %ls:", Widen(fruName->GetFruArea()->Keyword()), Row().description,
+            std::u16string_view(&digit, 1));
+    std::u16string text;
+    if (!GetInputString(text, size, true)) {
+      Trace(u"CCfgFruField::Process - Unable to read the operator's input", 1);
+      return cfg_status::kNoInput;
+    }
+    value = Narrow(text);
+    if (!IsValidInput(value)) continue;
+    Display(u"\nIs this correct: '%ls'? ", text);
+    if (ToUpper(ReadYesOrNo()) != 'N') return kSuccess;
+  }
+  return cfg_status::kOutOfBlock;
+}
+
+bool CCfgFruField::IsValidInput(std::string_view text) const {
+  TraceScope scope(u"CCfgFruField::IsValidInput");
+  if (text.size() == 1) return Display(kTooShort, Widen(text)), false;
+  if (text.size() >= kLongestValue) return Display(kTooLong, Widen(text), kLongestValue - 1), false;
+  if (!IsChassisType()) return true;
+  std::uint32_t type = 0;
+  if (!StringToInt(text, type)) {
+    Display(u"\nThe input '%ls' is invalid, it must be a valid hexidecimal number from %02X to %02X.\n",
+            Widen(text), kLeastChassisType, kMostChassisType);
+    return false;
+  }
+  if (type >= kLeastChassisType && type <= kMostChassisType) return true;
+  Display(u"\nThe input '%02X' is invalid, it must be a hexidecimal number from %02X to %02X.\n", type,
+          kLeastChassisType, kMostChassisType);
+  return false;
+}
+
+Status CCfgFruField::DoSpecialFieldConversions(std::string& value) const {
+  TraceScope scope(u"CCfgFruField::DoSpecialFieldConversions");
+  if (!IsChassisType()) return kSuccess;
+  constexpr std::size_t kMostDigits = 2;
+  std::uint8_t type = 0;
+  if (value.size() > kMostDigits) {
+    CCfgParser::SetLastError(kTooLong, Widen(value), kMostDigits);
+  } else if (!StringToInt(value, type)) {
+    CCfgParser::SetLastError(cfg_message::kNotHexadecimal, value, GetDisplayName());
+  } else {
+    value.assign(1, static_cast<char>(type));
+    return kSuccess;
+  }
+  Trace(u"CCfgFruField::DoSpecialFieldConversions - Invalid chassis type", 1);
+  return cfg_status::kBadFruField;
+}
+
+Status CCfgFruField::AssignValueToFruField(CCfgFruName& fruName, const std::string& value) const {
+  TraceScope scope(u"CCfgFruField::AssignValueToFruField");
+  // The byte of a chassis type is no text of length 1.
+  if (value.size() == 1 && !IsChassisType()) {
+    CCfgParser::SetLastError(kTooShort, Widen(value));
+    Trace(u"CCfgFruField::AssignValueToFruField - The value is too short", 1);
+    return cfg_status::kBadFruField;
+  }
+  if (value.size() > GetMaxFieldSize()) {
+    CCfgParser::SetLastError(kTooLong, Widen(value), GetMaxFieldSize());
+    Trace(u"CCfgFruField::AssignValueToFruField - The value is too long", 1);
+    return cfg_status::kBadFruField;
+  }
+  if (fruName.SelectFru(false) != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (Status status = SelectField(*fruName.GetFruArea()); status != kSuccess) return status;
+  std::vector<std::uint8_t> bytes(value.begin(), value.end());
+  bytes.push_back(0);
+  if (FruData::SetFieldDataValue(bytes.data(), static_cast<std::uint32_t>(value.size())) != kSuccess)
+    return Fail(cfg_status::kBadFruField);
+  fruName.MarkModified();
+  return kSuccess;
+}
+
+}  // namespace varnok

@@ -1,0 +1,139 @@
+#include "cfg/menu_command.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#include "app/services/console.h"
+#include "app/services/text.h"
+#include "app/services/trace.h"
+#include "cfg/cfg_parser.h"
+
+namespace varnok {
+namespace {
+
+constexpr std::size_t kMostTitledItems = 32;
+constexpr std::size_t kAnswerCapacity = 16;
+constexpr const char* kMenu = "MENU";
+constexpr const char* kMenuPrompt = "MENUPROMPT";
+
+/// An unsigned number in the base that its prefix names: "0x" hexadecimal, "0" octal, else decimal. What
+/// follows the digits is not looked at. 0 for text that is no number; any number too large to choose an item,
+/// and any negative one, gives the largest.
+std::uint32_t ToNumber(std::u16string_view text) {
+  constexpr std::uint32_t kLargest = 0xFFFFFFFF;
+  text.remove_prefix(std::min(text.find_first_not_of(u' '), text.size()));
+  bool isNegative = text.starts_with(u'-');
+  if (isNegative || text.starts_with(u'+')) text.remove_prefix(1);
+  int base = 10;
+  if (text.size() > 2 && text[0] == u'0' && ToUpper(text[1]) == u'X') {
+    base = 16;
+    text.remove_prefix(2);
+  } else if (text.starts_with(u'0')) {
+    base = 8;
+  }
+  std::uint64_t number = 0;
+  for (char16_t character : text) {
+    int digit = character < 0x80 ? HexDigitValue(static_cast<char>(character)) : -1;
+    if (digit < 0 || digit >= base) break;
+    number = std::min<std::uint64_t>(number * static_cast<unsigned>(base) + static_cast<unsigned>(digit),
+                                     kLargest);
+  }
+  return isNegative && number != 0 ? kLargest : static_cast<std::uint32_t>(number);
+}
+
+}  // namespace
+
+Status CCfgMenu::ReadFromFile(CFileCfg& file) {
+  TraceScope scope(u"CCfgMenu::ReadFromFile");
+  if (!hasTitle_) {
+    // The MENU line is read again, as the first item.
+    file.SetCurrentLineNumber(file.GetCurrentLineNumber());
+    return ReadAnswersFromFile(file);
+  }
+  if (Status status = ReadOneParameter(file, title_.emplace(), cfg_status::kTooManyParameters);
+      status != kSuccess)
+    return status;
+  if (Status status = ReadAnswersFromFile(file); status != kSuccess) return status;
+  // A menu that MENU begins may have any number of items.
+  if (items_.size() <= kMostTitledItems) return kSuccess;
+  CCfgParser::SetLastError(u"Invalid number of menus to prompt: %d, the maximum allowed is %d.",
+                           items_.size(), kMostTitledItems);
+  Trace(u"CCfgMenu::ReadFromFile - Invalid number of menus to prompt", 1);
+  return cfg_status::kUnknownCommand;
+}
+
+Status CCfgMenu::ReadAnswersFromFile(CFileCfg& file) {
+  TraceScope scope(u"CCfgMenu::ReadAnswersFromFile");
+  Status status = kSuccess;
+  for (;;) {
+    std::string keyword;
+    std::string rest;
+    if (!file.GetFirstInput(keyword, kLineCapacity) || !file.GetRemainingLine(rest, kLineCapacity)) {
+      Trace(u"CCfgMenu::ReadAnswersFromFile - Unable to read a line", 1);
+      if (file.EndOfFile())
+        CCfgParser::SetLastError(u"The %hs command was not found before the end of the file.", kMenuPrompt);
+      return cfg_status::kBadLine;
+    }
+    if (EqualsIgnoreCase(keyword, kMenuPrompt)) {
+      if (Status extra = RefuseExtra(rest, cfg_status::kTooManyParameters); extra != kSuccess) status = extra;
+      break;
+    }
+    if (!EqualsIgnoreCase(keyword, kMenu)) {
+      CCfgParser::SetLastError(u"The '%hs' command cannot be used between MENUTITLE, MENU, and MENUPROMPT.",
+                               keyword);
+      Trace(u"CCfgMenu::ReadAnswersFromFile - Command out of order", 1);
+      return cfg_status::kOutOfPlace;
+    }
+    std::size_t count = items_.size();
+    if (Status item = ReadItem(rest); item != kSuccess) status = item;
+    if (items_.size() == count) return status;
+  }
+  if (!items_.empty()) return status;
+  CCfgParser::SetLastError(u"MENUPROMPT command found without a preceding MENU command.");
+  Trace(u"CCfgMenu::ReadAnswersFromFile - No items", 1);
+  return cfg_status::kBadLine;
+}
+
+/// Adds an item. An item with too much behind it is added too: reading goes on, and fails at the menu's end.
+Status CCfgMenu::ReadItem(std::string_view rest) {
+  MenuItem item;
+  if (!GetNextInput(rest, item.tag)) return MissingParameter(u"first", cfg_status::kTooManyParameters, kMenu);
+  if (IsBufferEmpty(rest) || !GetNextInput(rest, item.text)) item.text = item.tag;
+  items_.push_back(item);
+  return RefuseExtra(rest, cfg_status::kTooManyParameters);
+}
+
+void CCfgMenu::Show() {
+  if (title_) Display("%hs", *title_);
+  Display("\n");
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    Display("%d\t%hs", i + 1, items_[i].text);
+    Display("\n");
+  }
+}
+
+Status CCfgMenu::Process() {
+  TraceScope scope(u"CCfgMenu::Process");
+  Show();
+  std::u16string answer;
+  std::uint32_t number = 0;
+  while (number < 1 || number > items_.size()) {
+    // Nothing could ever be read: asking again would never end.
+    if (Callbacks().inputChar == nullptr) {
+      Trace(u"CCfgMenu::Process - Input callback function not set", 1);
+      return cfg_status::kNoInput;
+    }
+    number = GetInputString(answer, kAnswerCapacity, true) ? ToNumber(answer) : 0;
+  }
+  Display(u"\n%ls\n", answer);
+  // The last item stands for none of the others: it sets no tag.
+  if (number < items_.size() && parser_ != nullptr) parser_->SetTag(items_[number - 1].tag.c_str());
+  return kSuccess;
+}
+
+void CCfgMenu::DebugPrint() {
+  Print(u"%hs\n", title_ ? std::string_view(*title_) : std::string_view());
+  for (const MenuItem& item : items_) Print(u"%hs\t%hs\n", item.tag, item.text);
+}
+
+}  // namespace varnok

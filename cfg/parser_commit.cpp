@@ -1,0 +1,96 @@
+// The update list of a script and its commit.
+#include <iterator>
+
+#include "app/services/trace.h"
+#include "cfg/cfg_parser.h"
+#include "cfg/sdr_commands.h"
+#include "platform/fw_update.h"
+
+namespace varnok {
+
+void CCfgParser::AddUpdateCommand(CCfgCommand& command, CCfgFileInputCommand* file, bool replace) {
+  TraceScope scope(u"CCfgParser::AddUpdateCommand");
+  if (command.Type() == CommandType::SdrName) {
+    if (replace) RemoveFirstSdrName();
+    ++sdrUpdates_;
+  }
+  if (command.Type() == CommandType::FruName) hasFruUpdate_ = true;
+  updates_.push_back(
+      {&command, file == nullptr ? updateFiles_.end() : updateFiles_.insert(updateFiles_.end(), file)});
+}
+
+void CCfgParser::RemoveFirstSdrName() {
+  // Without the count a long update list would be searched for every SDRNAME.
+  if (sdrUpdates_ == 0) return;
+  for (auto update = updates_.begin(); update != updates_.end(); ++update) {
+    if (update->command->Type() != CommandType::SdrName) continue;
+    if (update->file != updateFiles_.end()) updateFiles_.erase(update->file);
+    updates_.erase(update);
+    --sdrUpdates_;
+    return;
+  }
+}
+
+void CCfgParser::ClearUpdateFileList() {
+  TraceScope scope(u"CCfgParser::ClearUpdateFileList");
+  for (Update& update : updates_) update.file = updateFiles_.end();
+  updateFiles_.clear();
+}
+
+void CCfgParser::ForgetUpdates() {
+  ClearUpdateFileList();
+  updates_.clear();
+  sdrUpdates_ = 0;
+  hasFruUpdate_ = false;
+}
+
+bool CCfgParser::IsWriteFirst(const CCfgCommand& command) {
+  return command.Type() == CommandType::SdrName && static_cast<const CCfgSdrName&>(command).IsWriteFirst();
+}
+
+Status CCfgParser::Execute() {
+  TraceScope scope(u"CCfgParser::Execute");
+  if (!isProcessed_) {
+    Trace(u"CCfgParser::Execute - Commands are not processed", 1);
+    return cfg_status::kCommitRefused;
+  }
+  isRefreshRequested_ = false;
+  Status status = ExecuteWriteFirst();
+  if (status == kSuccess) status = ExecuteOthers();
+  if (isRefreshRequested_ && FwUpdate::BmcRefresh() != kSuccess) {
+    Trace(u"CCfgParser::Execute - Unable to process commands since BmcRefreshfailed", 1);
+    return cfg_status::kCommitRefused;
+  }
+  return status;
+}
+
+Status CCfgParser::ExecuteWriteFirst() {
+  auto update = updates_.begin();
+  // Entries moved to the end are not met again.
+  for (std::size_t left = updates_.size(); left > 0; --left) {
+    auto current = update++;
+    if (IsWriteFirst(*current->command)) {
+      if (Status status = current->command->Execute(); status != kSuccess) {
+        Trace(u"CCfgParser::Execute - Unable to execute command", 1);
+        return status;
+      }
+    } else if (current->command->Type() == CommandType::SdrName && std::next(current) != updates_.end()) {
+      updates_.splice(updates_.end(), updates_, current);
+    }
+  }
+  return kSuccess;
+}
+
+Status CCfgParser::ExecuteOthers() {
+  for (const Update& update : updates_) {
+    if (IsWriteFirst(*update.command)) continue;
+    if (update.command->Type() == CommandType::BmcRefresh) isRefreshRequested_ = true;
+    if (Status status = update.command->Execute(); status != kSuccess) {
+      Trace(u"CCfgParser::Execute - Unable to execute command", 1);
+      return status;
+    }
+  }
+  return kSuccess;
+}
+
+}  // namespace varnok

@@ -1,0 +1,92 @@
+// Scripts over the simulated default board: transcript, exit status and images.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/services/text.h"
+#include "app/services/trace.h"
+#include "app/varnok.h"
+#include "platform/ipmi.h"
+#include "sim/board.h"
+#include "tests/support/test_firmware.h"
+
+namespace varnok::testing {
+
+/// A machine with a simulated board below it; its clock is the board's.
+class BoardMachine : public TestFirmware {
+ public:
+  void Stall(std::uint64_t microseconds, StallKind kind) override {
+    TestFirmware::Stall(microseconds, kind);
+    board->Stall(microseconds, kind);
+  }
+  WallClock Now() override { return board->Now(); }
+
+  std::unique_ptr<sim::Board> board;
+};
+
+class BoardScript : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "varnok-script-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+    folder_ = pattern;
+    std::string error;
+    ASSERT_TRUE(sim::Board::CreateDefault(folder_, error)) << error;
+    machine.board = sim::Board::Open(folder_, error);
+    ASSERT_NE(machine.board, nullptr) << error;
+    machine.board->OpenTrafficLog(folder_ / "traffic.txt");
+    machine.protocol = machine.board->InstalledIpmi();
+    // SMBIOS is not what scripts here ask for; the entry point suffices.
+    machine.smbiosEntryPoint = machine.board->SmbiosEntryPoint().data();
+    IpmiReset();
+    // Without one of its switches the trace log is off.
+    const char* name = "varnok";
+    TraceSelectLevel(1, &name);
+  }
+  void TearDown() override {
+    machine.board = nullptr;
+    IpmiReset();
+    std::filesystem::remove_all(folder_);
+  }
+
+  /// Runs a script of this text; the exit status. The message, when there is one, is in `message`.
+  int Run(std::string script) {
+    machine.files[".\\T.CFG"] = std::move(script);
+    return RunFile("T.CFG");
+  }
+  int RunFile(std::string name) {
+    CVarnok program;
+    EXPECT_EQ(program.Initialize(), 0);
+    machine.console.clear();
+    char self[] = "varnok";
+    char option[] = "/cfg";
+    char* arguments[] = {self, option, name.data(), nullptr};
+    EXPECT_EQ(program.ParseCommandLine(3, arguments), 0);
+    int status = program.Execute();
+    message = program.LastErrorMessage() != nullptr ? Narrow(program.LastErrorMessage()) : "";
+    return status;
+  }
+
+  std::string Image(const std::string& name) { return ReadHostFile(folder_ / name); }
+  std::string Traffic() { return ReadHostFile(folder_ / "traffic.txt"); }
+  static std::string ReadHostFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  }
+
+  BoardMachine machine;
+  std::string message;
+
+ private:
+  std::filesystem::path folder_;
+};
+
+}  // namespace varnok::testing

@@ -1,0 +1,314 @@
+#include <gmock/gmock.h>
+
+#include "cfg/cfg_parser.h"
+#include "tests/cfg/board_script_test.h"
+
+namespace varnok {
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+
+const std::string kWritten =
+    "\nFRU IMBDEVICE on bus FFh, Device ID 00h, IPMB adresss 20h, Lun 00h\nLoading Common Header Area\n"
+    "Loading FRU Internal Use Area\nLoading FRU Chassis Info Area\nLoading FRU Board Info Area\n"
+    "Loading FRU Product Info Area\nLoading FRU Multi Record Area\n"
+    "\nFRU File Area(s) successfully loaded into FRU memory.\n";
+const std::string kUpdated =
+    "\nThe system has been updated successfully.\n"
+    "\nA system reset is required for the update to take effect.\n\n";
+const std::string kHeaderQuestion =
+    "The FRU header area is different from the FRU file you are trying to program.\n"
+    "Note: Only the FRU file data is programmed. You will need to re-run the\n"
+    "package in order to modify any of the FRU field information.\n"
+    "Would you like to program the file data over the existing FRU data? [Y/N]";
+
+class Board : public testing::BoardScript {
+ protected:
+  void SetUp() override {
+    BoardScript::SetUp();
+    machine.files[".\\HEARTHS2.FRU"] = Sample("HEARTHS2.FRU");
+  }
+  static std::string Sample(const std::string& name) {
+    return ReadHostFile(std::filesystem::path(VARNOK_SAMPLES) / name);
+  }
+  std::string Content(const std::string& image) {
+    auto bytes = machine.board->Images().Find(image)->Content();
+    return std::string(bytes.begin(), bytes.end());
+  }
+  /// Expects the script to end with this status and message, and the system board's FRU to be as it was.
+  void ExpectFailure(const std::string& script, int status, const std::string& text) {
+    SCOPED_TRACE(script);
+    std::string before = Content("board.bin");
+    EXPECT_EQ(Run(script), status);
+    EXPECT_EQ(message, text);
+    EXPECT_EQ(Content("board.bin"), before);
+  }
+  /// How often a request went out: net function, LUN and command as the traffic log shows them.
+  int RequestCount(const std::string& request) {
+    std::string traffic = Traffic();
+    int count = 0;
+    for (std::size_t at = 0; (at = traffic.find("> 20 " + request, at)) != std::string::npos; ++at) ++count;
+    return count;
+  }
+  /// The default board's image with one text in the place of another of the same length.
+  std::string Replaced(std::string image, const std::string& from, const std::string& to) {
+    std::size_t at = image.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    EXPECT_EQ(from.size(), to.size());
+    return at == std::string::npos ? image : image.replace(at, from.size(), to);
+  }
+};
+
+TEST_F(Board, SystemsOwnFieldsAreChangedAndNothingElse) {
+  std::string before = Content("board.bin");
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT ASSET-000500\nFRUFIELD S#\n"), 0);
+  EXPECT_EQ(machine.console, kWritten) << "no file was loaded: no word of an update";
+  std::string after = Content("board.bin");
+  // The area's last byte is its checksum: 417 became 500, a smaller sum by 7.
+  std::string expected = Replaced(before, "ASSET-000417", "ASSET-000500");
+  expected[0x147] = static_cast<char>(expected[0x147] + ('4' + '1' + '7') - ('5' + '0' + '0'));
+  EXPECT_EQ(after, expected);
+}
+
+TEST_F(Board, BlockThatChangesNothingWritesNothing) {
+  std::string before = Content("board.bin");
+  EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA Board\nFRUAREA Chassis\n"), 0);
+  EXPECT_EQ(machine.console, "\nProcessing FRU File HEARTHS2.FRU...\n\n" + kUpdated);
+  EXPECT_EQ(Content("board.bin"), before);
+  EXPECT_GT(RequestCount("0A/0 11"), 0) << "read";
+  EXPECT_EQ(RequestCount("0A/0 12"), 0) << "not written";
+}
+
+TEST_F(Board, FieldsComeFromFileEnvironmentAndTextFiles) {
+  machine.environment["SN"] = u"VWSB26010001";
+  machine.environment["STATION"] = u"ST.TXT";
+  machine.files[".\\ST.TXT"] = "Plant 2\nLine 7 Shift 1\n";
+  EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA Chassis\nFRUFIELD CT 11\nFRUAREA Board\nFRUFIELD P#\n"
+                "FRUFIELD S# @ENV:ASCII:SN\nFRUFIELD AM2 @FILE:ASCII:ST.TXT:2\n"
+                "FRUFIELD MN @ENVFILE:ASCII:STATION:1\n"),
+            0)
+      << message;
+  std::string image = Content("board.bin");
+  EXPECT_EQ(image[0x1A], 0x11);
+  for (const char* text : {"VW-S2-MB-R4", "VWSB26010001", "\xCELine 7 Shift 1", "\xC7Plant 2"})
+    EXPECT_THAT(image, HasSubstr(text));
+  EXPECT_THAT(image, HasSubstr("hearth_s2_r3.fru")) << "what the script does not name stays";
+}
+
+TEST_F(Board, OperatorIsAskedUntilTheAnswerIsRight) {
+  machine.keys = u"x\rASSET-1\rnASSET-2\rqy";
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT @STDIN:ASCII\n"), 0);
+  EXPECT_THAT(machine.console,
+              ::testing::StartsWith(
+                  "Enter the value for Product Asset Tag  :x\n"
+                  "The input 'x' is invalid, the string cannot be of length 1.\n"
+                  "Enter the value for Product Asset Tag  :ASSET-1\nIs this correct: 'ASSET-1'? n\n"
+                  "Enter the value for Product Asset Tag  :ASSET-2\nIs this correct: 'ASSET-2'? y\n"));
+  EXPECT_THAT(Content("board.bin"), HasSubstr("\xC7"
+                                              "ASSET-2"));
+}
+
+TEST_F(Board, AnswerIsBoundedByTheRoomOfTheArea) {
+  // The product area has 4 free bytes and the field 12.
+  machine.keys = u"1234567890123456789\ry";
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT @STDIN:ASCII\n"), 0) << message;
+  EXPECT_THAT(Content("board.bin"), HasSubstr("\xD0"
+                                              "1234567890123456\xD0"));
+}
+
+TEST_F(Board, AdditionalFieldShowsItsNumber) {
+  machine.keys = u"AB\ry";
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Chassis\nFRUFIELD AM1 @STDIN:ASCII\n"), 0) << message;
+  EXPECT_THAT(
+      machine.console,
+      HasSubstr(
+          "Enter the value for Chassis Additional Manufacturer Field 1:AB\nIs this correct: 'AB'? y\n"));
+  EXPECT_THAT(Content("board.bin"), HasSubstr("\xC2"
+                                              "AB\xCFRail kit"));
+}
+
+TEST_F(Board, ChassisTypeOfTheOperatorIsChecked) {
+  machine.keys = u"1G\r1E\r17\rn05\ry";
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Chassis\nFRUFIELD CT @STDIN:ASCII\n"), 7);
+  EXPECT_THAT(machine.console,
+              HasSubstr("The input '1G' is invalid, it must be a valid hexidecimal number from 01 to 1D.\n"));
+  EXPECT_THAT(machine.console,
+              HasSubstr("The input '1E' is invalid, it must be a hexidecimal number from 01 to 1D.\n"));
+  // The digits reach the field as they are, and it holds one byte.
+  EXPECT_THAT(message, ::testing::StartsWith("Could not assign new data to the chassis area."));
+}
+
+TEST_F(Board, WholeFileReplacesAnotherLayoutWhenTheOperatorAgrees) {
+  std::string file = Sample("HEARTHS2.FRU");
+  // One unit more for the chassis area: what follows moves by 8 bytes.
+  auto replace = [&file](const std::string& from, const std::string& to) {
+    file.replace(file.find(from), from.size(), to);
+  };
+  replace("01 03 0B 1B 29 ", "01 03 0C 1C 2A ");
+  replace("  AC ", "  A9 ");
+  replace("  08               // length: 64", "  09               // length: 72");
+  machine.files[".\\NEW.FRU"] = file;
+  const std::string areas =
+      "FRUAREA InternalUse\nFRUAREA Chassis\nFRUAREA Board\nFRUAREA Product\nFRUAREA MultiRec 1\n";
+
+  machine.keys = u"xn";
+  ExpectFailure(
+      "FRUNAME NEW.FRU\nFRUAREA Header\n", 5,
+      "The header in the FRU file 'NEW.FRU' does not match the header in the system FRU.  The FRU cannot be "
+      "updated.");
+  EXPECT_THAT(machine.console, EndsWith(kHeaderQuestion + "n\n"));
+  machine.keys = u"y";
+  ExpectFailure(
+      "FRUNAME NEW.FRU\n" + areas, 4,
+      "The configuration file should update all the FRU ares in the file 'NEW.FRU', to avoid corrupting the "
+      "FRU.");
+  machine.keys = u"Y";
+  EXPECT_EQ(Run("FRUNAME NEW.FRU\nFRUAREA Header\n" + areas), 0) << message;
+  EXPECT_EQ(machine.console,
+            "\nProcessing FRU File NEW.FRU...\n\n" + kHeaderQuestion + "Y\n" + kWritten + kUpdated);
+  EXPECT_EQ(Content("board.bin").substr(0, 8), std::string("\x01\x01\x03\x0C\x1C\x2A\x00\xA9", 8));
+}
+
+TEST_F(Board, AreaIsResizedAndRounded) {
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Chassis size=60\n"), 0) << message;
+  EXPECT_EQ(machine.console, "\nArea size should be a multiple of 8. Rounding area size to 64..." + kWritten);
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Chassis size=72\nFRUFIELD AM1 \"2U rack, 12 bays, black\"\n"), 0)
+      << message;
+  std::string image = Content("board.bin");
+  EXPECT_EQ(image.substr(0, 8), std::string("\x01\x01\x03\x0C\x1C\x2A\x00\xA9", 8));
+  EXPECT_EQ(image[0x19], 9);
+  ExpectFailure("FRUNAME SYSTEM\nFRUAREA Chassis size=48\n", 7,
+                "The FRU fields don't fit into the requested FRU AREA size.\n");
+}
+
+TEST_F(Board, AreasThatHoldNoFieldsAreCopiedWhole) {
+  std::string& file = machine.files[".\\HEARTHS2.FRU"];
+  file.replace(file.find("10 27 00 00 01"), 14, "10 27 00 00 02");
+  EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA InternalUse\n"), 0) << message;
+  EXPECT_EQ(Content("board.bin")[0x11], 2);
+  // A record is copied over the one behind it, which the last one has not.
+  ExpectFailure("FRUNAME HEARTHS2.FRU\nFRUAREA MultiRec 2\n", 7,
+                "An unexpected error occurred while accessing FRUs.");
+}
+
+TEST_F(Board, ValidationAnswersByItsTag) {
+  const std::string show = "IFSET OK\nDISPLAY sound\nELSE\nDISPLAY damaged\nENDIF\n";
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Board VALIDATE OK\n" + show), 0);
+  EXPECT_EQ(machine.console, "sound\n");
+  // The spare device is blank: it cannot be read at all, which is no failure here.
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA Board VALIDATE OK\n" + show), 0);
+  EXPECT_EQ(machine.console, "damaged\n");
+}
+
+TEST_F(Board, OtherDevicesAreReachedByTheirAddress) {
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUADDRESS AT24C02 03 A0\nFRUAREA Product\nFRUFIELD P# VW-PS800-R5\n"), 0)
+      << message;
+  EXPECT_THAT(machine.console,
+              HasSubstr("FRU AT24CO2 on bus 03h, Device ID 00h, IPMB adresss A0h, Lun 00h\n"));
+  EXPECT_THAT(Content("supply.bin"), HasSubstr("VW-PS800-R5"));
+}
+
+TEST_F(Board, ComparedAreaIsNotWritten) {
+  std::string before = Content("board.bin");
+  EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA Board COMPARE\nFRUFIELD P#\n"), 4);
+  EXPECT_THAT(machine.console, HasSubstr("Board Info Area is different between the file and the memory."));
+  EXPECT_THAT(Content("board.bin"), HasSubstr("VW-S2-MB-R3"));
+  EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA Board COMPARE\n"), 0);
+  EXPECT_THAT(machine.console, HasSubstr("Verifying FRU Board Info Area\n"));
+}
+
+TEST_F(Board, ScriptThatFailsInProcessingWritesNothing) {
+  const std::string change = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT ASSET-000500\n";
+  ExpectFailure(change + "FRUFIELD S# x\n", 7,
+                "\nThe input 'x' is invalid, the string cannot be of length 1.\n");
+  ExpectFailure(change + "FRUFIELD S# " + std::string(65, 'x'), 7,
+                "\nThe input '" + std::string(65, 'x') +
+                    "' is invalid, the string cannot be longer than 64 characters.\n");
+  ExpectFailure(
+      change + "FRUFIELD S# " + std::string(40, 'x'), 7,
+      "Could not assign new data to the product area.  The data is probably too long to fit in the field or "
+      "area.");
+  ExpectFailure(
+      change + "FRUFIELD S# @ENV:ASCII:NONE", 7,
+      "Unable to read the FRU field value from the environment variable 'NONE', the variable does not exist.");
+  ExpectFailure(change + "FRUFIELD S# @FILE:ASCII:HEARTHS2.FRU:900", 7,
+                "Unable to read the FRU field value from the file '.\\HEARTHS2.FRU' at line number: 900");
+  ExpectFailure(change + "FRUAREA Chassis\nFRUFIELD CT 117", 7,
+                "\nThe input '117' is invalid, the string cannot be longer than 2 characters.\n");
+  ExpectFailure(
+      change + "FRUAREA Chassis\nFRUFIELD CT 1G", 7,
+      "1G is not a valid input for the FRUFIELD command.  The value must be a valid hexidecimal number.");
+  ExpectFailure(change + "FRUAREA Chassis\nFRUFIELD AM9 xx", 7, "No such FRU field.");
+  ExpectFailure(change + "FRUNAME NONE.FRU", 2, "Could not open FRU file \".\\NONE.FRU\".");
+  ExpectFailure(change + "FRUNAME \"\"", 7, "FRU file name is null.");
+  ExpectFailure(change + "FRUNAME SYSTEM\nFRUADDRESS AT24C02 03 A0\nFRUAREA Board", 7,
+                "The Board area does not exist in the system FRU, it cannot be updated.");
+  ExpectFailure(change + "FRUNAME SYSTEM\nFRUADDRESS 01", 5, "The selected FRU is not an IPMI FRU.");
+  ExpectFailure(change + "SDRNAME NONE.SDR", 2, "Could not open file .\\NONE.SDR");
+  ExpectFailure(change + "ERRORLEVEL 5", 5, "Configuration file exiting due to ERRORLEVEL 05.");
+  ExpectFailure(change + "IFSET x", 6,
+                "Invalid input in file 'T.CFG' at line 5:\n   IFSET found without matching ENDIF.");
+}
+
+TEST_F(Board, ErrorLevelZeroEndsInSilence) {
+  EXPECT_EQ(Run("DISPLAY a\nERRORLEVEL\nDISPLAY b"), 0);
+  EXPECT_EQ(machine.console, "a\n");
+}
+
+TEST_F(Board, BmcIsRefreshedOnceAtTheEnd) {
+  EXPECT_EQ(Run("BMC_REFRESH\nFRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT ASSET-000500\nBMC_REFRESH\n"), 0)
+      << message;
+  EXPECT_EQ(machine.console,
+            kWritten + "Refreshing BMC...\nThis operation will take around 50 seconds to complete\n");
+  EXPECT_EQ(RequestCount("06/0 02"), 1);
+}
+
+TEST_F(Board, MissingScriptIsAFileError) {
+  EXPECT_EQ(RunFile("NONE.CFG"), 2);
+  EXPECT_EQ(message, "The file 'NONE.CFG' was not found.");
+}
+
+TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
+  std::string script = Sample("MASTER.CFG");
+  // The board has no SDR repository.
+  std::size_t sdr = script.find("SDRNAME HEARTHS2.SDR\n");
+  ASSERT_NE(sdr, std::string::npos);
+  script.erase(sdr, 21);
+  machine.keys = u"4\r2\ryyVWS226010001\ryASSET-100\ry";
+  EXPECT_EQ(Run(script), 0) << message;
+  EXPECT_THAT(machine.console, HasSubstr("3\tNone of these: leave without any change\n42\n2\n"
+                                         "Is the second fan fitted? [Y/N] y\n\n"
+                                         "Enter serial number and asset tag now? [Y/N] y\n\n"
+                                         "\nProcessing FRU File HEARTHS2.FRU...\n\n"));
+  EXPECT_THAT(
+      machine.console,
+      EndsWith(kWritten + "Refreshing BMC...\nThis operation will take around 50 seconds to complete\n" +
+               kUpdated));
+  std::string image = Content("board.bin");
+  EXPECT_EQ(image[0x1A], 0x11) << "the pedestal's chassis type";
+  for (const char* text : {"VW-S2-MB-R4",
+                           "VWS226010001\xC9"
+                           "ASSET-100",
+                           "hearth_s2_r4.fru", "VWSB25061234"})
+    EXPECT_THAT(image, HasSubstr(text));
+  machine.keys = u"3\r";
+  EXPECT_EQ(Run(script), 0);
+  EXPECT_THAT(machine.console, EndsWith("Nothing was changed.\n"));
+}
+
+TEST_F(Board, SamplesAreRead) {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(VARNOK_SAMPLES)) {
+    if (entry.path().extension() != ".CFG") continue;
+    ++count;
+    machine.files[".\\" + entry.path().filename().string()] = ReadHostFile(entry.path());
+    CCfgParser parser;
+    EXPECT_EQ(parser.ParseFile(Widen(entry.path().filename().string()).c_str(), nullptr), kSuccess)
+        << entry.path() << Narrow(CCfgParser::GetLastError());
+  }
+  EXPECT_EQ(count, 9);
+}
+
+}  // namespace
+}  // namespace varnok

@@ -1,0 +1,101 @@
+// The engine's front.
+#include <gmock/gmock.h>
+
+#include "cfg/cfg_main.h"
+#include "platform/ipmi.h"
+#include "tests/cfg/script_test.h"
+#include "tests/support/scripted_ipmi.h"
+
+namespace varnok {
+namespace {
+
+using testing::ScriptedIpmi;
+using testing::TestFirmware;
+
+/// An engine on a BMC that has answered Get Device ID.
+class Engine : public ::testing::Test {
+ protected:
+  Engine() {
+    ScriptedIpmi bmc(machine);
+    for (int i = 0; i < 2; ++i)
+      bmc.Expect(0x06, 0x01)
+          .Reply({0x20, 0x81, 0x01, 0x05, 0x02, 0xBF, 0x40, 0xE2, 0x01, 0x11, 0x43, 1, 2, 3, 4});
+    EXPECT_EQ(CfgMain::Initialize(), kSuccess);
+    CfgFile::SetDisplayCallback(DisplayText);
+  }
+  Status Load(std::string script) {
+    machine.files[".\\T.CFG"] = std::move(script);
+    return CfgMain::LoadConfigurationFromFile(u"T.CFG", nullptr);
+  }
+  TestFirmware machine;
+};
+
+TEST(EngineStart, FailsWithoutMemoryOrBmc) {
+  constexpr Status kNotInitialized = 0xC000000000090005;
+  TestFirmware machine;
+  const char* arguments[] = {"varnok", "-debug1"};
+  TraceSelectLevel(2, arguments);
+  machine.FailPoolAllocation(1);
+  EXPECT_EQ(CfgMain::Initialize(), 0xC000000000090001);
+  machine.FailPoolAllocation(2);
+  EXPECT_EQ(CfgMain::Initialize(), 0xC000000000090032);
+  const char16_t* text = nullptr;
+  std::uint64_t level = 0;
+  std::uint32_t count = 0;
+  for (Status status :
+       {CfgMain::LoadConfigurationFromFile(u"T.CFG", nullptr), CfgMain::CommitConfigurationToSystem(),
+        CfgMain::SetProgressCallback(nullptr), CfgMain::GetLastErrorMessage(text),
+        CfgFile::SetDisplayCallback(nullptr), CfgFile::SetInputCharCallback(nullptr),
+        CfgFile::SetGetEnvVarCallback(nullptr), CfgFile::SetOutputFile("x"), CfgFile::ProcessCommands(),
+        CfgFile::GetErrorLevel(level), CfgFile::GetNumberOfInputFiles(count)})
+    EXPECT_EQ(status, kNotInitialized);
+  EXPECT_THAT(
+      machine.TraceLines(),
+      ::testing::Contains(
+          "CfgMain::ProcessCommands - Unable to process commmands since interfaces are not initialized"));
+  IpmiReset();
+  EXPECT_EQ(CfgMain::Initialize(), 0xC000000000090004);
+  EXPECT_EQ(machine.TraceLines().back(),
+            "CfgMain::Initialize - Unable to read BMC type and version resource for this module");
+}
+
+TEST_F(Engine, KnowsItsBmc) {
+  EXPECT_EQ(CfgMain::GetBmcIdentity().type, 2u);
+  EXPECT_EQ(CfgMain::GetBmcIdentity().ipmiVersion, 2u);
+}
+
+TEST_F(Engine, StepsNeedTheOnesBefore) {
+  std::uint64_t level = 0;
+  EXPECT_EQ(CfgFile::ProcessCommands(), 0xC000000000090001);
+  EXPECT_EQ(CfgFile::GetErrorLevel(level), 0xC000000000090001);
+  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), 0xC000000000090011);
+  ASSERT_EQ(Load("SET a"), kSuccess);
+  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), 0xC000000000090011);
+  ASSERT_EQ(CfgFile::ProcessCommands(), kSuccess);
+  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), kSuccess);
+}
+
+TEST_F(Engine, LevelIsTakenOffTheStatus) {
+  std::uint64_t level = 99;
+  ASSERT_EQ(Load("ERRORLEVEL 3"), kSuccess);
+  EXPECT_EQ(CfgFile::ProcessCommands(), 0xC0000000000903E8);
+  EXPECT_EQ(CfgFile::GetErrorLevel(level), kSuccess);
+  EXPECT_EQ(level, 3u);
+  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), 0xC000000000090011);
+  ASSERT_EQ(Load("ERRORLEVEL 0"), kSuccess);
+  EXPECT_EQ(CfgFile::ProcessCommands(), 0xC0000000000903E8);
+  CfgFile::GetErrorLevel(level);
+  EXPECT_EQ(level, 3u) << "level 0 leaves the earlier one";
+}
+
+TEST_F(Engine, MessageIsHandedOutOnce) {
+  EXPECT_EQ(CfgMain::LoadConfigurationFromFile(u"T.TXT", nullptr), 0xC000000000090008);
+  const char16_t* text = nullptr;
+  EXPECT_EQ(CfgMain::GetLastErrorMessage(text), kSuccess);
+  EXPECT_EQ(std::u16string_view(text), u"T.TXT is an invalid file type, the extension must be '.CFG'.");
+  EXPECT_EQ(CfgMain::GetLastErrorMessage(text), kSuccess);
+  EXPECT_EQ(text, nullptr);
+}
+
+}  // namespace
+}  // namespace varnok

@@ -1,0 +1,82 @@
+// Long and deeply nested scripts: time grows with their length, and their nesting costs no stack.
+#include <pthread.h>
+
+#include <algorithm>
+#include <ctime>
+#include <functional>
+
+#include "tests/cfg/script_test.h"
+
+namespace varnok {
+namespace {
+
+using Scale = testing::ScriptTest;
+
+/// Blocks of nine lines that set, test and clear tags of their own, in nested blocks, with distinct tags.
+std::string LongScript(int lines, int tags) {
+  std::string script;
+  for (int block = 0; block < lines / 10; ++block) {
+    std::string tag = "TAG_" + std::to_string(block % tags);
+    script += "SET " + tag + "\nIFSET " + tag + "\n  IFSET NONE " + tag +
+              "\n    DISPLAY never\n  ELSE\n    IFSET " + tag + "\n      CLEAR " + tag +
+              "\n    ENDIF\n  ENDIF\nENDIF\nSET " + tag + "\n";
+  }
+  return script;
+}
+
+class Timed : public Scale {
+ protected:
+  /// Processor time of loading and running a script, the best of three.
+  double Seconds(const std::string& script) {
+    double best = 1e9;
+    for (int i = 0; i < 3; ++i) {
+      std::clock_t start = std::clock();
+      EXPECT_EQ(Run(script), kSuccess);
+      best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    }
+    return best;
+  }
+};
+
+TEST_F(Timed, TimeGrowsWithTheLengthOfTheScript) {
+  double quarter = Seconds(LongScript(25'000, 2'500));
+  double whole = Seconds(LongScript(100'000, 10'000));
+  EXPECT_EQ(parser.TagCount(), 10'000u);
+  EXPECT_LT(whole, 10 * quarter) << "four times the lines; a square law would take sixteen times as long";
+}
+
+/// Runs `body` on a thread whose stack is as small as a firmware application's.
+void OnSmallStack(std::function<void()> body) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 128 * 1024), 0);
+  auto run = [](void* data) -> void* {
+    (*static_cast<std::function<void()>*>(data))();
+    return nullptr;
+  };
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+}
+
+TEST_F(Scale, NestingCostsNoStack) {
+  constexpr int kDepth = 50'000;
+  std::string open;
+  std::string close;
+  for (int i = 0; i < kDepth; ++i) {
+    open += i % 2 == 0 ? "IFSET a\n" : "IFSET b\nELSE\n";
+    close += "ENDIF\n";
+  }
+  OnSmallStack([&] {
+    EXPECT_EQ(Run("SET a\n" + open + "DISPLAY inner\n" + close), kSuccess);
+    parser.DebugPrint();
+    EXPECT_EQ(machine.console.substr(0, 6), "inner\n");
+    EXPECT_EQ(Load(open), 0xC000000000090013);
+    EXPECT_EQ(Load("SET a\n" + open + "NOSUCH\n" + close), 0xC000000000090016);
+    parser.Free();
+  });
+}
+
+}  // namespace
+}  // namespace varnok
