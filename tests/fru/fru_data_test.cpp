@@ -83,6 +83,8 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
   ExpectFailure(FruData::HasBoardArea(flag), fru_status::kNothingSelected, kUnexpectedText);
   ExpectFailure(FruData::SelectFruByAddress({.deviceId = 9, .displayName = {}}), fru_status::kNoSuchItem,
                 "A FRU was requested which does not exist on the system.");
+  TheFruManager()->fru = 1;
+  ExpectFailure(FruData::HasBoardArea(flag), fru_status::kNoSuchItem, kUnexpectedText);
 }
 
 TEST_F(FruFront, EveryOperationOfItsStartIsTraced) {
@@ -277,6 +279,17 @@ TEST_F(FruFront, ValidatesTheFirstAreaInModeOne) {
   Select(FruAreaId::CommonHeaderArea);
   ASSERT_EQ(FruData::SetAreaWriteMode(FruWriteMode::Skip), kSuccess);
   ExpectFailure(FruData::ValidateSelectedArea(), fru_status::kNoListLoaded, text);
+  // Of records in mode 1 the data count, whatever their headers sum to.
+  for (auto [id, offset, status] : {std::tuple{3u, 12u, kSuccess}, {4u, 13u, fru_status::kNoListLoaded}}) {
+    device.image = Join({Header({0, 0, 0, 0, 1}), Record(1, {1}, true)});
+    ++device.image[offset];
+    FruDeviceAddress address{.deviceId = static_cast<std::uint8_t>(id), .displayName = {}};
+    EXPECT_EQ(FruData::LoadFruAtAddress(address, flag), fru_status::kMultiRecordArea);
+    ASSERT_EQ(FruData::SelectFruByAddress(address), kSuccess);
+    Select(FruAreaId::MultiRecordArea);
+    ASSERT_EQ(FruData::SetAreaWriteMode(FruWriteMode::Skip), kSuccess);
+    EXPECT_EQ(FruData::ValidateSelectedArea(), status) << offset;
+  }
   device.image = Join({Header({0, 0, 1, 0, 0}), Area(6, BoardContent())});
   ASSERT_EQ(FruData::LoadFruAtAddress({.deviceId = 2, .displayName = {}}, flag), kSuccess);
   ASSERT_EQ(FruData::SelectFruByAddress({.deviceId = 2, .displayName = {}}), kSuccess);

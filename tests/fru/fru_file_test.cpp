@@ -204,6 +204,9 @@ TEST_F(FruFile, BlocksEndAtTheirLimits) {
   EXPECT_EQ(CFru::ParseArea("_SEE_BOARD", lines, 0, bytes), kSuccess);
   EXPECT_EQ(AsText(bytes), "q\x01") << "a digit without its second one is no byte";
   EXPECT_EQ(CFru::ParseArea("_SEE_PRODUCT", lines, 0, bytes), fru_status::kBlockTagMissing);
+  lines.Assign("_SEE_BOARD\n0x\n");
+  EXPECT_EQ(CFru::ParseArea("_SEE_BOARD", lines, 0, bytes), fru_status::kBlockCharacter);
+  EXPECT_TRUE(bytes.empty());
   CFru::SetParseAreaErrorMessage(fru_status::kBlockTagMissing, u"Product Info Area", "a.fru");
   EXPECT_EQ(LastFruError(),
             "Could not find the start tag for the Product Info Area while parsing the FRU file \"a.fru\".");
