@@ -23,17 +23,17 @@ void ShowError(const CVarnok& application, int status) {
 
 int Main(int argc, char* argv[]) {
   CVarnok application;
-  Trace(u"VARNOK::main [ENTRY]", 3);
+  Trace("VARNOK::main [ENTRY]", 3);
   std::uint32_t level = TraceSelectLevel(argc, argv);
   application.SetDebugLevel(level);
-  Trace(u"VARNOK Main:: Got Debug Level %d", 3, level);
+  Trace("VARNOK Main:: Got Debug Level %d", 3, level);
   Print(u"\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n");
   int status = Run(application, argc, argv);
   if (status != app_status::kSuccess && status != app_status::kCommandLine) ShowError(application, status);
   application.DeInitialize();
   // The name differs from the entry line's; readers of the log know both as
   // they stand.
-  Trace(u"Dornquist::main [EXIT]", 3);
+  Trace("Dornquist::main [EXIT]", 3);
   return status;
 }
 

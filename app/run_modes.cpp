@@ -18,7 +18,7 @@
 
 namespace varnok {
 int CVarnok::Execute() {
-  TraceScope scope(u"CVarnok::Execute");
+  TraceScope scope("CVarnok::Execute");
   switch (mode_) {
     case RunMode::DisplayFru:
     case RunMode::DisplaySdr:
@@ -39,7 +39,7 @@ int CVarnok::Execute() {
 }
 
 int CVarnok::DisplaySystemInformation() {
-  TraceScope scope(u"CVarnok::DisplaySystemInformation");
+  TraceScope scope("CVarnok::DisplaySystemInformation");
   switch (mode_) {
     case RunMode::DisplayFru:
       return DisplayFru();
@@ -82,13 +82,13 @@ int CVarnok::DisplaySmbios() {
 }
 
 int CVarnok::FruExecutive() {
-  TraceScope scope(u"CVarnok::FruExecutive");
+  TraceScope scope("CVarnok::FruExecutive");
   std::u16string outputFile;
   if (int status = UseTemporaryFile(u"FRU.TMP", outputFile); status != app_status::kSuccess) return status;
   if (!outputFile.empty()) FruData::SetOutputFile(Narrow(outputFile));
   if (FruData::LoadConfigurationFromFile(Narrow(fileName_)) != kSuccess) {
     FruData::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::FruExecutive - LoadConfigurationFromFile failed", 1);
+    Trace("CVarnok::FruExecutive - LoadConfigurationFromFile failed", 1);
     return app_status::kLoad;
   }
   constexpr bool kForce = true;
@@ -99,27 +99,27 @@ int CVarnok::FruExecutive() {
 }
 
 int CVarnok::SdrExecutive() {
-  Trace(u"CVarnok::SdrExecutive [ENTRY]", 3);
+  Trace("CVarnok::SdrExecutive [ENTRY]", 3);
   std::u16string outputFile;
   if (int status = UseTemporaryFile(u"SDR.TMP", outputFile); status != app_status::kSuccess) return status;
   if (!outputFile.empty()) SdrData::SetOutputFile(Narrow(outputFile));
   if (Status result = SdrData::LoadConfigurationFromFile(fileName_); result != kSuccess) {
     SdrData::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::SdrExecutive - LoadConfigurationFromFile failed", 1);
+    Trace("CVarnok::SdrExecutive - LoadConfigurationFromFile failed", 1);
     return result == sdr_status::kCannotOpenFile ? app_status::kFileIo : app_status::kLoad;
   }
   if (SdrData::CommitConfigurationToSystem() != kSuccess) {
     SdrData::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::SdrExecutive - CommitConfigurationToSystem failed", 1);
+    Trace("CVarnok::SdrExecutive - CommitConfigurationToSystem failed", 1);
     return app_status::kUpdate;
   }
   PrintText(kResetRequired);
-  Trace(u"CVarnok::SdrExecutive [EXIT]", 3);
+  Trace("CVarnok::SdrExecutive [EXIT]", 3);
   return app_status::kSuccess;
 }
 
 int CVarnok::DisplayUsage() {
-  TraceScope scope(u"CVarnok::DisplayUsage");
+  TraceScope scope("CVarnok::DisplayUsage");
   Print(u"%s", kShortUsage);
   for (std::u16string_view page : {kFruAddressUsage, kExamplesUsage}) {
     if (IsPagingOn() && !PromptMore()) break;
@@ -129,9 +129,9 @@ int CVarnok::DisplayUsage() {
 }
 
 int CVarnok::ValidateTmpFileName(std::u16string* outName, std::u16string* name) {
-  TraceScope scope(u"CVarnok::ValidateTmpFileName");
+  TraceScope scope("CVarnok::ValidateTmpFileName");
   if (outName == nullptr || name == nullptr) {
-    Trace(u"CVarnok::ValidateTmpFileName: Invalid Arguments!!!", 3);
+    Trace("CVarnok::ValidateTmpFileName: Invalid Arguments!!!", 3);
     return app_status::kUnknown;
   }
   std::unique_ptr<File> file;

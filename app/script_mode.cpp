@@ -41,7 +41,7 @@ int ProcessingStatus(Status status) {
 }  // namespace
 
 int CVarnok::CfgFileExecutive() {
-  Trace(u"CVarnok::CfgFileExecutive [ENTRY]", 3);
+  Trace("CVarnok::CfgFileExecutive [ENTRY]", 3);
   std::u16string outputFile;
   if (int status = UseTemporaryFile(u"CFG.TMP", outputFile); status != app_status::kSuccess) return status;
   if (!outputFile.empty()) CfgFile::SetOutputFile(Narrow(outputFile));
@@ -58,13 +58,13 @@ int CVarnok::CfgFileExecutive() {
     PrintText(u"\nThe system has been updated successfully.\n");
     PrintText(kResetRequired);
   }
-  Trace(u"CVarnok::CfgFileExecutive [EXIT]", 3);
+  Trace("CVarnok::CfgFileExecutive [EXIT]", 3);
   return app_status::kSuccess;
 }
 
 int CVarnok::FailScript(int status, std::u16string_view step) {
   CfgMain::GetLastErrorMessage(lastErrorMessage_);
-  Trace(u"CVarnok::CfgFileExecutive - %ls failed", 1, step);
+  Trace("CVarnok::CfgFileExecutive - %s failed", 1, step);
   return status;
 }
 

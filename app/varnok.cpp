@@ -15,7 +15,7 @@
 namespace varnok {
 
 int CVarnok::Initialize() {
-  Trace(u"CVarnok::Initialize [ENTRY]", 3);
+  Trace("CVarnok::Initialize [ENTRY]", 3);
   SetCtrl_C_Enable();
   IsAlreadyRunning();
   if (IpmiLoadProtocol() != ipmi_result::kSuccess)
@@ -24,19 +24,19 @@ int CVarnok::Initialize() {
   IpmiClearMessageFlags(kReceiveMessageQueue);
   if (SmbiosInitialize() != kSuccess) {
     lastErrorMessage_ = SmbiosGetLastErrorMessage();
-    Trace(u"CVarnok::Initialize - Initialize for SMBIOS failed", 1);
+    Trace("CVarnok::Initialize - Initialize for SMBIOS failed", 1);
     return app_status::kSmbios;
   }
   if (int status = InitializeBmcState(); status != app_status::kSuccess) return status;
   if (int status = InitializeManagers(); status != app_status::kSuccess) return status;
-  Trace(u"CVarnok::Initialize [EXIT]", 3);
+  Trace("CVarnok::Initialize [EXIT]", 3);
   return app_status::kSuccess;
 }
 
 int CVarnok::InitializeBmcState() {
   if (FwUpdate::Initialize() != kSuccess) {
     FwUpdate::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::Initialize - Initialize for FwUpdate failed", 1);
+    Trace("CVarnok::Initialize - Initialize for FwUpdate failed", 1);
     return app_status::kProtocolInterfaces;
   }
   FwUpdate::SetProgressCallback(Dornquist::DisplayProgress);
@@ -44,12 +44,12 @@ int CVarnok::InitializeBmcState() {
   bool isInTransferMode = false;
   if (FwUpdate::IsBmcInFwTransferMode(isInTransferMode) != kSuccess) {
     FwUpdate::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::CfgFileExecutive - IsBmcInFwTransferMode failed", 1);
+    Trace("CVarnok::CfgFileExecutive - IsBmcInFwTransferMode failed", 1);
     return app_status::kBmcCommunication;
   }
   if (isInTransferMode) {
     FwUpdate::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::CfgFileExecutive - BMC is in FW Transfer mode", 1);
+    Trace("CVarnok::CfgFileExecutive - BMC is in FW Transfer mode", 1);
     return app_status::kBmcCommunication;
   }
   return app_status::kSuccess;
@@ -58,7 +58,7 @@ int CVarnok::InitializeBmcState() {
 int CVarnok::InitializeManagers() {
   if (CfgMain::Initialize() != kSuccess) {
     CfgMain::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::Initialize - Initialize for CfgFile failed", 1);
+    Trace("CVarnok::Initialize - Initialize for CfgFile failed", 1);
     return app_status::kProtocolInterfaces;
   }
   CfgMain::SetProgressCallback(Dornquist::DisplayProgress);
@@ -67,14 +67,14 @@ int CVarnok::InitializeManagers() {
   CfgFile::SetGetEnvVarCallback(GetEnvVar);
   if (FruData::Initialize() != kSuccess) {
     FruData::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::Initialize - Initialize for Frudata failed", 1);
+    Trace("CVarnok::Initialize - Initialize for Frudata failed", 1);
     return app_status::kProtocolInterfaces;
   }
   FruData::SetProgressCallback(Dornquist::DisplayProgress);
   FruData::SetDisplayHexCallback(DisplayHex);
   if (SdrData::Initialize() != kSuccess) {
     SdrData::GetLastErrorMessage(lastErrorMessage_);
-    Trace(u"CVarnok::Initialize - Initialize for Sdrdata failed", 1);
+    Trace("CVarnok::Initialize - Initialize for Sdrdata failed", 1);
     return app_status::kProtocolInterfaces;
   }
   SdrData::SetProgressCallback(Dornquist::DisplayProgress);
@@ -84,20 +84,20 @@ int CVarnok::InitializeManagers() {
 
 void CVarnok::DeInitialize() {
   SetCtrl_C_Enable();
-  Trace(u"CVarnok::DeInitialize [EXIT]", 3);
+  Trace("CVarnok::DeInitialize [EXIT]", 3);
 }
 
 // The check itself is not made; only its entry shows in the log.
 void CVarnok::IsAlreadyRunning() {
-  Trace(u"CVarnok::IsAlreadyRunning [ENTRY]", 3);
+  Trace("CVarnok::IsAlreadyRunning [ENTRY]", 3);
 }
 
 void CVarnok::SetCtrl_C_Enable() {
-  TraceScope scope(u"CVarnok::SetCtrl_C_Enable");
+  TraceScope scope("CVarnok::SetCtrl_C_Enable");
 }
 
 int CVarnok::ParseCommandLine(int argc, char* argv[]) {
-  TraceScope scope(u"CVarnok::ParseCommandLine");
+  TraceScope scope("CVarnok::ParseCommandLine");
   SetPaging(false);
   usesTemporaryFile_ = false;
   CommandLine commandLine;

@@ -19,18 +19,15 @@ constexpr std::u16string_view kMisplaced =
 /// A block whose body is being run; writes the log's lines of the way in and out.
 struct RunningBlock {
   explicit RunningBlock(CCfgBlock& block)
-      : name(std::u16string(block.ClassName()) + u"::Process"), scope(name), chosen(block.Choose()) {
-    if (chosen == nullptr || chosen == &block) return;
-    chosenName = std::u16string(chosen->ClassName()) + u"::Process";
-    chosenScope.emplace(chosenName);
+      : className(block.ClassName()), scope(className, "Process"), chosen(block.Choose()) {
+    if (chosen != nullptr && chosen != &block) chosenScope.emplace(chosen->ClassName(), "Process");
   }
 
   bool IsDone() const { return chosen == nullptr || next == chosen->Body().size(); }
 
-  std::u16string name;
+  const char* className;
   TraceScope scope;
   CCfgBlock* chosen;
-  std::u16string chosenName;
   std::optional<TraceScope> chosenScope;
   std::size_t next = 0;
 };
@@ -74,7 +71,7 @@ Status CCfgBlock::Process() {
       status = command.Process();
   }
   while (!running.empty()) {
-    Trace(u"%ls - Command in the body failed", 1, running.back().name);
+    Trace("%s::Process - Command in the body failed", 1, running.back().className);
     running.pop_back();
   }
   return status;
@@ -114,13 +111,13 @@ CCfgCommand* CCfgBlock::Previous() {
 
 Status CCfgBlock::RefuseEndOfFile() const {
   CCfgParser::SetLastError(u"%hs found without matching ENDIF.", GetDisplayName());
-  Trace(u"%ls::ReadFromFile - No matching ENDIF", 1, ClassName());
+  Trace("%s::ReadFromFile - No matching ENDIF", 1, ClassName());
   return cfg_status::kNoEndIf;
 }
 
 Status CCfgBlock::Append(PoolPtr<CCfgCommand> command) {
   if (!command->IsValidCommandLocation()) {
-    Trace(u"%ls::ReadFromFile - Command out of order", 1, ClassName());
+    Trace("%s::ReadFromFile - Command out of order", 1, ClassName());
     return cfg_status::kOutOfPlace;
   }
   body_.push_back(std::move(command));
@@ -185,9 +182,9 @@ Status CCfgElse::Take(PoolPtr<CCfgCommand> command, bool& isComplete) {
 }
 
 bool CCfgElse::IsValidCommandLocation() {
-  TraceScope scope(u"CCfgElse::IsValidCommandLocation");
+  TraceScope scope("CCfgElse::IsValidCommandLocation");
   CCfgParser::SetLastError(kMisplaced, GetDisplayName());
-  Trace(u"CCfgElse::IsValidCommandLocation - ELSE outside an IFSET block", 1);
+  Trace("CCfgElse::IsValidCommandLocation - ELSE outside an IFSET block", 1);
   // The error is to be reported at this line, not at the ENDIF that reading has reached.
   if (parser_ != nullptr) parser_->GotoLineInFile(line_);
   return false;
@@ -198,9 +195,9 @@ void CCfgElse::PrintHead() const {
 }
 
 bool CCfgEndIf::IsValidCommandLocation() {
-  TraceScope scope(u"CCfgEndIf::IsValidCommandLocation");
+  TraceScope scope("CCfgEndIf::IsValidCommandLocation");
   CCfgParser::SetLastError(kMisplaced, GetDisplayName());
-  Trace(u"CCfgEndIf::IsValidCommandLocation - ENDIF outside an IFSET block", 1);
+  Trace("CCfgEndIf::IsValidCommandLocation - ENDIF outside an IFSET block", 1);
   return false;
 }
 

@@ -29,7 +29,7 @@ class CCfgBlock : public CCfgCommand {
   const CommandList& Body() const { return body_; }
 
   /// The class's name in the log.
-  virtual std::u16string_view ClassName() const = 0;
+  virtual const char* ClassName() const = 0;
   /// Reads only the block's own line.
   virtual Status ReadOwnLine(CFileCfg& file) = 0;
   /// Takes over a command read for the body, or the one that ends it (`isComplete`).
@@ -52,7 +52,7 @@ class CCfgElse : public CCfgBlock {
  public:
   CCfgElse() : CCfgBlock(CommandType::Else) {}
 
-  std::u16string_view ClassName() const override { return u"CCfgElse"; }
+  const char* ClassName() const override { return "CCfgElse"; }
   Status ReadOwnLine(CFileCfg& file) override;
   Status Take(PoolPtr<CCfgCommand> command, bool& isComplete) override;
   bool IsValidCommandLocation() override;
@@ -69,7 +69,7 @@ class CCfgIfSet : public CCfgBlock {
   CCfgIfSet() : CCfgBlock(CommandType::IfSet) {}
   ~CCfgIfSet() override;
 
-  std::u16string_view ClassName() const override { return u"CCfgIfSet"; }
+  const char* ClassName() const override { return "CCfgIfSet"; }
   Status ReadOwnLine(CFileCfg& file) override;
   Status Take(PoolPtr<CCfgCommand> command, bool& isComplete) override;
   CCfgBlock* Choose() override;

@@ -16,14 +16,13 @@ Status BlockReader::Read(CCfgBlock& outermost) {
 
 Status BlockReader::Open(OpenCommand& entry, CCfgBlock& block) {
   entry.block = &block;
-  entry.readName = std::u16string(block.ClassName()) + u"::ReadFromFile";
-  entry.readScope.emplace(entry.readName);
+  entry.readScope.emplace(block.ClassName(), "ReadFromFile");
   return block.ReadOwnLine(file_);
 }
 
 Status BlockReader::ReadNext() {
   OpenCommand& entry = open_.emplace_back();
-  entry.createScope.emplace(u"CCfgCommand::CreateCommand");
+  entry.createScope.emplace("CCfgCommand::CreateCommand");
   Status status = CCfgCommand::MakeCommand(&file_, entry.command, parser_);
   if (status == cfg_status::kEndOfScript) {
     open_.pop_back();
@@ -32,7 +31,7 @@ Status BlockReader::ReadNext() {
   if (status != kSuccess) return status;
   if (entry.command == nullptr) {
     // At the top level the script would end here; a block that lost its ENDIF must not run.
-    Trace(u"CCfgCommand::CreateCommand - Memory allocation failed", 1);
+    Trace("CCfgCommand::CreateCommand - Memory allocation failed", 1);
     return cfg_status::kOutOfMemory;
   }
   if (CCfgBlock* block = entry.command->AsBlock()) return Open(entry, *block);

@@ -3,7 +3,6 @@
 
 #include <list>
 #include <optional>
-#include <string>
 
 #include "app/services/trace.h"
 #include "cfg/block_commands.h"
@@ -24,7 +23,6 @@ class BlockReader {
   /// A command being read; writes the log's lines of the way in and out as nested calls would.
   struct OpenCommand {
     std::optional<TraceScope> createScope;
-    std::u16string readName;
     std::optional<TraceScope> readScope;
     PoolPtr<CCfgCommand> command;  ///< null for the outermost block, which its caller owns
     CCfgBlock* block = nullptr;    ///< null until the command turns out to be a block

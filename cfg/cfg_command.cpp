@@ -20,7 +20,7 @@ bool IsWordCharacter(char character) {
 /// What the cursor points at, for the log of a line that could not be split.
 bool RefuseArgument(std::string_view rest, int reason) {
   constexpr std::size_t kDumpLength = 8;
-  Trace(u"CCfgCommand::GetNextInput - Buffer parser error(%d)", 1, reason);
+  Trace("CCfgCommand::GetNextInput - Buffer parser error(%d)", 1, reason);
   std::array<std::uint8_t, kDumpLength> bytes{};
   std::copy_n(rest.begin(), std::min(rest.size(), kDumpLength), bytes.begin());
   TraceHexDump(u"Buffer p_buff[]", bytes, kDumpLength);
@@ -35,37 +35,37 @@ std::string_view SkipBlanks(std::string_view text) {
 }  // namespace
 
 Status CCfgCommand::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgCommand::ReadFromFile");
+  TraceScope scope("CCfgCommand::ReadFromFile");
   std::string rest;
   if (ReadLineFromFile(file, rest)) return kSuccess;
   CCfgParser::SetLastError(cfg_message::kReadFailed);
-  Trace(u"CCfgCommand::ReadFromFile - Failed to parse the configuration file", 1);
+  Trace("CCfgCommand::ReadFromFile - Failed to parse the configuration file", 1);
   return cfg_status::kBadLine;
 }
 
 bool CCfgCommand::ReadLineFromFile(CFileCfg& file, std::string& text, std::size_t size) {
-  TraceScope scope(u"CCfgCommand::ReadLineFromFile");
+  TraceScope scope("CCfgCommand::ReadLineFromFile");
   if (parser_ == nullptr) {
     CCfgParser::SetLastError(cfg_message::kReadFailed);
-    Trace(u"CCfgCommand::ReadLineFromFile - Value of mp_parser is NULL", 2);
+    Trace("CCfgCommand::ReadLineFromFile - Value of mp_parser is NULL", 2);
     return false;
   }
   if (!file.GetRemainingLine(text, size)) {
     std::size_t length = file.CurrentLine().size();
     CCfgParser::SetLastError(cfg_message::kLineTooLong, length);
-    Trace(u"CCfgCommand::ReadLineFromFile - Too many characters on the line: %d", 2, length);
+    Trace("CCfgCommand::ReadLineFromFile - Too many characters on the line: %d", 2, length);
     return false;
   }
   if (std::count(text.begin(), text.end(), '"') % 2 != 0) {
     CCfgParser::SetLastError(cfg_message::kOddQuotes);
-    Trace(u"CCfgCommand::ReadLineFromFile - Invalid number of quotes in line", 2);
+    Trace("CCfgCommand::ReadLineFromFile - Invalid number of quotes in line", 2);
     return false;
   }
   return true;
 }
 
 bool CCfgCommand::GetNextInput(std::string_view& cursor, std::string& token) {
-  TraceScope scope(u"CCfgCommand::GetNextInput");
+  TraceScope scope("CCfgCommand::GetNextInput");
   token.clear();
   if (cursor.empty()) return RefuseArgument(cursor, 3);
   cursor = SkipBlanks(cursor);
@@ -87,11 +87,11 @@ bool CCfgCommand::GetNextInput(std::string_view& cursor, std::string& token) {
 }
 
 bool CCfgCommand::StringToInt(std::string_view text, std::uint32_t& value) {
-  TraceScope scope(u"CCfgCommand::StringToInt");
+  TraceScope scope("CCfgCommand::StringToInt");
   std::uint32_t number = 0;
   char16_t extra = 0;
   if (Scan(text, "%x%c", &number, &extra) != 1) {
-    Trace(u"CCfgCommand::StringToInt - %hs is not a hexadecimal number", 1, text);
+    Trace("CCfgCommand::StringToInt - %s is not a hexadecimal number", 1, text);
     return false;
   }
   value = number;
@@ -106,39 +106,39 @@ bool CCfgCommand::StringToInt(std::string_view text, std::uint8_t& value) {
 }
 
 bool CCfgCommand::StringToDec(std::string_view text, std::int32_t& value) {
-  TraceScope scope(u"CCfgCommand::StringToDec");
+  TraceScope scope("CCfgCommand::StringToDec");
   if (Scan(text, "%d", &value) == 1) return true;
-  Trace(u"CCfgCommand::StringToDec - %hs is not a decimal number", 1, text);
+  Trace("CCfgCommand::StringToDec - %s is not a decimal number", 1, text);
   return false;
 }
 
 bool CCfgCommand::IsBufferEmpty(std::string_view text) {
-  TraceScope scope(u"CCfgCommand::IsBufferEmpty");
+  TraceScope scope("CCfgCommand::IsBufferEmpty");
   std::u16string word;
   return Scan(text, "%s", &word) != 1;
 }
 
 int CCfgCommand::FindCharacter(std::string_view text, char character, int occurrence, std::size_t length) {
-  constexpr std::u16string_view kName = u"CCfgCommand::FindCharacter";
-  Trace(u"%ls [ENTRY]", 3, kName);
+  constexpr const char* kName = "CCfgCommand::FindCharacter";
+  Trace("%s [ENTRY]", 3, kName);
   std::string_view searched = UpToNul(text.substr(0, length));
   for (std::size_t i = 0; i < searched.size(); ++i) {
     if (searched[i] != character || --occurrence != 0) continue;
-    Trace(u"%ls [EXIT]", 3, kName);
+    Trace("%s [EXIT]", 3, kName);
     return static_cast<int>(i);
   }
-  Trace(u"%ls [EXIT]- Character not found", 3, kName);
+  Trace("%s [EXIT]- Character not found", 3, kName);
   return -1;
 }
 
 const char* CCfgCommand::GetDisplayName() const {
-  TraceScope scope(u"CCfgCommand::GetDisplayName");
+  TraceScope scope("CCfgCommand::GetDisplayName");
   return CommandName(type_);
 }
 
 Status CCfgCommand::MissingParameter(std::u16string_view which, Status status, const char* name) {
   CCfgParser::SetLastError(cfg_message::kMissingParameter, name != nullptr ? name : GetDisplayName(), which);
-  Trace(u"CCfgCommand::ReadFromFile - Missing %ls parameter", 1, which);
+  Trace("CCfgCommand::ReadFromFile - Missing %s parameter", 1, which);
   return status;
 }
 
@@ -146,7 +146,7 @@ Status CCfgCommand::RefuseExtra(std::string_view cursor, Status status, const ch
   if (IsBufferEmpty(cursor)) return kSuccess;
   CCfgParser::SetLastError(cfg_message::kTooManyParameters, name != nullptr ? name : GetDisplayName(),
                            SkipBlanks(cursor));
-  Trace(u"CCfgCommand::ReadFromFile - Too many parameters", 1);
+  Trace("CCfgCommand::ReadFromFile - Too many parameters", 1);
   return status;
 }
 

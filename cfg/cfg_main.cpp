@@ -28,16 +28,16 @@ PoolPtr<EngineState>& Engine() {
 /// `line` is what the log says of an operation that runs before Initialize.
 bool IsReady(std::u16string_view line) {
   if (Engine() != nullptr && Engine()->isInitialized) return true;
-  Trace(u"CfgMain::%ls since interfaces are not initialized", 1, line);
+  Trace("CfgMain::%s since interfaces are not initialized", 1, line);
   return false;
 }
 
 Status InitializeProtocol() {
-  TraceScope scope(u"Cfg- Main.cpp::InitializeProtocol");
+  TraceScope scope("Cfg- Main.cpp::InitializeProtocol");
   Engine() = nullptr;
   Engine() = MakeInPool<EngineState>();
   if (Engine() != nullptr) return kSuccess;
-  Trace(u"Cfg- Main.cpp::InitializeProtocol - NULL value for gp_cfgParse", 1);
+  Trace("Cfg- Main.cpp::InitializeProtocol - NULL value for gp_cfgParse", 1);
   return cfg_status::kNotLoaded;
 }
 
@@ -52,26 +52,26 @@ Status SplitErrorLevel(Status status) {
 }  // namespace
 
 Status CfgMain::Initialize() {
-  TraceScope scope(u"CfgMain::Initialize");
+  TraceScope scope("CfgMain::Initialize");
   if (Status status = InitializeProtocol(); status != kSuccess) return status;
   EngineMessage().Reset();
   EngineState& engine = *Engine();
   engine.parser = MakeInPool<CCfgParser>();
   if (engine.parser == nullptr) {
-    Trace(u"CfgMain::Initialize - Memory allocation failed", 1);
+    Trace("CfgMain::Initialize - Memory allocation failed", 1);
     return cfg_status::kOutOfMemory;
   }
   CCfgCommand::Callbacks().progress = nullptr;
   engine.isInitialized = true;
   if (GetBmcTypeAndVersion(engine.bmc.type, engine.bmc.ipmiVersion) != ipmi_result::kSuccess) {
-    Trace(u"CfgMain::Initialize - Unable to read BMC type and version resource for this module", 1);
+    Trace("CfgMain::Initialize - Unable to read BMC type and version resource for this module", 1);
     return cfg_status::kNoBmcVersion;
   }
   return kSuccess;
 }
 
 Status CfgMain::LoadConfigurationFromFile(const char16_t* path, const char16_t* name) {
-  TraceScope scope(u"CfgMain::LoadConfigurationFromFile");
+  TraceScope scope("CfgMain::LoadConfigurationFromFile");
   if (!IsReady(u"LoadConfigurationFromFile - Unable to load configuration file"))
     return cfg_status::kNotInitialized;
   EngineState& engine = *Engine();
@@ -80,28 +80,28 @@ Status CfgMain::LoadConfigurationFromFile(const char16_t* path, const char16_t* 
   engine.isBusy = true;
   Status status = engine.parser->ParseFile(path, name);
   engine.isLoaded = status == kSuccess;
-  if (status != kSuccess) Trace(u"CfgMain::LoadConfigurationFromFile - ParseFile failed", 1);
+  if (status != kSuccess) Trace("CfgMain::LoadConfigurationFromFile - ParseFile failed", 1);
   return status;
 }
 
 Status CfgMain::CommitConfigurationToSystem() {
-  TraceScope scope(u"CfgMain::CommitConfigurationToSystem");
+  TraceScope scope("CfgMain::CommitConfigurationToSystem");
   if (!IsReady(u"CommitConfigurationToSystem - Unable to commit configuration"))
     return cfg_status::kNotInitialized;
   if (Engine()->isProcessed) return Engine()->parser->Execute();
-  Trace(u"CfgMain::CommitConfigurationToSystem - Commands are not processed", 1);
+  Trace("CfgMain::CommitConfigurationToSystem - Commands are not processed", 1);
   return cfg_status::kCommitRefused;
 }
 
 Status CfgMain::SetProgressCallback(ProgressCallback callback) {
-  TraceScope scope(u"CfgMain::SetProgressCallback");
+  TraceScope scope("CfgMain::SetProgressCallback");
   if (!IsReady(u"SetProgressCallback - Unable to set callback")) return cfg_status::kNotInitialized;
   CCfgCommand::Callbacks().progress = callback;
   return kSuccess;
 }
 
 Status CfgMain::GetLastErrorMessage(const char16_t*& text) {
-  TraceScope scope(u"CfgMain::GetLastErrorMessage");
+  TraceScope scope("CfgMain::GetLastErrorMessage");
   text = nullptr;
   if (!IsReady(u"GetLastErrorMessage - Unable to get last error message")) return cfg_status::kNotInitialized;
   text = EngineMessage().HandOut();
@@ -117,55 +117,55 @@ CCfgParser* CfgMain::Parser() {
 }
 
 Status CfgFile::SetDisplayCallback(DisplayCallback callback) {
-  TraceScope scope(u"CfgFile::SetDisplayCallback");
+  TraceScope scope("CfgFile::SetDisplayCallback");
   if (!IsReady(u"SetDisplayCallback - Unable to set callback")) return cfg_status::kNotInitialized;
   CCfgCommand::Callbacks().display = callback;
   return kSuccess;
 }
 
 Status CfgFile::SetInputCharCallback(InputCharCallback callback) {
-  TraceScope scope(u"CfgFile::SetInputCharCallback");
+  TraceScope scope("CfgFile::SetInputCharCallback");
   if (!IsReady(u"SetInputCharCallback - Unable to set callback")) return cfg_status::kNotInitialized;
   CCfgCommand::Callbacks().inputChar = callback;
   return kSuccess;
 }
 
 Status CfgFile::SetGetEnvVarCallback(GetEnvVarCallback callback) {
-  TraceScope scope(u"CfgFile::SetGetEnvVarCallback");
+  TraceScope scope("CfgFile::SetGetEnvVarCallback");
   if (!IsReady(u"SetGetEnvVarCallback - Unable to set callback")) return cfg_status::kNotInitialized;
   CCfgCommand::Callbacks().getEnvVar = callback;
   return kSuccess;
 }
 
 Status CfgFile::SetOutputFile(std::string_view name) {
-  TraceScope scope(u"CfgFile::SetOutputFile");
+  TraceScope scope("CfgFile::SetOutputFile");
   if (!IsReady(u"SetOutputFile - Unable to set output file")) return cfg_status::kNotInitialized;
   Engine()->parser->SetEchoFile(name);
   return kSuccess;
 }
 
 Status CfgFile::ProcessCommands() {
-  TraceScope scope(u"CfgFile::ProcessCommands");
+  TraceScope scope("CfgFile::ProcessCommands");
   if (!IsReady(u"ProcessCommands - Unable to process commmands")) return cfg_status::kNotInitialized;
   EngineState& engine = *Engine();
   engine.currentLine = -1;
   engine.isProcessed = false;
   engine.isBusy = true;
   if (!engine.isLoaded) {
-    Trace(u"CfgMain::ProcessCommands - Unable to process commands since file is not loaded", 1);
+    Trace("CfgMain::ProcessCommands - Unable to process commands since file is not loaded", 1);
     return cfg_status::kNotLoaded;
   }
   Status status = engine.parser->Process();
   engine.isProcessed = status == kSuccess;
-  if (status != kSuccess) Trace(u"CfgMain::ProcessCommands - Process failed", 1);
+  if (status != kSuccess) Trace("CfgMain::ProcessCommands - Process failed", 1);
   return SplitErrorLevel(status);
 }
 
 Status CfgFile::GetErrorLevel(std::uint64_t& level) {
-  TraceScope scope(u"CfgFile::GetErrorLevel");
+  TraceScope scope("CfgFile::GetErrorLevel");
   if (!IsReady(u"GetErrorLevel - Unable to get error level")) return cfg_status::kNotInitialized;
   if (!Engine()->isLoaded) {
-    Trace(u"CfgMain::GetErrorLevel - Unable to Get error level since file is not loaded", 1);
+    Trace("CfgMain::GetErrorLevel - Unable to Get error level since file is not loaded", 1);
     return cfg_status::kNotLoaded;
   }
   level = Engine()->errorLevel;
@@ -173,7 +173,7 @@ Status CfgFile::GetErrorLevel(std::uint64_t& level) {
 }
 
 Status CfgFile::GetNumberOfInputFiles(std::uint32_t& count) {
-  TraceScope scope(u"CfgFile::GetNumberOfInputFiles");
+  TraceScope scope("CfgFile::GetNumberOfInputFiles");
   if (!IsReady(u"GetNumberOfInputFiles - Unable to get number of input files"))
     return cfg_status::kNotInitialized;
   count = static_cast<std::uint32_t>(Engine()->parser->UpdateFileCount());

@@ -32,18 +32,18 @@ CCfgParser::~CCfgParser() {
 }
 
 Status CCfgParser::ParseFile(const char16_t* path, const char16_t* name) {
-  TraceScope scope(u"CCfgParser::ParseFile");
+  TraceScope scope("CCfgParser::ParseFile");
   isProcessed_ = false;
   Free();
   if (path == nullptr) {
     SetLastError(cfg_message::kNullFileName, u"Configuration");
-    Trace(u"CCfgParser::ParseFile - File name is NULL", 1);
+    Trace("CCfgParser::ParseFile - File name is NULL", 1);
     return cfg_status::kFileNotFound;
   }
   const char16_t* checked = name != nullptr ? name : path;
   if (!HasScriptExtension(checked)) {
     SetLastError(u"%ls is an invalid file type, the extension must be '%ls'.", checked, kExtension);
-    Trace(u"CCfgParser::ParseFile - %ls is an invalid file type, the extension must be .CFG", 1, checked);
+    Trace("CCfgParser::ParseFile - %s is an invalid file type, the extension must be .CFG", 1, checked);
     return cfg_status::kBadExtension;
   }
   fileName_ = path;
@@ -59,22 +59,22 @@ Status CCfgParser::DerivePaths() {
   if (!hasDirectory) directory_ = u".\\";
   fullPath_ = hasDirectory ? fileName_ : directory_ + fileName_;
   if (directory_.size() < kPathCapacity && fullPath_.size() < kPathCapacity) return kSuccess;
-  Trace(u"CCfgParser::ParseFile - Path too long", 1);
+  Trace("CCfgParser::ParseFile - Path too long", 1);
   directory_.clear();
   return cfg_status::kFileNotFound;
 }
 
 Status CCfgParser::ReadFile(CommandList& commands) {
-  TraceScope scope(u"CCfgParser::ReadFile");
+  TraceScope scope("CCfgParser::ReadFile");
   if (!echoName_.empty() && TheFirmware().OpenFile(Widen(echoName_), FileMode::Append, echo_) != kSuccess) {
-    Trace(u"CCfgParser::ReadFile - Unable to open the output file", 1);
+    Trace("CCfgParser::ReadFile - Unable to open the output file", 1);
     return cfg_status::kFileNotFound;
   }
   reader_ = std::make_unique<CFileCfg>(Narrow(fullPath_));
   Status status = kSuccess;
   if (!reader_->IsLoaded()) {
     SetLastError(cfg_message::kFileNotFound, fileName_);
-    Trace(u"CCfgParser::ReadFile - The file '%ls' was not found", 1, fileName_);
+    Trace("CCfgParser::ReadFile - The file '%s' was not found", 1, fileName_);
     status = cfg_status::kFileNotFound;
   } else if (status = ReadCommands(commands); status != kSuccess) {
     ReportLine();
@@ -92,17 +92,17 @@ Status CCfgParser::ReadCommands(CommandList& commands) {
     Status status = CCfgCommand::CreateCommand(reader_.get(), command, this);
     if (status == cfg_status::kEndOfScript) return kSuccess;
     if (status != kSuccess) {
-      Trace(u"CCfgParser::ReadFile - Error in reading the configuration file ", 1);
+      Trace("CCfgParser::ReadFile - Error in reading the configuration file ", 1);
       return status;
     }
     if (command == nullptr) {
       // The script ends here, without an error: its first commands are run as if they were all.
-      Trace(u"CCfgParser::ReadFile - Failed to create command ", 1);
+      Trace("CCfgParser::ReadFile - Failed to create command ", 1);
       return kSuccess;
     }
     if (!command->IsValidCommandLocation()) {
       command.reset();
-      Trace(u"CCfgParser::ReadFile - Command out of order ", 1);
+      Trace("CCfgParser::ReadFile - Command out of order ", 1);
       return cfg_status::kOutOfPlace;
     }
     commands.push_back(std::move(command));
@@ -118,11 +118,11 @@ void CCfgParser::ReportLine() {
 }
 
 Status CCfgParser::Process() {
-  TraceScope scope(u"CCfgParser::Process");
+  TraceScope scope("CCfgParser::Process");
   ForgetUpdates();
   for (const PoolPtr<CCfgCommand>& command : commands_) {
     if (Status status = command->Process(); status != kSuccess) {
-      Trace(u"CCfgParser::Process - Unable to process command", 1);
+      Trace("CCfgParser::Process - Unable to process command", 1);
       return status;
     }
   }
@@ -131,7 +131,7 @@ Status CCfgParser::Process() {
 }
 
 void CCfgParser::Free() {
-  TraceScope scope(u"CCfgParser::Free");
+  TraceScope scope("CCfgParser::Free");
   ForgetUpdates();
   currentFruName_ = nullptr;
   commands_.clear();
@@ -146,35 +146,35 @@ void CCfgParser::Free() {
 }
 
 void CCfgParser::DebugPrint() {
-  TraceScope scope(u"CCfgParser::DebugPrint");
+  TraceScope scope("CCfgParser::DebugPrint");
   for (const PoolPtr<CCfgCommand>& command : commands_) command->DebugPrint();
 }
 
 void CCfgParser::SetTag(const char* name) {
-  TraceScope scope(u"CCfgParser::SetTag");
+  TraceScope scope("CCfgParser::SetTag");
   if (name != nullptr) tags_.Add(name);
 }
 
 void CCfgParser::ClearTag(std::string_view name) {
-  TraceScope scope(u"CCfgParser::ClearTag");
+  TraceScope scope("CCfgParser::ClearTag");
   tags_.Remove(name);
 }
 
 bool CCfgParser::IsTagSet(std::string_view name) const {
-  TraceScope scope(u"CCfgParser::IsTagSet");
+  TraceScope scope("CCfgParser::IsTagSet");
   return tags_.Contains(name);
 }
 
 int CCfgParser::FindTag(std::string_view name) {
-  TraceScope scope(u"CCfgParser::FindTag");
+  TraceScope scope("CCfgParser::FindTag");
   return tags_.Find(name);
 }
 
 Status CCfgParser::GetTag(std::int64_t index, std::string& name) {
-  TraceScope scope(u"CCfgParser::GetTag");
+  TraceScope scope("CCfgParser::GetTag");
   if (index < 0 || static_cast<std::size_t>(index) >= tags_.Count()) {
     SetLastError(u"Unrecoverable internal error: Get tag selector out of range.");
-    Trace(u"CCfgParser::GetTag - Unrecoverable internal error: Get tag selector out of range", 1);
+    Trace("CCfgParser::GetTag - Unrecoverable internal error: Get tag selector out of range", 1);
     return cfg_status::kNoSuchTag;
   }
   name = tags_.At(static_cast<std::size_t>(index));
@@ -182,17 +182,17 @@ Status CCfgParser::GetTag(std::int64_t index, std::string& name) {
 }
 
 void CCfgParser::GotoLineInFile(std::uint32_t line) {
-  TraceScope scope(u"CCfgParser::GotoLineInFile");
+  TraceScope scope("CCfgParser::GotoLineInFile");
   if (reader_ != nullptr) reader_->SetCurrentLineNumber(line);
 }
 
 void CCfgParser::ClearConfigNameList() {
-  TraceScope scope(u"CCfgParser::ClearConfigNameList");
+  TraceScope scope("CCfgParser::ClearConfigNameList");
   configNames_.reset();
 }
 
 void CCfgParser::SetTargetPlatformInfo(std::string_view text) {
-  TraceScope scope(u"CCfgParser::SetTargetPlatformInfo");
+  TraceScope scope("CCfgParser::SetTargetPlatformInfo");
   if (targetPlatform_.empty()) targetPlatform_ = Format(u"%hs", text);
 }
 

@@ -65,12 +65,12 @@ constexpr std::array<std::string_view, 4> kSkippedKeywords{"TABLENAME", "MBMC_PG
 Status CheckSource(const CFileCfg* file, const CCfgParser* parser) {
   if (parser == nullptr) {
     CCfgParser::SetLastError(cfg_message::kInternalError, kModuleName, "CreateCommand");
-    Trace(u"CCfgCommand::CreateCommand - Value of p_parser is NULL", 1);
+    Trace("CCfgCommand::CreateCommand - Value of p_parser is NULL", 1);
     return cfg_status::kNoParser;
   }
   if (file == nullptr) {
     CCfgParser::SetLastError(cfg_message::kInternalFileError, kModuleName);
-    Trace(u"CCfgCommand::CreateCommand - Value of p_file is NULL", 1);
+    Trace("CCfgCommand::CreateCommand - Value of p_file is NULL", 1);
     return cfg_status::kBadLine;
   }
   return kSuccess;
@@ -79,9 +79,9 @@ Status CheckSource(const CFileCfg* file, const CCfgParser* parser) {
 }  // namespace
 
 bool CCfgCommand::IsSkipCmd(std::string_view keyword) {
-  TraceScope scope(u"CCfgCommand::IsSkipCmd");
+  TraceScope scope("CCfgCommand::IsSkipCmd");
   if (keyword.empty()) {
-    Trace(u"CCfgCommand::IsSkipCmd - Invalid command", 1);
+    Trace("CCfgCommand::IsSkipCmd - Invalid command", 1);
     return true;
   }
   return std::any_of(kSkippedKeywords.begin(), kSkippedKeywords.end(),
@@ -94,12 +94,12 @@ Status CCfgCommand::MakeCommand(CFileCfg* file, PoolPtr<CCfgCommand>& command, C
   std::string keyword;
   if (!file->GetFirstInput(keyword, kLineCapacity)) {
     if (file->EndOfFile()) return cfg_status::kEndOfScript;
-    Trace(u"CCfgCommand::CreateCommand - Configuration file parsing error", 1);
+    Trace("CCfgCommand::CreateCommand - Configuration file parsing error", 1);
     return cfg_status::kBadLine;
   }
   parser->EchoLine(file->CurrentLine());
   if (IsSkipCmd(keyword)) {
-    Trace(u"CCfgCommand::CreateCommand - Ignoring mini BMC commands", 2);
+    Trace("CCfgCommand::CreateCommand - Ignoring mini BMC commands", 2);
     command = MakeInPool<CCfgCommand>(CommandType::Skip);
   } else {
     auto row = std::find_if(kKeywords.begin(), kKeywords.end(), [&keyword](const KeywordRow& each) {
@@ -107,7 +107,7 @@ Status CCfgCommand::MakeCommand(CFileCfg* file, PoolPtr<CCfgCommand>& command, C
     });
     if (row == kKeywords.end()) {
       CCfgParser::SetLastError(cfg_message::kUnknownCommand, keyword);
-      Trace(u"CCfgCommand::CreateCommand - %hs is not a valid command", 1, keyword);
+      Trace("CCfgCommand::CreateCommand - %s is not a valid command", 1, keyword);
       return cfg_status::kUnknownCommand;
     }
     if (Status status = row->create(*file, command, parser); status != kSuccess) return status;
@@ -117,7 +117,7 @@ Status CCfgCommand::MakeCommand(CFileCfg* file, PoolPtr<CCfgCommand>& command, C
 }
 
 Status CCfgCommand::CreateCommand(CFileCfg* file, PoolPtr<CCfgCommand>& command, CCfgParser* parser) {
-  TraceScope scope(u"CCfgCommand::CreateCommand");
+  TraceScope scope("CCfgCommand::CreateCommand");
   if (Status status = MakeCommand(file, command, parser); status != kSuccess) return status;
   // The rest of a skipped command's line is not looked at.
   if (command == nullptr || command->Type() == CommandType::Skip) return kSuccess;

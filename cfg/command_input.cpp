@@ -53,9 +53,8 @@ class PieceReader {
 bool RefuseFileValue(std::string_view fileName, std::int32_t line, int place) {
   CCfgParser::SetLastError(u"Unable to read the FRU field value from the file '%hs' at line number: %d",
                            fileName, line);
-  Trace(
-      u"CCfgCommand::GetStringFromFile - (%d)Unable to read the value from the file '%hs' at line number: %d",
-      1, place, fileName, line);
+  Trace("CCfgCommand::GetStringFromFile - (%d)Unable to read the value from the file '%s' at line number: %d",
+        1, place, fileName, line);
   return false;
 }
 
@@ -66,16 +65,16 @@ CfgCallbacks& CCfgCommand::Callbacks() {
 }
 
 bool CCfgCommand::Show(std::u16string text) {
-  TraceScope scope(u"CCfgCommand::Display");
+  TraceScope scope("CCfgCommand::Display");
   text.resize(std::min(text.size(), kWideDisplayLength));
   if (Callbacks().display != nullptr) Callbacks().display(text);
   return true;
 }
 
 bool CCfgCommand::Show(std::string text) {
-  TraceScope scope(u"CCfgCommand::Display");
+  TraceScope scope("CCfgCommand::Display");
   if (Callbacks().display == nullptr) {
-    Trace(u"CCfgCommand::Display - Display callback function not set", 1);
+    Trace("CCfgCommand::Display - Display callback function not set", 1);
     return false;
   }
   text.resize(std::min(text.size(), kNarrowDisplayLength));
@@ -84,29 +83,29 @@ bool CCfgCommand::Show(std::string text) {
 }
 
 bool CCfgCommand::GetInputChar(char& character, bool echo) {
-  constexpr std::u16string_view kName = u"CCfgCommand::GetInputChar";
-  Trace(u"%ls [ENTRY]", 3, kName);
+  constexpr const char* kName = "CCfgCommand::GetInputChar";
+  Trace("%s [ENTRY]", 3, kName);
   if (Callbacks().inputChar == nullptr) {
-    Trace(u"%ls [EXIT] - Input callback function not set", 3, kName);
+    Trace("%s [EXIT] - Input callback function not set", 3, kName);
     return false;
   }
   bool isRead = Callbacks().inputChar(character) > 0;
   if (isRead && echo) Display("%c", character);
-  Trace(u"%ls [EXIT]", 3, kName);
+  Trace("%s [EXIT]", 3, kName);
   return isRead;
 }
 
 bool CCfgCommand::GetInputString(std::u16string& text, std::size_t size, bool echo) {
-  TraceScope scope(u"CCfgCommand::GetInputString");
+  TraceScope scope("CCfgCommand::GetInputString");
   text.clear();
   if (size < 1) {
-    Trace(u"CCfgCommand::GetInputString - Invalid parameters", 1);
+    Trace("CCfgCommand::GetInputString - Invalid parameters", 1);
     return false;
   }
   for (;;) {
     char key = 0;
     if (!GetInputChar(key, false)) {
-      Trace(u"CCfgCommand::GetInputString - Unable to read a character", 1);
+      Trace("CCfgCommand::GetInputString - Unable to read a character", 1);
       return false;
     }
     if (key == kReturn || key == kLineFeed) return true;
@@ -132,15 +131,15 @@ char CCfgCommand::ReadYesOrNo() {
 
 bool CCfgCommand::GetStringFromFile(std::string_view fileName, std::string& text, std::size_t size,
                                     std::int32_t line) {
-  TraceScope scope(u"CCfgCommand::GetStringFromFile");
+  TraceScope scope("CCfgCommand::GetStringFromFile");
   std::unique_ptr<File> file;
   if (TheFirmware().OpenFile(Widen(fileName), FileMode::Read, file) != kSuccess) {
-    Trace(u"CCfgCommand::GetStringFromFile - Unable to open file %hs", 1, fileName);
+    Trace("CCfgCommand::GetStringFromFile - Unable to open file %s", 1, fileName);
     return false;
   }
   if (size < 1) {
     CCfgParser::SetLastError(u"Unable to retrieve file %hs.", fileName);
-    Trace(u"CCfgCommand::GetStringFromFile - Unable to retrieve file %hs", 1, fileName);
+    Trace("CCfgCommand::GetStringFromFile - Unable to retrieve file %s", 1, fileName);
     return false;
   }
   PieceReader reader(*file);
@@ -157,9 +156,9 @@ bool CCfgCommand::GetStringFromFile(std::string_view fileName, std::string& text
 }
 
 bool CCfgCommand::GetEnvVariable(std::string_view name, std::string& text, std::size_t size) {
-  TraceScope scope(u"CCfgCommand::GetEnvVariable");
+  TraceScope scope("CCfgCommand::GetEnvVariable");
   if (Callbacks().getEnvVar == nullptr) {
-    Trace(u"CCfgCommand::GetEnvVariable - Environment callback function not set", 1);
+    Trace("CCfgCommand::GetEnvVariable - Environment callback function not set", 1);
     return false;
   }
   if (name.size() > kLongestVariableName) return true;
@@ -170,17 +169,17 @@ bool CCfgCommand::GetEnvVariable(std::string_view name, std::string& text, std::
 }
 
 bool CCfgCommand::GetFile(std::u16string_view path, std::u16string& fullPath, std::size_t size) {
-  TraceScope scope(u"CCfgCommand::GetFile");
+  TraceScope scope("CCfgCommand::GetFile");
   bool isWhole = path.find(u':') != std::u16string_view::npos;
   std::u16string_view directory =
       isWhole || parser_ == nullptr ? std::u16string_view() : parser_->Directory();
   if (!isWhole && directory.empty()) {
-    Trace(u"CCfgCommand::GetFile - No script directory", 1);
+    Trace("CCfgCommand::GetFile - No script directory", 1);
     return false;
   }
   if (directory.size() + path.size() >= size) {
     CCfgParser::SetLastError(u"Internal error - file path name to large for buffer.");
-    Trace(u"CCfgCommand::GetFile - File path name to large for buffer(%d)", 2, isWhole ? 2 : 1);
+    Trace("CCfgCommand::GetFile - File path name to large for buffer(%d)", 2, isWhole ? 2 : 1);
     return false;
   }
   fullPath = directory;

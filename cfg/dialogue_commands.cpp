@@ -20,12 +20,12 @@ constexpr const char* kNo = "NO";
 // --- DISPLAY ---
 
 Status CCfgDisplay::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgDisplay::ReadFromFile");
+  TraceScope scope("CCfgDisplay::ReadFromFile");
   return ReadOneParameter(file, text_, cfg_status::kTooManyParameters);
 }
 
 Status CCfgDisplay::Process() {
-  TraceScope scope(u"CCfgDisplay::Process");
+  TraceScope scope("CCfgDisplay::Process");
   Display(text_);
   Display("\n");
   return kSuccess;
@@ -34,7 +34,7 @@ Status CCfgDisplay::Process() {
 // --- PROMPT ---
 
 Status CCfgPrompt::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgPrompt::ReadFromFile");
+  TraceScope scope("CCfgPrompt::ReadFromFile");
   if (Status status = ReadOneParameter(file, question_, cfg_status::kBadLine); status != kSuccess)
     return status;
   return ReadAnswers(file);
@@ -47,14 +47,14 @@ Status CCfgPrompt::ReadAnswers(CFileCfg& file) {
     std::string keyword;
     std::string rest;
     if (!file.GetFirstInput(keyword, kLineCapacity) || !file.GetRemainingLine(rest, kLineCapacity)) {
-      Trace(u"CCfgPrompt::ReadFromFile - No line follows", 1);
+      Trace("CCfgPrompt::ReadFromFile - No line follows", 1);
       status = cfg_status::kBadLine;
       break;
     }
     // Whatever the line holds: it is checked even when it belongs to another command.
     if (std::count(rest.begin(), rest.end(), '"') % 2 != 0) {
       CCfgParser::SetLastError(cfg_message::kOddQuotes);
-      Trace(u"CCfgPrompt::ReadFromFile - Invalid number of quotes in line", 1);
+      Trace("CCfgPrompt::ReadFromFile - Invalid number of quotes in line", 1);
       return cfg_status::kBadLine;
     }
     bool isYes = EqualsIgnoreCase(keyword, kYes);
@@ -73,10 +73,10 @@ Status CCfgPrompt::ReadTag(std::string_view rest, const char* name, std::optiona
 }
 
 Status CCfgPrompt::Process() {
-  TraceScope scope(u"CCfgPrompt::Process");
+  TraceScope scope("CCfgPrompt::Process");
   if (IsBufferEmpty(question_)) {
     CCfgParser::SetLastError(cfg_message::kInvalidInput, question_, GetDisplayName());
-    Trace(u"CCfgPrompt::Process - The question is empty", 1);
+    Trace("CCfgPrompt::Process - The question is empty", 1);
     return cfg_status::kBadValue;
   }
   Display(question_);
@@ -90,16 +90,16 @@ Status CCfgPrompt::Process() {
 // --- YES, NO ---
 
 bool CCfgYes::IsValidCommandLocation() {
-  TraceScope scope(u"CCfgYes::IsValidCommandLocation");
+  TraceScope scope("CCfgYes::IsValidCommandLocation");
   CCfgParser::SetLastError(kMisplaced, GetDisplayName());
-  Trace(u"CCfgYes::IsValidCommandLocation - YES without a PROMPT", 1);
+  Trace("CCfgYes::IsValidCommandLocation - YES without a PROMPT", 1);
   return false;
 }
 
 bool CCfgNo::IsValidCommandLocation() {
-  TraceScope scope(u"CCfgNo::IsValidCommandLocation");
+  TraceScope scope("CCfgNo::IsValidCommandLocation");
   CCfgParser::SetLastError(kMisplaced, GetDisplayName());
-  Trace(u"CCfgNo::IsValidCommandLocation - NO without a PROMPT", 1);
+  Trace("CCfgNo::IsValidCommandLocation - NO without a PROMPT", 1);
   return false;
 }
 

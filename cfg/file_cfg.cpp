@@ -13,9 +13,9 @@ constexpr std::string_view kCommentMarker = "//";
 }  // namespace
 
 CFileCfg::CFileCfg(std::string_view path) {
-  TraceScope scope(u"CFileCfg::CFileCfg");
+  TraceScope scope("CFileCfg::CFileCfg");
   if (Load(path) != kSuccess) {
-    Trace(u"CFileCfg::CFileCfg - Unable to read file %hs", 1, path);
+    Trace("CFileCfg::CFileCfg - Unable to read file %s", 1, path);
     return;
   }
   CutAt(kCommentMarker);
@@ -23,40 +23,40 @@ CFileCfg::CFileCfg(std::string_view path) {
 }
 
 bool CFileCfg::EndOfFile() const {
-  TraceScope scope(u"CFileCfg::EndOfFile");
+  TraceScope scope("CFileCfg::EndOfFile");
   return IsAtEnd();
 }
 
 bool CFileCfg::IsLineEmpty() const {
-  TraceScope scope(u"CFileCfg::IsLineEmpty");
+  TraceScope scope("CFileCfg::IsLineEmpty");
   return CurrentLine().empty();
 }
 
 std::uint32_t CFileCfg::GetCurrentLineNumber() const {
-  TraceScope scope(u"CFileCfg::GetCurrentLineNumber");
+  TraceScope scope("CFileCfg::GetCurrentLineNumber");
   return currentLine_;
 }
 
 void CFileCfg::SetCurrentLineNumber(std::uint32_t line) {
-  TraceScope scope(u"CFileCfg::SetCurrentLineNumber");
+  TraceScope scope("CFileCfg::SetCurrentLineNumber");
   if (line < LineCount()) currentLine_ = line;
   currentColumn_ = 0;
 }
 
 bool CFileCfg::GetFirstInput(std::string& keyword, std::size_t size) {
-  TraceScope scope(u"CFileCfg::GetFirstInput");
+  TraceScope scope("CFileCfg::GetFirstInput");
   if (currentColumn_ != 0) ++currentLine_;
   currentColumn_ = 0;
   while (!IsAtEnd() && CurrentLine().empty()) ++currentLine_;
   if (IsAtEnd()) {
-    Trace(u"CFileCfg::GetFirstInput - EOF detected", 1);
+    Trace("CFileCfg::GetFirstInput - EOF detected", 1);
     return false;
   }
   std::string_view line = CurrentLine();
   auto end = std::find_if(line.begin(), line.end(), IsBlank);
   currentColumn_ = static_cast<std::size_t>(end - line.begin());
   if (currentColumn_ == 0 || currentColumn_ >= size) {
-    Trace(u"CFileCfg::GetFirstInput - the buffer passed is not sufficient", 1);
+    Trace("CFileCfg::GetFirstInput - the buffer passed is not sufficient", 1);
     return false;
   }
   keyword = line.substr(0, currentColumn_);
@@ -64,9 +64,9 @@ bool CFileCfg::GetFirstInput(std::string& keyword, std::size_t size) {
 }
 
 bool CFileCfg::GetNextInput(std::string& argument, std::size_t size) {
-  TraceScope scope(u"CFileCfg::GetNextInput");
+  TraceScope scope("CFileCfg::GetNextInput");
   if (IsAtEnd()) {
-    Trace(u"CFileCfg::GetNextInput - EOF detected", 1);
+    Trace("CFileCfg::GetNextInput - EOF detected", 1);
     return false;
   }
   std::string_view line = CurrentLine();
@@ -79,7 +79,7 @@ bool CFileCfg::GetNextInput(std::string& argument, std::size_t size) {
   currentColumn_ = isQuoted && end < line.size() ? end + 1 : end;
   // The room is tested against the column, not against the argument's length.
   if (end == start || currentColumn_ >= size) {
-    Trace(u"CFileCfg::GetNextInput - No data to copy or buffer provided is not sufficient to copy", 1);
+    Trace("CFileCfg::GetNextInput - No data to copy or buffer provided is not sufficient to copy", 1);
     return false;
   }
   argument = line.substr(start, end - start);
@@ -87,15 +87,15 @@ bool CFileCfg::GetNextInput(std::string& argument, std::size_t size) {
 }
 
 bool CFileCfg::GetRemainingLine(std::string& rest, std::size_t size) const {
-  TraceScope scope(u"CFileCfg::GetRemainingLine");
+  TraceScope scope("CFileCfg::GetRemainingLine");
   std::string_view line = CurrentLine();
   if (IsAtEnd() || line.empty()) {
-    Trace(u"CFileCfg::GetRemainingLine - EOF detected", 1);
+    Trace("CFileCfg::GetRemainingLine - EOF detected", 1);
     return false;
   }
   std::string_view remaining = line.substr(std::min(currentColumn_, line.size()));
   if (remaining.size() >= size) {
-    Trace(u"CFileCfg::GetRemainingLine - the buffer passed is not sufficient", 1);
+    Trace("CFileCfg::GetRemainingLine - the buffer passed is not sufficient", 1);
     return false;
   }
   rest = remaining;

@@ -10,23 +10,23 @@ namespace varnok {
 // --- SET, CLEAR ---
 
 Status CCfgSet::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgSet::ReadFromFile");
+  TraceScope scope("CCfgSet::ReadFromFile");
   return ReadOneParameter(file, tag_, cfg_status::kTooManyParameters);
 }
 
 Status CCfgSet::Process() {
-  TraceScope scope(u"CCfgSet::Process");
+  TraceScope scope("CCfgSet::Process");
   if (parser_ != nullptr) parser_->SetTag(tag_.c_str());
   return kSuccess;
 }
 
 Status CCfgClear::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgClear::ReadFromFile");
+  TraceScope scope("CCfgClear::ReadFromFile");
   return ReadOneParameter(file, tag_, cfg_status::kTooManyParameters);
 }
 
 Status CCfgClear::Process() {
-  TraceScope scope(u"CCfgClear::Process");
+  TraceScope scope("CCfgClear::Process");
   if (parser_ == nullptr) return kSuccess;
   wasSet_ = parser_->IsTagSet(tag_);
   parser_->ClearTag(tag_);
@@ -36,7 +36,7 @@ Status CCfgClear::Process() {
 // --- ERRORLEVEL ---
 
 Status CCfgErrorLevel::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgErrorLevel::ReadFromFile");
+  TraceScope scope("CCfgErrorLevel::ReadFromFile");
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   std::string_view cursor = rest;
@@ -46,14 +46,14 @@ Status CCfgErrorLevel::ReadFromFile(CFileCfg& file) {
   if (!GetNextInput(cursor, token) || !StringToInt(token, level_)) {
     CCfgParser::SetLastError(u"%hs is not a valid error level, it must be a valid hexidecimal number.",
                              token);
-    Trace(u"CCfgErrorLevel::ReadFromFile - Invalid error level", 1);
+    Trace("CCfgErrorLevel::ReadFromFile - Invalid error level", 1);
     return cfg_status::kBadLine;
   }
   return RefuseExtra(cursor, cfg_status::kTooManyParameters);
 }
 
 Status CCfgErrorLevel::Process() {
-  TraceScope scope(u"CCfgErrorLevel::Process");
+  TraceScope scope("CCfgErrorLevel::Process");
   CCfgParser::SetLastError(u"Configuration file exiting due to ERRORLEVEL %02X.", level_);
   return cfg_status::kErrorLevel + static_cast<Status>(std::int64_t{static_cast<std::int32_t>(level_)});
 }
@@ -65,7 +65,7 @@ void CCfgErrorLevel::DebugPrint() {
 // --- CONFIGURATION ---
 
 Status CCfgConfiguration::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgConfiguration::ReadFromFile");
+  TraceScope scope("CCfgConfiguration::ReadFromFile");
   constexpr std::size_t kMostParameters = 3;
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
@@ -79,7 +79,7 @@ Status CCfgConfiguration::ReadFromFile(CFileCfg& file) {
 }
 
 Status CCfgConfiguration::Process() {
-  TraceScope scope(u"CCfgConfiguration::Process");
+  TraceScope scope("CCfgConfiguration::Process");
   std::u16string shown = Widen(parameters_.front());
   for (std::size_t i = 1; i < parameters_.size(); ++i) shown += Format(u" %ls", Widen(parameters_[i]));
   Print(u"Update File Configuration: %ls\n", shown);
@@ -89,7 +89,7 @@ Status CCfgConfiguration::Process() {
 // --- BOOT ---
 
 Status CCfgBoot::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgBoot::ReadFromFile");
+  TraceScope scope("CCfgBoot::ReadFromFile");
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   return RefuseExtra(rest, cfg_status::kTooManyParameters);
@@ -102,7 +102,7 @@ void CCfgBoot::DebugPrint() {
 // --- BMC_REFRESH ---
 
 Status CCfgBmcRefresh::Process() {
-  TraceScope scope(u"CCfgBmcRefresh::Process");
+  TraceScope scope("CCfgBmcRefresh::Process");
   if (parser_ != nullptr) parser_->AddUpdateCommand(*this, nullptr, true);
   return kSuccess;
 }

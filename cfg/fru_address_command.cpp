@@ -28,14 +28,14 @@ constexpr std::uint8_t kNoBus = 0xFF;
 
 Status RefuseCount(const char* name) {
   CCfgParser::SetLastError(u"Too many parameters for the %hs command.", name);
-  Trace(u"CCfgFruAddress::ReadFromFile - Too many parameters", 1);
+  Trace("CCfgFruAddress::ReadFromFile - Too many parameters", 1);
   return cfg_status::kTooManyParameters;
 }
 
 }  // namespace
 
 Status CCfgFruAddress::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgFruAddress::ReadFromFile");
+  TraceScope scope("CCfgFruAddress::ReadFromFile");
   constexpr std::size_t kMostTokens = 4;
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
@@ -49,7 +49,7 @@ Status CCfgFruAddress::ReadFromFile(CFileCfg& file) {
   if (address_.bus == kNoBus && address_.deviceAddress != kBmcAddress) {
     CCfgParser::SetLastError(u"The bus address %02X is not valid with the slave address %02X.", address_.bus,
                              address_.deviceAddress);
-    Trace(u"CCfgFruAddress::ReadFromFile - Invalid bus and slave address", 1);
+    Trace("CCfgFruAddress::ReadFromFile - Invalid bus and slave address", 1);
     return cfg_status::kBadValue;
   }
   return Attach();
@@ -79,7 +79,7 @@ Status CCfgFruAddress::ReadNvsType(const std::string& token) {
                           [&token](const NvsTypeRow& each) { return EqualsIgnoreCase(token, each.name); });
   if (row == kNvsTypes.end()) {
     CCfgParser::SetLastError(u"%hs is not a valid NVS type.", token);
-    Trace(u"CCfgFruAddress::ReadFromFile - Invalid NVS type", 1);
+    Trace("CCfgFruAddress::ReadFromFile - Invalid NVS type", 1);
     return cfg_status::kBadNvsType;
   }
   address_.nvsType = row->type;
@@ -89,7 +89,7 @@ Status CCfgFruAddress::ReadNvsType(const std::string& token) {
 Status CCfgFruAddress::ReadNumber(const std::string& token, std::uint8_t& number) {
   if (StringToInt(token, number)) return kSuccess;
   CCfgParser::SetLastError(cfg_message::kInvalidInput, token, GetDisplayName());
-  Trace(u"CCfgFruAddress::ReadFromFile - %hs is not a hexadecimal number", 1, token);
+  Trace("CCfgFruAddress::ReadFromFile - %s is not a hexadecimal number", 1, token);
   return cfg_status::kBadLine;
 }
 
@@ -98,7 +98,7 @@ Status CCfgFruAddress::Attach() {
   CCfgFruName* fruName = parser_->CurrentFruName();
   if (fruName->IsAddressGiven()) {
     CCfgParser::SetLastError(u"Multiple 'FRUADDRESS' commands cannot be given after 'FRUNAME'.\n");
-    Trace(u"CCfgFruAddress::ReadFromFile - Second FRUADDRESS for a FRUNAME", 1);
+    Trace("CCfgFruAddress::ReadFromFile - Second FRUADDRESS for a FRUNAME", 1);
     return cfg_status::kSecondFruAddress;
   }
   fruName->MarkAddressGiven();
@@ -107,17 +107,17 @@ Status CCfgFruAddress::Attach() {
 }
 
 Status CCfgFruAddress::Process() {
-  TraceScope scope(u"CCfgFruAddress::Process");
+  TraceScope scope("CCfgFruAddress::Process");
   if (!IsValidCommandLocation()) return cfg_status::kOutOfBlock;
   parser_->CurrentFruName()->SetFruAddress(this);
   return kSuccess;
 }
 
 bool CCfgFruAddress::IsValidCommandLocation() {
-  TraceScope scope(u"CCfgFruAddress::IsValidCommandLocation");
+  TraceScope scope("CCfgFruAddress::IsValidCommandLocation");
   if (parser_ != nullptr && parser_->CurrentFruName() != nullptr) return true;
   CCfgParser::SetLastError(cfg_message::kNoFruName);
-  Trace(u"CCfgFruAddress::IsValidCommandLocation - No FRUNAME", 1);
+  Trace("CCfgFruAddress::IsValidCommandLocation - No FRUNAME", 1);
   return false;
 }
 

@@ -18,7 +18,7 @@ constexpr std::string_view kSizeOption = "size=";
 }  // namespace
 
 Status CCfgFruArea::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgFruArea::ReadFromFile");
+  TraceScope scope("CCfgFruArea::ReadFromFile");
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   std::string_view cursor = rest;
@@ -42,7 +42,7 @@ Status CCfgFruArea::ReadArea(const std::string& keyword) {
   });
   if (row == kFruAreas.end()) {
     CCfgParser::SetLastError(u"%hs is not a valid FRU area.", keyword);
-    Trace(u"CCfgFruArea::ReadFromFile - Invalid FRU area", 1);
+    Trace("CCfgFruArea::ReadFromFile - Invalid FRU area", 1);
     return cfg_status::kBadFruArea;
   }
   index_ = static_cast<FruAreaIndex>(row - kFruAreas.begin());
@@ -55,13 +55,13 @@ Status CCfgFruArea::ReadRecordNumber(std::string_view& cursor) {
   if (!GetNextInput(cursor, token)) return MissingParameter(u"second", cfg_status::kTooManyParameters);
   if (!StringToInt(token, number)) {
     CCfgParser::SetLastError(cfg_message::kNotHexadecimal, token, GetDisplayName());
-    Trace(u"CCfgFruArea::ReadFromFile - Invalid multi record number", 1);
+    Trace("CCfgFruArea::ReadFromFile - Invalid multi record number", 1);
     return cfg_status::kBadLine;
   }
   if (number < 1 || number > kMostRecords) {
     CCfgParser::SetLastError(u"Invalid multi record selection: %X.  The value must be in the range 1 - %X.",
                              number, kMostRecords);
-    Trace(u"CCfgFruArea::ReadFromFile - Multi record number out of range", 1);
+    Trace("CCfgFruArea::ReadFromFile - Multi record number out of range", 1);
     return cfg_status::kBadValue;
   }
   recordNumber_ = static_cast<std::uint8_t>(number);
@@ -90,7 +90,7 @@ Status CCfgFruArea::ReadValidateTag(std::string_view& cursor) {
   mode_ = Mode::Validate;
   if (!GetNextInput(cursor, validateTag_)) {
     CCfgParser::SetLastError(u"Validate command should be followed by one parameter.\n");
-    Trace(u"CCfgFruArea::ReadFromFile - VALIDATE without a tag", 1);
+    Trace("CCfgFruArea::ReadFromFile - VALIDATE without a tag", 1);
     return cfg_status::kOutOfBlock;
   }
   if (parser_->CurrentFruName() == nullptr) return RefuseOutOfBlock();
@@ -108,7 +108,7 @@ Status CCfgFruArea::ReadSize(const std::string& option) {
       index_ == FruAreaIndex::Chassis || index_ == FruAreaIndex::Board || index_ == FruAreaIndex::Product;
   if (!isNumber || !hasSize) {
     CCfgParser::SetLastError(cfg_message::kInvalidInput, option, GetDisplayName());
-    Trace(u"CCfgFruArea::ReadFromFile - Invalid size", 1);
+    Trace("CCfgFruArea::ReadFromFile - Invalid size", 1);
     return cfg_status::kBadValue;
   }
   size_ = 0;
@@ -117,13 +117,13 @@ Status CCfgFruArea::ReadSize(const std::string& option) {
 }
 
 bool CCfgFruArea::IsValidCommandLocation() {
-  TraceScope scope(u"CCfgFruArea::IsValidCommandLocation");
+  TraceScope scope("CCfgFruArea::IsValidCommandLocation");
   return (parser_ != nullptr && parser_->CurrentFruName() != nullptr) || RefuseOutOfBlock() == kSuccess;
 }
 
 Status CCfgFruArea::RefuseOutOfBlock() const {
   CCfgParser::SetLastError(cfg_message::kNoFruName);
-  Trace(u"CCfgFruArea - FRUAREA command found without matching FRUNAME", 1);
+  Trace("CCfgFruArea - FRUAREA command found without matching FRUNAME", 1);
   return cfg_status::kOutOfBlock;
 }
 
@@ -136,7 +136,7 @@ FruAreaId CCfgFruArea::Id() const {
 }
 
 bool CCfgFruArea::IsFieldAllowed(std::uint32_t fieldBit) const {
-  TraceScope scope(u"CCfgFruArea::IsFieldAllowed");
+  TraceScope scope("CCfgFruArea::IsFieldAllowed");
   return index_ != FruAreaIndex::None &&
          (kFruAreas[static_cast<std::size_t>(index_)].fieldMask & fieldBit) != 0;
 }

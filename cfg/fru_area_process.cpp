@@ -30,7 +30,7 @@ constexpr std::array<HasArea, kFruAreaCount> kHasArea{HasHeader,
 }  // namespace
 
 Status CCfgFruArea::Process() {
-  TraceScope scope(u"CCfgFruArea::Process");
+  TraceScope scope("CCfgFruArea::Process");
   ForgetFruMessage();
   CCfgFruName* fruName = parser_ != nullptr ? parser_->CurrentFruName() : nullptr;
   if (fruName == nullptr) return RefuseOutOfBlock();
@@ -39,7 +39,7 @@ Status CCfgFruArea::Process() {
   if (!DoesAreaExistInFru(*fruName)) {
     CCfgParser::SetLastError(u"The %hs area does not exist in the system FRU, it cannot be updated.",
                              Keyword());
-    Trace(u"CCfgFruArea::Process - The area does not exist", 1);
+    Trace("CCfgFruArea::Process - The area does not exist", 1);
     return cfg_status::kBadFruArea;
   }
   Status status = Select(*fruName);
@@ -55,7 +55,7 @@ FruWriteMode CCfgFruArea::WriteMode() const {
 }
 
 Status CCfgFruArea::Fail(Status status) const {
-  Trace(u"CCfgFruArea::Process - Unable to update the %hs area", 1, Keyword());
+  Trace("CCfgFruArea::Process - Unable to update the %s area", 1, Keyword());
   return ReportFruFailure(status);
 }
 
@@ -82,7 +82,7 @@ Status CCfgFruArea::Validate(CCfgFruName& fruName) {
 }
 
 bool CCfgFruArea::DoesAreaExistInFru(CCfgFruName& fruName) const {
-  TraceScope scope(u"CCfgFruArea::DoesAreaExistInFru");
+  TraceScope scope("CCfgFruArea::DoesAreaExistInFr");
   bool isPresent = false;
   return index_ != FruAreaIndex::None && fruName.SelectFru(false) == kSuccess &&
          kHasArea[static_cast<std::size_t>(index_)](isPresent) == kSuccess && isPresent;

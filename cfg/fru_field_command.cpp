@@ -40,14 +40,14 @@ std::size_t IndexOf(const std::array<std::string_view, kCount>& names, std::stri
 template <class Text>
 Status RefuseValue(std::u16string_view message, const Text& text, Status status = cfg_status::kBadLine) {
   CCfgParser::SetLastError(message, text);
-  Trace(u"CCfgFruField::ReadFromFile - Invalid field value", 1);
+  Trace("CCfgFruField::ReadFromFile - Invalid field value", 1);
   return status;
 }
 
 }  // namespace
 
 Status CCfgFruField::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgFruField::ReadFromFile");
+  TraceScope scope("CCfgFruField::ReadFromFile");
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   std::string_view cursor = rest;
@@ -70,11 +70,11 @@ Status CCfgFruField::ReadField(const std::string& keyword) {
   field_ = static_cast<std::uint32_t>(row - kFruFields.begin());
   if (field_ != fru_field::kCustom) return kSuccess;
   if (!StringToDec(std::string_view(keyword).substr(kKeywordLength), customNumber_)) {
-    Trace(u"CCfgFruField::ReadFromFile - Invalid custom field number", 1);
+    Trace("CCfgFruField::ReadFromFile - Invalid custom field number", 1);
     return cfg_status::kBadLine;
   }
   if (customNumber_ < 1 || customNumber_ > kMostCustomFields) {
-    Trace(u"CCfgFruField::ReadFromFile - Custom field number out of range", 1);
+    Trace("CCfgFruField::ReadFromFile - Custom field number out of range", 1);
     return cfg_status::kBadValue;
   }
   return kSuccess;
@@ -83,7 +83,7 @@ Status CCfgFruField::ReadField(const std::string& keyword) {
 Status CCfgFruField::ReadValue(std::string_view cursor) {
   if (field_ == fru_field::kMfgDate) {
     CCfgParser::SetLastError(u"The FRUFIELD MD is not allowed to have any parameters.");
-    Trace(u"CCfgFruField::ReadFromFile - MD with a value", 1);
+    Trace("CCfgFruField::ReadFromFile - MD with a value", 1);
     return cfg_status::kTooManyParameters;
   }
   std::string token;
@@ -145,12 +145,12 @@ Status CCfgFruField::CheckArea() const {
   if (fruName->GetFruArea()->IsFieldAllowed(Row().bit)) return kSuccess;
   CCfgParser::SetLastError(u"%hs is not a valid FRU field for the %hs FRU area.", Row().keyword,
                            fruName->GetFruArea()->Keyword());
-  Trace(u"CCfgFruField::ReadFromFile - The area has no such field", 1);
+  Trace("CCfgFruField::ReadFromFile - The area has no such field", 1);
   return cfg_status::kBadFruField;
 }
 
 bool CCfgFruField::IsValidCommandLocation() {
-  TraceScope scope(u"CCfgFruField::IsValidCommandLocation");
+  TraceScope scope("CCfgFruField::IsValidCommandLocation");
   if (parser_ == nullptr || parser_->CurrentFruName() == nullptr)
     return RefuseOutOfBlock(cfg_message::kNoFruName);
   return parser_->CurrentFruName()->GetFruArea() != nullptr || RefuseOutOfBlock(cfg_message::kNoFruArea);
@@ -158,7 +158,7 @@ bool CCfgFruField::IsValidCommandLocation() {
 
 bool CCfgFruField::RefuseOutOfBlock(std::u16string_view message) const {
   CCfgParser::SetLastError(message);
-  Trace(u"CCfgFruField - %ls", 1, message);
+  Trace("CCfgFruField - %s", 1, message);
   return false;
 }
 

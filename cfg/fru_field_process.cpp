@@ -39,12 +39,12 @@ std::uint32_t CustomFieldOffset(FruAreaIndex area) {
 }  // namespace
 
 Status CCfgFruField::Fail(Status status) const {
-  Trace(u"CCfgFruField::Process - Unable to update the %hs field", 1, Row().keyword);
+  Trace("CCfgFruField::Process - Unable to update the %s field", 1, Row().keyword);
   return ReportFruFailure(status);
 }
 
 Status CCfgFruField::Process() {
-  TraceScope scope(u"CCfgFruField::Process");
+  TraceScope scope("CCfgFruField::Process");
   ForgetFruMessage();
   if (!IsValidCommandLocation()) return cfg_status::kOutOfBlock;
   CCfgFruName& fruName = *parser_->CurrentFruName();
@@ -59,7 +59,7 @@ Status CCfgFruField::Process() {
 }
 
 Status CCfgFruField::SelectField(const CCfgFruArea& area) const {
-  TraceScope scope(u"CCfgFruField::SelectField");
+  TraceScope scope("CCfgFruField::SelectField");
   Status status = FruData::SelectAreaEnum(area.Id());
   if (status != kSuccess) return Fail(cfg_status::kBadFruField);
   if (field_ == fru_field::kCustom) {
@@ -110,7 +110,7 @@ Status CCfgFruField::GetValueFromVariable(std::string& value, std::size_t size) 
   CCfgParser::SetLastError(
       u"Unable to read the FRU field value from the environment variable '%hs', the variable does not exist.",
       sourceName_);
-  Trace(u"CCfgFruField::Process - The variable does not exist", 1);
+  Trace("CCfgFruField::Process - The variable does not exist", 1);
   return cfg_status::kNoVariable;
 }
 
@@ -118,11 +118,11 @@ Status CCfgFruField::GetValueFromFile(const std::string& fileName, std::string& 
   std::u16string path;
   if (!GetFile(Widen(fileName), path, CCfgFileInputCommand::kPathCapacity)) {
     CCfgParser::SetLastError(u"Unable to retrieve file for FRU field input %hs.", fileName);
-    Trace(u"CCfgFruField::Process - Unable to retrieve file", 1);
+    Trace("CCfgFruField::Process - Unable to retrieve file", 1);
     return cfg_status::kFileNotFound;
   }
   if (GetStringFromFile(Narrow(path), value, kLongestValue, sourceLine_)) return kSuccess;
-  Trace(u"CCfgFruField::Process - Unable to read the value", 1);
+  Trace("CCfgFruField::Process - Unable to read the value", 1);
   return cfg_status::kBadLine;
 }
 
@@ -155,7 +155,7 @@ Status CCfgFruField::AskOperator(std::string& value) {
             std::u16string_view(&digit, 1));
     std::u16string text;
     if (!GetInputString(text, size, true)) {
-      Trace(u"CCfgFruField::Process - Unable to read the operator's input", 1);
+      Trace("CCfgFruField::Process - Unable to read the operator's input", 1);
       return cfg_status::kNoInput;
     }
     value = Narrow(text);
@@ -167,7 +167,7 @@ Status CCfgFruField::AskOperator(std::string& value) {
 }
 
 bool CCfgFruField::IsValidInput(std::string_view text) const {
-  TraceScope scope(u"CCfgFruField::IsValidInput");
+  TraceScope scope("CCfgFruField::IsValidInput");
   if (text.size() == 1) return Display(kTooShort, Widen(text)), false;
   if (text.size() >= kLongestValue) return Display(kTooLong, Widen(text), kLongestValue - 1), false;
   if (!IsChassisType()) return true;
@@ -184,7 +184,7 @@ bool CCfgFruField::IsValidInput(std::string_view text) const {
 }
 
 Status CCfgFruField::DoSpecialFieldConversions(std::string& value) const {
-  TraceScope scope(u"CCfgFruField::DoSpecialFieldConversions");
+  TraceScope scope("CCfgFruField::DoSpecialFieldConversions");
   if (!IsChassisType()) return kSuccess;
   constexpr std::size_t kMostDigits = 2;
   std::uint8_t type = 0;
@@ -196,21 +196,21 @@ Status CCfgFruField::DoSpecialFieldConversions(std::string& value) const {
     value.assign(1, static_cast<char>(type));
     return kSuccess;
   }
-  Trace(u"CCfgFruField::DoSpecialFieldConversions - Invalid chassis type", 1);
+  Trace("CCfgFruField::DoSpecialFieldConversions - Invalid chassis type", 1);
   return cfg_status::kBadFruField;
 }
 
 Status CCfgFruField::AssignValueToFruField(CCfgFruName& fruName, const std::string& value) const {
-  TraceScope scope(u"CCfgFruField::AssignValueToFruField");
+  TraceScope scope("CCfgFruField::AssignValueToFruField");
   // The byte of a chassis type is no text of length 1.
   if (value.size() == 1 && !IsChassisType()) {
     CCfgParser::SetLastError(kTooShort, Widen(value));
-    Trace(u"CCfgFruField::AssignValueToFruField - The value is too short", 1);
+    Trace("CCfgFruField::AssignValueToFruField - The value is too short", 1);
     return cfg_status::kBadFruField;
   }
   if (value.size() > GetMaxFieldSize()) {
     CCfgParser::SetLastError(kTooLong, Widen(value), GetMaxFieldSize());
-    Trace(u"CCfgFruField::AssignValueToFruField - The value is too long", 1);
+    Trace("CCfgFruField::AssignValueToFruField - The value is too long", 1);
     return cfg_status::kBadFruField;
   }
   if (fruName.SelectFru(false) != kSuccess) return Fail(cfg_status::kBadFruField);

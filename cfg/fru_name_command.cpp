@@ -52,7 +52,7 @@ void CCfgFruName::Register() {
 }
 
 Status CCfgFruName::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgFruName::ReadFromFile");
+  TraceScope scope("CCfgFruName::ReadFromFile");
   std::string name;
   if (Status status = ReadOneParameter(file, name, cfg_status::kTooManyParameters); status != kSuccess)
     return status;
@@ -62,23 +62,23 @@ Status CCfgFruName::ReadFromFile(CFileCfg& file) {
 }
 
 Status CCfgFruName::SelectFru(bool source) {
-  TraceScope scope(u"CCfgFruName::SelectFru");
+  TraceScope scope("CCfgFruName::SelectFr");
   bool fromFile = source && usesFile_;
   FruDeviceAddress address = address_;
   if (addressCommand_ != nullptr && (!source || !usesFile_)) address = addressCommand_->GetAddress();
   Status status = FruData::SelectList(fromFile ? FruList::File : FruList::System);
   if (status == kSuccess) status = FruData::SelectFruByAddress(address);
   if (status == kSuccess) return kSuccess;
-  Trace(u"CCfgFruName::SelectFru - Unable to select the FRU", 1);
+  Trace("CCfgFruName::SelectFru - Unable to select the FRU", 1);
   return ReportFruFailure(status);
 }
 
 Status CCfgFruName::Process() {
-  TraceScope scope(u"CCfgFruName::Process");
+  TraceScope scope("CCfgFruName::Process");
   ForgetFruMessage();
   if (GetWideName().empty()) {
     CCfgParser::SetLastError(cfg_message::kNullFileName, u"FRU");
-    Trace(u"CCfgFruName::Process - File name is NULL", 1);
+    Trace("CCfgFruName::Process - File name is NULL", 1);
     return cfg_status::kBadValue;
   }
   HeaderBytes fileHeader{};
@@ -93,7 +93,7 @@ Status CCfgFruName::Process() {
       CCfgParser::SetLastError(u"");
       return kSuccess;
     }
-    Trace(u"CCfgFruName::Process - Unable to load the system FRU", 1);
+    Trace("CCfgFruName::Process - Unable to load the system FRU", 1);
     return ReportFruFailure(cfg_status::kFruLoadFailed);
   }
   if (usesFile_ && fileHeader != systemHeader) return AskForWholeFile();
@@ -104,7 +104,7 @@ Status CCfgFruName::Process() {
 Status CCfgFruName::LoadFile(HeaderBytes& header) {
   if (!GetFile(GetWideName(), path_, kPathCapacity)) {
     CCfgParser::SetLastError(cfg_message::kCannotRetrieve, GetWideName());
-    Trace(u"CCfgFruName::Process - Unable to retrieve file %ls", 1, GetWideName());
+    Trace("CCfgFruName::Process - Unable to retrieve file %s", 1, GetWideName());
     return cfg_status::kFileNotFound;
   }
   Status status = FruData::LoadConfigurationFromFile(Narrow(path_));
@@ -114,7 +114,7 @@ Status CCfgFruName::LoadFile(HeaderBytes& header) {
   }
   if (status == kSuccess) status = ReadHeader(header);
   if (status == kSuccess) return kSuccess;
-  Trace(u"CCfgFruName::Process - Unable to load the FRU file", 1);
+  Trace("CCfgFruName::Process - Unable to load the FRU file", 1);
   return ReportFruFailure(status == fru_status::kFileNotRead ? cfg_status::kFileNotFound
                                                              : cfg_status::kFruLoadFailed);
 }
@@ -139,7 +139,7 @@ Status CCfgFruName::AskForWholeFile() {
   CCfgParser::SetLastError(
       u"The header in the FRU file '%ls' does not match the header in the system FRU.  The FRU cannot be updated.",
       GetWideName());
-  Trace(u"CCfgFruName::Process - The headers of file and system FRU differ", 1);
+  Trace("CCfgFruName::Process - The headers of file and system FRU differ", 1);
   return cfg_status::kFruLoadFailed;
 }
 
@@ -154,7 +154,7 @@ bool CCfgFruName::AreAllAreasMentioned() const {
 }
 
 Status CCfgFruName::Execute() {
-  TraceScope scope(u"CCfgFruName::Execute");
+  TraceScope scope("CCfgFruName::Execute");
   if (!isModified_) return kSuccess;
   ForgetFruMessage();
   Status status = SelectFru(false);
@@ -162,12 +162,12 @@ Status CCfgFruName::Execute() {
     CCfgParser::SetLastError(
         u"The configuration file should update all the FRU ares in the file '%ls', to avoid corrupting the FRU.",
         GetWideName());
-    Trace(u"CCfgFruName::Execute - An area of the FRU is not updated", 1);
+    Trace("CCfgFruName::Execute - An area of the FRU is not updated", 1);
     return cfg_status::kFruCommitFailed;
   }
   if (status == kSuccess) status = FruData::CommitConfigurationToSystem(false);
   if (status == kSuccess) return kSuccess;
-  Trace(u"CCfgFruName::Execute - CommitConfigurationToSystem failed", 1);
+  Trace("CCfgFruName::Execute - CommitConfigurationToSystem failed", 1);
   return ReportFruFailure(cfg_status::kFruCommitFailed);
 }
 

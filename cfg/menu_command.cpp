@@ -44,7 +44,7 @@ std::uint32_t ToNumber(std::u16string_view text) {
 }  // namespace
 
 Status CCfgMenu::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgMenu::ReadFromFile");
+  TraceScope scope("CCfgMenu::ReadFromFile");
   if (!hasTitle_) {
     // The MENU line is read again, as the first item.
     file.SetCurrentLineNumber(file.GetCurrentLineNumber());
@@ -58,18 +58,18 @@ Status CCfgMenu::ReadFromFile(CFileCfg& file) {
   if (items_.size() <= kMostTitledItems) return kSuccess;
   CCfgParser::SetLastError(u"Invalid number of menus to prompt: %d, the maximum allowed is %d.",
                            items_.size(), kMostTitledItems);
-  Trace(u"CCfgMenu::ReadFromFile - Invalid number of menus to prompt", 1);
+  Trace("CCfgMenu::ReadFromFile - Invalid number of menus to prompt", 1);
   return cfg_status::kUnknownCommand;
 }
 
 Status CCfgMenu::ReadAnswersFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgMenu::ReadAnswersFromFile");
+  TraceScope scope("CCfgMenu::ReadAnswersFromFile");
   Status status = kSuccess;
   for (;;) {
     std::string keyword;
     std::string rest;
     if (!file.GetFirstInput(keyword, kLineCapacity) || !file.GetRemainingLine(rest, kLineCapacity)) {
-      Trace(u"CCfgMenu::ReadAnswersFromFile - Unable to read a line", 1);
+      Trace("CCfgMenu::ReadAnswersFromFile - Unable to read a line", 1);
       if (file.EndOfFile())
         CCfgParser::SetLastError(u"The %hs command was not found before the end of the file.", kMenuPrompt);
       return cfg_status::kBadLine;
@@ -81,7 +81,7 @@ Status CCfgMenu::ReadAnswersFromFile(CFileCfg& file) {
     if (!EqualsIgnoreCase(keyword, kMenu)) {
       CCfgParser::SetLastError(u"The '%hs' command cannot be used between MENUTITLE, MENU, and MENUPROMPT.",
                                keyword);
-      Trace(u"CCfgMenu::ReadAnswersFromFile - Command out of order", 1);
+      Trace("CCfgMenu::ReadAnswersFromFile - Command out of order", 1);
       return cfg_status::kOutOfPlace;
     }
     std::size_t count = items_.size();
@@ -90,7 +90,7 @@ Status CCfgMenu::ReadAnswersFromFile(CFileCfg& file) {
   }
   if (!items_.empty()) return status;
   CCfgParser::SetLastError(u"MENUPROMPT command found without a preceding MENU command.");
-  Trace(u"CCfgMenu::ReadAnswersFromFile - No items", 1);
+  Trace("CCfgMenu::ReadAnswersFromFile - No items", 1);
   return cfg_status::kBadLine;
 }
 
@@ -113,14 +113,14 @@ void CCfgMenu::Show() {
 }
 
 Status CCfgMenu::Process() {
-  TraceScope scope(u"CCfgMenu::Process");
+  TraceScope scope("CCfgMenu::Process");
   Show();
   std::u16string answer;
   std::uint32_t number = 0;
   while (number < 1 || number > items_.size()) {
     // Nothing could ever be read: asking again would never end.
     if (Callbacks().inputChar == nullptr) {
-      Trace(u"CCfgMenu::Process - Input callback function not set", 1);
+      Trace("CCfgMenu::Process - Input callback function not set", 1);
       return cfg_status::kNoInput;
     }
     number = GetInputString(answer, kAnswerCapacity, true) ? ToNumber(answer) : 0;

@@ -9,7 +9,7 @@
 namespace varnok {
 
 void CCfgParser::AddUpdateCommand(CCfgCommand& command, CCfgFileInputCommand* file, bool replace) {
-  TraceScope scope(u"CCfgParser::AddUpdateCommand");
+  TraceScope scope("CCfgParser::AddUpdateCommand");
   if (command.Type() == CommandType::SdrName) {
     if (replace) RemoveFirstSdrName();
     ++sdrUpdates_;
@@ -32,7 +32,7 @@ void CCfgParser::RemoveFirstSdrName() {
 }
 
 void CCfgParser::ClearUpdateFileList() {
-  TraceScope scope(u"CCfgParser::ClearUpdateFileList");
+  TraceScope scope("CCfgParser::ClearUpdateFileList");
   for (Update& update : updates_) update.file = updateFiles_.end();
   updateFiles_.clear();
 }
@@ -49,16 +49,16 @@ bool CCfgParser::IsWriteFirst(const CCfgCommand& command) {
 }
 
 Status CCfgParser::Execute() {
-  TraceScope scope(u"CCfgParser::Execute");
+  TraceScope scope("CCfgParser::Execute");
   if (!isProcessed_) {
-    Trace(u"CCfgParser::Execute - Commands are not processed", 1);
+    Trace("CCfgParser::Execute - Commands are not processed", 1);
     return cfg_status::kCommitRefused;
   }
   isRefreshRequested_ = false;
   Status status = ExecuteWriteFirst();
   if (status == kSuccess) status = ExecuteOthers();
   if (isRefreshRequested_ && FwUpdate::BmcRefresh() != kSuccess) {
-    Trace(u"CCfgParser::Execute - Unable to process commands since BmcRefreshfailed", 1);
+    Trace("CCfgParser::Execute - Unable to process commands since BmcRefreshfailed", 1);
     return cfg_status::kCommitRefused;
   }
   return status;
@@ -71,7 +71,7 @@ Status CCfgParser::ExecuteWriteFirst() {
     auto current = update++;
     if (IsWriteFirst(*current->command)) {
       if (Status status = current->command->Execute(); status != kSuccess) {
-        Trace(u"CCfgParser::Execute - Unable to execute command", 1);
+        Trace("CCfgParser::Execute - Unable to execute command", 1);
         return status;
       }
     } else if (current->command->Type() == CommandType::SdrName && std::next(current) != updates_.end()) {
@@ -86,7 +86,7 @@ Status CCfgParser::ExecuteOthers() {
     if (IsWriteFirst(*update.command)) continue;
     if (update.command->Type() == CommandType::BmcRefresh) isRefreshRequested_ = true;
     if (Status status = update.command->Execute(); status != kSuccess) {
-      Trace(u"CCfgParser::Execute - Unable to execute command", 1);
+      Trace("CCfgParser::Execute - Unable to execute command", 1);
       return status;
     }
   }

@@ -23,7 +23,7 @@ bool TakeSdrMessage() {
 // --- SDRNAME ---
 
 Status CCfgSdrName::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgSdrName::ReadFromFile");
+  TraceScope scope("CCfgSdrName::ReadFromFile");
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   std::string_view cursor = rest;
@@ -54,22 +54,22 @@ Status CCfgSdrName::ReadOptions(std::string_view cursor) {
 }
 
 Status CCfgSdrName::Process() {
-  TraceScope scope(u"CCfgSdrName::Process");
+  TraceScope scope("CCfgSdrName::Process");
   if (GetWideName().empty()) {
     CCfgParser::SetLastError(cfg_message::kNullFileName, u"SDR");
-    Trace(u"CCfgSdrName::Process - File name is NULL", 1);
+    Trace("CCfgSdrName::Process - File name is NULL", 1);
     return cfg_status::kBadValue;
   }
   if (!GetFile(GetWideName(), path_, kPathCapacity)) {
     CCfgParser::SetLastError(cfg_message::kCannotRetrieve, GetWideName());
-    Trace(u"CCfgSdrName::Process - Unable to retrieve file %ls", 1, GetWideName());
+    Trace("CCfgSdrName::Process - Unable to retrieve file %s", 1, GetWideName());
     return cfg_status::kFileNotFound;
   }
   Status status = SdrData::LoadConfigurationFromFile(path_);
   SdrData::SetCompareOnly(isCompare_);
   if (status != kSuccess) {
     if (!TakeSdrMessage()) CCfgParser::SetLastError(cfg_message::kFileNotFound, path_);
-    Trace(u"CCfgSdrName::Process - LoadConfigurationFromFile failed", 1);
+    Trace("CCfgSdrName::Process - LoadConfigurationFromFile failed", 1);
     return status == sdr_status::kCannotOpenFile ? cfg_status::kFileNotFound : cfg_status::kSdrLoadFailed;
   }
   parser_->AddUpdateCommand(*this, this, true);
@@ -81,16 +81,16 @@ Status CCfgSdrName::SelectTags() {
     std::string tag;
     if (parser_->GetTag(static_cast<std::int64_t>(i), tag) != kSuccess) {
       TakeSdrMessage();
-      Trace(u"CCfgSdrName::Execute - GetTag failed", 1);
+      Trace("CCfgSdrName::Execute - GetTag failed", 1);
       return cfg_status::kSdrCommitFailed;
     }
     if (tag.empty()) {
-      Trace(u"CCfgSdrName::Execute - The tag is empty", 1);
+      Trace("CCfgSdrName::Execute - The tag is empty", 1);
       return cfg_status::kNoSuchTag;
     }
     if (SdrData::SetTag(Widen(tag)) != kSuccess) {
       TakeSdrMessage();
-      Trace(u"CCfgSdrName::Execute - SetTag failed", 1);
+      Trace("CCfgSdrName::Execute - SetTag failed", 1);
       return cfg_status::kSdrCommitFailed;
     }
   }
@@ -98,17 +98,17 @@ Status CCfgSdrName::SelectTags() {
 }
 
 Status CCfgSdrName::Execute() {
-  TraceScope scope(u"CCfgSdrName::Execute");
+  TraceScope scope("CCfgSdrName::Execute");
   if (Status status = SelectTags(); status != kSuccess) return status;
   bool isLoaded = false;
   if (SdrData::IsLoaded(isLoaded) != kSuccess || !isLoaded) {
     CCfgParser::SetLastError(cfg_message::kFileNotFound, GetWideName());
-    Trace(u"CCfgSdrName::Execute - No SDR file is loaded", 1);
+    Trace("CCfgSdrName::Execute - No SDR file is loaded", 1);
     return cfg_status::kSdrCommitFailed;
   }
   if (SdrData::CommitConfigurationToSystem() == kSuccess) return kSuccess;
   if (!TakeSdrMessage()) CCfgParser::SetLastError(u"Unknown error occurred during %ls process.", u"SDR");
-  Trace(u"CCfgSdrName::Execute - CommitConfigurationToSystem failed", 1);
+  Trace("CCfgSdrName::Execute - CommitConfigurationToSystem failed", 1);
   return cfg_status::kSdrCommitFailed;
 }
 
@@ -119,7 +119,7 @@ void CCfgSdrName::DebugPrint() {
 // --- CLEARSDR ---
 
 Status CCfgSdrClear::ReadFromFile(CFileCfg& file) {
-  TraceScope scope(u"CCfgSdrClear::ReadFromFile");
+  TraceScope scope("CCfgSdrClear::ReadFromFile");
   isRead_ = true;
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
@@ -127,9 +127,9 @@ Status CCfgSdrClear::ReadFromFile(CFileCfg& file) {
 }
 
 Status CCfgSdrClear::Process() {
-  TraceScope scope(u"CCfgSdrClear::Process");
+  TraceScope scope("CCfgSdrClear::Process");
   Status status = SdrData::ClearRepository();
-  if (status != kSuccess) Trace(u"CCfgSdrClear::Process - ClearSDRRepository failed", 1);
+  if (status != kSuccess) Trace("CCfgSdrClear::Process - ClearSDRRepository failed", 1);
   return status;
 }
 

@@ -6,24 +6,24 @@
 namespace varnok {
 
 inline constexpr InfoFieldRow kBoardFields[] = {
-    {FruFieldId::BoardManufacturer, u"Board Manufacturer Name", u"SetManufacturer"},
-    {FruFieldId::BoardProductName, u"Board Product Name", u"SetProductName"},
-    {FruFieldId::BoardSerialNumber, u"Board Serial Number", u"SetSerialNumber"},
-    {FruFieldId::BoardPartNumber, u"Board Part Number", u"SetPartNumber"},
-    {FruFieldId::BoardFruFileId, u"FRU File ID", u"SetFileId"},
+    {FruFieldId::BoardManufacturer, u"Board Manufacturer Name", "SetManufacturer"},
+    {FruFieldId::BoardProductName, u"Board Product Name", "SetProductName"},
+    {FruFieldId::BoardSerialNumber, u"Board Serial Number", "SetSerialNumber"},
+    {FruFieldId::BoardPartNumber, u"Board Part Number", "SetPartNumber"},
+    {FruFieldId::BoardFruFileId, u"FRU File ID", "SetFileId"},
 };
 
 inline constexpr InfoAreaLayout kBoardLayout{
-    .className = u"CBoardInfoArea",
+    .className = "CBoardInfoArea",
     .fixedLength = 4,
     .minimumLength = 7,
     .fixedField = {FruFieldId::BoardMfgDateTime, 1, 3, 0, 0xFF, false, u"Invalid Manufacturing Date/Time.",
-                   u"Invalid Mfg Date Time"},
+                   "Invalid Mfg Date Time"},
     .fields = kBoardFields,
     .customFieldName = u"Board Custom Field",
     .reportsErrors = true,
     .tracesInvalidSelection = true,
-    .tooLongTrace = u"FRU Data too long",
+    .tooLongTrace = "FRU Data too long",
 };
 
 class CBoardInfoArea : public InfoArea {

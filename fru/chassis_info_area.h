@@ -6,20 +6,20 @@
 namespace varnok {
 
 inline constexpr InfoFieldRow kChassisFields[] = {
-    {FruFieldId::ChassisPartNumber, {}, u"SetPartNumber"},
-    {FruFieldId::ChassisSerialNumber, {}, u"SetSerialNumber"},
+    {FruFieldId::ChassisPartNumber, {}, "SetPartNumber"},
+    {FruFieldId::ChassisSerialNumber, {}, "SetSerialNumber"},
 };
 
 inline constexpr InfoAreaLayout kChassisLayout{
-    .className = u"CChassisInfoArea",
+    .className = "CChassisInfoArea",
     .fixedLength = 1,
     .minimumLength = 3,
-    .fixedField = {FruFieldId::ChassisType, 0, 1, 1, 29, true, {}, u"Invalid Chassis Type"},
+    .fixedField = {FruFieldId::ChassisType, 0, 1, 1, 29, true, {}, "Invalid Chassis Type"},
     .fields = kChassisFields,
     .customFieldName = {},
     .reportsErrors = false,
     .tracesInvalidSelection = false,
-    .tooLongTrace = u"FRU Data too long",
+    .tooLongTrace = "FRU Data too long",
 };
 
 class CChassisInfoArea : public InfoArea {

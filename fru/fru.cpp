@@ -31,10 +31,10 @@ bool CFru::HasArea(FruAreaId area) const {
 }
 
 Status CFru::DecodeHeader(std::span<const std::uint8_t, CFruHeader::kLength> bytes) {
-  TraceScope scope(u"CFru::DecodeHeader");
+  TraceScope scope("CFru::DecodeHeader");
   header_.SetData(bytes);
   if (header_.Checksum() == CalculateChecksum(bytes.first(7))) return kSuccess;
-  Trace(u"CFru::DecodeHeader - Invalid Checksum", 1);
+  Trace("CFru::DecodeHeader - Invalid Checksum", 1);
   return fru_status::kHeaderChecksum;
 }
 
@@ -43,9 +43,9 @@ std::uint8_t CFru::CalculateChecksum(std::span<const std::uint8_t> bytes) {
 }
 
 Status CFru::SerializeCommonHeader(std::uint8_t* output) const {
-  TraceScope scope(u"CFru::SerializeCommonHeader");
+  TraceScope scope("CFru::SerializeCommonHeader");
   if (output == nullptr) {
-    Trace(u"CFru::SerializeCommonHeader - Unexpected", 1);
+    Trace("CFru::SerializeCommonHeader - Unexpected", 1);
     return fru_status::kUnexpected;
   }
   std::copy(header_.GetData().begin(), header_.GetData().end(), output);
@@ -53,7 +53,7 @@ Status CFru::SerializeCommonHeader(std::uint8_t* output) const {
 }
 
 void CFru::ComputeAreaLengths(std::uint32_t total) {
-  TraceScope scope(u"CFru::ComputeAreaLengths");
+  TraceScope scope("CFru::ComputeAreaLengths");
   // From the last area to the first: each ends where the next present one begins.
   auto lengthOf = [&](FruAreaId area, std::uint32_t lengthsBehind) -> std::uint32_t {
     if (!HasArea(area)) return 0;
@@ -69,7 +69,7 @@ void CFru::ComputeAreaLengths(std::uint32_t total) {
 }
 
 bool CFru::IsSkippedAreaValid() {
-  TraceScope scope(u"CFru::IsSkippedAreaValid");
+  TraceScope scope("CFru::IsSkippedAreaValid");
   if (headerWriteMode_ == FruWriteMode::Skip) return header_.IsValid();
   for (FruAreaId area : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea}) {
     InfoArea& info = *FindInfoArea(area);
@@ -85,7 +85,7 @@ bool CFru::IsSkippedAreaValid() {
 }
 
 Status CFru::SetAreaWriteMode(FruAreaId area, FruWriteMode mode, std::uint32_t recordNumber) {
-  TraceScope scope(u"CFru::SetAreaWriteMode");
+  TraceScope scope("CFru::SetAreaWriteMode");
   if (area == FruAreaId::CommonHeaderArea) {
     headerWriteMode_ = mode;
   } else if (area == FruAreaId::InternalUseArea) {
@@ -97,12 +97,12 @@ Status CFru::SetAreaWriteMode(FruAreaId area, FruWriteMode mode, std::uint32_t r
   } else if (area == FruAreaId::MultiRecordArea) {
     MultiRecord* record = recordNumber == 0 ? nullptr : multiRecords_.At(recordNumber - 1);
     if (record == nullptr) {
-      Trace(u"CFru::SetAreaWriteMode - No such record", 1);
+      Trace("CFru::SetAreaWriteMode - No such record", 1);
       return fru_status::kMultiRecordArea;
     }
     record->writeMode = mode;
   } else {
-    Trace(u"CFru::SetAreaWriteMode - No such area", 1);
+    Trace("CFru::SetAreaWriteMode - No such area", 1);
     return fru_status::kNoSuchItem;
   }
   return kSuccess;
@@ -110,7 +110,7 @@ Status CFru::SetAreaWriteMode(FruAreaId area, FruWriteMode mode, std::uint32_t r
 
 std::u16string_view CFru::GetFriendlyFruIdentifier(const FruDeviceAddress* address,
                                                    std::span<char16_t> buffer) {
-  TraceScope scope(u"CFru::GetFriendlyFruIdentifier");
+  TraceScope scope("CFru::GetFriendlyFruIdentifier");
   constexpr std::size_t kLeastBytes = 100;
   if (buffer.empty()) return {};
   buffer[0] = u'\0';

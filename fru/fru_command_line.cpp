@@ -96,26 +96,26 @@ class AddressArguments {
 }  // namespace
 
 Status FruData::ParseFruAddress(int argumentCount, const char* const arguments[], int& count) {
-  constexpr std::u16string_view kOperation = u"FruData::ParseFruAddress";
+  constexpr const char* kOperation = "FruData::ParseFruAddress";
   TraceScope scope(kOperation);
   count = argumentCount;
   FruManager* manager = nullptr;
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
   FruDeviceAddress& address = manager->commandLineAddress;
   if (argumentCount < 1 || arguments == nullptr || !ReadNvsType(arguments[0], address.nvsType)) {
-    Trace(u"FruData::ParseFruAddress - Invalid NVS Type", 1);
+    Trace("FruData::ParseFruAddress - Invalid NVS Type", 1);
     return fru_status::kBadAddressArguments;
   }
   AddressArguments reader(address);
   for (int i = 1; i < argumentCount; ++i) reader.Take(arguments[i]);
   count -= reader.switches();
   if (reader.Finish()) return kSuccess;
-  Trace(u"FruData::ParseFruAddress - Invalid Address", 1);
+  Trace("FruData::ParseFruAddress - Invalid Address", 1);
   return fru_status::kBadAddressArguments;
 }
 
 Status FruData::DisplaySelectedFru() {
-  constexpr std::u16string_view kOperation = u"FruData::DisplaySelectedFru";
+  constexpr const char* kOperation = "FruData::DisplaySelectedFru";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
@@ -123,7 +123,7 @@ Status FruData::DisplaySelectedFru() {
   if (fru == nullptr) return FailFru(kOperation, fru_status::kOutOfMemory, fru_text::kNoMemory);
   if (fru->LoadFromSystem(manager->commandLineAddress) != kSuccess) {
     Print(u"\n%ls\n\n", u"Could not find the specified FRU Device.\n");
-    Trace(u"FruData::DisplaySelectedFru - LoadFromSystem failed", 1);
+    Trace("FruData::DisplaySelectedFru - LoadFromSystem failed", 1);
     return fru_status::kDeviceNotFound;
   }
   return fru->Display();

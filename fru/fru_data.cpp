@@ -40,18 +40,18 @@ std::size_t FruManager::Find(const FruDeviceAddress& address) {
   return found == images.end() ? kNoFru : static_cast<std::size_t>(found - images.begin());
 }
 
-Status FailFru(std::u16string_view operation, Status status, std::u16string_view text) {
+Status FailFru(const char* operation, Status status, std::u16string_view text) {
   SetFruError(text);
-  Trace(u"%ls - Unexpected", 1, operation);
+  Trace("%s - Unexpected", 1, operation);
   return status;
 }
 
-Status CheckFruManager(std::u16string_view operation, FruManager*& manager) {
+Status CheckFruManager(const char* operation, FruManager*& manager) {
   manager = TheFruManager();
   return manager == nullptr ? FailFru(operation, fru_status::kNotInitialized) : kSuccess;
 }
 
-Status CheckSelectedFru(std::u16string_view operation, FruManager*& manager, CFru*& fru) {
+Status CheckSelectedFru(const char* operation, FruManager*& manager, CFru*& fru) {
   if (Status status = CheckFruManager(operation, manager); status != kSuccess) return status;
   if (!manager->isAnyLoaded) return FailFru(operation, fru_status::kNoListLoaded);
   if (manager->list == FruList::None || manager->fru == FruManager::kNoFru)
@@ -62,7 +62,7 @@ Status CheckSelectedFru(std::u16string_view operation, FruManager*& manager, CFr
   return kSuccess;
 }
 
-Status CheckSelectedArea(std::u16string_view operation, FruManager*& manager, CFru*& fru) {
+Status CheckSelectedArea(const char* operation, FruManager*& manager, CFru*& fru) {
   if (Status status = CheckSelectedFru(operation, manager, fru); status != kSuccess) return status;
   return manager->area == FruAreaId::None ? FailFru(operation, fru_status::kNothingSelected) : kSuccess;
 }
@@ -70,11 +70,11 @@ Status CheckSelectedArea(std::u16string_view operation, FruManager*& manager, CF
 // --- Start ---
 
 Status FruData::Initialize() {
-  TraceScope scope(u"FruData::Initialize");
+  TraceScope scope("FruData::Initialize");
   Reset();
   Manager() = MakeInPool<FruManager>();
   if (TheFruManager() != nullptr) return kSuccess;
-  Trace(u"FruData::Initialize - Out of memory", 1);
+  Trace("FruData::Initialize - Out of memory", 1);
   return fru_status::kInitializeFailed;
 }
 
@@ -84,7 +84,7 @@ void FruData::Reset() {
 }
 
 Status FruData::SetProgressCallback(ProgressCallback callback) {
-  constexpr std::u16string_view kOperation = u"FruData::SetProgressCallback";
+  constexpr const char* kOperation = "FruData::SetProgressCallback";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   Status status = CheckFruManager(kOperation, manager);
@@ -93,7 +93,7 @@ Status FruData::SetProgressCallback(ProgressCallback callback) {
 }
 
 Status FruData::SetDisplayHexCallback(DisplayHexCallback callback) {
-  constexpr std::u16string_view kOperation = u"FruData::SetDisplayHexCallback";
+  constexpr const char* kOperation = "FruData::SetDisplayHexCallback";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   Status status = CheckFruManager(kOperation, manager);
@@ -102,7 +102,7 @@ Status FruData::SetDisplayHexCallback(DisplayHexCallback callback) {
 }
 
 Status FruData::SetOutputFile(std::string_view fileName) {
-  constexpr std::u16string_view kOperation = u"FruData::SetOutputFile";
+  constexpr const char* kOperation = "FruData::SetOutputFile";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
@@ -112,7 +112,7 @@ Status FruData::SetOutputFile(std::string_view fileName) {
 }
 
 Status FruData::SetPagingMode(bool on) {
-  constexpr std::u16string_view kOperation = u"FruData::SetPagingMode";
+  constexpr const char* kOperation = "FruData::SetPagingMode";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   Status status = CheckFruManager(kOperation, manager);
@@ -121,25 +121,25 @@ Status FruData::SetPagingMode(bool on) {
 }
 
 void FruData::SetLastError(std::u16string_view text) {
-  TraceScope scope(u"FruData::SetLastError");
+  TraceScope scope("FruData::SetLastError");
   SetFruError(text);
 }
 
 Status FruData::GetLastErrorMessage(const char16_t*& text) {
-  constexpr std::u16string_view kOperation = u"FruData::GetLastErrorMessage";
+  constexpr const char* kOperation = "FruData::GetLastErrorMessage";
   TraceScope scope(kOperation);
   FruSession& session = TheFruSession();
   text = session.lastError[0] == u'\0' ? nullptr : session.lastError.data();
   if (TheFruManager() != nullptr) return kSuccess;
   // The text is given all the same: it tells of the call that came too early.
-  Trace(u"%ls - Unexpected", 1, kOperation);
+  Trace("%s - Unexpected", 1, kOperation);
   return fru_status::kNotInitialized;
 }
 
 // --- Images ---
 
 Status FruData::LoadFruAtAddress(const FruDeviceAddress& address, bool& isImageInvalid) {
-  constexpr std::u16string_view kOperation = u"FruData::LoadFruAtAddress";
+  constexpr const char* kOperation = "FruData::LoadFruAtAddress";
   TraceScope scope(kOperation);
   isImageInvalid = false;
   FruManager* manager = nullptr;
@@ -149,7 +149,7 @@ Status FruData::LoadFruAtAddress(const FruDeviceAddress& address, bool& isImageI
   Status status = fru->LoadFromSystem(address);
   if (status != kSuccess) {
     isImageInvalid = fru->IsImageInvalid();
-    Trace(u"FruData::LoadFruAtAddress - LoadFromSystem failed", 1);
+    Trace("FruData::LoadFruAtAddress - LoadFromSystem failed", 1);
   }
   manager->systemFrus.push_back(std::move(fru));
   manager->isAnyLoaded = true;
@@ -157,7 +157,7 @@ Status FruData::LoadFruAtAddress(const FruDeviceAddress& address, bool& isImageI
 }
 
 Status FruData::FindFruAtAddressAndChecksumHeader(const FruDeviceAddress& address) {
-  constexpr std::u16string_view kOperation = u"FruData::FindFruAtAddressAndChecksumHeader";
+  constexpr const char* kOperation = "FruData::FindFruAtAddressAndChecksumHeader";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
@@ -174,14 +174,14 @@ Status FruData::FindFruAtAddressAndChecksumHeader(const FruDeviceAddress& addres
 }
 
 Status FruData::LoadConfigurationFromFile(std::string_view fileName) {
-  constexpr std::u16string_view kOperation = u"FruData::LoadConfigurationFromFile";
+  constexpr const char* kOperation = "FruData::LoadConfigurationFromFile";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
   PoolPtr<CFru> fru = MakeInPool<CFru>();
   if (fru == nullptr) return FailFru(kOperation, fru_status::kOutOfMemory, fru_text::kNoMemory);
   if (Status status = fru->ReadFRUFromFile(fileName); status != kSuccess) {
-    Trace(u"FruData::LoadConfigurationFromFile - ReadFRUFromFile failed", 1);
+    Trace("FruData::LoadConfigurationFromFile - ReadFRUFromFile failed", 1);
     return status;
   }
   manager->fileFrus.push_back(std::move(fru));
@@ -192,21 +192,21 @@ Status FruData::LoadConfigurationFromFile(std::string_view fileName) {
 }
 
 Status FruData::CommitConfigurationToSystem(bool force) {
-  constexpr std::u16string_view kOperation = u"FruData::CommitConfigurationToSystem";
+  constexpr const char* kOperation = "FruData::CommitConfigurationToSystem";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;
   if (Status status = CheckSelectedFru(kOperation, manager, fru); status != kSuccess) return status;
   if (manager->list != FruList::System && !force) return kSuccess;
   if (fru->WriteToSystem() == kSuccess) return kSuccess;
-  Trace(u"FruData::CommitConfigurationToSystem - WriteToSystem failed", 1);
+  Trace("FruData::CommitConfigurationToSystem - WriteToSystem failed", 1);
   return fru_status::kWriteFailed;
 }
 
 // --- Selection ---
 
 Status FruData::SelectList(FruList list) {
-  constexpr std::u16string_view kOperation = u"FruData::SelectList";
+  constexpr const char* kOperation = "FruData::SelectList";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
@@ -216,7 +216,7 @@ Status FruData::SelectList(FruList list) {
 }
 
 Status FruData::SelectFruByAddress(const FruDeviceAddress& address) {
-  constexpr std::u16string_view kOperation = u"FruData::SelectFruByAddress";
+  constexpr const char* kOperation = "FruData::SelectFruByAddress";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
@@ -231,7 +231,7 @@ Status FruData::SelectFruByAddress(const FruDeviceAddress& address) {
 }
 
 Status FruData::GetFruAddress(FruDeviceAddress& address) {
-  constexpr std::u16string_view kOperation = u"FruData::GetFruAddress";
+  constexpr const char* kOperation = "FruData::GetFruAddress";
   TraceScope scope(kOperation);
   address = {.deviceAddress = 0,
              .bus = 0,
@@ -248,7 +248,7 @@ Status FruData::GetFruAddress(FruDeviceAddress& address) {
 }
 
 Status FruData::SelectAreaEnum(FruAreaId area) {
-  constexpr std::u16string_view kOperation = u"FruData::SelectAreaEnum";
+  constexpr const char* kOperation = "FruData::SelectAreaEnum";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;
@@ -263,7 +263,7 @@ Status FruData::SelectAreaEnum(FruAreaId area) {
 
 namespace {
 
-Status HasArea(std::u16string_view operation, FruAreaId area, bool& isPresent) {
+Status HasArea(const char* operation, FruAreaId area, bool& isPresent) {
   TraceScope scope(operation);
   isPresent = false;
   FruManager* manager = nullptr;
@@ -276,23 +276,23 @@ Status HasArea(std::u16string_view operation, FruAreaId area, bool& isPresent) {
 }  // namespace
 
 Status FruData::HasInternalUseArea(bool& isPresent) {
-  return HasArea(u"FruData::HasInternalUseArea", FruAreaId::InternalUseArea, isPresent);
+  return HasArea("FruData::HasInternalUseArea", FruAreaId::InternalUseArea, isPresent);
 }
 Status FruData::HasChassisArea(bool& isPresent) {
-  return HasArea(u"FruData::HasChassisArea", FruAreaId::ChassisInfoArea, isPresent);
+  return HasArea("FruData::HasChassisArea", FruAreaId::ChassisInfoArea, isPresent);
 }
 Status FruData::HasBoardArea(bool& isPresent) {
-  return HasArea(u"FruData::HasBoardArea", FruAreaId::BoardInfoArea, isPresent);
+  return HasArea("FruData::HasBoardArea", FruAreaId::BoardInfoArea, isPresent);
 }
 Status FruData::HasProductArea(bool& isPresent) {
-  return HasArea(u"FruData::HasProductArea", FruAreaId::ProductInfoArea, isPresent);
+  return HasArea("FruData::HasProductArea", FruAreaId::ProductInfoArea, isPresent);
 }
 Status FruData::HasMultiRecordArea(bool& isPresent) {
-  return HasArea(u"FruData::HasMultiRecordArea", FruAreaId::MultiRecordArea, isPresent);
+  return HasArea("FruData::HasMultiRecordArea", FruAreaId::MultiRecordArea, isPresent);
 }
 
 Status FruData::SelectMultiRecNum(std::uint32_t number) {
-  constexpr std::u16string_view kOperation = u"FruData::SelectMultiRecNum";
+  constexpr const char* kOperation = "FruData::SelectMultiRecNum";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;

@@ -23,12 +23,12 @@ std::u16string_view AreaName(FruAreaId area) {
   }
 }
 
-Status FailUnsupported(std::u16string_view operation) {
+Status FailUnsupported(const char* operation) {
   return FailFru(operation, fru_status::kUnsupported, fru_text::kUnsupported);
 }
 
 /// The selected chassis, board or product area; any other is not supported.
-Status CheckSelectedInfoArea(std::u16string_view operation, FruManager*& manager, InfoArea*& info) {
+Status CheckSelectedInfoArea(const char* operation, FruManager*& manager, InfoArea*& info) {
   CFru* fru = nullptr;
   if (Status status = CheckSelectedArea(operation, manager, fru); status != kSuccess) return status;
   info = fru->FindInfoArea(manager->area);
@@ -36,7 +36,7 @@ Status CheckSelectedInfoArea(std::u16string_view operation, FruManager*& manager
 }
 
 /// The same with a field of it selected.
-Status CheckSelectedField(std::u16string_view operation, FruManager*& manager, InfoArea*& info) {
+Status CheckSelectedField(const char* operation, FruManager*& manager, InfoArea*& info) {
   if (Status status = CheckSelectedInfoArea(operation, manager, info); status != kSuccess) return status;
   return manager->field == kInvalidFieldIndex ? FailFru(operation, fru_status::kNothingSelected) : kSuccess;
 }
@@ -55,7 +55,7 @@ bool MultiRecordSize(CFru& fru, std::uint32_t number, std::uint32_t& size) {
 }  // namespace
 
 Status FruData::SelectFieldEnum(FruFieldId field) {
-  constexpr std::u16string_view kOperation = u"FruData::SelectFieldEnum";
+  constexpr const char* kOperation = "FruData::SelectFieldEnum";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;
@@ -73,7 +73,7 @@ Status FruData::SelectFieldEnum(FruFieldId field) {
 }
 
 Status FruData::SelectFieldInteger(std::uint32_t index) {
-  constexpr std::u16string_view kOperation = u"FruData::SelectFieldInteger";
+  constexpr const char* kOperation = "FruData::SelectFieldInteger";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;
@@ -93,7 +93,7 @@ Status FruData::SelectFieldInteger(std::uint32_t index) {
 }
 
 Status FruData::GetFieldDataValue(const std::uint8_t*& data, std::uint32_t& length) {
-  constexpr std::u16string_view kOperation = u"FruData::GetFieldDataValue";
+  constexpr const char* kOperation = "FruData::GetFieldDataValue";
   TraceScope scope(kOperation);
   data = nullptr;
   length = 0;
@@ -113,7 +113,7 @@ Status FruData::GetFieldDataValue(const std::uint8_t*& data, std::uint32_t& leng
 }
 
 Status FruData::SetFieldDataValue(const std::uint8_t* data, std::uint32_t length) {
-  constexpr std::u16string_view kOperation = u"FruData::SetFieldDataValue";
+  constexpr const char* kOperation = "FruData::SetFieldDataValue";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   InfoArea* info = nullptr;
@@ -128,7 +128,7 @@ Status FruData::SetFieldDataValue(const std::uint8_t* data, std::uint32_t length
 }
 
 Status FruData::GetMaxFieldSize(std::uint32_t& size) {
-  constexpr std::u16string_view kOperation = u"FruData::GetMaxFieldSize";
+  constexpr const char* kOperation = "FruData::GetMaxFieldSize";
   TraceScope scope(kOperation);
   size = 0;
   FruManager* manager = nullptr;
@@ -142,7 +142,7 @@ Status FruData::GetMaxFieldSize(std::uint32_t& size) {
 }
 
 Status FruData::ResizeFruArea(std::uint32_t length) {
-  constexpr std::u16string_view kOperation = u"FruData::ResizeFruArea";
+  constexpr const char* kOperation = "FruData::ResizeFruArea";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;
@@ -151,7 +151,7 @@ Status FruData::ResizeFruArea(std::uint32_t length) {
 }
 
 Status FruData::GetAreaData(std::uint8_t* buffer, std::uint32_t& size) {
-  constexpr std::u16string_view kOperation = u"FruData::GetAreaData";
+  constexpr const char* kOperation = "FruData::GetAreaData";
   TraceScope scope(kOperation);
   std::uint32_t room = buffer == nullptr ? 0 : size;
   size = 0;
@@ -177,7 +177,7 @@ Status FruData::GetAreaData(std::uint8_t* buffer, std::uint32_t& size) {
 }
 
 Status FruData::SetAreaData(const std::uint8_t* bytes, std::uint32_t length) {
-  constexpr std::u16string_view kOperation = u"FruData::SetAreaData";
+  constexpr const char* kOperation = "FruData::SetAreaData";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;
@@ -192,7 +192,7 @@ Status FruData::SetAreaData(const std::uint8_t* bytes, std::uint32_t length) {
 }
 
 Status FruData::GetAreaSize(std::uint32_t& size) {
-  constexpr std::u16string_view kOperation = u"FruData::GetAreaSize";
+  constexpr const char* kOperation = "FruData::GetAreaSize";
   TraceScope scope(kOperation);
   size = 0;
   FruManager* manager = nullptr;
@@ -215,7 +215,7 @@ Status FruData::GetAreaSize(std::uint32_t& size) {
 }
 
 Status FruData::SetAreaWriteMode(FruWriteMode mode) {
-  constexpr std::u16string_view kOperation = u"FruData::SetAreaWriteMode";
+  constexpr const char* kOperation = "FruData::SetAreaWriteMode";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;
@@ -226,7 +226,7 @@ Status FruData::SetAreaWriteMode(FruWriteMode mode) {
 }
 
 Status FruData::ValidateSelectedArea() {
-  constexpr std::u16string_view kOperation = u"FruData::ValidateSelectedArea";
+  constexpr const char* kOperation = "FruData::ValidateSelectedArea";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   CFru* fru = nullptr;
@@ -259,7 +259,7 @@ bool CopyArea(CFru& source, CFru& target, FruAreaId area) {
 }  // namespace
 
 Status FruData::CopyAreaFromFile(const FruDeviceAddress& address, FruAreaId area) {
-  constexpr std::u16string_view kOperation = u"FruData::CopyAreaFromFile";
+  constexpr const char* kOperation = "FruData::CopyAreaFromFile";
   TraceScope scope(kOperation);
   FruManager* manager = nullptr;
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;

@@ -93,10 +93,10 @@ std::span<const std::uint8_t> DeliveredBytes(const FruDeviceAddress& address, co
 
 Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t offset,
                                 std::span<std::uint8_t> buffer, std::size_t& count) {
-  TraceScope scope(u"CFru::ReadFruDataFromBmc");
+  TraceScope scope("CFru::ReadFruDataFromBmc");
   count = 0;
   auto fail = [](Status status) {
-    Trace(u"CFru::ReadFruDataFromBmc - Error Reading FRU", 1);
+    Trace("CFru::ReadFruDataFromBmc - Error Reading FRU", 1);
     return status;
   };
   if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, buffer.size()))
@@ -140,13 +140,13 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
 
 Status CFru::ReadDataFromFRU(const FruDeviceAddress& address, std::uint32_t offset,
                              std::span<std::uint8_t> buffer) {
-  TraceScope scope(u"CFru::ReadDataFromFRU");
+  TraceScope scope("CFru::ReadDataFromFRU");
   std::size_t count = 0;
   return ReadFruDataFromBmc(address, offset, buffer, count);
 }
 
 Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t& inventorySize) {
-  TraceScope scope(u"CFru::ReadFruDataFromBmc");
+  TraceScope scope("CFru::ReadFruDataFromBmc");
   inventorySize = 0;
   IpmiMessage request;
   request.targetAddress = address.controller;
@@ -157,7 +157,7 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t& 
   bool isRead = IsInventoryDevice(address) && IpmiTransaction(request, response) == ipmi_result::kSuccess &&
                 response.completionCode == completion_code::kSuccess && response.dataLength >= 2;
   if (!isRead) {
-    Trace(u"CFru::ReadFruDataFromBmc - Error Reading FRU size", 1);
+    Trace("CFru::ReadFruDataFromBmc - Error Reading FRU size", 1);
     return fru_status::kReadFailed;
   }
   inventorySize = response.data[0] + 256u * response.data[1];
@@ -166,9 +166,9 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t& 
 
 Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t offset,
                                std::span<const std::uint8_t> bytes) {
-  TraceScope scope(u"CFru::WriteFruDataToBmc");
+  TraceScope scope("CFru::WriteFruDataToBmc");
   auto fail = [](Status status) {
-    Trace(u"CFru::WriteFruDataToBmc - Error Writing FRU", 1);
+    Trace("CFru::WriteFruDataToBmc - Error Writing FRU", 1);
     return status;
   };
   if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, bytes.size()))

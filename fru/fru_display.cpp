@@ -67,7 +67,7 @@ void PrintBcdPlus(std::span<const std::uint8_t> data) {
 
 Status PrintField(std::u16string_view label, std::uint8_t typeLength, std::span<const std::uint8_t> data) {
   if (data.data() == nullptr) {
-    Trace(u"CFru::DisplayField - Unexpected", 1);
+    Trace("CFru::DisplayField - Unexpected", 1);
     return fru_status::kUnexpected;
   }
   Print(u" %-17s", label);
@@ -210,7 +210,7 @@ bool AskToGoOn() {
 }  // namespace
 
 Status CFru::Display() {
-  TraceScope scope(u"CFru::Display");
+  TraceScope scope("CFru::Display");
   FruOutput().PrintAddress(u"", address_);
   ShowHeader(header_);
   for (auto show : {ShowInternalUse, ShowChassis, ShowBoard, ShowProduct, ShowMultiRec}) {

@@ -122,11 +122,11 @@ std::size_t SkipBlock(const PreparedText& lines, std::size_t index) {
 
 Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t index,
                        std::span<const std::uint8_t>& bytes) {
-  TraceScope scope(u"CFru::ParseArea");
+  TraceScope scope("CFru::ParseArea");
   bytes = {};
   blockBytes.Clear();
   if (!lines.LineContains(index, tag)) {
-    Trace(u"CFru::ParseArea - Tag not found", 1);
+    Trace("CFru::ParseArea - Tag not found", 1);
     return fru_status::kBlockTagMissing;
   }
   for (++index; index < lines.LineCount() && !EndsBlock(lines, index) && !blockBytes.IsFull(); ++index) {
@@ -138,7 +138,7 @@ Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t in
       status = blockBytes.AddDigits(lines.Line(index));
     }
     if (status != kSuccess) {
-      Trace(u"CFru::ParseArea - Invalid data", 1);
+      Trace("CFru::ParseArea - Invalid data", 1);
       return status;
     }
   }
@@ -147,7 +147,7 @@ Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t in
 }
 
 void CFru::SetParseAreaErrorMessage(Status status, std::u16string_view areaName, std::string_view fileName) {
-  TraceScope scope(u"CFru::SetParseAreaErrorMessage");
+  TraceScope scope("CFru::SetParseAreaErrorMessage");
   switch (status) {
     case fru_status::kBlockTagMissing:
       ReportFruError(u"Could not find the start tag for the %ls while parsing the FRU file \"%hs\".",
@@ -334,7 +334,7 @@ class FruFileReader {
   }
 
   static Status Fail(std::u16string_view what, Status status) {
-    Trace(u"CFru::ReadFRUFromFile - %ls", 1, what);
+    Trace("CFru::ReadFRUFromFile - %s", 1, what);
     return status;
   }
 
@@ -350,7 +350,7 @@ class FruFileReader {
 };
 
 Status CFru::ReadFRUFromFile(std::string_view fileName) {
-  TraceScope scope(u"CFru::ReadFRUFromFile");
+  TraceScope scope("CFru::ReadFRUFromFile");
   return FruFileReader(*this, fileName).Read();
 }
 

@@ -44,13 +44,12 @@ struct FruManager {
 FruManager* TheFruManager();
 
 /// Sets the last error, traces "OPERATION - Unexpected" and gives `status` back.
-Status FailFru(std::u16string_view operation, Status status,
-               std::u16string_view text = fru_text::kUnexpected);
+Status FailFru(const char* operation, Status status, std::u16string_view text = fru_text::kUnexpected);
 
 // Each gives the first failing status of its checks, reported, or 0 with its out-arguments set.
-Status CheckFruManager(std::u16string_view operation, FruManager*& manager);
-Status CheckSelectedFru(std::u16string_view operation, FruManager*& manager, CFru*& fru);
+Status CheckFruManager(const char* operation, FruManager*& manager);
+Status CheckSelectedFru(const char* operation, FruManager*& manager, CFru*& fru);
 /// The selected area of the selected FRU.
-Status CheckSelectedArea(std::u16string_view operation, FruManager*& manager, CFru*& fru);
+Status CheckSelectedArea(const char* operation, FruManager*& manager, CFru*& fru);
 
 }  // namespace varnok

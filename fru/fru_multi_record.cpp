@@ -16,12 +16,12 @@ Status AppendRecords(MultiRecordList& records, std::span<const std::uint8_t> byt
   while (!bytes.empty()) {
     // A record that reaches past the area has no bytes to be made of.
     if (bytes.size() < kHeaderLength || bytes.size() < kHeaderLength + bytes[2]) {
-      Trace(u"CFru::DecodeMultiRecArea - Truncated record", 1);
+      Trace("CFru::DecodeMultiRecArea - Truncated record", 1);
       return fru_status::kMultiRecordArea;
     }
     MultiRecord* record = records.Append();
     if (record == nullptr) {
-      Trace(u"CFru::DecodeMultiRecArea - Out of memory", 1);
+      Trace("CFru::DecodeMultiRecArea - Out of memory", 1);
       return fru_status::kMultiRecordMemory;
     }
     std::copy_n(bytes.begin(), kHeaderLength, record->header.begin());
@@ -34,13 +34,13 @@ Status AppendRecords(MultiRecordList& records, std::span<const std::uint8_t> byt
 }  // namespace
 
 Status CFru::DecodeMultiRecArea(std::span<const std::uint8_t> bytes, std::uint32_t number) {
-  TraceScope scope(u"CFru::DecodeMultiRecArea");
+  TraceScope scope("CFru::DecodeMultiRecArea");
   if (number == kAllMultiRecords) return AppendRecords(multiRecords_, bytes);
   // Records are counted from 0 here but from 1 everywhere else, so that number 1 replaces the second record's
   // header; scripts are written to that.
   MultiRecord* record = multiRecords_.At(number);
   if (record == nullptr || bytes.size() < kHeaderLength) {
-    Trace(u"CFru::DecodeMultiRecArea - No such record", 1);
+    Trace("CFru::DecodeMultiRecArea - No such record", 1);
     return fru_status::kMultiRecordArea;
   }
   std::copy_n(bytes.begin(), kHeaderLength, record->header.begin());
@@ -48,12 +48,12 @@ Status CFru::DecodeMultiRecArea(std::span<const std::uint8_t> bytes, std::uint32
 }
 
 Status CFru::SetMultiRecArea(std::span<const std::uint8_t> bytes, bool isModified, std::uint32_t number) {
-  TraceScope scope(u"CFru::SetMultiRecArea");
+  TraceScope scope("CFru::SetMultiRecArea");
   if (number == kAllMultiRecords) multiRecords_.Clear();
   multiRecLength_ = static_cast<std::uint32_t>(bytes.size());
   if (Status status = DecodeMultiRecArea(bytes, number); status != kSuccess) {
     SetFruError(fru_text::kUnexpected);
-    Trace(u"CFru::SetMultiRecArea - Unexpected", 1);
+    Trace("CFru::SetMultiRecArea - Unexpected", 1);
     return status;
   }
   isMultiRecModified_ = isModified;
@@ -61,7 +61,7 @@ Status CFru::SetMultiRecArea(std::span<const std::uint8_t> bytes, bool isModifie
 }
 
 Status CFru::SerializeMultiRecArea(std::uint8_t* output, std::uint32_t& size, std::uint32_t number) const {
-  TraceScope scope(u"CFru::SerializeMultiRecArea");
+  TraceScope scope("CFru::SerializeMultiRecArea");
   std::size_t room = output == nullptr ? 0 : size;
   std::size_t written = 0;
   size = 0;
@@ -75,7 +75,7 @@ Status CFru::SerializeMultiRecArea(std::uint8_t* output, std::uint32_t& size, st
   for (const MultiRecord& record : multiRecords_) {
     if (++current != number && number < kAllMultiRecords) continue;
     if (!put(record.header) || !put(record.Data())) {
-      Trace(u"CFru::SerializeMultiRecArea - Unexpected", 1);
+      Trace("CFru::SerializeMultiRecArea - Unexpected", 1);
       return fru_status::kUnexpected;
     }
   }
@@ -88,7 +88,7 @@ bool CFru::IsValid(const MultiRecord& record) {
 }
 
 bool CFru::CheckMultiRecCheckSum() const {
-  TraceScope scope(u"CFru::CheckMultiRecCheckSum");
+  TraceScope scope("CFru::CheckMultiRecCheckSum");
   return std::all_of(multiRecords_.begin(), multiRecords_.end(), IsValid);
 }
 

@@ -16,19 +16,19 @@ struct InfoAreaReading {
   FruAreaId area;
   Status invalid;
   std::u16string_view message;  ///< empty: a failed reading is reported by its own status, without a text
-  std::u16string_view scope;
-  std::u16string_view failure;
+  const char* scope;
+  const char* failure;
 };
 constexpr InfoAreaReading kInfoAreas[] = {
     {FruAreaId::BoardInfoArea, fru_status::kBoardInfoArea, u"Invalid FRU board area in system FRU %ls.",
-     u"CFru::GetBoardArea", u"CFru::GetBoardArea - Invalid Board Area"},
+     "CFru::GetBoardArea", "CFru::GetBoardArea - Invalid Board Area"},
     {FruAreaId::ProductInfoArea,
      fru_status::kProductInfoArea,
      {},
-     u"CFru::GetProductArea",
-     u"CFru::GetProductArea - Invalid Product Area"},
+     "CFru::GetProductArea",
+     "CFru::GetProductArea - Invalid Product Area"},
     {FruAreaId::ChassisInfoArea, fru_status::kChassisInfoArea, u"Invalid FRU chassis area in system FRU %ls.",
-     u"CFru::GetChassisArea", u"CFru::GetChassisArea - Invalid Chassis Area"},
+     "CFru::GetChassisArea", "CFru::GetChassisArea - Invalid Chassis Area"},
 };
 
 constexpr std::u16string_view kInvalidInternalArea = u"Invalid FRU internal area in system FRU %ls.";
@@ -40,17 +40,17 @@ constexpr std::uint8_t kFirstReservedBus = 0xFE;
 }  // namespace
 
 Status CFru::LoadFromSystem(const FruDeviceAddress& address) {
-  TraceScope scope(u"CFru::LoadFromSystem");
+  TraceScope scope("CFru::LoadFromSystem");
   address_ = address;
   return ReadFruFromSystem();
 }
 
 Status CFru::ReadFruFromSystem() {
-  TraceScope scope(u"CFru::ReadFruFromSystem");
+  TraceScope scope("CFru::ReadFruFromSystem");
   if (address_.nvsType == nvs_type::kImbDevice && address_.bus >= kFirstReservedBus &&
       address_.deviceAddress != kBmcAddress) {
     SetFruError(u"Invalid BMC Address found.");
-    Trace(u"CFru::ReadFruFromSystem - Invalid BMC Address", 1);
+    Trace("CFru::ReadFruFromSystem - Invalid BMC Address", 1);
     return fru_status::kReadFailed;
   }
   Status status = GetCommonHeader();
@@ -62,24 +62,24 @@ Status CFru::ReadFruFromSystem() {
 }
 
 Status CFru::GetCommonHeader() {
-  TraceScope scope(u"CFru::GetCommonHeader");
+  TraceScope scope("CFru::GetCommonHeader");
   std::array<std::uint8_t, CFruHeader::kLength> bytes{};
   if (Status status = ReadDataFromFRU(address_, 0, bytes); status != kSuccess) {
-    Trace(u"CFru::GetCommonHeader - Error Reading FRU", 1);
+    Trace("CFru::GetCommonHeader - Error Reading FRU", 1);
     return status;
   }
   CFruHeader header;
   header.SetData(bytes);
   if (!header.IsIpmiFru()) {
     SetFruError(fru_text::kNotIpmiFru);
-    Trace(u"CFru::GetCommonHeader - Not an IPMI FRU", 1);
+    Trace("CFru::GetCommonHeader - Not an IPMI FRU", 1);
     return fru_status::kNotIpmiFru;
   }
   header_ = header;
   if (!header_.IsValid()) {
     ReportFruError(fru_text::kInvalidHeader, FriendlyName());
     isImageInvalid_ = true;
-    Trace(u"CFru::GetCommonHeader - Invalid Common Header", 1);
+    Trace("CFru::GetCommonHeader - Invalid Common Header", 1);
     return fru_status::kInvalidHeader;
   }
   return kSuccess;
@@ -118,7 +118,7 @@ Status CFru::ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes) {
 }
 
 Status CFru::GetInternalUseArea() {
-  TraceScope scope(u"CFru::GetInternalUseArea");
+  TraceScope scope("CFru::GetInternalUseArea");
   if (!HasInternalArea()) {
     (void)internalUse_.SetData({}, false);
     return kSuccess;
@@ -144,12 +144,12 @@ Status CFru::GetInternalUseArea() {
   }
   if (isRead) return kSuccess;
   ReportFruError(kInvalidInternalArea, FriendlyName());
-  Trace(u"CFru::GetInternalUseArea - Invalid Internal Use Area", 1);
+  Trace("CFru::GetInternalUseArea - Invalid Internal Use Area", 1);
   return fru_status::kInternalUseArea;
 }
 
 Status CFru::GetMultiRecArea() {
-  TraceScope scope(u"CFru::GetMultiRecArea");
+  TraceScope scope("CFru::GetMultiRecArea");
   multiRecords_.Clear();
   const std::uint32_t start =
       header_.Offset(FruAreaId::MultiRecordArea) * static_cast<std::uint32_t>(FruDefs::kUnit);
@@ -164,7 +164,7 @@ Status CFru::GetMultiRecArea() {
     result = fru_status::kMultiRecordArea;
   }
   if (result == fru_status::kMultiRecordArea) ReportFruError(kInvalidMultiRecArea, FriendlyName());
-  if (result != kSuccess) Trace(u"CFru::GetMultiRecArea - Invalid Multi Record Area", 1);
+  if (result != kSuccess) Trace("CFru::GetMultiRecArea - Invalid Multi Record Area", 1);
   return result;
 }
 
@@ -184,7 +184,7 @@ Status CFru::ReadMultiRecord(std::uint32_t& position, bool& isLast) {
   MultiRecord* record = multiRecords_.Append();
   if (record == nullptr) {
     SetFruError(fru_text::kNoMemory);
-    Trace(u"CFru::GetMultiRecArea - Out of memory", 1);
+    Trace("CFru::GetMultiRecArea - Out of memory", 1);
     return fru_status::kOutOfMemory;
   }
   std::copy_n(bytes.begin(), record->header.size(), record->header.begin());

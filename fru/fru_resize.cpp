@@ -16,15 +16,15 @@ constexpr std::u16string_view kAreasTooBigText = u"The FRU areas don't fit into 
 }  // namespace
 
 Status CFru::ResizeFruArea(FruAreaId area, std::uint32_t length) {
-  TraceScope scope(u"CFru::ResizeFruArea");
+  TraceScope scope("CFru::ResizeFruArea");
   if (FindInfoArea(area) == nullptr) {
     SetFruError(fru_text::kUnsupported);
-    Trace(u"CFru::ResizeFruArea - Unsupported", 1);
+    Trace("CFru::ResizeFruArea - Unsupported", 1);
     return fru_status::kUnsupported;
   }
   std::uint32_t inventorySize = 0;
   if (Status status = ReadFruDataFromBmc(address_, inventorySize); status != kSuccess) {
-    Trace(u"CFru::ResizeFruArea - Error Reading FRU size", 1);
+    Trace("CFru::ResizeFruArea - Error Reading FRU size", 1);
     return status;
   }
 
@@ -47,7 +47,7 @@ Status CFru::ResizeFruArea(FruAreaId area, std::uint32_t length) {
     }
     if (oldLength - info.GetPadLength() > std::int64_t{length}) {
       SetFruError(kFieldsTooBigText);
-      Trace(u"CFru::ResizeFruArea - Fields don't fit", 1);
+      Trace("CFru::ResizeFruArea - Fields don't fit", 1);
       return fru_status::kFieldsTooBig;
     }
     total += length;
@@ -63,7 +63,7 @@ Status CFru::ResizeFruArea(FruAreaId area, std::uint32_t length) {
     // The area keeps its new length and the header its old offsets; nothing is written unless the caller
     // commits.
     SetFruError(kAreasTooBigText);
-    Trace(u"CFru::ResizeFruArea - Areas don't fit", 1);
+    Trace("CFru::ResizeFruArea - Areas don't fit", 1);
     return fru_status::kAreasTooBig;
   }
   header_ = header;

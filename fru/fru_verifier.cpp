@@ -84,15 +84,15 @@ bool CFru::VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnn
 }
 
 Status CFru::Verify(FruOutput& output) {
-  TraceScope scope(u"CFru::Verify");
+  TraceScope scope("CFru::Verify");
   PoolPtr<CFru> device = MakeInPool<CFru>();
   if (device == nullptr) {
     SetFruError(fru_text::kNoMemory);
-    Trace(u"CFru::Verify - Out of memory", 1);
+    Trace("CFru::Verify - Out of memory", 1);
     return fru_status::kOutOfMemory;
   }
   if (Status status = device->LoadFromSystem(address_); status != kSuccess) {
-    Trace(u"CFru::Verify - Error Reading FRU", 1);
+    Trace("CFru::Verify - Error Reading FRU", 1);
     return status;
   }
   bool isAnnounced = false;
@@ -112,11 +112,11 @@ Status CFru::Verify(FruOutput& output) {
     }
     if (isSame(line.area)) continue;
     output.Print(line.difference);
-    Trace(u"CFru::Verify - Areas differ", 1);
+    Trace("CFru::Verify - Areas differ", 1);
     return fru_status::kUnexpected;
   }
   if (HasMultiRecArea() && !VerifyMultiRecArea(output, *device, isAnnounced)) {
-    Trace(u"CFru::Verify - Multi Record Areas differ", 1);
+    Trace("CFru::Verify - Multi Record Areas differ", 1);
     return fru_status::kUnexpected;
   }
   if (isAnnounced) output.Print(u"\nFRU File Area(s) Verification Successful.\n");

@@ -48,7 +48,7 @@ CFru::AreaImage CFru::ImageOf(FruAreaId area) {
 }
 
 Status CFru::WriteFruData(FruOutput& output, std::uint32_t offset, std::span<const std::uint8_t> bytes) {
-  TraceScope scope(u"CFru::WriteFruData");
+  TraceScope scope("CFru::WriteFruData");
   output.DumpBlock(bytes);
   return WriteFruDataToBmc(address_, offset, bytes);
 }
@@ -92,22 +92,22 @@ Status CFru::WriteAreas(FruOutput& output, bool& isAnyWritten) {
 }
 
 Status CFru::WriteToSystem() {
-  TraceScope scope(u"CFru::WriteToSystem");
+  TraceScope scope("CFru::WriteToSystem");
   FruOutput output;
   if (!output.Open()) {
-    Trace(u"CFru::WriteToSystem - Error opening output file", 1);
+    Trace("CFru::WriteToSystem - Error opening output file", 1);
     return fru_status::kOutputFile;
   }
   output.PrintAddress(u"\n", address_);
   bool isAnyWritten = false;
   if (WriteAreas(output, isAnyWritten) != kSuccess) {
     ReportFruError(u"Could not write FRU %ls to system.", FriendlyName());
-    Trace(u"CFru::WriteToSystem - Error Writing FRU", 1);
+    Trace("CFru::WriteToSystem - Error Writing FRU", 1);
     return fru_status::kAreaNotWritten;
   }
   if (Status status = Verify(output); status != kSuccess) {
     output.Print(u"\nVerification of one or more FRU File Area(s) failed.\n");
-    Trace(u"CFru::WriteToSystem - Verification failed", 1);
+    Trace("CFru::WriteToSystem - Verification failed", 1);
     return status;
   }
   if (isAnyWritten) output.Print(u"\nFRU File Area(s) successfully loaded into FRU memory.\n");

@@ -21,22 +21,6 @@ constexpr std::u16string_view kTooLong =
 
 }  // namespace
 
-/// The entry and exit trace lines of a class that is known only by its layout.
-class InfoArea::Scope {
- public:
-  Scope(const InfoArea& area, std::u16string_view method)
-      : className_(area.layout_->className), method_(method) {
-    Trace(u"%ls::%ls [ENTRY]", 3, className_, method_);
-  }
-  ~Scope() { Trace(u"%ls::%ls [EXIT]", 3, className_, method_); }
-  Scope(const Scope&) = delete;
-  Scope& operator=(const Scope&) = delete;
-
- private:
-  std::u16string_view className_;
-  std::u16string_view method_;
-};
-
 bool InfoArea::IsValid() const {
   return static_cast<std::uint8_t>(SumWithoutChecksum() + checksum_ - kEndMarkerComplement) == 0;
 }
@@ -46,7 +30,7 @@ std::uint32_t InfoArea::GetNumberOfFields() const {
 }
 
 std::uint32_t InfoArea::GetFieldIndexFromEnum(FruFieldId field) const {
-  Scope scope(*this, u"GetFieldIndexFromEnum");
+  TraceScope scope(layout_->className, "GetFieldIndexFromEnum");
   if (layout_->fixedField.length != 0 && layout_->fixedField.id == field) return 0;
   auto row = std::find_if(layout_->fields.begin(), layout_->fields.end(),
                           [field](const InfoFieldRow& candidate) { return candidate.id == field; });
@@ -54,7 +38,7 @@ std::uint32_t InfoArea::GetFieldIndexFromEnum(FruFieldId field) const {
     return static_cast<std::uint32_t>(FirstRowIndex()) +
            static_cast<std::uint32_t>(row - layout_->fields.begin());
   if (layout_->tracesInvalidSelection)
-    Trace(u"%ls::GetFieldIndexFromEnum - Invalid Selection", 1, layout_->className);
+    Trace("%s::GetFieldIndexFromEnum - Invalid Selection", 1, layout_->className);
   return kInvalidFieldIndex;
 }
 
@@ -77,9 +61,9 @@ void InfoArea::UpdateChecksum() {
 }
 
 bool InfoArea::SetLength(std::size_t bytes) {
-  Scope scope(*this, u"SetLength");
+  TraceScope scope(layout_->className, "SetLength");
   if (bytes % FruDefs::kUnit != 0) {
-    Trace(u"%ls::SetLength - Invalid Length", 1, layout_->className);
+    Trace("%s::SetLength - Invalid Length", 1, layout_->className);
     return false;
   }
   lengthUnits_ = static_cast<std::uint8_t>(bytes / FruDefs::kUnit);
@@ -89,7 +73,7 @@ bool InfoArea::SetLength(std::size_t bytes) {
 }
 
 bool InfoArea::GetFieldData(std::uint32_t index, std::span<const std::uint8_t>& data) const {
-  Scope scope(*this, u"GetFieldData");
+  TraceScope scope(layout_->className, "GetFieldData");
   data = {};
   if (index < FirstRowIndex()) {
     data = FixedField();
@@ -101,7 +85,7 @@ bool InfoArea::GetFieldData(std::uint32_t index, std::span<const std::uint8_t>& 
   }
   std::size_t k = index - FirstCustomIndex();
   if (k >= customFields_.size()) {
-    Trace(u"%ls::GetFieldData - No such field", 1, layout_->className);
+    Trace("%s::GetFieldData - No such field", 1, layout_->className);
     return false;
   }
   // Every custom field behind the first reads as the second: scripts rely on what this index gives.
@@ -117,22 +101,22 @@ std::uint8_t InfoArea::GetFieldTypeLength(std::uint32_t index) const {
 }
 
 Status InfoArea::GetCustomField(std::uint32_t k, PoolText& text) const {
-  Scope scope(*this, u"GetCustomField");
+  TraceScope scope(layout_->className, "GetCustomField");
   if (k > customFields_.size()) {
     SetFruError(fru_text::kNoSuchField);
-    Trace(u"%ls::GetCustomField - No such field", 1, layout_->className);
+    Trace("%s::GetCustomField - No such field", 1, layout_->className);
     return fru_status::kNoSuchItem;
   }
   const CustomField* field = customFields_.At(k);
   if (field == nullptr) {
     SetFruError(fru_text::kUnexpected);
-    Trace(u"%ls::GetCustomField - Unexpected", 1, layout_->className);
+    Trace("%s::GetCustomField - Unexpected", 1, layout_->className);
     return fru_status::kUnexpected;
   }
   std::span<const std::uint8_t> bytes = field->Bytes();
   if (!text.Assign(Widen(UpToNul(std::string(bytes.begin(), bytes.end()))))) {
     SetFruError(fru_text::kNoMemory);
-    Trace(u"%ls::GetCustomField - Out of memory", 1, layout_->className);
+    Trace("%s::GetCustomField - Out of memory", 1, layout_->className);
     return fru_status::kOutOfMemory;
   }
   return kSuccess;
@@ -143,7 +127,7 @@ std::span<const std::uint8_t> InfoArea::FixedField() const {
 }
 
 std::span<const std::uint8_t> InfoArea::GetData() {
-  Scope scope(*this, u"GetData");
+  TraceScope scope(layout_->className, "GetData");
   buffer_.fill(0);
   std::size_t position = 0;
   // Fields can outgrow the buffer once SetLength has made the area longer than it; what is past it is
@@ -170,13 +154,13 @@ std::span<const std::uint8_t> InfoArea::GetData() {
 }
 
 bool InfoArea::SetData(std::span<const std::uint8_t> bytes) {
-  Scope scope(*this, u"SetData");
+  TraceScope scope(layout_->className, "SetData");
   std::size_t position = 0;
   bool isParsed = ParseFraming(bytes, position);
   for (std::size_t row = 0; isParsed && row < layout_->fields.size(); ++row)
     isParsed = ParseField(bytes, position, fields_[row]);
   isParsed = isParsed && ParseCustomField(bytes, position) && ParseEnd(bytes, position);
-  if (!isParsed) Trace(u"%ls::SetData - Invalid Area", 1, layout_->className);
+  if (!isParsed) Trace("%s::SetData - Invalid Area", 1, layout_->className);
   return isParsed;
 }
 
@@ -194,7 +178,7 @@ bool InfoArea::ParseFraming(std::span<const std::uint8_t> bytes, std::size_t& po
 }
 
 bool InfoArea::ParseField(std::span<const std::uint8_t> bytes, std::size_t& position, Field& field) {
-  Scope scope(*this, u"ParseField");
+  TraceScope scope(layout_->className, "ParseField");
   if (position >= bytes.size()) return false;
   std::uint8_t typeLength = bytes[position];
   std::size_t length = FruDefs::DecodeLength(typeLength);
@@ -209,7 +193,7 @@ bool InfoArea::ParseField(std::span<const std::uint8_t> bytes, std::size_t& posi
 }
 
 bool InfoArea::ParseCustomField(std::span<const std::uint8_t> bytes, std::size_t& position) {
-  Scope scope(*this, u"ParseCustomField");
+  TraceScope scope(layout_->className, "ParseCustomField");
   customFields_.Clear();
   while (position < bytes.size() && bytes[position] != FruDefs::kEndOfFields) {
     std::uint8_t typeLength = bytes[position];
@@ -249,18 +233,18 @@ void InfoArea::Report(std::u16string_view text) const {
   if (layout_->reportsErrors) SetFruError(text);
 }
 
-void InfoArea::ReportTooLong(std::u16string_view setter, std::u16string_view field) const {
+void InfoArea::ReportTooLong(const char* setter, std::u16string_view field) const {
   if (layout_->reportsErrors) ReportFruError(kTooLong, field);
-  Trace(u"%ls::%ls - %ls", 1, layout_->className, setter, layout_->tooLongTrace);
+  Trace("%s::%s - %s", 1, layout_->className, setter, layout_->tooLongTrace);
 }
 
 bool InfoArea::SetRow(std::size_t row, std::span<const std::uint8_t> data, std::uint8_t typeBits) {
   const InfoFieldRow& names = layout_->fields[row];
-  Scope scope(*this, names.setterName);
+  TraceScope scope(layout_->className, names.setterName);
   Field& field = fields_[row];
   if (data.data() == nullptr) {
     Report(fru_text::kUnexpected);
-    Trace(u"%ls::%ls - Unexpected", 1, layout_->className, names.setterName);
+    Trace("%s::%s - Unexpected", 1, layout_->className, names.setterName);
     return false;
   }
   if (!HasRoom(field.typeLength, data.size())) {
@@ -270,7 +254,7 @@ bool InfoArea::SetRow(std::size_t row, std::span<const std::uint8_t> data, std::
   PoolBuffer copy;
   if (!copy.Allocate(data.size() + 1)) {
     Report(fru_text::kNoMemory);
-    Trace(u"%ls::%ls - Out of memory", 1, layout_->className, names.setterName);
+    Trace("%s::%s - Out of memory", 1, layout_->className, names.setterName);
     return false;
   }
   std::copy(data.begin(), data.end(), copy.data());
@@ -281,20 +265,20 @@ bool InfoArea::SetRow(std::size_t row, std::span<const std::uint8_t> data, std::
 }
 
 bool InfoArea::SetCustomField(std::uint32_t k, std::span<const std::uint8_t> data, std::uint8_t typeBits) {
-  Scope scope(*this, u"SetCustomField");
+  TraceScope scope(layout_->className, "SetCustomField");
   CustomField* field = customFields_.At(k);
   if (field == nullptr) {
     Report(fru_text::kNoSuchField);
-    Trace(u"%ls::SetCustomField - No such field", 1, layout_->className);
+    Trace("%s::SetCustomField - No such field", 1, layout_->className);
     return false;
   }
   if (data.data() == nullptr) {
     Report(fru_text::kUnexpected);
-    Trace(u"%ls::SetCustomField - Unexpected", 1, layout_->className);
+    Trace("%s::SetCustomField - Unexpected", 1, layout_->className);
     return false;
   }
   if (!HasRoom(field->typeLength, data.size())) {
-    ReportTooLong(u"SetCustomField", layout_->customFieldName);
+    ReportTooLong("SetCustomField", layout_->customFieldName);
     return false;
   }
   // The new value may be a view of the old one.
@@ -316,11 +300,11 @@ bool InfoArea::SetFixedField(std::span<const std::uint8_t> data) {
 }
 
 bool InfoArea::SetFieldData(std::uint32_t index, std::span<const std::uint8_t> data, std::uint8_t typeBits) {
-  Scope scope(*this, u"SetFieldData");
+  TraceScope scope(layout_->className, "SetFieldData");
   if (index < FirstRowIndex()) {
     if (!SetFixedField(data)) {
       Report(layout_->fixedField.message);
-      Trace(u"%ls::SetFieldData - %ls", 1, layout_->className, layout_->fixedField.traceText);
+      Trace("%s::SetFieldData - %s", 1, layout_->className, layout_->fixedField.traceText);
       return false;
     }
     if (layout_->fixedField.marksModified) isModified_ = true;
@@ -328,7 +312,7 @@ bool InfoArea::SetFieldData(std::uint32_t index, std::span<const std::uint8_t> d
   }
   if (index >= GetNumberOfFields()) {
     Report(fru_text::kNoSuchField);
-    Trace(u"%ls::SetFieldData - No such field", 1, layout_->className);
+    Trace("%s::SetFieldData - No such field", 1, layout_->className);
     return false;
   }
   bool isSet = index < FirstCustomIndex()

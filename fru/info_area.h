@@ -22,7 +22,7 @@ namespace varnok {
 struct InfoFieldRow {
   FruFieldId id;
   std::u16string_view messageName;  ///< in last-error texts
-  std::u16string_view setterName;   ///< in trace lines
+  const char* setterName;           ///< in trace lines
 };
 
 /// The field at index 0 that has no type/length byte: the chassis type, the board's manufacturing date.
@@ -32,13 +32,13 @@ struct InfoFixedFieldRow {
   std::size_t length;  ///< 0: the area has no such field
   std::uint8_t least;  ///< of a field of one byte
   std::uint8_t most;
-  bool marksModified;             ///< whether setting it marks the area
-  std::u16string_view message;    ///< last error of a failed setting
-  std::u16string_view traceText;  ///< trace line of a failed setting
+  bool marksModified;           ///< whether setting it marks the area
+  std::u16string_view message;  ///< last error of a failed setting
+  const char* traceText;        ///< trace line of a failed setting
 };
 
 struct InfoAreaLayout {
-  std::u16string_view className;
+  const char* className;
   std::size_t fixedLength;    ///< bytes between the length byte and the first field
   std::size_t minimumLength;  ///< bytes that parsing asks for
   InfoFixedFieldRow fixedField;
@@ -46,7 +46,7 @@ struct InfoAreaLayout {
   std::u16string_view customFieldName;
   bool reportsErrors;  ///< whether failed setters set the last-error text
   bool tracesInvalidSelection;
-  std::u16string_view tooLongTrace;
+  const char* tooLongTrace;
 };
 
 class InfoArea {
@@ -122,7 +122,6 @@ class InfoArea {
       return data.Bytes().first(FruDefs::DecodeLength(typeLength));
     }
   };
-  class Scope;
 
   std::size_t FirstRowIndex() const { return layout_->fixedField.length != 0 ? 1 : 0; }
   std::size_t FirstCustomIndex() const { return FirstRowIndex() + layout_->fields.size(); }
@@ -135,7 +134,7 @@ class InfoArea {
   bool ParseEnd(std::span<const std::uint8_t> bytes, std::size_t position);
   bool HasRoom(std::uint8_t oldTypeLength, std::size_t newLength) const;
   void Report(std::u16string_view text) const;
-  void ReportTooLong(std::u16string_view setter, std::u16string_view field) const;
+  void ReportTooLong(const char* setter, std::u16string_view field) const;
 
   const InfoAreaLayout* layout_;
   PoolList<CustomField> customFields_;

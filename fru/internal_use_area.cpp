@@ -7,14 +7,14 @@
 namespace varnok {
 
 std::uint32_t CInternalUseArea::GetFieldIndexFromEnum(FruFieldId field) const {
-  TraceScope scope(u"CInternalUseArea::GetFieldIndexFromEnum");
+  TraceScope scope("CInternalUseArea::GetFieldIndexFromEnum");
   return field == FruFieldId::InternalUseData ? 0 : kInvalidFieldIndex;
 }
 
 bool CInternalUseArea::SetData(std::span<const std::uint8_t> bytes, bool markModified) {
-  TraceScope scope(u"CInternalUseArea::SetData");
+  TraceScope scope("CInternalUseArea::SetData");
   if (bytes.size() > buffer_.size()) {
-    Trace(u"CInternalUseArea::SetData - Area Data too long", 1);
+    Trace("CInternalUseArea::SetData - Area Data too long", 1);
     return false;
   }
   buffer_.fill(0);

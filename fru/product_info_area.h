@@ -6,17 +6,17 @@
 namespace varnok {
 
 inline constexpr InfoFieldRow kProductFields[] = {
-    {FruFieldId::ProductManufacturer, u"Product Manufacturer Name", u"SetManufacturerName"},
-    {FruFieldId::ProductName, u"Product Name", u"SetProductName"},
-    {FruFieldId::ProductPartNumber, u"Product Part/Model Number", u"SetPartNumber"},
-    {FruFieldId::ProductVersion, u"Product Version", u"SetVersion"},
-    {FruFieldId::ProductSerialNumber, u"Product Serial Number", u"SetSerialNumber"},
-    {FruFieldId::ProductAssetTag, u"Asset Tag", u"SetAssetTag"},
-    {FruFieldId::ProductFruFileId, u"FRU File ID", u"SetFileId"},
+    {FruFieldId::ProductManufacturer, u"Product Manufacturer Name", "SetManufacturerName"},
+    {FruFieldId::ProductName, u"Product Name", "SetProductName"},
+    {FruFieldId::ProductPartNumber, u"Product Part/Model Number", "SetPartNumber"},
+    {FruFieldId::ProductVersion, u"Product Version", "SetVersion"},
+    {FruFieldId::ProductSerialNumber, u"Product Serial Number", "SetSerialNumber"},
+    {FruFieldId::ProductAssetTag, u"Asset Tag", "SetAssetTag"},
+    {FruFieldId::ProductFruFileId, u"FRU File ID", "SetFileId"},
 };
 
 inline constexpr InfoAreaLayout kProductLayout{
-    .className = u"CProductInfoArea",
+    .className = "CProductInfoArea",
     .fixedLength = 1,
     .minimumLength = 3,
     .fixedField = {},
@@ -24,7 +24,7 @@ inline constexpr InfoAreaLayout kProductLayout{
     .customFieldName = u"Product Custom Field",
     .reportsErrors = true,
     .tracesInvalidSelection = false,
-    .tooLongTrace = u"FRU Data Too Long",
+    .tooLongTrace = "FRU Data Too Long",
 };
 
 class CProductInfoArea : public InfoArea {

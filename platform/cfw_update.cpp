@@ -84,10 +84,10 @@ bool CfwUpdate::ResponseShowsTransferMode() const {
 }
 
 Status CfwUpdate::ReadVersionFromSystem() {
-  TraceScope scope(u"CfwUpdate::ReadVersionFromSystem");
+  TraceScope scope("CfwUpdate::ReadVersionFromSystem");
   if (!ExchangeDeviceId(deviceAddress_)) {
     lastError_ = kNoVersion;
-    Trace(u"CfwUpdate::ReadVersionFromSystem - ProcessMessage failed", 1);
+    Trace("CfwUpdate::ReadVersionFromSystem - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }
   const auto& data = response_.data;
@@ -98,16 +98,16 @@ Status CfwUpdate::ReadVersionFromSystem() {
 }
 
 const char16_t* CfwUpdate::GetVersion() const {
-  TraceScope scope(u"CfwUpdate::GetVersion");
+  TraceScope scope("CfwUpdate::GetVersion");
   return area_ >= 1 && area_ <= versions_.size() ? versions_[area_ - 1].c_str() : nullptr;
 }
 
 Status CfwUpdate::IsBmcInFwTransferMode(bool& isInTransferMode) {
-  TraceScope scope(u"CfwUpdate::IsBmcInFwTransferMode");
+  TraceScope scope("CfwUpdate::IsBmcInFwTransferMode");
   isInTransferMode = false;
   if (!ExchangeDeviceId(kBmcAddress)) {
     lastError_ = kNoVersion;
-    Trace(u"CfwUpdate::IsBmcInFwTransferMode - ProcessMessage failed", 1);
+    Trace("CfwUpdate::IsBmcInFwTransferMode - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }
   isInTransferMode = ResponseShowsTransferMode();
@@ -116,13 +116,13 @@ Status CfwUpdate::IsBmcInFwTransferMode(bool& isInTransferMode) {
 }
 
 Status CfwUpdate::EnterFwTransferMode(std::uint8_t target, std::string_view key) {
-  TraceScope scope(u"CfwUpdate::EnterFwTransferMode");
+  TraceScope scope("CfwUpdate::EnterFwTransferMode");
   if (target != kBmcAddress) return kSuccess;
   bool isInTransferMode = false;
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (isInTransferMode) {
     Print(u"\nController at address %02x  Already in FwTransfer mode..\n", target);
-    Trace(u"CfwUpdate::EnterFwTransferMode - BMC is in FW Transfer mode", 1);
+    Trace("CfwUpdate::EnterFwTransferMode - BMC is in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
   Prepare(target, net_function::kFirmware, kEnterTransferMode);
@@ -130,40 +130,40 @@ Status CfwUpdate::EnterFwTransferMode(std::uint8_t target, std::string_view key)
   std::copy_n(key.begin(), request_.dataLength, request_.data.begin());
   if (!Exchange()) {
     PrintText(kEnterFailed);
-    Trace(u"CfwUpdate::EnterFwTransferMode - ProcessMessage failed", 1);
+    Trace("CfwUpdate::EnterFwTransferMode - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (!isInTransferMode) {
     PrintText(kEnterFailed);
     lastError_ = kNotInTransferMode;
-    Trace(u"CfwUpdate::EnterFwTransferMode - BMC is not in FW Transfer mode", 1);
+    Trace("CfwUpdate::EnterFwTransferMode - BMC is not in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
   return kSuccess;
 }
 
 Status CfwUpdate::ExitFwTransferMode(std::uint8_t target) {
-  TraceScope scope(u"CfwUpdate::ExitFwTransferMode");
+  TraceScope scope("CfwUpdate::ExitFwTransferMode");
   if (target != kBmcAddress) return kSuccess;
   bool isInTransferMode = false;
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (!isInTransferMode) {
     lastError_ = kNotInTransferMode;
-    Trace(u"CfwUpdate::ExitFwTransferMode - BMC is not in FW Transfer mode", 1);
+    Trace("CfwUpdate::ExitFwTransferMode - BMC is not in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
   Prepare(target, net_function::kFirmware, kExitTransferMode);
   if (!Exchange()) {
     Print(u"\nExitFwTransferMode:: Error in Process Message Function..\n");
-    Trace(u"CfwUpdate::ExitFwTransferMode - ProcessMessage failed", 1);
+    Trace("CfwUpdate::ExitFwTransferMode - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }
   Wait(kSecondsAfterExit);
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (isInTransferMode) {
     Print(u"\nExit Firmware Transfer Mode failed..\n");
-    Trace(u"CfwUpdate::ExitFwTransferMode - BMC is in FW Transfer mode", 1);
+    Trace("CfwUpdate::ExitFwTransferMode - BMC is in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
   return kSuccess;
@@ -171,13 +171,13 @@ Status CfwUpdate::ExitFwTransferMode(std::uint8_t target) {
 
 Status CfwUpdate::InvalidVersion(std::u16string_view text) {
   lastError_ = FormatUpTo(kMessageLimit, u"Format of version string \"%ls\" is invalid.", text);
-  Trace(u"CfwUpdate::IsVersionSupported - Invalid version string", 1);
+  Trace("CfwUpdate::IsVersionSupported - Invalid version string", 1);
   return fw_status::kInvalidVersion;
 }
 
 Status CfwUpdate::IsVersionSupported(std::u16string_view version, std::span<const std::u16string> patterns,
                                      bool& isSupported) {
-  TraceScope scope(u"CfwUpdate::IsVersionSupported");
+  TraceScope scope("CfwUpdate::IsVersionSupported");
   isSupported = false;
   std::uint32_t major = 0, minor = 0;
   if (Scan(version, "%2X.%2X", &major, &minor) < 2) return InvalidVersion(version);
@@ -191,7 +191,7 @@ Status CfwUpdate::IsVersionSupported(std::u16string_view version, std::span<cons
 }
 
 Status CfwUpdate::ResetBmc(std::uint8_t target) {
-  TraceScope scope(u"CfwUpdate::ResetBmc");
+  TraceScope scope("CfwUpdate::ResetBmc");
   Print(u"This operation will take around 50 seconds to complete\n");
   Prepare(target, net_function::kApplication, kColdReset);
   // A BMC that resets at once may not take part in the hand-over any more; the polls tell whether it is back.
@@ -204,14 +204,14 @@ Status CfwUpdate::ResetBmc(std::uint8_t target) {
   }
   if (!isAnswered) {
     Print(u"BMC Refresh failure\n");
-    Trace(u"CfwUpdate::ResetBmc - ProcessMessage failed", 1);
+    Trace("CfwUpdate::ResetBmc - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }
   return kSuccess;
 }
 
 void CfwUpdate::Wait(std::uint32_t seconds) {
-  TraceScope scope(u"CfwUpdate::Wait");
+  TraceScope scope("CfwUpdate::Wait");
   DelayMilliseconds(seconds * 1000);
 }
 

@@ -31,19 +31,19 @@ Module& TheModule() {
   return Lasting<Module>();
 }
 
-bool IsInitialized(std::u16string_view operation) {
+bool IsInitialized(const char* operation) {
   if (TheModule().isInitialized) return true;
-  Trace(u"%ls - FwUpdate not initialized", 1, operation);
+  Trace("%s - FwUpdate not initialized", 1, operation);
   return false;
 }
 
 Status RefreshByTransferMode(CfwUpdate& update) {
   if (update.EnterFwTransferMode(kBmcAddress, kTransferModeKey) != kSuccess) {
-    Trace(u"FwUpdate::BmcRefresh - EnterFwTransferMode failed", 1);
+    Trace("FwUpdate::BmcRefresh - EnterFwTransferMode failed", 1);
     return fw_status::kExchangeFailed;
   }
   if (update.ExitFwTransferMode(kBmcAddress) != kSuccess) {
-    Trace(u"FwUpdate::BmcRefresh - ExitFwTransferMode failed", 1);
+    Trace("FwUpdate::BmcRefresh - ExitFwTransferMode failed", 1);
     return fw_status::kExchangeFailed;
   }
   update.Wait(kSecondsAfterRefresh);
@@ -53,13 +53,13 @@ Status RefreshByTransferMode(CfwUpdate& update) {
 }  // namespace
 
 Status Initialize() {
-  TraceScope scope(u"FwUpdate::Initialize");
+  TraceScope scope("FwUpdate::Initialize");
   Module& module = TheModule();
   if (module.isInitialized) DeInitialize();
   module.update = MakeInPool<CfwUpdate>(module.lastError);
   if (module.update == nullptr) {
     module = {};
-    Trace(u"FwUpdate::Initialize - Memory allocation failed", 1);
+    Trace("FwUpdate::Initialize - Memory allocation failed", 1);
     return fw_status::kOutOfMemory;
   }
   module.isInitialized = true;
@@ -71,49 +71,49 @@ Status Initialize() {
 }
 
 Status DeInitialize() {
-  TraceScope scope(u"FwUpdate::DeInitialize");
-  if (!IsInitialized(u"FwUpdate::DeInitialize")) return fw_status::kNotInitialized;
+  TraceScope scope("FwUpdate::DeInitialize");
+  if (!IsInitialized("FwUpdate::DeInitialize")) return fw_status::kNotInitialized;
   TheModule() = {};
   return kSuccess;
 }
 
 Status SetProgressCallback(ProgressCallback callback) {
-  TraceScope scope(u"FwUpdate::SetProgressCallback");
-  if (!IsInitialized(u"FwUpdate::SetProgressCallback")) return fw_status::kNotInitialized;
+  TraceScope scope("FwUpdate::SetProgressCallback");
+  if (!IsInitialized("FwUpdate::SetProgressCallback")) return fw_status::kNotInitialized;
   TheModule().progress = callback;
   return kSuccess;
 }
 
 Status GetLastErrorMessage(const char16_t*& text) {
-  TraceScope scope(u"FwUpdate::GetLastErrorMessage");
+  TraceScope scope("FwUpdate::GetLastErrorMessage");
   text = nullptr;
-  if (!IsInitialized(u"FwUpdate::GetLastErrorMessage")) return fw_status::kNotInitialized;
+  if (!IsInitialized("FwUpdate::GetLastErrorMessage")) return fw_status::kNotInitialized;
   text = TheModule().lastError.c_str();
   return kSuccess;
 }
 
 Status SelectDeviceAddress(std::uint8_t address) {
-  TraceScope scope(u"FwUpdate::SelectDeviceAddress");
-  if (!IsInitialized(u"FwUpdate::SelectDeviceAddress")) return fw_status::kNotInitialized;
+  TraceScope scope("FwUpdate::SelectDeviceAddress");
+  if (!IsInitialized("FwUpdate::SelectDeviceAddress")) return fw_status::kNotInitialized;
   TheModule().update->SelectDeviceAddress(address);
   TheModule().isDeviceAddressSelected = true;
   return kSuccess;
 }
 
 Status SelectDeviceArea(std::uint32_t area) {
-  TraceScope scope(u"FwUpdate::SelectDeviceArea");
-  if (!IsInitialized(u"FwUpdate::SelectDeviceArea")) return fw_status::kNotInitialized;
+  TraceScope scope("FwUpdate::SelectDeviceArea");
+  if (!IsInitialized("FwUpdate::SelectDeviceArea")) return fw_status::kNotInitialized;
   TheModule().update->SelectArea(area);
   TheModule().isDeviceAreaSelected = true;
   return kSuccess;
 }
 
 Status LoadConfigurationFromSystem() {
-  TraceScope scope(u"FwUpdate::LoadConfigurationFromSystem");
-  if (!IsInitialized(u"FwUpdate::LoadConfigurationFromSystem")) return fw_status::kNotInitialized;
+  TraceScope scope("FwUpdate::LoadConfigurationFromSystem");
+  if (!IsInitialized("FwUpdate::LoadConfigurationFromSystem")) return fw_status::kNotInitialized;
   Module& module = TheModule();
   if (!module.isDeviceAddressSelected) {
-    Trace(u"FwUpdate::LoadConfigurationFromSystem - No device selected", 1);
+    Trace("FwUpdate::LoadConfigurationFromSystem - No device selected", 1);
     return fw_status::kNothingSelected;
   }
   Status status = module.update->ReadVersionFromSystem();
@@ -122,16 +122,16 @@ Status LoadConfigurationFromSystem() {
 }
 
 Status GetVersionFromSystem(const char16_t*& text) {
-  TraceScope scope(u"FwUpdate::GetVersionFromSystem");
+  TraceScope scope("FwUpdate::GetVersionFromSystem");
   text = nullptr;
-  if (!IsInitialized(u"FwUpdate::GetVersionFromSystem")) return fw_status::kNotInitialized;
+  if (!IsInitialized("FwUpdate::GetVersionFromSystem")) return fw_status::kNotInitialized;
   const Module& module = TheModule();
   if (!module.isConfigurationLoaded) {
-    Trace(u"FwUpdate::GetVersionFromSystem - COnfiguration not loaded", 1);
+    Trace("FwUpdate::GetVersionFromSystem - COnfiguration not loaded", 1);
     return fw_status::kNotLoaded;
   }
   if (!module.isDeviceAreaSelected) {
-    Trace(u"FwUpdate::GetVersionFromSystem - Device area not selected", 1);
+    Trace("FwUpdate::GetVersionFromSystem - Device area not selected", 1);
     return fw_status::kNothingSelected;
   }
   text = module.update->GetVersion();
@@ -140,22 +140,22 @@ Status GetVersionFromSystem(const char16_t*& text) {
 
 Status IsVersionSupported(const char16_t* version, std::span<const std::u16string> patterns,
                           bool& isSupported) {
-  TraceScope scope(u"FwUpdate::IsVersionSupported");
+  TraceScope scope("FwUpdate::IsVersionSupported");
   isSupported = false;
-  if (!IsInitialized(u"FwUpdate::IsVersionSupported")) return fw_status::kNotInitialized;
+  if (!IsInitialized("FwUpdate::IsVersionSupported")) return fw_status::kNotInitialized;
   return TheModule().update->IsVersionSupported(version == nullptr ? u"" : version, patterns, isSupported);
 }
 
 Status IsBmcInFwTransferMode(bool& isInTransferMode) {
-  TraceScope scope(u"FwUpdate::IsBmcInFwTransferMode");
+  TraceScope scope("FwUpdate::IsBmcInFwTransferMode");
   isInTransferMode = false;
-  if (!IsInitialized(u"FwUpdate::IsBmcInFwTransferMode")) return fw_status::kNotInitialized;
+  if (!IsInitialized("FwUpdate::IsBmcInFwTransferMode")) return fw_status::kNotInitialized;
   return TheModule().update->IsBmcInFwTransferMode(isInTransferMode);
 }
 
 Status BmcRefresh() {
-  TraceScope scope(u"FwUpdate::BmcRefresh");
-  if (!IsInitialized(u"FwUpdate::BmcRefresh")) return fw_status::kNotInitialized;
+  TraceScope scope("FwUpdate::BmcRefresh");
+  if (!IsInitialized("FwUpdate::BmcRefresh")) return fw_status::kNotInitialized;
   CfwUpdate& update = *TheModule().update;
   Print(u"Refreshing BMC...\n");
   // Read for the product ID alone; a BMC that does not answer is reset all the same.

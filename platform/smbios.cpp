@@ -32,8 +32,8 @@ const Record* Next(std::uint32_t type, SmbiosRecord& record, std::uint32_t& curs
   return std::get_if<Record>(&record);
 }
 
-Status NotFound(std::u16string_view operation) {
-  Trace(u"%ls - SMBIOS structure not found", 1, operation);
+Status NotFound(const char* operation) {
+  Trace("%s - SMBIOS structure not found", 1, operation);
   return uefi_status::kNotFound;
 }
 
@@ -51,17 +51,17 @@ std::uint32_t SocketNumber(std::string_view designation) {
 }  // namespace
 
 Status SmbiosInitialize() {
-  TraceScope scope(u"SmbiosInitialize");
+  TraceScope scope("SmbiosInitialize");
   if (!TheFirmware().HasImageHandle()) Print(u"smbiosapi.cpp - in Initialize ImageHandle returned null \n");
   entryPoint = TheFirmware().FindConfigurationTable(kSmbiosTableGuid);
   if (entryPoint != nullptr) return kSuccess;
-  Trace(u"SmbiosInitialize - SMBIOS table not found", 1);
+  Trace("SmbiosInitialize - SMBIOS table not found", 1);
   return uefi_status::kNotFound;
 }
 
 Status SmbiosGetStructure(std::uint32_t type, std::uint32_t handle, SmbiosRecord& record, std::size_t& size,
                           std::uint32_t& cursor) {
-  TraceScope scope(u"SmbiosGetStructure");
+  TraceScope scope("SmbiosGetStructure");
   record = {};
   size = 0;
   std::optional<SmbiosTable> table = SmbiosTable::Open(entryPoint);
@@ -74,50 +74,50 @@ Status SmbiosGetStructure(std::uint32_t type, std::uint32_t handle, SmbiosRecord
     if (!Matches(*structure, type, handle)) continue;
     cursor = static_cast<std::uint32_t>(offset);
     if (!DecodeSmbiosStructure(*structure, record, size)) {
-      Trace(u"SmbiosGetStructure - Memory allocation failed", 1);
+      Trace("SmbiosGetStructure - Memory allocation failed", 1);
       return smbios_status::kNoMemory;
     }
     if (type == kSmbiosAny || IsDecodedSmbiosType(type)) return kSuccess;
-    Trace(u"SmbiosGetStructure - Unknown structure type", 1);
+    Trace("SmbiosGetStructure - Unknown structure type", 1);
     return smbios_status::kUnknownType;
   }
   cursor = kSmbiosAny;
-  Trace(u"SmbiosGetStructure - Structure not found", 1);
+  Trace("SmbiosGetStructure - Structure not found", 1);
   return smbios_status::kNotFound;
 }
 
 Status SmbiosGetBiosVersion(std::string& text) {
-  TraceScope scope(u"SmbiosGetBiosVersion");
+  TraceScope scope("SmbiosGetBiosVersion");
   SmbiosRecord record;
   std::uint32_t cursor = 0;
   const auto* bios = Next<SmbiosBios>(kBiosType, record, cursor);
-  if (bios == nullptr) return NotFound(u"SmbiosGetBiosVersion");
+  if (bios == nullptr) return NotFound("SmbiosGetBiosVersion");
   text = bios->version;
   return kSuccess;
 }
 
 Status SmbiosGetBoardProductName(std::string& text) {
-  TraceScope scope(u"SmbiosGetBoardProductName");
+  TraceScope scope("SmbiosGetBoardProductName");
   SmbiosRecord record;
   std::uint32_t cursor = 0;
   const auto* board = Next<SmbiosBoard>(kBoardType, record, cursor);
-  if (board == nullptr) return NotFound(u"SmbiosGetBoardProductName");
+  if (board == nullptr) return NotFound("SmbiosGetBoardProductName");
   text = board->product;
   return kSuccess;
 }
 
 Status SmbiosGetMemoryDeviceSize(std::uint32_t& size) {
-  TraceScope scope(u"SmbiosGetMemoryDeviceSize");
+  TraceScope scope("SmbiosGetMemoryDeviceSize");
   SmbiosRecord record;
   std::uint32_t cursor = 0;
   const auto* array = Next<SmbiosMemoryArray>(kMemoryArrayType, record, cursor);
-  if (array == nullptr) return NotFound(u"SmbiosGetMemoryDeviceSize");
+  if (array == nullptr) return NotFound("SmbiosGetMemoryDeviceSize");
   std::uint32_t deviceCount = array->deviceCount;
   std::uint32_t largest = 0;
   cursor = 0;
   for (std::uint32_t i = 0; i < deviceCount; ++i) {
     const auto* device = Next<SmbiosMemoryDevice>(kMemoryDeviceType, record, cursor);
-    if (device == nullptr) return NotFound(u"SmbiosGetMemoryDeviceSize");
+    if (device == nullptr) return NotFound("SmbiosGetMemoryDeviceSize");
     largest = std::max<std::uint32_t>(largest, device->size);
   }
   size = largest;
@@ -125,7 +125,7 @@ Status SmbiosGetMemoryDeviceSize(std::uint32_t& size) {
 }
 
 Status SmbiosGetProcessorBySocket(std::uint32_t socket, SmbiosProcessor& processor) {
-  TraceScope scope(u"SmbiosGetProcessorBySocket");
+  TraceScope scope("SmbiosGetProcessorBySocket");
   SmbiosRecord record;
   std::uint32_t cursor = 0;
   while (const auto* found = Next<SmbiosProcessor>(kProcessorType, record, cursor)) {
@@ -133,17 +133,17 @@ Status SmbiosGetProcessorBySocket(std::uint32_t socket, SmbiosProcessor& process
     processor = *found;
     return kSuccess;
   }
-  return NotFound(u"SmbiosGetProcessorBySocket");
+  return NotFound("SmbiosGetProcessorBySocket");
 }
 
 Status SmbiosGetProcessorByIndex(std::uint32_t index, std::uint32_t& count, SmbiosProcessor& processor) {
-  TraceScope scope(u"SmbiosGetProcessorByIndex");
+  TraceScope scope("SmbiosGetProcessorByIndex");
   SmbiosRecord record;
   std::uint32_t cursor = 0;
   count = 0;
   for (; const auto* found = Next<SmbiosProcessor>(kProcessorType, record, cursor); ++count)
     if (count == index) processor = *found;
-  return index < count ? kSuccess : NotFound(u"SmbiosGetProcessorByIndex");
+  return index < count ? kSuccess : NotFound("SmbiosGetProcessorByIndex");
 }
 
 }  // namespace varnok

@@ -114,30 +114,30 @@ Status ShowAll() {
 }  // namespace
 
 Status SmbiosDisplay() {
-  TraceScope scope(u"SmbiosDisplay");
+  TraceScope scope("SmbiosDisplay");
   Display& display = TheDisplay();
   SmbiosPrint(u"Displaying SMBIOS Area...\n");
   if (!display.fileName.empty() &&
       TheFirmware().OpenFile(display.fileName, FileMode::Append, display.file) != kSuccess) {
-    Trace(u"SmbiosDisplay - Unable to open the output file", 1);
+    Trace("SmbiosDisplay - Unable to open the output file", 1);
     return smbios_status::kNoOutputFile;
   }
   Status status = ShowAll();
   display.file = nullptr;
   if (status != kSuccess) {
     display.lastError = u"The requested SMBIOS structure was not found.";
-    Trace(u"SmbiosDisplay - SMBIOS structure not found", 1);
+    Trace("SmbiosDisplay - SMBIOS structure not found", 1);
   }
   return status;
 }
 
 void SmbiosSetOutputFile(std::u16string_view name) {
-  TraceScope scope(u"SmbiosSetOutputFile");
+  TraceScope scope("SmbiosSetOutputFile");
   TheDisplay().fileName = name;
 }
 
 const char16_t* SmbiosGetLastErrorMessage() {
-  TraceScope scope(u"SmbiosGetLastErrorMessage");
+  TraceScope scope("SmbiosGetLastErrorMessage");
   return TheDisplay().lastError;
 }
 

@@ -11,7 +11,7 @@
 namespace varnok {
 namespace {
 
-constexpr std::u16string_view kOperation = u"SdrData::CommitConfigurationToSystem";
+constexpr const char* kOperation = "SdrData::CommitConfigurationToSystem";
 constexpr std::u16string_view kUpdateFailed = u"Unable to update SDRs";
 constexpr std::size_t kBufferSize = 256;
 
@@ -89,12 +89,12 @@ Status ReadBack(SdrDataSet& set) {
 
 }  // namespace
 
-Status OpenSdrOutput(std::u16string_view operation) {
+Status OpenSdrOutput(const char* operation) {
   SdrState& state = TheSdr();
   if (!state.outputName.IsAllocated()) return kSuccess;
   std::string name(state.outputName.data(), state.outputName.data() + state.outputName.size());
   if (TheFirmware().OpenFile(Widen(name), FileMode::Append, state.output) == kSuccess) return kSuccess;
-  Trace(u"%ls - Error Opening File", 1, operation);
+  Trace("%s - Error Opening File", 1, operation);
   return sdr_status::kCannotOpenFile;
 }
 
@@ -109,7 +109,7 @@ Status CommitSdrDataSet(SdrDataSet& set) {
   (void)SdrReadSystem::LoadSdrProperties(set.info);
   PoolPtr<SdrDataSet> readBack = MakeInPool<SdrDataSet>();
   if (readBack == nullptr) {
-    Trace(u"%ls - Error Allocating Memory", 1, kOperation);
+    Trace("%s - Error Allocating Memory", 1, kOperation);
     return sdr_status::kOutOfMemory;
   }
   if (Status status = ReadBack(*readBack); status != kSuccess) return status;
@@ -118,7 +118,7 @@ Status CommitSdrDataSet(SdrDataSet& set) {
                       set.isCompareOnly
                           ? u"\nSDR file does not match with what was programmed in the memory.\n"
                           : u"\nSDR Verification failed\n");
-    Trace(u"%ls - SDR Verification failed", 1, kOperation);
+    Trace("%s - SDR Verification failed", 1, kOperation);
     return sdr_status::kDifferent;
   }
   SdrUtility::DisplayProgress(ProgressStyle::Text, u"\n");

@@ -8,7 +8,7 @@
 namespace varnok {
 
 /// Opens the named output file for appending; success without a name. kCannotOpenFile.
-Status OpenSdrOutput(std::u16string_view operation);
+Status OpenSdrOutput(const char* operation);
 
 /// Writes the set's selected records, unless it is only to be compared, and compares. kDifferent,
 /// kOutOfMemory.

@@ -1,9 +1,6 @@
 // Trace lines of one method of a record class, whose name is known at run time only.
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include "app/services/trace.h"
 #include "firmware/status.h"
 
@@ -11,18 +8,18 @@ namespace varnok {
 
 class MethodTrace {
  public:
-  MethodTrace(std::u16string_view className, std::u16string_view method)
-      : name_(TraceLevel() == 0 ? std::u16string() : std::u16string(className).append(u"::").append(method)),
-        scope_(name_) {}
+  MethodTrace(const char* className, const char* method)
+      : className_(className), method_(method), scope_(className, method) {}
 
   /// Writes the failure line and returns the status.
-  Status Fail(std::u16string_view reason, Status status) const {
-    Trace(u"%ls - %ls", 1, name_, reason);
+  Status Fail(const char* reason, Status status) const {
+    Trace("%s::%s - %s", 1, className_, method_, reason);
     return status;
   }
 
  private:
-  std::u16string name_;
+  const char* className_;
+  const char* method_;
   TraceScope scope_;
 };
 

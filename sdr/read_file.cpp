@@ -32,10 +32,10 @@ class MessageKeeper {
 };
 
 /// Reads and counts a line and cuts its comment; false with the message when it cannot be read.
-bool ReadLine(SdrFileLines& file, std::u16string_view operation, std::string_view& line) {
+bool ReadLine(SdrFileLines& file, const char* operation, std::string_view& line) {
   std::uint32_t& counter = TheSdr().lineCounter;
   if (!file.Read(line)) {
-    Trace(u"%ls - Error Reading File", 1, operation);
+    Trace("%s - Error Reading File", 1, operation);
     SetMessage(u"Invalid file: Unable to read line #%d.\n", counter);
     return false;
   }
@@ -59,7 +59,7 @@ bool EndsBlock(std::string_view line) {
 
 enum class Range { Block, Record };
 
-Status Search(SdrFileLines& file, std::u16string_view operation, std::string_view token, Range range,
+Status Search(SdrFileLines& file, const char* operation, std::string_view token, Range range,
               std::string& value) {
   for (;;) {
     if (range == Range::Block && file.IsAtEnd()) return sdr_status::kHeaderKeyMissing;
@@ -116,13 +116,13 @@ Status ReadTags(SdrFileLines& file, SdrTagList& tags) {
 }
 
 Status ReadBytes(SdrFileLines& file, std::uint32_t count, std::vector<std::uint8_t>& record) {
-  constexpr std::u16string_view kOperation = u"SdrReadFile::ReadRecFromFile";
+  constexpr const char* kOperation = "SdrReadFile::ReadRecFromFile";
   TheSdr().lineCounter = 0;
   while (record.size() < count) {
     std::string_view line;
     if (!ReadLine(file, kOperation, line)) return sdr_status::kCannotReadFile;
     if (!ScanBytes(line, record)) {
-      Trace(u"%ls - Error - Unterminated String", 1, kOperation);
+      Trace("%s - Error - Unterminated String", 1, kOperation);
       SetMessage(u"Invalid file: Missing terminator line #%d.\n", TheSdr().lineCounter);
       return sdr_status::kUnterminatedText;
     }
@@ -133,12 +133,12 @@ Status ReadBytes(SdrFileLines& file, std::uint32_t count, std::vector<std::uint8
 Status CheckRecord(std::span<const std::uint8_t> record, std::uint32_t type, std::uint32_t count) {
   constexpr std::size_t kTypeByte = 3;
   if (record.size() <= kTypeByte || record[kTypeByte] != type) {
-    Trace(u"SdrReadFile::ReadRecFromFile - Record Types don't match", 1);
+    Trace("SdrReadFile::ReadRecFromFile - Record Types don't match", 1);
     SetMessage(u"Invalid file: SDR Record type incorrect line #%d.\n", TheSdr().lineCounter);
     return sdr_status::kFileType;
   }
   if (record.size() != count) {
-    Trace(u"SdrReadFile::ReadRecFromFile - Bad Record Length", 1);
+    Trace("SdrReadFile::ReadRecFromFile - Bad Record Length", 1);
     SetMessage(u"Invalid file: SDR Record length incorrect line #%d.\n", TheSdr().lineCounter);
     return sdr_status::kFileLength;
   }
@@ -151,7 +151,7 @@ Status LoadRecord(SdrFileLines& file, SdrTypeList& lists) {
   SdrTagList tags;
   Status status = SdrReadFile::ReadRecFromFile(file, record, tags);
   if (status == sdr_status::kTokenNotFound) {
-    Trace(u"SdrReadFile::ReadSdrRecordsFromFile - Invalid SDR File", 1);
+    Trace("SdrReadFile::ReadSdrRecordsFromFile - Invalid SDR File", 1);
     return sdr_status::kBadRecordInFile;
   }
   if (status != kSuccess) return status;
@@ -167,18 +167,18 @@ Status LoadRecord(SdrFileLines& file, SdrTypeList& lists) {
 }  // namespace
 
 Status SdrReadFile::FIL_SearchForToken(SdrFileLines& file, std::string_view token, std::string& value) {
-  TraceScope scope(u"SdrReadFile::FIL_SearchForToken");
-  return Search(file, u"SdrReadFile::FIL_SearchForToken", token, Range::Block, value);
+  TraceScope scope("SdrReadFile::FIL_SearchForToken");
+  return Search(file, "SdrReadFile::FIL_SearchForToken", token, Range::Block, value);
 }
 
 Status SdrReadFile::FIL_SearchForTokenWithinRecord(SdrFileLines& file, std::string_view token,
                                                    std::string& value) {
-  TraceScope scope(u"SdrReadFile::FIL_SearchForTokenWithinRecord");
-  return Search(file, u"SdrReadFile::FIL_SearchForTokenWithinRecord", token, Range::Record, value);
+  TraceScope scope("SdrReadFile::FIL_SearchForTokenWithinRecord");
+  return Search(file, "SdrReadFile::FIL_SearchForTokenWithinRecord", token, Range::Record, value);
 }
 
 Status SdrReadFile::FIL_CheckSDRFileHeader(SdrFileLines& file) {
-  TraceScope scope(u"SdrReadFile::FIL_CheckSDRFileHeader");
+  TraceScope scope("SdrReadFile::FIL_CheckSDRFileHeader");
   for (std::string_view key : sdr_key::kHeader) {
     std::string value;
     Status status = FIL_SearchForToken(file, key, value);
@@ -194,7 +194,7 @@ Status SdrReadFile::FIL_CheckSDRFileHeader(SdrFileLines& file) {
 
 Status SdrReadFile::FIL_CountIPMI10SDRTypes(SdrFileLines& file, const std::array<std::uint8_t, 11>& typeOrder,
                                             SdrTypeCounts& counts, std::uint32_t& total) {
-  TraceScope scope(u"SdrReadFile::FIL_CountIPMI10SDRTypes");
+  TraceScope scope("SdrReadFile::FIL_CountIPMI10SDRTypes");
   counts.fill(0);
   total = 0;
   for (;;) {
@@ -210,7 +210,7 @@ Status SdrReadFile::FIL_CountIPMI10SDRTypes(SdrFileLines& file, const std::array
     if (status != kSuccess) return status;
     auto type = std::find(typeOrder.begin(), typeOrder.end(), SdrUtility::AHextoUINT32(value));
     if (type == typeOrder.end()) {
-      Trace(u"SdrReadFile::FIL_CountIPMI10SDRTypes - SDR Type Not Supported", 1);
+      Trace("SdrReadFile::FIL_CountIPMI10SDRTypes - SDR Type Not Supported", 1);
       file.SetPosition(position);
       TheSdr().lineCounter = line;
       SetMessage(u"Invalid file: Unsupported record type line #%d.\n", line);
@@ -222,7 +222,7 @@ Status SdrReadFile::FIL_CountIPMI10SDRTypes(SdrFileLines& file, const std::array
 }
 
 Status SdrReadFile::ReadRecFromFile(SdrFileLines& file, std::vector<std::uint8_t>& record, SdrTagList& tags) {
-  TraceScope scope(u"SdrReadFile::ReadRecFromFile");
+  TraceScope scope("SdrReadFile::ReadRecFromFile");
   std::string value;
   if (Status status = FIL_SearchForToken(file, sdr_key::kType, value); status != kSuccess) return status;
   std::uint32_t type = SdrUtility::AHextoUINT32(value);
@@ -231,7 +231,7 @@ Status SdrReadFile::ReadRecFromFile(SdrFileLines& file, std::vector<std::uint8_t
     return status;
   std::uint32_t count = SdrUtility::AHextoUINT32(value);
   if (count == 0) {
-    Trace(u"SdrReadFile::ReadRecFromFile - Invalid SDR File", 1);
+    Trace("SdrReadFile::ReadRecFromFile - Invalid SDR File", 1);
     return sdr_status::kBadRecordInFile;
   }
   if (Status status = ReadBytes(file, count, record); status != kSuccess) return status;
@@ -239,7 +239,7 @@ Status SdrReadFile::ReadRecFromFile(SdrFileLines& file, std::vector<std::uint8_t
 }
 
 Status SdrReadFile::ReadSdrRecordsFromFile(SdrFileLines& file, SdrTypeList& lists) {
-  TraceScope scope(u"SdrReadFile::ReadSdrRecordsFromFile");
+  TraceScope scope("SdrReadFile::ReadSdrRecordsFromFile");
   if (Status status = FIL_CheckSDRFileHeader(file); status != kSuccess) return status;
   std::size_t position = file.Position();
   std::uint32_t line = TheSdr().lineCounter;

@@ -33,7 +33,7 @@ IpmiResult GetRecordPart(const SdrReservation& reservation, std::uint16_t record
 
 Status ReadFailure(IpmiResult result, std::uint16_t recordId) {
   if (result != ipmi_result::kCompletionCode) LastFailingRecordId = recordId;
-  return SdrRequestFailure(u"SdrReadSystem::ReadRecFromBMC", result, u"Error Reading SDR",
+  return SdrRequestFailure("SdrReadSystem::ReadRecFromBMC", result, "Error Reading SDR",
                            sdr_status::kReadFailed);
 }
 
@@ -49,14 +49,14 @@ bool CopyRecordPart(const IpmiMessage& response, std::size_t asked, std::span<st
 }  // namespace
 
 Status SdrReadSystem::LoadSdrProperties(SdrRepositoryInfo& info) {
-  TraceScope scope(u"SdrReadSystem::LoadSdrProperties");
+  TraceScope scope("SdrReadSystem::LoadSdrProperties");
   // The failure lines go under another routine's name; people's notes know them so.
-  constexpr std::u16string_view kTracedAs = u"SdrReadSystem::CountIPMI10SDRTypes";
+  constexpr const char* kTracedAs = "SdrReadSystem::CountIPMI10SDRTypes";
   info.extra = 0;
   IpmiMessage response;
   IpmiResult result = SendSdrRequest(sdr_command::kGetInfo, {}, response);
   if (result != ipmi_result::kSuccess)
-    return SdrRequestFailure(kTracedAs, result, u"Error Reading SDR Info", sdr_status::kRequestFailed);
+    return SdrRequestFailure(kTracedAs, result, "Error Reading SDR Info", sdr_status::kRequestFailed);
   info.version = response.data[0];
   info.recordCount = WordOf(response, 1);
   info.freeSpace = WordOf(response, 3);
@@ -67,9 +67,9 @@ Status SdrReadSystem::LoadSdrProperties(SdrRepositoryInfo& info) {
 }
 
 Status SdrReadSystem::ReadRecFromBMC(std::span<std::uint8_t> record, std::uint16_t& recordId) {
-  TraceScope scope(u"SdrReadSystem::ReadRecFromBMC");
+  TraceScope scope("SdrReadSystem::ReadRecFromBMC");
   SdrReservation reservation;
-  if (Status status = ReserveSdrRepository(u"SdrReadSystem::ReadRecFromBMC", reservation); status != kSuccess)
+  if (Status status = ReserveSdrRepository("SdrReadSystem::ReadRecFromBMC", reservation); status != kSuccess)
     return status;
   const std::uint16_t asked = recordId;
   IpmiMessage response;
@@ -94,7 +94,7 @@ Status SdrReadSystem::ReadRecFromBMC(std::span<std::uint8_t> record, std::uint16
 }
 
 Status SdrReadSystem::SendRecordToBMC(std::span<const std::uint8_t> record) {
-  constexpr std::u16string_view kOperation = u"SdrReadSystem::SendRecordToBMC";
+  constexpr const char* kOperation = "SdrReadSystem::SendRecordToBMC";
   constexpr std::size_t kPrefix = 6;
   TraceScope scope(kOperation);
   SdrReservation reservation;
@@ -110,7 +110,7 @@ Status SdrReadSystem::SendRecordToBMC(std::span<const std::uint8_t> record) {
         SendSdrRequest(sdr_command::kPartialAdd, std::span(data).first(kPrefix + count), response);
     bool hasId = response.dataLength >= 2;
     if (result != ipmi_result::kSuccess || (offset == 0 && !hasId))
-      return SdrRequestFailure(kOperation, result, u"Error Reading SDR Info", sdr_status::kRequestFailed);
+      return SdrRequestFailure(kOperation, result, "Error Reading SDR Info", sdr_status::kRequestFailed);
     // The BMC names the record in its answer to the first piece.
     if (offset == 0) std::copy_n(response.data.begin(), 2, data.begin() + 2);
   }
@@ -118,7 +118,7 @@ Status SdrReadSystem::SendRecordToBMC(std::span<const std::uint8_t> record) {
 }
 
 Status SdrReadSystem::ClearSDRRepository() {
-  constexpr std::u16string_view kOperation = u"SdrReadSystem::ClearSDRRepository";
+  constexpr const char* kOperation = "SdrReadSystem::ClearSDRRepository";
   constexpr std::uint8_t kStartErase = 0xAA;
   constexpr std::uint8_t kGetState = 0x00;
   constexpr std::uint8_t kCompleted = 1;
@@ -131,18 +131,18 @@ Status SdrReadSystem::ClearSDRRepository() {
   IpmiMessage response;
   IpmiResult result = SendSdrRequest(sdr_command::kClear, data, response);
   if (result != ipmi_result::kSuccess)
-    return SdrRequestFailure(kOperation, result, u"Error Reading SDR Info", sdr_status::kRequestFailed);
+    return SdrRequestFailure(kOperation, result, "Error Reading SDR Info", sdr_status::kRequestFailed);
   data[5] = kGetState;
   for (int polls = 0; response.data[0] != kCompleted && polls < kMostPolls; ++polls) {
     Sleep(1);
     if (SendSdrRequest(sdr_command::kClear, data, response) != ipmi_result::kSuccess)
-      return SdrFailure(kOperation, u"Error Reading SDR Info", sdr_status::kRequestFailed);
+      return SdrFailure(kOperation, "Error Reading SDR Info", sdr_status::kRequestFailed);
   }
   return kSuccess;
 }
 
 void SdrReadSystem::Sleep(std::uint32_t seconds) {
-  TraceScope scope(u"SdrReadSystem::Sleep");
+  TraceScope scope("SdrReadSystem::Sleep");
   constexpr std::uint64_t kMicroseconds = 1'000'000;
   TheFirmware().Stall(seconds * kMicroseconds, StallKind::Waiting);
 }

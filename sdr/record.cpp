@@ -21,10 +21,10 @@ Status CSdr::GetOEMData(std::span<const std::uint8_t>&) const {
 }
 
 Status CSdr::DecodeHeader(std::span<const std::uint8_t> raw, SdrRecordHeader& header) {
-  TraceScope scope(u"CSdr::DecodeHeader");
+  TraceScope scope("CSdr::DecodeHeader");
   constexpr std::uint8_t kLeastLength = 5;
   if (raw.size() < SdrRecordHeader::kSize || raw[4] < kLeastLength) {
-    Trace(u"CSdr::DecodeHeader - Bad Record Length", 1);
+    Trace("CSdr::DecodeHeader - Bad Record Length", 1);
     return sdr_status::kBadRecordLength;
   }
   header = {static_cast<std::uint16_t>(raw[0] + 256 * raw[1]), raw[2], raw[3], raw[4]};
@@ -32,7 +32,7 @@ Status CSdr::DecodeHeader(std::span<const std::uint8_t> raw, SdrRecordHeader& he
 }
 
 Status CSdr::CopyrawSDR(std::span<const std::uint8_t> raw) {
-  TraceScope scope(u"CSdr::CopyrawSDR");
+  TraceScope scope("CSdr::CopyrawSDR");
   // 8-bit arithmetic: a record length above 250 keeps what is left of 256 bytes. No decodable record is so
   // long.
   rawLength_ = static_cast<std::uint8_t>(SdrRecordSize(raw));
@@ -42,7 +42,7 @@ Status CSdr::CopyrawSDR(std::span<const std::uint8_t> raw) {
 }
 
 Status CSdr::WriteSDRToBuffer(std::span<std::uint8_t> buffer, std::size_t& length) const {
-  TraceScope scope(u"CSdr::WriteSDRToBuffer");
+  TraceScope scope("CSdr::WriteSDRToBuffer");
   if (buffer.size() < rawLength_ || rawLength_ == 0) return kSuccess;
   std::copy(raw_.begin(), raw_.end(), buffer.begin());
   length = rawLength_;
@@ -50,20 +50,20 @@ Status CSdr::WriteSDRToBuffer(std::span<std::uint8_t> buffer, std::size_t& lengt
 }
 
 Status CSdr::AddTags(const SdrTagList& tags) {
-  TraceScope scope(u"CSdr::AddTags");
+  TraceScope scope("CSdr::AddTags");
   tags_.insert(tags_.end(), tags.begin(), tags.end());
   return kSuccess;
 }
 
 void CSdr::GetStrFromTable(std::span<const SdrDecodeRow> table, std::uint8_t code, std::u16string& text) {
-  TraceScope scope(u"CSdr::GetStrFromTable");
+  TraceScope scope("CSdr::GetStrFromTable");
   auto row = std::find_if(table.begin(), table.end(),
                           [code](const SdrDecodeRow& each) { return each.low <= code && code <= each.high; });
   text = row == table.end() ? u"Unknown" : row->text;
 }
 
 void CSdr::DecodeType(std::uint32_t table, std::uint8_t code, std::u16string& text, std::uint8_t deviceType) {
-  TraceScope scope(u"CSdr::DecodeType");
+  TraceScope scope("CSdr::DecodeType");
   bool isTable = table <= TableIndex(SdrTable::InterruptType);
   GetStrFromTable(
       isTable ? SdrDecodeTable(static_cast<SdrTable>(table), deviceType) : std::span<const SdrDecodeRow>{},
@@ -71,7 +71,7 @@ void CSdr::DecodeType(std::uint32_t table, std::uint8_t code, std::u16string& te
 }
 
 Status CSdr::BinaryFormat(std::uint32_t value, unsigned width, std::u16string& text) {
-  TraceScope scope(u"CSdr::BinaryFormat");
+  TraceScope scope("CSdr::BinaryFormat");
   constexpr unsigned kGroup = 4;
   constexpr unsigned kValueBits = 32;
   width = std::min(width, kValueBits);
@@ -82,7 +82,7 @@ Status CSdr::BinaryFormat(std::uint32_t value, unsigned width, std::u16string& t
   }
   text += u'b';
   if (width < kValueBits && value >> width != 0) {
-    Trace(u"CSdr::BinaryFormat - Value Too Wide", 1);
+    Trace("CSdr::BinaryFormat - Value Too Wide", 1);
     return sdr_status::kValueTooWide;
   }
   return kSuccess;

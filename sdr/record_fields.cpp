@@ -9,9 +9,9 @@
 namespace varnok {
 namespace {
 
-constexpr std::u16string_view kNotDecodedText = u"SDR Type Not Decoded";
-constexpr std::u16string_view kNotSelectedText = u"SDR Type Field Not Selected";
-constexpr std::u16string_view kBadLengthText = u"Bad Record Length";
+constexpr const char* kNotDecodedText = "SDR Type Not Decoded";
+constexpr const char* kNotSelectedText = "SDR Type Field Not Selected";
+constexpr const char* kBadLengthText = "Bad Record Length";
 constexpr std::u16string_view kNoSuchField = u"*INTERNAL SDR MANAGER DECODING ERROR*";
 
 constexpr std::size_t kShownIdLength = 16;
@@ -67,7 +67,7 @@ bool CSdrByRows::HasLegalLength(std::span<const std::uint8_t> raw) const {
 }
 
 Status CSdrByRows::DecodeSDR(std::span<const std::uint8_t> raw) {
-  MethodTrace trace(type_.className, u"DecodeSDR");
+  MethodTrace trace(type_.className, "DecodeSDR");
   isDecoded_ = false;
   bool isLegal = type_.lengthRule != SdrLength::Exactly || HasLegalLength(raw);
   if (!isLegal || DecodeHeader(raw, header_) != kSuccess || !HasLegalLength(raw)) {
@@ -177,7 +177,7 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
 }
 
 Status CSdrByRows::GetNumberOfFields(std::int64_t& count) const {
-  MethodTrace trace(type_.className, u"GetNumberOfFields");
+  MethodTrace trace(type_.className, "GetNumberOfFields");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   count = static_cast<std::int64_t>(type_.fieldCount);
   return kSuccess;
@@ -194,7 +194,7 @@ const SdrFieldRow* RowOf(const SdrTypeRows& type, std::int64_t field) {
 }  // namespace
 
 Status CSdrByRows::GetFieldTitle(const char16_t*& text) {
-  MethodTrace trace(type_.className, u"GetFieldTitle");
+  MethodTrace trace(type_.className, "GetFieldTitle");
   // Titles that do not depend on the record are known without it.
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
@@ -204,7 +204,7 @@ Status CSdrByRows::GetFieldTitle(const char16_t*& text) {
 }
 
 Status CSdrByRows::GetFieldLocation(const char16_t*& text) {
-  MethodTrace trace(type_.className, u"GetFieldLocation");
+  MethodTrace trace(type_.className, "GetFieldLocation");
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
@@ -213,7 +213,7 @@ Status CSdrByRows::GetFieldLocation(const char16_t*& text) {
 }
 
 Status CSdrByRows::GetFieldValue(const char16_t*& text) {
-  MethodTrace trace(type_.className, u"GetFieldValue");
+  MethodTrace trace(type_.className, "GetFieldValue");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
@@ -222,7 +222,7 @@ Status CSdrByRows::GetFieldValue(const char16_t*& text) {
 }
 
 Status CSdrByRows::GetName(const char16_t*& text) {
-  MethodTrace trace(type_.className, u"GetName");
+  MethodTrace trace(type_.className, "GetName");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   std::u16string named = ValueOfField(type_.namedField);
   std::u16string recordId = ValueOfField(0);
@@ -249,7 +249,7 @@ Status CSdrByRows::GetName(const char16_t*& text) {
 }
 
 Status CSdrByRows::GetSdrTitle(const char16_t*& text) {
-  MethodTrace trace(type_.className, u"GetSdrTitle");
+  MethodTrace trace(type_.className, "GetSdrTitle");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   constexpr std::u16string_view kPair = u"%ls - %ls";
   switch (type_.titleForm) {
@@ -274,14 +274,14 @@ Status CSdrByRows::GetSdrTitle(const char16_t*& text) {
 }
 
 Status CSdrByRows::GetTypeAsInteger(std::uint32_t& code) const {
-  MethodTrace trace(type_.className, u"GetTypeAsInteger");
+  MethodTrace trace(type_.className, "GetTypeAsInteger");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   code = type_.code;
   return kSuccess;
 }
 
 Status CSdrTypeC0::GetOEMData(std::span<const std::uint8_t>& data) const {
-  MethodTrace trace(type_.className, u"GetOEMData");
+  MethodTrace trace(type_.className, "GetOEMData");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   data = OemData();
   return kSuccess;

@@ -95,7 +95,7 @@ enum class SdrTitleForm : std::uint8_t {
 
 struct SdrTypeRows {
   std::uint8_t code;
-  std::u16string_view className;
+  const char* className;
   /// The fields, in order, then rows that are only written to files.
   std::span<const SdrFieldRow> rows;
   std::size_t fieldCount;

@@ -64,7 +64,7 @@ static_assert(kType08Rows.size() == 15 && kType09Rows.size() == 31);
 }  // namespace
 
 constexpr SdrTypeRows kSdrType08{.code = 0x08,
-                                 .className = u"CSdrType08",
+                                 .className = "CSdrType08",
                                  .rows = kType08Rows,
                                  .fieldCount = 15,
                                  .lengthRule = SdrLength::Exactly,
@@ -77,7 +77,7 @@ constexpr SdrTypeRows kSdrType08{.code = 0x08,
                                  .title = u"SDR Type08h"};
 
 constexpr SdrTypeRows kSdrType09{.code = 0x09,
-                                 .className = u"CSdrType09",
+                                 .className = "CSdrType09",
                                  .rows = kType09Rows,
                                  .fieldCount = 31,
                                  .lengthRule = SdrLength::Exactly,

@@ -46,7 +46,7 @@ static_assert(kType13Rows.size() == 13 && kType14Rows.size() == 15 && kTypeC0Row
 }  // namespace
 
 constexpr SdrTypeRows kSdrType13{.code = 0x13,
-                                 .className = u"CSdrType13",
+                                 .className = "CSdrType13",
                                  .rows = kType13Rows,
                                  .fieldCount = 13,
                                  .lengthRule = SdrLength::Exactly,
@@ -59,7 +59,7 @@ constexpr SdrTypeRows kSdrType13{.code = 0x13,
                                  .title = u"SDR Type13h"};
 
 constexpr SdrTypeRows kSdrType14{.code = 0x14,
-                                 .className = u"CSdrType14",
+                                 .className = "CSdrType14",
                                  .rows = kType14Rows,
                                  .fieldCount = 15,
                                  .lengthRule = SdrLength::Exactly,
@@ -72,7 +72,7 @@ constexpr SdrTypeRows kSdrType14{.code = 0x14,
                                  .title = u"SDR Type14h"};
 
 constexpr SdrTypeRows kSdrTypeC0{.code = 0xC0,
-                                 .className = u"CSdrTypeC0",
+                                 .className = "CSdrTypeC0",
                                  .rows = kTypeC0Rows,
                                  .fieldCount = 6,
                                  .lengthRule = SdrLength::AtMost,

@@ -63,7 +63,7 @@ static_assert(kType10Rows.size() == 16 && kType11Rows.size() == 16 && kType12Row
 }  // namespace
 
 constexpr SdrTypeRows kSdrType10{.code = 0x10,
-                                 .className = u"CSdrType10",
+                                 .className = "CSdrType10",
                                  .rows = kType10Rows,
                                  .fieldCount = 16,
                                  .lengthRule = SdrLength::WithIdString,
@@ -76,7 +76,7 @@ constexpr SdrTypeRows kSdrType10{.code = 0x10,
                                  .title = u"SDR Type10h"};
 
 constexpr SdrTypeRows kSdrType11{.code = 0x11,
-                                 .className = u"CSdrType11",
+                                 .className = "CSdrType11",
                                  .rows = kType11Rows,
                                  .fieldCount = 16,
                                  .lengthRule = SdrLength::WithIdString,
@@ -90,7 +90,7 @@ constexpr SdrTypeRows kSdrType11{.code = 0x11,
 
 // A controller has no device type: its entity is what it is named after.
 constexpr SdrTypeRows kSdrType12{.code = 0x12,
-                                 .className = u"CSdrType12",
+                                 .className = "CSdrType12",
                                  .rows = kType12Rows,
                                  .fieldCount = 16,
                                  .lengthRule = SdrLength::WithIdString,

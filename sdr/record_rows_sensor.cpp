@@ -107,7 +107,7 @@ static_assert(kType01Rows.size() == 47 && kType02Rows.size() == 28 && kType03Row
 }  // namespace
 
 constexpr SdrTypeRows kSdrType01{.code = 0x01,
-                                 .className = u"CSdrType01",
+                                 .className = "CSdrType01",
                                  .rows = kType01Rows,
                                  .fieldCount = 47,
                                  .lengthRule = SdrLength::WithIdString,
@@ -120,7 +120,7 @@ constexpr SdrTypeRows kSdrType01{.code = 0x01,
                                  .title = u"SDR Type01h"};
 
 constexpr SdrTypeRows kSdrType02{.code = 0x02,
-                                 .className = u"CSdrType02",
+                                 .className = "CSdrType02",
                                  .rows = kType02Rows,
                                  .fieldCount = 28,
                                  .lengthRule = SdrLength::WithIdString,
@@ -133,7 +133,7 @@ constexpr SdrTypeRows kSdrType02{.code = 0x02,
                                  .title = u"SDR Type02h"};
 
 constexpr SdrTypeRows kSdrType03{.code = 0x03,
-                                 .className = u"CSdrType03",
+                                 .className = "CSdrType03",
                                  .rows = kType03Rows,
                                  .fieldCount = 16,
                                  .lengthRule = SdrLength::WithIdString,

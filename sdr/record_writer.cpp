@@ -46,18 +46,18 @@ bool HoldsByte(const SdrFieldRow& row, std::size_t byte) {
 }  // namespace
 
 Status CSdr::wfprintf(File& file, std::u16string_view text) {
-  TraceScope scope(u"CSdr::wfprintf");
+  TraceScope scope("CSdr::wfprintf");
   std::string narrow = Narrow(text.substr(0, kLongestText));
   if (narrow.empty() ||
       file.Write(std::span(reinterpret_cast<const std::uint8_t*>(narrow.data()), narrow.size()))) {
-    Trace(u"CSdr::wfprintf - Error Writing File", 1);
+    Trace("CSdr::wfprintf - Error Writing File", 1);
     return sdr_status::kCannotWriteFile;
   }
   return kSuccess;
 }
 
 Status CSdr::WriteRecHdr(File& file) const {
-  TraceScope scope(u"CSdr::WriteRecHdr");
+  TraceScope scope("CSdr::WriteRecHdr");
   std::vector<std::u16string> lines{u"\n", Format(u"%-.20ls %02x\n", Widen(sdr_key::kType), header_.type)};
   for (const std::string& tag : tags_)
     lines.push_back(Format(u"%-.20ls '%ls'\n", Widen(sdr_key::kTag), Widen(tag).substr(0, kTagLength)));
@@ -140,12 +140,12 @@ Status CSdrByRows::WriteBytes(File& file) const {
 }
 
 Status CSdrByRows::WriteRecordToFile(std::u16string_view fileName) {
-  MethodTrace trace(type_.className, u"WriteRecordToFile");
-  if (!isDecoded_) return trace.Fail(u"SDR Type Not Decoded", sdr_status::kNotDecoded);
+  MethodTrace trace(type_.className, "WriteRecordToFile");
+  if (!isDecoded_) return trace.Fail("SDR Type Not Decoded", sdr_status::kNotDecoded);
   std::unique_ptr<File> file;
   bool isWritten = TheFirmware().OpenFile(fileName, FileMode::Append, file) == kSuccess &&
                    WriteRecHdr(*file) == kSuccess && WriteBytes(*file) == kSuccess;
-  return isWritten ? kSuccess : trace.Fail(u"Error Writing File", sdr_status::kCannotWriteFile);
+  return isWritten ? kSuccess : trace.Fail("Error Writing File", sdr_status::kCannotWriteFile);
 }
 
 }  // namespace varnok

@@ -22,25 +22,24 @@ IpmiResult SendSdrRequest(std::uint8_t command, std::span<const std::uint8_t> da
   return result;
 }
 
-Status SdrFailure(std::u16string_view operation, std::u16string_view reason, Status status) {
-  Trace(u"%ls - %ls", 1, operation, reason);
+Status SdrFailure(const char* operation, const char* reason, Status status) {
+  Trace("%s - %s", 1, operation, reason);
   return status;
 }
 
-Status SdrRequestFailure(std::u16string_view operation, IpmiResult result, std::u16string_view reason,
-                         Status status) {
+Status SdrRequestFailure(const char* operation, IpmiResult result, const char* reason, Status status) {
   if (result == ipmi_result::kCompletionCode)
-    return SdrFailure(operation, u"BMC Completion Code Error", sdr_status::kCompletionCode);
+    return SdrFailure(operation, "BMC Completion Code Error", sdr_status::kCompletionCode);
   return SdrFailure(operation, reason, status);
 }
 
-Status ReserveSdrRepository(std::u16string_view operation, SdrReservation& reservation) {
+Status ReserveSdrRepository(const char* operation, SdrReservation& reservation) {
   IpmiMessage response;
   IpmiResult result = SendSdrRequest(sdr_command::kReserve, {}, response);
   if (result != ipmi_result::kSuccess)
-    return SdrRequestFailure(operation, result, u"Error Reading Reserve ID", sdr_status::kReserveFailed);
+    return SdrRequestFailure(operation, result, "Error Reading Reserve ID", sdr_status::kReserveFailed);
   if (response.dataLength != reservation.size())
-    return SdrFailure(operation, u"Bad Reserve ID Length", sdr_status::kBadReservation);
+    return SdrFailure(operation, "Bad Reserve ID Length", sdr_status::kBadReservation);
   std::copy_n(response.data.begin(), reservation.size(), reservation.begin());
   return kSuccess;
 }

@@ -23,14 +23,13 @@ inline constexpr std::uint8_t kClear = 0x27;
 IpmiResult SendSdrRequest(std::uint8_t command, std::span<const std::uint8_t> data, IpmiMessage& response);
 
 /// The trace line "OPERATION - REASON" and the status.
-Status SdrFailure(std::u16string_view operation, std::u16string_view reason, Status status);
+Status SdrFailure(const char* operation, const char* reason, Status status);
 /// The failure of a request: a completion code, or else `reason` and `status`.
-Status SdrRequestFailure(std::u16string_view operation, IpmiResult result, std::u16string_view reason,
-                         Status status);
+Status SdrRequestFailure(const char* operation, IpmiResult result, const char* reason, Status status);
 
 using SdrReservation = std::array<std::uint8_t, 2>;
 
 /// Reserve SDR Repository (IPMI v2.0, section 33.11).
-Status ReserveSdrRepository(std::u16string_view operation, SdrReservation& reservation);
+Status ReserveSdrRepository(const char* operation, SdrReservation& reservation);
 
 }  // namespace varnok

@@ -10,7 +10,7 @@
 namespace varnok {
 namespace {
 
-constexpr std::u16string_view kOperation = u"SdrReadSystem::LoadSdrRecordsToList";
+constexpr const char* kOperation = "SdrReadSystem::LoadSdrRecordsToList";
 constexpr std::uint16_t kFirstRecord = 0x0000;
 constexpr std::uint16_t kNoMoreRecords = 0xFFFF;
 
@@ -79,7 +79,7 @@ Status SdrReadSystem::LoadSdrRecordsToList(SdrTypeList& lists) {
     if (walk.isAsked[walk.recordId]) {
       // A record that was read already comes next: without an end the walk would go round for ever.
       LastFailingRecordId = asked;
-      return SdrFailure(kOperation, u"Error Reading SDR", sdr_status::kReadFailed);
+      return SdrFailure(kOperation, "Error Reading SDR", sdr_status::kReadFailed);
     }
   }
 }

@@ -22,9 +22,9 @@ bool IsInitialized() {
 }
 
 /// kNotInitialized with its trace line, or success.
-Status Guard(std::u16string_view operation) {
+Status Guard(const char* operation) {
   if (IsInitialized()) return kSuccess;
-  Trace(u"%ls - Uninitialized", 1, operation);
+  Trace("%s - Uninitialized", 1, operation);
   return sdr_status::kNotInitialized;
 }
 
@@ -66,7 +66,7 @@ Status LoadFile(File& file, SdrDataSet& set) {
 }  // namespace
 
 Status SdrData::Initialize() {
-  TraceScope scope(u"SdrData::Initialize");
+  TraceScope scope("SdrData::Initialize");
   SdrState& state = TheSdr();
   if (state.fileSet != nullptr || state.systemSet != nullptr) (void)DeInitialize();
   state.fileSet = MakeDataSet();
@@ -75,7 +75,7 @@ Status SdrData::Initialize() {
   if (!IsInitialized()) {
     state.fileSet = nullptr;
     state.current = nullptr;
-    Trace(u"SdrData::Initialize - Error Loading SDRDATA", 1);
+    Trace("SdrData::Initialize - Error Loading SDRDATA", 1);
     return sdr_status::kNoDataSet;
   }
   state.SetLastError(u"");
@@ -83,8 +83,8 @@ Status SdrData::Initialize() {
 }
 
 Status SdrData::DeInitialize() {
-  TraceScope scope(u"SdrData::DeInitialize");
-  if (Status status = Guard(u"SdrData::DeInitialize"); status != kSuccess) return status;
+  TraceScope scope("SdrData::DeInitialize");
+  if (Status status = Guard("SdrData::DeInitialize"); status != kSuccess) return status;
   SdrState& state = TheSdr();
   state.current = nullptr;
   state.fileSet = nullptr;
@@ -95,55 +95,55 @@ Status SdrData::DeInitialize() {
 }
 
 Status SdrData::IsLoaded(bool& isLoaded) {
-  TraceScope scope(u"SdrData::IsLoaded");
-  if (Status status = Guard(u"SdrData::IsLoaded"); status != kSuccess) return status;
+  TraceScope scope("SdrData::IsLoaded");
+  if (Status status = Guard("SdrData::IsLoaded"); status != kSuccess) return status;
   isLoaded = TheSdr().current->isLoaded;
   return kSuccess;
 }
 
 Status SdrData::SetProgressCallback(ProgressCallback callback) {
-  TraceScope scope(u"SdrData::SetProgressCallback");
-  if (Status status = Guard(u"SdrData::SetProgressCallback"); status != kSuccess) return status;
+  TraceScope scope("SdrData::SetProgressCallback");
+  if (Status status = Guard("SdrData::SetProgressCallback"); status != kSuccess) return status;
   TheSdr().fileSet->progress = callback;
   TheSdr().systemSet->progress = callback;
   return kSuccess;
 }
 
 Status SdrData::SetDisplayHexCallback(DisplayHexCallback callback) {
-  TraceScope scope(u"SdrData::SetDisplayHexCallback");
-  if (Status status = Guard(u"SdrData::SetDisplayHexCallback"); status != kSuccess) return status;
+  TraceScope scope("SdrData::SetDisplayHexCallback");
+  if (Status status = Guard("SdrData::SetDisplayHexCallback"); status != kSuccess) return status;
   TheSdr().fileSet->displayHex = callback;
   TheSdr().systemSet->displayHex = callback;
   return kSuccess;
 }
 
 Status SdrData::GetLastErrorMessage(const char16_t*& text) {
-  TraceScope scope(u"SdrData::GetLastErrorMessage");
+  TraceScope scope("SdrData::GetLastErrorMessage");
   text = nullptr;
-  if (Status status = Guard(u"SdrData::GetLastErrorMessage"); status != kSuccess) return status;
+  if (Status status = Guard("SdrData::GetLastErrorMessage"); status != kSuccess) return status;
   text = TheSdr().lastError.data();
   return kSuccess;
 }
 
 Status SdrData::SelectSysData() {
-  TraceScope scope(u"SdrData::SelectSysData");
-  if (Status status = Guard(u"SdrData::SelectSysData"); status != kSuccess) return status;
+  TraceScope scope("SdrData::SelectSysData");
+  if (Status status = Guard("SdrData::SelectSysData"); status != kSuccess) return status;
   TheSdr().current = TheSdr().systemSet.get();
   return kSuccess;
 }
 
 Status SdrData::SelectFileData() {
-  TraceScope scope(u"SdrData::SelectFileData");
-  if (Status status = Guard(u"SdrData::SelectFileData"); status != kSuccess) return status;
+  TraceScope scope("SdrData::SelectFileData");
+  if (Status status = Guard("SdrData::SelectFileData"); status != kSuccess) return status;
   TheSdr().current = TheSdr().fileSet.get();
   return kSuccess;
 }
 
 Status SdrData::SetOutputFile(std::string_view name) {
-  TraceScope scope(u"SdrData::SetOutputFile");
+  TraceScope scope("SdrData::SetOutputFile");
   PoolBuffer copy;
   if (!name.empty() && !copy.Allocate(name.size())) {
-    Trace(u"SdrData::SetOutputFile - Error Allocating Memory", 1);
+    Trace("SdrData::SetOutputFile - Error Allocating Memory", 1);
     return sdr_status::kOutOfMemory;
   }
   std::copy(name.begin(), name.end(), copy.data());
@@ -152,34 +152,34 @@ Status SdrData::SetOutputFile(std::string_view name) {
 }
 
 Status SdrData::SetPaging(bool on) {
-  TraceScope scope(u"SdrData::SetPaging");
+  TraceScope scope("SdrData::SetPaging");
   TheSdr().isPaging = on;
   return kSuccess;
 }
 
 Status SdrData::SetCompareOnly(bool on) {
-  TraceScope scope(u"SdrData::SetCompareOnly");
-  if (TheSdr().fileSet == nullptr) return Guard(u"SdrData::SetCompareOnly");
+  TraceScope scope("SdrData::SetCompareOnly");
+  if (TheSdr().fileSet == nullptr) return Guard("SdrData::SetCompareOnly");
   TheSdr().fileSet->isCompareOnly = on;
   return kSuccess;
 }
 
 Status SdrData::ClearRepository() {
-  TraceScope scope(u"SdrData::ClearRepository");
+  TraceScope scope("SdrData::ClearRepository");
   return SdrReadSystem::ClearSDRRepository();
 }
 
 Status SdrData::SetTag(std::u16string_view tag) {
   constexpr std::size_t kLongestTag = 255;
-  TraceScope scope(u"SdrData::SetTag");
-  if (Status status = Guard(u"SdrData::SetTag"); status != kSuccess) return status;
+  TraceScope scope("SdrData::SetTag");
+  if (Status status = Guard("SdrData::SetTag"); status != kSuccess) return status;
   TheSdr().fileSet->selectedTags.push_back(Narrow(tag.substr(0, kLongestTag)));
   return kSuccess;
 }
 
 Status SdrData::LoadConfigurationFromSystem() {
-  TraceScope scope(u"SdrData::LoadConfigurationFromSystem");
-  if (Status status = Guard(u"SdrData::LoadConfigurationFromSystem"); status != kSuccess) return status;
+  TraceScope scope("SdrData::LoadConfigurationFromSystem");
+  if (Status status = Guard("SdrData::LoadConfigurationFromSystem"); status != kSuccess) return status;
   CurrentSetKeeper keeper;
   (void)SelectSysData();
   SdrDataSet& set = *TheSdr().systemSet;
@@ -188,12 +188,12 @@ Status SdrData::LoadConfigurationFromSystem() {
   set.recordBytes = set.counter = 0;
   (void)SdrUtility::InitializeSdrProperties();
   if (SdrUtility::InitializeSdrList(set.lists) != kSuccess) {
-    Trace(u"SdrData::LoadConfigurationFromSystem - Uninitialized", 1);
+    Trace("SdrData::LoadConfigurationFromSystem - Uninitialized", 1);
     return sdr_status::kNotInitialized;
   }
   if (Status status = SdrReadSystem::LoadSdrProperties(set.info); status != kSuccess) return status;
   if (set.info.recordCount == 0) {
-    Trace(u"SdrData::LoadConfigurationFromSystem - No SDRs available", 1);
+    Trace("SdrData::LoadConfigurationFromSystem - No SDRs available", 1);
     SdrUtility::PrintText(u"\nNo Sensor Data Records found in this server.\n");
     // The system set stays the current one here, and only here.
     keeper.Release();
@@ -207,8 +207,8 @@ Status SdrData::LoadConfigurationFromSystem() {
 }
 
 Status SdrData::LoadConfigurationFromFile(std::u16string_view fileName) {
-  TraceScope scope(u"SdrData::LoadConfigurationFromFile");
-  if (Status status = Guard(u"SdrData::LoadConfigurationFromFile"); status != kSuccess) return status;
+  TraceScope scope("SdrData::LoadConfigurationFromFile");
+  if (Status status = Guard("SdrData::LoadConfigurationFromFile"); status != kSuccess) return status;
   CurrentSetKeeper keeper;
   (void)SelectFileData();
   SdrDataSet& set = *TheSdr().fileSet;
@@ -218,7 +218,7 @@ Status SdrData::LoadConfigurationFromFile(std::u16string_view fileName) {
   set.isLoaded = false;
   std::unique_ptr<File> file;
   if (TheFirmware().OpenFile(Widen(Narrow(fileName)), FileMode::Read, file) != kSuccess) {
-    Trace(u"SdrData::LoadConfigurationFromFile - Error Writing File", 1);
+    Trace("SdrData::LoadConfigurationFromFile - Error Writing File", 1);
     TheSdr().SetLastError(Format(u"Could not open file %ls", fileName));
     return sdr_status::kCannotOpenFile;
   }
@@ -228,9 +228,9 @@ Status SdrData::LoadConfigurationFromFile(std::u16string_view fileName) {
 }
 
 Status SdrData::DisplaySdrArea() {
-  TraceScope scope(u"SdrData::DisplaySdrArea");
+  TraceScope scope("SdrData::DisplaySdrArea");
   SdrState& state = TheSdr();
-  if (Status status = OpenSdrOutput(u"SdrData::DisplaySdrArea"); status != kSuccess) return status;
+  if (Status status = OpenSdrOutput("SdrData::DisplaySdrArea"); status != kSuccess) return status;
   state.isDisplaying = true;
   SdrUtility::PrintText(u"Displaying SDR area ...\n");
   // A failure leaves display mode on and the output file open: what follows is shown and mirrored, too.
@@ -241,13 +241,13 @@ Status SdrData::DisplaySdrArea() {
 }
 
 Status SdrData::CommitConfigurationToSystem() {
-  constexpr std::u16string_view kOperation = u"SdrData::CommitConfigurationToSystem";
+  constexpr const char* kOperation = "SdrData::CommitConfigurationToSystem";
   TraceScope scope(kOperation);
   if (Status status = OpenSdrOutput(kOperation); status != kSuccess) return status;
   if (Status status = Guard(kOperation); status != kSuccess) return status;
   SdrDataSet& set = *TheSdr().fileSet;
   if (!set.isLoaded) {
-    Trace(u"%ls - SDR File Not Loaded", 1, kOperation);
+    Trace("%s - SDR File Not Loaded", 1, kOperation);
     return sdr_status::kNotLoaded;
   }
   return CommitSdrDataSet(set);

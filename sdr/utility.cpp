@@ -26,12 +26,12 @@ static_assert(std::size(kFactories) == kSdrTypeOrder.size());
 }  // namespace
 
 Status SdrUtility::InitializeSdrList(PoolPtr<SdrTypeList>& lists) {
-  TraceScope scope(u"SdrUtility::InitializeSdrList");
+  TraceScope scope("SdrUtility::InitializeSdrList");
   TheSdr().SetLastError(u"Unable to initialize SDR list");
   if (lists != nullptr) DeInitializeSdrList(lists);
   lists = MakeInPool<SdrTypeList>();
   if (lists == nullptr) {
-    Trace(u"SdrUtility::InitializeSdrList - Error Allocating Memory", 1);
+    Trace("SdrUtility::InitializeSdrList - Error Allocating Memory", 1);
     return sdr_status::kOutOfMemory;
   }
   TheSdr().SetLastError(u"");
@@ -39,17 +39,17 @@ Status SdrUtility::InitializeSdrList(PoolPtr<SdrTypeList>& lists) {
 }
 
 void SdrUtility::DeInitializeSdrList(PoolPtr<SdrTypeList>& lists) {
-  TraceScope scope(u"SdrUtility::DeInitializeSdrList");
+  TraceScope scope("SdrUtility::DeInitializeSdrList");
   lists.reset();
 }
 
 Status SdrUtility::InitializeSdrProperties() {
-  TraceScope scope(u"SdrUtility::InitializeSdrProperties");
+  TraceScope scope("SdrUtility::InitializeSdrProperties");
   return kSuccess;
 }
 
 Status SdrUtility::SDRTagsCheck(const CSdr& record, const SdrDataSet& set) {
-  TraceScope scope(u"SdrUtility::SDRTagsCheck");
+  TraceScope scope("SdrUtility::SDRTagsCheck");
   constexpr Status kNotSelected = 1;
   const SdrTagList& tags = record.Tags();
   if (tags.empty()) return kSuccess;
@@ -66,16 +66,16 @@ std::size_t SdrUtility::PositionOfType(std::uint32_t type) {
 }
 
 Status SdrUtility::CreateSDRTypeObject(std::uint8_t type, PoolPtr<CSdr>& object) {
-  TraceScope scope(u"SdrUtility::CreateSDRTypeObject");
+  TraceScope scope("SdrUtility::CreateSDRTypeObject");
   object = nullptr;
   std::size_t position = PositionOfType(type);
   if (position == kSdrTypeOrder.size()) {
-    Trace(u"SdrUtility::CreateSDRTypeObject - SDR Type Not Supported", 1);
+    Trace("SdrUtility::CreateSDRTypeObject - SDR Type Not Supported", 1);
     return sdr_status::kTypeNotSupported;
   }
   object = kFactories[position]();
   if (object == nullptr) {
-    Trace(u"SdrUtility::CreateSDRTypeObject - Error Allocating Memory", 1);
+    Trace("SdrUtility::CreateSDRTypeObject - Error Allocating Memory", 1);
     return sdr_status::kOutOfMemory;
   }
   return kSuccess;
@@ -93,7 +93,7 @@ std::uint32_t SdrUtility::AHextoUINT32(std::string_view text) {
 
 void SdrUtility::DisplayProgress(ProgressStyle style, std::u16string_view text, std::uint32_t current,
                                  std::uint32_t total) {
-  TraceScope scope(u"SdrUtility::DisplayProgress");
+  TraceScope scope("SdrUtility::DisplayProgress");
   const SdrDataSet* set = TheSdr().current;
   if (set != nullptr && set->progress != nullptr) set->progress(style, text, current, total);
 }
@@ -113,7 +113,7 @@ void SdrUtility::PrintText(std::u16string_view text) {
 }
 
 bool SdrUtility::PagingPrompt() {
-  TraceScope scope(u"SdrUtility::PagingPrompt");
+  TraceScope scope("SdrUtility::PagingPrompt");
   varnok::PrintText(u"\n[S]top, [N]on-stop, or [M]ore");
   for (;;) {
     switch (ToUpper(GetKey(0))) {

@@ -117,7 +117,7 @@ bool PromptMore() {
 
 int Dornquist::DisplayProgress(ProgressStyle style, std::u16string_view prefix, std::uint32_t current,
                                std::uint32_t total) {
-  TraceScope scope(u"Dornquist::DisplayProgress");
+  TraceScope scope("Dornquist::DisplayProgress");
   switch (style) {
     case ProgressStyle::Text:
       Print(u"%ls", prefix);

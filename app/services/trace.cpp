@@ -41,15 +41,23 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   return currentLevel;
 }
 
-void TraceWith(std::u16string_view format, std::uint32_t level, std::span<const FormatArgument> arguments) {
-  if (level <= currentLevel) AppendToLog(FormatWith(format, arguments) + u"\r\n");
+void TraceWith(const char* format, std::uint32_t level, std::span<const FormatArgument> arguments) {
+  if (level <= currentLevel) AppendToLog(FormatWith(Widen(format), arguments) + u"\r\n");
 }
 
-TraceScope::TraceScope(std::u16string_view name) : name_(name) {
-  Trace(u"%ls [ENTRY]", 3, name_);
+TraceScope::TraceScope(const char* owner, const char* method) : owner_(owner), method_(method) {
+  Write("ENTRY");
 }
+
 TraceScope::~TraceScope() {
-  Trace(u"%ls [EXIT]", 3, name_);
+  Write("EXIT");
+}
+
+void TraceScope::Write(const char* way) const {
+  if (owner_ == nullptr)
+    Trace("%s [%s]", 3, method_, way);
+  else
+    Trace("%s::%s [%s]", 3, owner_, method_, way);
 }
 
 void TraceHexDump(std::u16string_view title, std::span<const std::uint8_t> buffer, std::size_t length) {

@@ -1,6 +1,7 @@
 // The trace log: diagnostic lines in DBGLOG.txt, 16-bit text, opened and closed for every line so that the
 // log survives a hang or a reset. Level 1 names failures, level 2 adds hex dumps, level 3 the way in and out
-// of operations.
+// of operations. Names and formats are 8-bit literals: there are hundreds, and an image on a board has little
+// room.
 #pragma once
 
 #include <cstdint>
@@ -20,10 +21,10 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]);
 
 /// Appends one formatted line to the log when the level is at least `level`; below it nothing is formatted.
 /// The line is dropped when the log cannot be opened.
-void TraceWith(std::u16string_view format, std::uint32_t level, std::span<const FormatArgument> arguments);
+void TraceWith(const char* format, std::uint32_t level, std::span<const FormatArgument> arguments);
 
 template <class... Arguments>
-void Trace(std::u16string_view format, std::uint32_t level, const Arguments&... arguments) {
+void Trace(const char* format, std::uint32_t level, const Arguments&... arguments) {
   TraceWith(format, level, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
 }
 
@@ -31,17 +32,22 @@ void Trace(std::u16string_view format, std::uint32_t level, const Arguments&... 
 /// `length` in `buffer`, and zeros past its end. A byte CCh shows as blanks.
 void TraceHexDump(std::u16string_view title, std::span<const std::uint8_t> buffer, std::size_t length);
 
-/// Writes "NAME [ENTRY]" when built and "NAME [EXIT]" when destroyed, at level 3.
+/// Writes "NAME [ENTRY]" when built and "NAME [EXIT]" when destroyed, at level 3. The name is given whole, or
+/// in parts as "OWNER::METHOD" where the class is known at run time only. The texts must outlive the scope;
+/// literals do.
 class TraceScope {
  public:
-  /// `name` must outlive the scope; a literal does.
-  explicit TraceScope(std::u16string_view name);
+  explicit TraceScope(const char* name) : TraceScope(nullptr, name) {}
+  TraceScope(const char* owner, const char* method);
   ~TraceScope();
   TraceScope(const TraceScope&) = delete;
   TraceScope& operator=(const TraceScope&) = delete;
 
  private:
-  std::u16string_view name_;
+  void Write(const char* way) const;
+
+  const char* owner_;
+  const char* method_;
 };
 
 }  // namespace varnok
