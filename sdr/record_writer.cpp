@@ -96,6 +96,7 @@ Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
   std::size_t count = 1;
   switch (row == type_.rows.end() ? SdrShow::Byte : row->show) {
     case SdrShow::Word:
+    case SdrShow::SwappedWord:
     case SdrShow::Mask:
     case SdrShow::SettableMask:
       // The most significant digit first, although the record has the low byte first: a reader swaps the
