@@ -371,6 +371,8 @@ TEST_F(Records, BinaryFormat) {
   EXPECT_EQ(text, u"01b");
   EXPECT_EQ(CSdr::BinaryFormat(0x5A, 4, text), sdr_status::kValueTooWide);
   EXPECT_EQ(text, u"1010b");
+  // A value too wide is no failure to trace.
+  EXPECT_TRUE(machine.TraceLines().empty());
 }
 
 TEST_F(Records, DecodeTables) {
