@@ -24,6 +24,19 @@ using testing::TestFirmware;
 
 constexpr char kFile[] = "OUT.SDR";
 
+/// A machine whose files open and take no byte.
+struct FullDisk : TestFirmware {
+  struct FullFile : File {
+    Status Read(std::span<std::uint8_t>, std::size_t&) override { return uefi_status::kDeviceError; }
+    Status Write(std::span<const std::uint8_t>) override { return uefi_status::kDeviceError; }
+  };
+  Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override {
+    if (path != u"OUT.SDR") return TestFirmware::OpenFile(path, mode, file);
+    file = std::make_unique<FullFile>();
+    return kSuccess;
+  }
+};
+
 struct RecordWriter : ::testing::Test {
   TestFirmware machine;
 
@@ -136,10 +149,26 @@ TEST_F(RecordWriter, EveryRecordReadsBackWithItsWordsReversed) {
   }
 }
 
+TEST_F(RecordWriter, NamesBeyondAsciiAreQuotedToo) {
+  ASSERT_EQ(Write(TemperatureRecord("20\xB0 C")), kSuccess);
+  EXPECT_NE(machine.files[kFile].find("   '20\xB0 C'     // ID String Bytes\n"), std::string::npos);
+}
+
 TEST_F(RecordWriter, AFileThatCannotBeWritten) {
   machine.fileFailures[kFile] = uefi_status::kWriteProtected;
   EXPECT_EQ(Write(AssociationRecord()), sdr_status::kCannotWriteFile);
   EXPECT_EQ(machine.TraceLines().back(), "CSdrType08::WriteRecordToFile - Error Writing File");
+}
+
+TEST(RecordWriterOnAFullDisk, NamesTheWriteThenTheRecord) {
+  FullDisk machine;
+  PoolPtr<CSdr> record;
+  ASSERT_EQ(SdrUtility::CreateSDRTypeObject(0x08, record), kSuccess);
+  ASSERT_EQ(record->DecodeSDR(AssociationRecord()), kSuccess);
+  EXPECT_EQ(record->WriteRecordToFile(u"OUT.SDR"), sdr_status::kCannotWriteFile);
+  EXPECT_EQ(machine.TraceLines(),
+            (std::vector<std::string>{"CSdr::wfprintf - Error Writing File",
+                                      "CSdrType08::WriteRecordToFile - Error Writing File"}));
 }
 
 }  // namespace
