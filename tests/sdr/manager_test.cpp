@@ -303,6 +303,9 @@ TEST_F(Manager, LoadsFailWithTheirStatusAndMessage) {
   EXPECT_EQ(Load(kUntagged), kSuccess);
   EXPECT_EQ(Load("_LF_NAME\n"), sdr_status::kHeaderKeyMissing);
   EXPECT_EQ(Message(), "Invalid file: Token _LF_VERSION not found.\n");
+  // Lines count from the start of each file.
+  EXPECT_EQ(Load(SdrFile("_SDR_TYPE 04\n")), sdr_status::kFileTypeNotSupported);
+  EXPECT_EQ(Message(), "Invalid file: Unsupported record type line #11.\n");
   EXPECT_FALSE(IsLoaded());
   EXPECT_EQ(SdrData::CommitConfigurationToSystem(), sdr_status::kNotLoaded);
   EXPECT_EQ(machine.console, "");
