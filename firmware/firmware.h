@@ -45,6 +45,9 @@ struct WallClock {
   std::uint8_t second = 0;
 };
 
+/// The exit status when the console's input ends while the program waits for a key: as for a file that cannot be read.
+inline constexpr int kInputEndedStatus = 2;
+
 using Handle = void*;
 
 class Firmware {

@@ -108,10 +108,10 @@ Status SdrReadSystem::SendRecordToBMC(std::span<const std::uint8_t> record) {
     IpmiMessage response;
     IpmiResult result =
         SendSdrRequest(sdr_command::kPartialAdd, std::span(data).first(kPrefix + count), response);
-    bool hasId = response.dataLength >= 2;
-    if (result != ipmi_result::kSuccess || (offset == 0 && !hasId))
+    // The BMC names the record in its answer to the first piece; the pieces that follow need the name.
+    bool isIdMissing = offset == 0 && count < record.size() && response.dataLength < 2;
+    if (result != ipmi_result::kSuccess || isIdMissing)
       return SdrRequestFailure(kOperation, result, "Error Reading SDR Info", sdr_status::kRequestFailed);
-    // The BMC names the record in its answer to the first piece.
     if (offset == 0) std::copy_n(response.data.begin(), 2, data.begin() + 2);
   }
   return kSuccess;

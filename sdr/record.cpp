@@ -81,11 +81,8 @@ Status CSdr::BinaryFormat(std::uint32_t value, unsigned width, std::u16string& t
     if (bit % kGroup == 0 && bit != 0) text += u' ';
   }
   text += u'b';
-  if (width < kValueBits && value >> width != 0) {
-    Trace("CSdr::BinaryFormat - Value Too Wide", 1);
-    return sdr_status::kValueTooWide;
-  }
-  return kSuccess;
+  bool isTooWide = width < kValueBits && value >> width != 0;
+  return isTooWide ? sdr_status::kValueTooWide : kSuccess;
 }
 
 const char16_t* CSdr::StoreText(std::u16string_view text) {

@@ -141,6 +141,8 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
       return Format(u"%02xh", number & 0xFE);
     case SdrShow::Word:
       return Format(u"%04xh", number);
+    case SdrShow::SwappedWord:
+      return Format(u"%02x%02xh", number & 0xFF, number >> 8);
     case SdrShow::Triple:
       return Format(u"%06xh", number);
     case SdrShow::Mask:

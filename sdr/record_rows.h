@@ -45,6 +45,7 @@ enum class SdrShow : std::uint8_t {
   Byte,          ///< "%02xh"
   EvenByte,      ///< "%02xh" of the byte AND FEh
   Word,          ///< "%04xh"
+  SwappedWord,   ///< "%04xh" with the two bytes exchanged; a file has them like those of a Word
   Triple,        ///< "%06xh"
   Mask,          ///< "%04xh" without bit 15
   SettableMask,  ///< as Mask, but AND 3F3Fh when the sensor has thresholds to access

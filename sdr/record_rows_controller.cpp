@@ -15,7 +15,8 @@ constexpr std::array<SdrFieldRow, 9> kConfirmationRows{{
     {u"Firmware Revision 2", u"10", ByteAt(10)},
     {u"IPMI Version", u"11", ByteAt(11)},
     {u"Manufacturer ID", u"12:14", TripleAt(12), SdrShow::Triple},
-    {u"Product ID", u"15:16", WordAt(15), SdrShow::Word},
+    // Shown as the bytes stand, unlike every other number of a record.
+    {u"Product ID", u"15:16", WordAt(15), SdrShow::SwappedWord},
     {u"Device GUID", u"17:32", ByteAt(17), SdrShow::Guid},
 }};
 

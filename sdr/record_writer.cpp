@@ -21,11 +21,13 @@ constexpr std::u16string_view kTextLine = u"   '%ls'     %ls %ls\n";
 constexpr std::u16string_view kBytesLine = u"   %ls       %ls %ls\n";
 constexpr std::u16string_view kComment = u"//";
 
-/// Whether the reader takes the bytes back from between quotes: no quote, no comment, no line end among them.
+/// Whether the reader takes the bytes back from between quotes: no quote, no comment, no line end or other
+/// control character among them.
 bool CanBeQuoted(std::span<const std::uint8_t> bytes) {
   std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   bool isPrintable = std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) {
-    return byte >= 0x20 && byte <= 0x7E && byte != '\'';
+    bool isControl = byte < 0x20 || (byte >= 0x7F && byte <= 0x9F);
+    return !isControl && byte != '\'';
   });
   return isPrintable && text.find("//") == std::string_view::npos;
 }
@@ -96,6 +98,7 @@ Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
   std::size_t count = 1;
   switch (row == type_.rows.end() ? SdrShow::Byte : row->show) {
     case SdrShow::Word:
+    case SdrShow::SwappedWord:
     case SdrShow::Mask:
     case SdrShow::SettableMask:
       // The most significant digit first, although the record has the low byte first: a reader swaps the

@@ -31,9 +31,8 @@ class HostFirmware : public Firmware {
   Machine& machine_;
 };
 
-// Exit statuses of what can only happen here, in the program's own numbering.
-inline constexpr int kInputEndedStatus = 2;  ///< the console's input ended while the program waited for a key
-inline constexpr int kNoBoardStatus = 9;     ///< the board cannot be opened
+/// The exit status when the board cannot be opened: as for a protocol that is missing.
+inline constexpr int kNoBoardStatus = 9;
 
 /// Runs the program over `machine` with Linux's UTF-8 arguments; returns its exit status.
 int RunProgram(Machine& machine, int argc, char* argv[]);

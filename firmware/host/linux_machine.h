@@ -1,10 +1,8 @@
 // This computer's own board: the BMC behind the kernel's IPMI device and the SMBIOS tables of its firmware.
 #pragma once
 
-#include <deque>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "firmware/host/machine.h"
 

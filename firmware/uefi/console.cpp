@@ -53,7 +53,7 @@ void Console::Write(std::u16string_view text) {
 char16_t Console::ReadKey() {
   SIMPLE_INPUT_INTERFACE* input = SystemTable().ConIn;
   for (;;) {
-    if (shell_.InputFileHasEnded()) EndProgram(u"\r\nThe input has ended.\r\n", uefi_status::kEndOfFile);
+    if (shell_.InputFileHasEnded()) EndProgram(u"\r\nThe input has ended.\r\n", kInputEndedStatus);
     UINTN index = 0;
     if (IsError(BootServices().WaitForEvent(1, &input->WaitForKey, &index)))
       EndProgram(u"\r\nThe console cannot wait for a key.\r\n", uefi_status::kDeviceError);

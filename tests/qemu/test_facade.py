@@ -10,7 +10,7 @@ WRITE_PROTECTED = "status 8000000000000008"
 VOLUME_FULL = "status 800000000000000B"
 # As the shell's %lasterror% shows them, without the error bit.
 OUT_OF_RESOURCES = 9
-END_OF_FILE = 31
+INPUT_ENDED = 2
 
 
 class Facade(unittest.TestCase):
@@ -100,7 +100,7 @@ class Facade(unittest.TestCase):
     def test_input_from_a_file_ends_the_program_at_its_end(self):
         self.assertEqual(self.lines("keys from file")[:3], ["keys?", "key: 97", "key: 98"])
         self.assertIn("The input has ended.", self.lines("keys from file"))
-        self.assertEqual(self.boot.results["keys from file"].status, END_OF_FILE)
+        self.assertEqual(self.boot.results["keys from file"].status, INPUT_ENDED)
 
     def test_environment(self):
         self.assertEqual(self.lines("variable"), ["value: VARNOK-1"])

@@ -220,6 +220,25 @@ TEST_F(Manager, AnEmptyRepositoryIsReported) {
   EXPECT_EQ(TheSdr().current, TheSdr().systemSet.get());
 }
 
+TEST_F(Manager, ALoadFromTheBmcFillsTheSystemSetAlone) {
+  StartBoard(
+      Joined(TemperatureRecord("Inlet"), AssociationRecord(7)), "",
+      R"({"netFunction": 10, "command": "0x20", "nth": 2, "fault": "flip", "file": "sdr.bin", "offset": 3})");
+  ASSERT_EQ(SdrData::LoadConfigurationFromSystem(), kSuccess);
+  EXPECT_EQ(machine.console, Reading(1, 2) + Reading(2, 2) + kWipe);
+  EXPECT_EQ(TheSdr().current, TheSdr().fileSet.get());
+  EXPECT_FALSE(IsLoaded());
+  ASSERT_EQ(SdrData::SelectSysData(), kSuccess);
+  EXPECT_TRUE(IsLoaded());
+  EXPECT_EQ(TheSdr().systemSet->recordBytes, 53 + 16);
+  // A type that is not supported ends the next load; what was loaded before does not count any more.
+  ASSERT_EQ(SdrData::SelectFileData(), kSuccess);
+  EXPECT_EQ(SdrData::LoadConfigurationFromSystem(), sdr_status::kTypeNotSupported);
+  EXPECT_EQ(TheSdr().current, TheSdr().fileSet.get());
+  ASSERT_EQ(SdrData::SelectSysData(), kSuccess);
+  EXPECT_FALSE(IsLoaded());
+}
+
 TEST_F(Manager, PagingAsksAfterEveryThirdRecord) {
   Bytes records;
   for (std::uint16_t id = 1; id <= 7; ++id) records = Joined(records, AssociationRecord(id));
@@ -284,6 +303,9 @@ TEST_F(Manager, LoadsFailWithTheirStatusAndMessage) {
   EXPECT_EQ(Load(kUntagged), kSuccess);
   EXPECT_EQ(Load("_LF_NAME\n"), sdr_status::kHeaderKeyMissing);
   EXPECT_EQ(Message(), "Invalid file: Token _LF_VERSION not found.\n");
+  // Lines count from the start of each file.
+  EXPECT_EQ(Load(SdrFile("_SDR_TYPE 04\n")), sdr_status::kFileTypeNotSupported);
+  EXPECT_EQ(Message(), "Invalid file: Unsupported record type line #11.\n");
   EXPECT_FALSE(IsLoaded());
   EXPECT_EQ(SdrData::CommitConfigurationToSystem(), sdr_status::kNotLoaded);
   EXPECT_EQ(machine.console, "");

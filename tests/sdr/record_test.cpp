@@ -238,7 +238,7 @@ TEST_F(Records, ControllerConfirmationChannelsAndOem) {
   for (std::uint8_t i = 0; i < 16; ++i) body.push_back(static_cast<std::uint8_t>(0xF0 + i));
   const std::string guid = "f0 f1 f2 f3 f4 f5 f6 f7 f8 f9 fa fb fc fd fe ff ";
   ASSERT_EQ(Decode(Record(0x13, body)), kSuccess);
-  ExpectValues({{9, "51h"}, {10, "01e240h"}, {11, "4311h"}, {12, guid}});
+  ExpectValues({{9, "51h"}, {10, "01e240h"}, {11, "1143h"}, {12, guid}});
   ExpectNameAndTitle(" " + guid + " (0012h)", "SDR Type13h - " + guid);
   ASSERT_EQ(Decode(Record(0x14, {1, 2, 3, 4, 5, 6, 7, 0x88, 0x0A, 0x16, 0})), kSuccess);
   ExpectValues({{11, "88h"}, {12, "0Ah - IRQ 10"}, {13, "Unknown"}, {14, "XX"}});
@@ -371,6 +371,8 @@ TEST_F(Records, BinaryFormat) {
   EXPECT_EQ(text, u"01b");
   EXPECT_EQ(CSdr::BinaryFormat(0x5A, 4, text), sdr_status::kValueTooWide);
   EXPECT_EQ(text, u"1010b");
+  // A value too wide is no failure to trace.
+  EXPECT_TRUE(machine.TraceLines().empty());
 }
 
 TEST_F(Records, DecodeTables) {

@@ -24,6 +24,19 @@ using testing::TestFirmware;
 
 constexpr char kFile[] = "OUT.SDR";
 
+/// A machine whose files open and take no byte.
+struct FullDisk : TestFirmware {
+  struct FullFile : File {
+    Status Read(std::span<std::uint8_t>, std::size_t&) override { return uefi_status::kDeviceError; }
+    Status Write(std::span<const std::uint8_t>) override { return uefi_status::kDeviceError; }
+  };
+  Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override {
+    if (path != u"OUT.SDR") return TestFirmware::OpenFile(path, mode, file);
+    file = std::make_unique<FullFile>();
+    return kSuccess;
+  }
+};
+
 struct RecordWriter : ::testing::Test {
   TestFirmware machine;
 
@@ -114,6 +127,28 @@ TEST_F(RecordWriter, ControllerConfirmationOemAndChannels) {
     EXPECT_NE(text.find(line), std::string::npos) << line << text;
 }
 
+TEST_F(RecordWriter, KeyBytesStandInASectionOfTheirOwn) {
+  // Type -> lines of its key section, by the type's table in IPMI v2.0, section 43.
+  const std::map<int, std::ptrdiff_t> keyLines{{0x01, 3}, {0x02, 3}, {0x03, 3}, {0x08, 5},
+                                               {0x09, 9}, {0x10, 3}, {0x11, 4}, {0x12, 2},
+                                               {0x13, 3}, {0x14, 0}, {0xC0, 1}};
+  std::mt19937 random(44);
+  for (std::uint8_t type : kAllTypes) {
+    machine.files.clear();
+    ASSERT_EQ(Write(RandomRecord(type, random)), kSuccess);
+    const std::string& text = machine.files[kFile];
+    std::size_t start = text.find("   // Record Key Bytes\n");
+    ASSERT_EQ(start == std::string::npos, type == 0x14) << text;
+    if (start == std::string::npos) continue;
+    std::size_t end = text.find("\n\n   // Record Body Bytes\n", start);
+    ASSERT_NE(end, std::string::npos) << text;
+    EXPECT_EQ(std::count(text.begin() + static_cast<std::ptrdiff_t>(start),
+                         text.begin() + static_cast<std::ptrdiff_t>(end), '\n'),
+              keyLines.at(type))
+        << text;
+  }
+}
+
 TEST_F(RecordWriter, EveryRecordReadsBackWithItsWordsReversed) {
   // Type -> places (first byte, count) that are written most significant digit first.
   const std::map<int, std::vector<std::pair<int, int>>> reversed{{0x01, {{15, 2}, {17, 2}, {19, 2}}},
@@ -136,10 +171,26 @@ TEST_F(RecordWriter, EveryRecordReadsBackWithItsWordsReversed) {
   }
 }
 
+TEST_F(RecordWriter, NamesBeyondAsciiAreQuotedToo) {
+  ASSERT_EQ(Write(TemperatureRecord("20\xB0 C")), kSuccess);
+  EXPECT_NE(machine.files[kFile].find("   '20\xB0 C'     // ID String Bytes\n"), std::string::npos);
+}
+
 TEST_F(RecordWriter, AFileThatCannotBeWritten) {
   machine.fileFailures[kFile] = uefi_status::kWriteProtected;
   EXPECT_EQ(Write(AssociationRecord()), sdr_status::kCannotWriteFile);
   EXPECT_EQ(machine.TraceLines().back(), "CSdrType08::WriteRecordToFile - Error Writing File");
+}
+
+TEST(RecordWriterOnAFullDisk, NamesTheWriteThenTheRecord) {
+  FullDisk machine;
+  PoolPtr<CSdr> record;
+  ASSERT_EQ(SdrUtility::CreateSDRTypeObject(0x08, record), kSuccess);
+  ASSERT_EQ(record->DecodeSDR(AssociationRecord()), kSuccess);
+  EXPECT_EQ(record->WriteRecordToFile(u"OUT.SDR"), sdr_status::kCannotWriteFile);
+  EXPECT_EQ(machine.TraceLines(),
+            (std::vector<std::string>{"CSdr::wfprintf - Error Writing File",
+                                      "CSdrType08::WriteRecordToFile - Error Writing File"}));
 }
 
 }  // namespace

@@ -212,8 +212,6 @@ TEST_F(Repository, EveryFailedWriteHasItsStatusAndTrace) {
        sdr_status::kCompletionCode, "BMC Completion Code Error"},
       {"piece not sent", [&](ScriptedIpmi& bmc) { LoseSend(reserved(bmc), 0x25, add); },
        sdr_status::kRequestFailed, "Error Reading SDR Info"},
-      {"no record ID", [&](ScriptedIpmi& bmc) { reserved(bmc).Expect(kStorage, 0x25, add).Reply({5}); },
-       sdr_status::kRequestFailed, "Error Reading SDR Info"},
   };
   for (const ReadFault& fault : faults) {
     SCOPED_TRACE(fault.what);
@@ -222,6 +220,17 @@ TEST_F(Repository, EveryFailedWriteHasItsStatusAndTrace) {
     EXPECT_EQ(SdrReadSystem::SendRecordToBMC(bytes), fault.status);
     EXPECT_EQ(Failure(), std::string("SdrReadSystem::SendRecordToBMC - ") + fault.reason);
   }
+}
+
+TEST_F(Repository, OnlyMorePiecesNeedTheRecordsId) {
+  ScriptedIpmi bmc(machine);
+  bmc.Expect(kStorage, 0x22).Reply({1, 0});
+  bmc.Expect(kStorage, 0x25, Joined({1, 0, 0, 0, 0, 1}, AssociationRecord())).Reply({});
+  EXPECT_EQ(SdrReadSystem::SendRecordToBMC(AssociationRecord()), kSuccess);
+  bmc.Expect(kStorage, 0x22).Reply({1, 0});
+  bmc.Expect(kStorage, 0x25, Joined({1, 0, 0, 0, 0, 0}, Bytes(16, 0xAA))).Reply({5});
+  EXPECT_EQ(SdrReadSystem::SendRecordToBMC(Bytes(17, 0xAA)), sdr_status::kRequestFailed);
+  EXPECT_EQ(Failure(), "SdrReadSystem::SendRecordToBMC - Error Reading SDR Info");
 }
 
 const Bytes kStartErase{1, 0, 'C', 'L', 'R', 0xAA};
