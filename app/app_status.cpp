@@ -6,23 +6,23 @@ namespace varnok {
 namespace {
 
 // Indexed by status minus 1.
-constexpr std::array<std::u16string_view, 11> kMessages{
-    u"Command Line Error.",
-    u"File IO Error.",
-    u"Error communicating with BMC.",
-    u"Error Updating/Validating/Comparing FRU / SDR.",
-    u"Error Loading FRU / SDR Information",
-    u"Error Parsing Configuration File",
-    u"Error Processing Configuration File",
-    u"SMBIOS Interface Error",
-    u"Error Initalizing Protocol Interfaces.",
-    u"Unknown Error.",
-    u"Unknown Error.",
+constexpr std::array<const char*, 11> kMessages{
+    "Command Line Error.",
+    "File IO Error.",
+    "Error communicating with BMC.",
+    "Error Updating/Validating/Comparing FRU / SDR.",
+    "Error Loading FRU / SDR Information",
+    "Error Parsing Configuration File",
+    "Error Processing Configuration File",
+    "SMBIOS Interface Error",
+    "Error Initalizing Protocol Interfaces.",
+    "Unknown Error.",
+    "Unknown Error.",
 };
 
 }  // namespace
 
-std::u16string_view StatusMessage(int status) {
+const char* StatusMessage(int status) {
   bool isListed = status >= 1 && status <= static_cast<int>(kMessages.size());
   return isListed ? kMessages[static_cast<std::size_t>(status - 1)] : kMessages.back();
 }

@@ -22,6 +22,6 @@ inline constexpr int kUnknown = 11;            ///< a mode or an argument that c
 
 /// The text of a status from 1 to 11; a script's error level may be any number,
 /// and a higher one reads like 11.
-std::u16string_view StatusMessage(int status);
+const char* StatusMessage(int status);
 
 }  // namespace varnok

@@ -105,13 +105,13 @@ bool ReadCommandLine(int argc, char* argv[], CommandLine& commandLine) {
 
 void AddDefaultExtension(std::u16string& fileName, std::u16string_view extension) {
   if (!fileName.empty() && fileName.back() == u'\\') {
-    fileName = FormatUpTo(kFileNameLength, u"%s%s", fileName, kDefaultScript);
+    fileName = FormatUpTo(kFileNameLength, "%s%s", fileName, kDefaultScript);
     return;
   }
   std::size_t found = fileName.find_last_of(u".\\");
   // A backslash in front of everything is not looked at, a dot there is.
   bool hasDot = found != std::u16string::npos && fileName[found] == u'.';
-  if (!hasDot) fileName = FormatUpTo(kFileNameLength, u"%s%s", fileName, extension);
+  if (!hasDot) fileName = FormatUpTo(kFileNameLength, "%s%s", fileName, extension);
 }
 
 }  // namespace varnok

@@ -1,5 +1,6 @@
 #include "app/app_status.h"
 #include "app/services/console.h"
+#include "app/services/text.h"
 #include "app/services/trace.h"
 #include "app/varnok.h"
 #include "firmware/entry.h"
@@ -16,7 +17,7 @@ int Run(CVarnok& application, int argc, char* argv[]) {
 void ShowError(const CVarnok& application, int status) {
   const char16_t* message = application.LastErrorMessage();
   bool hasMessage = message != nullptr && *message != u'\0';
-  Print(u"\nERROR:%ls\n\n", hasMessage ? std::u16string_view(message) : StatusMessage(status));
+  Print("\nERROR:%s\n\n", hasMessage ? std::u16string(message) : Widen(StatusMessage(status)));
 }
 
 }  // namespace
@@ -27,7 +28,7 @@ int Main(int argc, char* argv[]) {
   std::uint32_t level = TraceSelectLevel(argc, argv);
   application.SetDebugLevel(level);
   Trace("VARNOK Main:: Got Debug Level %d", 3, level);
-  Print(u"\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n");
+  Print("\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n");
   int status = Run(application, argc, argv);
   if (status != app_status::kSuccess && status != app_status::kCommandLine) ShowError(application, status);
   application.DeInitialize();

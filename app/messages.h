@@ -5,7 +5,7 @@
 
 namespace varnok {
 
-inline constexpr std::u16string_view kResetRequired =
-    u"\nA system reset is required for the update to take effect.\n\n";
+inline constexpr const char* kResetRequired =
+    "\nA system reset is required for the update to take effect.\n\n";
 
 }  // namespace varnok

@@ -120,10 +120,10 @@ int CVarnok::SdrExecutive() {
 
 int CVarnok::DisplayUsage() {
   TraceScope scope("CVarnok::DisplayUsage");
-  Print(u"%s", kShortUsage);
-  for (std::u16string_view page : {kFruAddressUsage, kExamplesUsage}) {
+  Print("%s", kShortUsage);
+  for (const char* page : {kFruAddressUsage, kExamplesUsage}) {
     if (IsPagingOn() && !PromptMore()) break;
-    Print(u"%s", page);
+    Print("%s", page);
   }
   return app_status::kSuccess;
 }
@@ -142,7 +142,7 @@ int CVarnok::ValidateTmpFileName(std::u16string* outName, std::u16string* name) 
   }
   // The second try opens the name that came in as the output, not the rewritten
   // one.
-  *name = FormatUpTo(256, u"C:\\%s", *name);
+  *name = FormatUpTo(256, "C:\\%s", *name);
   bool isOpen = TheFirmware().OpenFile(*outName, FileMode::Write, file) == kSuccess;
   return isOpen ? app_status::kSuccess : app_status::kFileIo;
 }
@@ -151,7 +151,7 @@ int CVarnok::UseTemporaryFile(std::u16string name, std::u16string& outName) {
   if (!usesTemporaryFile_) return app_status::kSuccess;
   int status = ValidateTmpFileName(&outName, &name);
   if (status != app_status::kFileIo) return status;
-  return FailWith(Format(u"Failed to create temporary file:%s\n", name), status);
+  return FailWith(FormatWide("Failed to create temporary file:%s\n", name), status);
 }
 
 }  // namespace varnok

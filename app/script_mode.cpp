@@ -47,22 +47,22 @@ int CVarnok::CfgFileExecutive() {
   if (!outputFile.empty()) CfgFile::SetOutputFile(Narrow(outputFile));
   if (Status status = CfgMain::LoadConfigurationFromFile(fileName_.c_str(), nullptr); status != kSuccess)
     return FailScript(status == cfg_status::kFileNotFound ? app_status::kFileIo : app_status::kScriptParsing,
-                      u"LoadConfigurationFromFile");
+                      "LoadConfigurationFromFile");
   if (Status status = CfgFile::ProcessCommands(); status != kSuccess)
-    return FailScript(ProcessingStatus(status), u"ProcessCommands");
+    return FailScript(ProcessingStatus(status), "ProcessCommands");
   if (CfgMain::CommitConfigurationToSystem() != kSuccess)
-    return FailScript(app_status::kUpdate, u"CommitConfigurationToSystem");
+    return FailScript(app_status::kUpdate, "CommitConfigurationToSystem");
   std::uint32_t inputFiles = 0;
   CfgFile::GetNumberOfInputFiles(inputFiles);
   if (inputFiles > 0) {
-    PrintText(u"\nThe system has been updated successfully.\n");
+    PrintText("\nThe system has been updated successfully.\n");
     PrintText(kResetRequired);
   }
   Trace("CVarnok::CfgFileExecutive [EXIT]", 3);
   return app_status::kSuccess;
 }
 
-int CVarnok::FailScript(int status, std::u16string_view step) {
+int CVarnok::FailScript(int status, const char* step) {
   CfgMain::GetLastErrorMessage(lastErrorMessage_);
   Trace("CVarnok::CfgFileExecutive - %s failed", 1, step);
   return status;

@@ -5,8 +5,8 @@
 
 namespace varnok {
 
-extern const std::u16string_view kShortUsage;
-extern const std::u16string_view kFruAddressUsage;
-extern const std::u16string_view kExamplesUsage;
+extern const char* const kShortUsage;
+extern const char* const kFruAddressUsage;
+extern const char* const kExamplesUsage;
 
 }  // namespace varnok

@@ -105,8 +105,8 @@ int CVarnok::ParseCommandLine(int argc, char* argv[]) {
   mode_ = commandLine.mode;
   fileName_ = commandLine.fileName;
   if (isValid) return app_status::kSuccess;
-  if (argc > 1) Print(u"\n%ls\n\n", u"Invalid command line arguments.\n");
-  Print(u"%s", kShortUsage);
+  if (argc > 1) Print("\n%s\n\n", "Invalid command line arguments.\n");
+  Print("%s", kShortUsage);
   return app_status::kCommandLine;
 }
 

@@ -49,7 +49,7 @@ class CVarnok {
   int DisplaySmbios();
   int UseTemporaryFile(std::u16string name, std::u16string& outName);
   int FailWith(std::u16string message, int status);
-  int FailScript(int status, std::u16string_view step);
+  int FailScript(int status, const char* step);
 
   std::uint64_t debugLevel_ = 0;
   std::u16string message_;  ///< the object's own message text

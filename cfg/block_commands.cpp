@@ -13,8 +13,7 @@
 namespace varnok {
 namespace {
 
-constexpr std::u16string_view kMisplaced =
-    u"Command %hs can not be used here, it must follow an IFSET command.";
+constexpr const char* kMisplaced = "Command %s can not be used here, it must follow an IFSET command.";
 
 /// A block whose body is being run; writes the log's lines of the way in and out.
 struct RunningBlock {
@@ -110,7 +109,7 @@ CCfgCommand* CCfgBlock::Previous() {
 }
 
 Status CCfgBlock::RefuseEndOfFile() const {
-  CCfgParser::SetLastError(u"%hs found without matching ENDIF.", GetDisplayName());
+  CCfgParser::SetLastError("%s found without matching ENDIF.", GetDisplayName());
   Trace("%s::ReadFromFile - No matching ENDIF", 1, ClassName());
   return cfg_status::kNoEndIf;
 }
@@ -142,7 +141,7 @@ Status CCfgIfSet::ReadOwnLine(CFileCfg& file) {
   std::string_view cursor = rest;
   std::string tag;
   while (!cursor.empty() && GetNextInput(cursor, tag)) tags_.push_back(tag);
-  if (tags_.empty()) return MissingParameter(u"first", cfg_status::kBadLine);
+  if (tags_.empty()) return MissingParameter("first", cfg_status::kBadLine);
   // What is no word must not leave the block with fewer conditions than were written.
   return RefuseExtra(cursor, cfg_status::kBadLine);
 }
@@ -162,9 +161,9 @@ CCfgBlock* CCfgIfSet::Choose() {
 }
 
 void CCfgIfSet::PrintHead() const {
-  Print(u"IFSET");
-  for (const std::string& tag : tags_) Print(u" %hs", tag);
-  Print(u"\n");
+  Print("IFSET");
+  for (const std::string& tag : tags_) Print(" %s", tag);
+  Print("\n");
 }
 
 // --- ELSE, ENDIF ---
@@ -191,7 +190,7 @@ bool CCfgElse::IsValidCommandLocation() {
 }
 
 void CCfgElse::PrintHead() const {
-  Print(u"ELSE\n");
+  Print("ELSE\n");
 }
 
 bool CCfgEndIf::IsValidCommandLocation() {

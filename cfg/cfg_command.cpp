@@ -23,7 +23,7 @@ bool RefuseArgument(std::string_view rest, int reason) {
   Trace("CCfgCommand::GetNextInput - Buffer parser error(%d)", 1, reason);
   std::array<std::uint8_t, kDumpLength> bytes{};
   std::copy_n(rest.begin(), std::min(rest.size(), kDumpLength), bytes.begin());
-  TraceHexDump(u"Buffer p_buff[]", bytes, kDumpLength);
+  TraceHexDump("Buffer p_buff[]", bytes, kDumpLength);
   return false;
 }
 
@@ -136,7 +136,7 @@ const char* CCfgCommand::GetDisplayName() const {
   return CommandName(type_);
 }
 
-Status CCfgCommand::MissingParameter(std::u16string_view which, Status status, const char* name) {
+Status CCfgCommand::MissingParameter(const char* which, Status status, const char* name) {
   CCfgParser::SetLastError(cfg_message::kMissingParameter, name != nullptr ? name : GetDisplayName(), which);
   Trace("CCfgCommand::ReadFromFile - Missing %s parameter", 1, which);
   return status;
@@ -154,7 +154,7 @@ Status CCfgCommand::ReadOneParameter(CFileCfg& file, std::string& parameter, Sta
   std::string rest;
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   std::string_view cursor = rest;
-  if (!GetNextInput(cursor, parameter)) return MissingParameter(u"first", cfg_status::kBadLine);
+  if (!GetNextInput(cursor, parameter)) return MissingParameter("first", cfg_status::kBadLine);
   return RefuseExtra(cursor, extraStatus);
 }
 

@@ -92,11 +92,11 @@ class CCfgCommand {
 
   /// Shows formatted text through the display callback, at most 1023 characters of it.
   template <class... Arguments>
-  static bool Display(std::u16string_view format, const Arguments&... arguments) {
-    return Show(Format(format, arguments...));
+  static bool DisplayWide(const char* format, const Arguments&... arguments) {
+    return Show(FormatWide(format, arguments...));
   }
-  /// The same for an 8-bit format, at most 511 characters; false when no callback is set. Text of a script is
-  /// harmless as a format: a conversion without an argument shows as it stands.
+  /// The same, but at most 511 characters; false when no callback is set. Text of a script is harmless as a
+  /// format: a conversion without an argument shows as it stands.
   template <class... Arguments>
   static bool Display(std::string_view format, const Arguments&... arguments) {
     return Show(Format(format, arguments...));
@@ -123,7 +123,7 @@ class CCfgCommand {
 
  protected:
   /// Sets "The %hs command is missing its %ls parameter." and returns `status`.
-  Status MissingParameter(std::u16string_view which, Status status, const char* name = nullptr);
+  Status MissingParameter(const char* which, Status status, const char* name = nullptr);
   /// Refuses what `cursor` still holds with "Too many parameters ..." and `status`; kSuccess when it is
   /// empty.
   Status RefuseExtra(std::string_view cursor, Status status, const char* name = nullptr);

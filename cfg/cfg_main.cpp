@@ -26,7 +26,7 @@ PoolPtr<EngineState>& Engine() {
 }
 
 /// `line` is what the log says of an operation that runs before Initialize.
-bool IsReady(std::u16string_view line) {
+bool IsReady(const char* line) {
   if (Engine() != nullptr && Engine()->isInitialized) return true;
   Trace("CfgMain::%s since interfaces are not initialized", 1, line);
   return false;
@@ -72,7 +72,7 @@ Status CfgMain::Initialize() {
 
 Status CfgMain::LoadConfigurationFromFile(const char16_t* path, const char16_t* name) {
   TraceScope scope("CfgMain::LoadConfigurationFromFile");
-  if (!IsReady(u"LoadConfigurationFromFile - Unable to load configuration file"))
+  if (!IsReady("LoadConfigurationFromFile - Unable to load configuration file"))
     return cfg_status::kNotInitialized;
   EngineState& engine = *Engine();
   engine.currentLine = -1;
@@ -86,7 +86,7 @@ Status CfgMain::LoadConfigurationFromFile(const char16_t* path, const char16_t* 
 
 Status CfgMain::CommitConfigurationToSystem() {
   TraceScope scope("CfgMain::CommitConfigurationToSystem");
-  if (!IsReady(u"CommitConfigurationToSystem - Unable to commit configuration"))
+  if (!IsReady("CommitConfigurationToSystem - Unable to commit configuration"))
     return cfg_status::kNotInitialized;
   if (Engine()->isProcessed) return Engine()->parser->Execute();
   Trace("CfgMain::CommitConfigurationToSystem - Commands are not processed", 1);
@@ -95,7 +95,7 @@ Status CfgMain::CommitConfigurationToSystem() {
 
 Status CfgMain::SetProgressCallback(ProgressCallback callback) {
   TraceScope scope("CfgMain::SetProgressCallback");
-  if (!IsReady(u"SetProgressCallback - Unable to set callback")) return cfg_status::kNotInitialized;
+  if (!IsReady("SetProgressCallback - Unable to set callback")) return cfg_status::kNotInitialized;
   CCfgCommand::Callbacks().progress = callback;
   return kSuccess;
 }
@@ -103,7 +103,7 @@ Status CfgMain::SetProgressCallback(ProgressCallback callback) {
 Status CfgMain::GetLastErrorMessage(const char16_t*& text) {
   TraceScope scope("CfgMain::GetLastErrorMessage");
   text = nullptr;
-  if (!IsReady(u"GetLastErrorMessage - Unable to get last error message")) return cfg_status::kNotInitialized;
+  if (!IsReady("GetLastErrorMessage - Unable to get last error message")) return cfg_status::kNotInitialized;
   text = EngineMessage().HandOut();
   return kSuccess;
 }
@@ -118,35 +118,35 @@ CCfgParser* CfgMain::Parser() {
 
 Status CfgFile::SetDisplayCallback(DisplayCallback callback) {
   TraceScope scope("CfgFile::SetDisplayCallback");
-  if (!IsReady(u"SetDisplayCallback - Unable to set callback")) return cfg_status::kNotInitialized;
+  if (!IsReady("SetDisplayCallback - Unable to set callback")) return cfg_status::kNotInitialized;
   CCfgCommand::Callbacks().display = callback;
   return kSuccess;
 }
 
 Status CfgFile::SetInputCharCallback(InputCharCallback callback) {
   TraceScope scope("CfgFile::SetInputCharCallback");
-  if (!IsReady(u"SetInputCharCallback - Unable to set callback")) return cfg_status::kNotInitialized;
+  if (!IsReady("SetInputCharCallback - Unable to set callback")) return cfg_status::kNotInitialized;
   CCfgCommand::Callbacks().inputChar = callback;
   return kSuccess;
 }
 
 Status CfgFile::SetGetEnvVarCallback(GetEnvVarCallback callback) {
   TraceScope scope("CfgFile::SetGetEnvVarCallback");
-  if (!IsReady(u"SetGetEnvVarCallback - Unable to set callback")) return cfg_status::kNotInitialized;
+  if (!IsReady("SetGetEnvVarCallback - Unable to set callback")) return cfg_status::kNotInitialized;
   CCfgCommand::Callbacks().getEnvVar = callback;
   return kSuccess;
 }
 
 Status CfgFile::SetOutputFile(std::string_view name) {
   TraceScope scope("CfgFile::SetOutputFile");
-  if (!IsReady(u"SetOutputFile - Unable to set output file")) return cfg_status::kNotInitialized;
+  if (!IsReady("SetOutputFile - Unable to set output file")) return cfg_status::kNotInitialized;
   Engine()->parser->SetEchoFile(name);
   return kSuccess;
 }
 
 Status CfgFile::ProcessCommands() {
   TraceScope scope("CfgFile::ProcessCommands");
-  if (!IsReady(u"ProcessCommands - Unable to process commmands")) return cfg_status::kNotInitialized;
+  if (!IsReady("ProcessCommands - Unable to process commmands")) return cfg_status::kNotInitialized;
   EngineState& engine = *Engine();
   engine.currentLine = -1;
   engine.isProcessed = false;
@@ -163,7 +163,7 @@ Status CfgFile::ProcessCommands() {
 
 Status CfgFile::GetErrorLevel(std::uint64_t& level) {
   TraceScope scope("CfgFile::GetErrorLevel");
-  if (!IsReady(u"GetErrorLevel - Unable to get error level")) return cfg_status::kNotInitialized;
+  if (!IsReady("GetErrorLevel - Unable to get error level")) return cfg_status::kNotInitialized;
   if (!Engine()->isLoaded) {
     Trace("CfgMain::GetErrorLevel - Unable to Get error level since file is not loaded", 1);
     return cfg_status::kNotLoaded;
@@ -174,7 +174,7 @@ Status CfgFile::GetErrorLevel(std::uint64_t& level) {
 
 Status CfgFile::GetNumberOfInputFiles(std::uint32_t& count) {
   TraceScope scope("CfgFile::GetNumberOfInputFiles");
-  if (!IsReady(u"GetNumberOfInputFiles - Unable to get number of input files"))
+  if (!IsReady("GetNumberOfInputFiles - Unable to get number of input files"))
     return cfg_status::kNotInitialized;
   count = static_cast<std::uint32_t>(Engine()->parser->UpdateFileCount());
   return kSuccess;

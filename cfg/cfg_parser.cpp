@@ -27,6 +27,10 @@ bool HasScriptExtension(std::u16string_view name) {
 
 }  // namespace
 
+void CCfgParser::SetLastErrorWith(const char* format, std::span<const FormatArgument> arguments) {
+  EngineMessage().Set(FormatWideWith(format, arguments));
+}
+
 CCfgParser::~CCfgParser() {
   Free();
 }
@@ -36,13 +40,13 @@ Status CCfgParser::ParseFile(const char16_t* path, const char16_t* name) {
   isProcessed_ = false;
   Free();
   if (path == nullptr) {
-    SetLastError(cfg_message::kNullFileName, u"Configuration");
+    SetLastError(cfg_message::kNullFileName, "Configuration");
     Trace("CCfgParser::ParseFile - File name is NULL", 1);
     return cfg_status::kFileNotFound;
   }
   const char16_t* checked = name != nullptr ? name : path;
   if (!HasScriptExtension(checked)) {
-    SetLastError(u"%ls is an invalid file type, the extension must be '%ls'.", checked, kExtension);
+    SetLastError("%s is an invalid file type, the extension must be '%s'.", checked, kExtension);
     Trace("CCfgParser::ParseFile - %s is an invalid file type, the extension must be .CFG", 1, checked);
     return cfg_status::kBadExtension;
   }
@@ -112,9 +116,9 @@ Status CCfgParser::ReadCommands(CommandList& commands) {
 
 void CCfgParser::ReportLine() {
   std::u16string pending(GetLastError());
-  std::u16string place =
-      Format(u"Invalid input in file '%ls' at line %d:\n   ", fileName_, reader_->GetCurrentLineNumber() + 1);
-  SetLastError(u"%s%s", place, pending);
+  std::u16string place = FormatWide("Invalid input in file '%s' at line %d:\n   ", fileName_,
+                                    reader_->GetCurrentLineNumber() + 1);
+  SetLastError("%s%s", place, pending);
 }
 
 Status CCfgParser::Process() {
@@ -173,7 +177,7 @@ int CCfgParser::FindTag(std::string_view name) {
 Status CCfgParser::GetTag(std::int64_t index, std::string& name) {
   TraceScope scope("CCfgParser::GetTag");
   if (index < 0 || static_cast<std::size_t>(index) >= tags_.Count()) {
-    SetLastError(u"Unrecoverable internal error: Get tag selector out of range.");
+    SetLastError("Unrecoverable internal error: Get tag selector out of range.");
     Trace("CCfgParser::GetTag - Unrecoverable internal error: Get tag selector out of range", 1);
     return cfg_status::kNoSuchTag;
   }
@@ -193,11 +197,11 @@ void CCfgParser::ClearConfigNameList() {
 
 void CCfgParser::SetTargetPlatformInfo(std::string_view text) {
   TraceScope scope("CCfgParser::SetTargetPlatformInfo");
-  if (targetPlatform_.empty()) targetPlatform_ = Format(u"%hs", text);
+  if (targetPlatform_.empty()) targetPlatform_ = FormatWide("%s", text);
 }
 
 void CCfgParser::EchoLine(std::string_view line) {
-  if (echo_ != nullptr) (void)WriteText(*echo_, Format(u"%s\n", line));
+  if (echo_ != nullptr) (void)WriteText(*echo_, FormatWide("%s\n", line));
 }
 
 }  // namespace varnok

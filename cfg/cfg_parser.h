@@ -69,9 +69,10 @@ class CCfgParser {
 
   /// Sets the engine's message, at most 511 characters.
   template <class... Arguments>
-  static void SetLastError(std::u16string_view format, const Arguments&... arguments) {
-    EngineMessage().Set(Format(format, arguments...));
+  static void SetLastError(const char* format, const Arguments&... arguments) {
+    SetLastErrorWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
   }
+  static void SetLastErrorWith(const char* format, std::span<const FormatArgument> arguments);
   static std::u16string_view GetLastError() { return EngineMessage().Current(); }
 
   /// The directory of the script with its last separator; empty before a script was named.

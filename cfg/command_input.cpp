@@ -51,7 +51,7 @@ class PieceReader {
 };
 
 bool RefuseFileValue(std::string_view fileName, std::int32_t line, int place) {
-  CCfgParser::SetLastError(u"Unable to read the FRU field value from the file '%hs' at line number: %d",
+  CCfgParser::SetLastError("Unable to read the FRU field value from the file '%s' at line number: %d",
                            fileName, line);
   Trace("CCfgCommand::GetStringFromFile - (%d)Unable to read the value from the file '%s' at line number: %d",
         1, place, fileName, line);
@@ -125,7 +125,7 @@ char CCfgCommand::ReadYesOrNo() {
   char key = 0;
   while (GetInputChar(key, false) && ToUpper(key) != 'Y' && ToUpper(key) != 'N') {
   }
-  Display(u"%lc\n", static_cast<char16_t>(static_cast<unsigned char>(key)));
+  DisplayWide("%lc\n", static_cast<char16_t>(static_cast<unsigned char>(key)));
   return key;
 }
 
@@ -138,7 +138,7 @@ bool CCfgCommand::GetStringFromFile(std::string_view fileName, std::string& text
     return false;
   }
   if (size < 1) {
-    CCfgParser::SetLastError(u"Unable to retrieve file %hs.", fileName);
+    CCfgParser::SetLastError("Unable to retrieve file %s.", fileName);
     Trace("CCfgCommand::GetStringFromFile - Unable to retrieve file %s", 1, fileName);
     return false;
   }
@@ -178,7 +178,7 @@ bool CCfgCommand::GetFile(std::u16string_view path, std::u16string& fullPath, st
     return false;
   }
   if (directory.size() + path.size() >= size) {
-    CCfgParser::SetLastError(u"Internal error - file path name to large for buffer.");
+    CCfgParser::SetLastError("Internal error - file path name to large for buffer.");
     Trace("CCfgCommand::GetFile - File path name to large for buffer(%d)", 2, isWhole ? 2 : 1);
     return false;
   }

@@ -10,8 +10,7 @@
 namespace varnok {
 namespace {
 
-constexpr std::u16string_view kMisplaced =
-    u"Command %hs can not be used here, it must follow a PROMPT command.";
+constexpr const char* kMisplaced = "Command %s can not be used here, it must follow a PROMPT command.";
 constexpr const char* kYes = "YES";
 constexpr const char* kNo = "NO";
 
@@ -68,7 +67,7 @@ Status CCfgPrompt::ReadAnswers(CFileCfg& file) {
 }
 
 Status CCfgPrompt::ReadTag(std::string_view rest, const char* name, std::optional<std::string>& tag) {
-  if (!GetNextInput(rest, tag.emplace())) return MissingParameter(u"first", cfg_status::kBadLine, name);
+  if (!GetNextInput(rest, tag.emplace())) return MissingParameter("first", cfg_status::kBadLine, name);
   return RefuseExtra(rest, cfg_status::kBadLine, name);
 }
 

@@ -44,8 +44,7 @@ Status CCfgErrorLevel::ReadFromFile(CFileCfg& file) {
   // Without a level the command stands for ERRORLEVEL 0.
   if (IsBufferEmpty(cursor)) return kSuccess;
   if (!GetNextInput(cursor, token) || !StringToInt(token, level_)) {
-    CCfgParser::SetLastError(u"%hs is not a valid error level, it must be a valid hexidecimal number.",
-                             token);
+    CCfgParser::SetLastError("%s is not a valid error level, it must be a valid hexidecimal number.", token);
     Trace("CCfgErrorLevel::ReadFromFile - Invalid error level", 1);
     return cfg_status::kBadLine;
   }
@@ -54,12 +53,12 @@ Status CCfgErrorLevel::ReadFromFile(CFileCfg& file) {
 
 Status CCfgErrorLevel::Process() {
   TraceScope scope("CCfgErrorLevel::Process");
-  CCfgParser::SetLastError(u"Configuration file exiting due to ERRORLEVEL %02X.", level_);
+  CCfgParser::SetLastError("Configuration file exiting due to ERRORLEVEL %02X.", level_);
   return cfg_status::kErrorLevel + static_cast<Status>(std::int64_t{static_cast<std::int32_t>(level_)});
 }
 
 void CCfgErrorLevel::DebugPrint() {
-  Print(u"ERRORLEVEL %02X\n", level_);
+  Print("ERRORLEVEL %02X\n", level_);
 }
 
 // --- CONFIGURATION ---
@@ -73,7 +72,7 @@ Status CCfgConfiguration::ReadFromFile(CFileCfg& file) {
   std::string parameter;
   while (parameters_.size() < kMostParameters && !cursor.empty() && GetNextInput(cursor, parameter))
     parameters_.push_back(parameter);
-  if (parameters_.empty()) return MissingParameter(u"first", cfg_status::kBadLine);
+  if (parameters_.empty()) return MissingParameter("first", cfg_status::kBadLine);
   if (parameters_.size() > 1) parser_->SetTargetPlatformInfo(parameters_[1]);
   return RefuseExtra(cursor, cfg_status::kTooManyParameters);
 }
@@ -81,8 +80,8 @@ Status CCfgConfiguration::ReadFromFile(CFileCfg& file) {
 Status CCfgConfiguration::Process() {
   TraceScope scope("CCfgConfiguration::Process");
   std::u16string shown = Widen(parameters_.front());
-  for (std::size_t i = 1; i < parameters_.size(); ++i) shown += Format(u" %ls", Widen(parameters_[i]));
-  Print(u"Update File Configuration: %ls\n", shown);
+  for (std::size_t i = 1; i < parameters_.size(); ++i) shown += FormatWide(" %s", Widen(parameters_[i]));
+  Print("Update File Configuration: %s\n", shown);
   return kSuccess;
 }
 
@@ -96,7 +95,7 @@ Status CCfgBoot::ReadFromFile(CFileCfg& file) {
 }
 
 void CCfgBoot::DebugPrint() {
-  Print(u"Boot\n");
+  Print("Boot\n");
 }
 
 // --- BMC_REFRESH ---

@@ -27,7 +27,7 @@ constexpr std::string_view kImbDeviceName = "IMBDEVICE";
 constexpr std::uint8_t kNoBus = 0xFF;
 
 Status RefuseCount(const char* name) {
-  CCfgParser::SetLastError(u"Too many parameters for the %hs command.", name);
+  CCfgParser::SetLastError("Too many parameters for the %s command.", name);
   Trace("CCfgFruAddress::ReadFromFile - Too many parameters", 1);
   return cfg_status::kTooManyParameters;
 }
@@ -47,7 +47,7 @@ Status CCfgFruAddress::ReadFromFile(CFileCfg& file) {
   if (!tokens.empty() && !IsBufferEmpty(cursor)) return RefuseCount(GetDisplayName());
   if (Status status = ReadAddress(tokens); status != kSuccess) return status;
   if (address_.bus == kNoBus && address_.deviceAddress != kBmcAddress) {
-    CCfgParser::SetLastError(u"The bus address %02X is not valid with the slave address %02X.", address_.bus,
+    CCfgParser::SetLastError("The bus address %02X is not valid with the slave address %02X.", address_.bus,
                              address_.deviceAddress);
     Trace("CCfgFruAddress::ReadFromFile - Invalid bus and slave address", 1);
     return cfg_status::kBadValue;
@@ -58,11 +58,11 @@ Status CCfgFruAddress::ReadFromFile(CFileCfg& file) {
 /// One token: device ID. Three: kind of storage, bus, slave address. Four: the same with the device ID behind
 /// the kind.
 Status CCfgFruAddress::ReadAddress(const std::vector<std::string>& tokens) {
-  if (tokens.empty()) return MissingParameter(u"first", cfg_status::kTooManyParameters);
+  if (tokens.empty()) return MissingParameter("first", cfg_status::kTooManyParameters);
   if (tokens.size() == 1) return ReadNumber(tokens[0], address_.deviceId);
   bool isImbDevice = EqualsIgnoreCase(tokens[0], kImbDeviceName);
   if (tokens.size() == 2)
-    return isImbDevice ? MissingParameter(u"third", cfg_status::kTooManyParameters)
+    return isImbDevice ? MissingParameter("third", cfg_status::kTooManyParameters)
                        : RefuseCount(GetDisplayName());
   if (Status status = ReadNvsType(tokens[0]); status != kSuccess) return status;
   bool hasDeviceId = tokens.size() == 4;
@@ -78,7 +78,7 @@ Status CCfgFruAddress::ReadNvsType(const std::string& token) {
   auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(),
                           [&token](const NvsTypeRow& each) { return EqualsIgnoreCase(token, each.name); });
   if (row == kNvsTypes.end()) {
-    CCfgParser::SetLastError(u"%hs is not a valid NVS type.", token);
+    CCfgParser::SetLastError("%s is not a valid NVS type.", token);
     Trace("CCfgFruAddress::ReadFromFile - Invalid NVS type", 1);
     return cfg_status::kBadNvsType;
   }
@@ -97,7 +97,7 @@ Status CCfgFruAddress::Attach() {
   if (!IsValidCommandLocation()) return cfg_status::kOutOfBlock;
   CCfgFruName* fruName = parser_->CurrentFruName();
   if (fruName->IsAddressGiven()) {
-    CCfgParser::SetLastError(u"Multiple 'FRUADDRESS' commands cannot be given after 'FRUNAME'.\n");
+    CCfgParser::SetLastError("Multiple 'FRUADDRESS' commands cannot be given after 'FRUNAME'.\n");
     Trace("CCfgFruAddress::ReadFromFile - Second FRUADDRESS for a FRUNAME", 1);
     return cfg_status::kSecondFruAddress;
   }
@@ -124,7 +124,7 @@ bool CCfgFruAddress::IsValidCommandLocation() {
 void CCfgFruAddress::DebugPrint() {
   auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(),
                           [this](const NvsTypeRow& each) { return each.type == address_.nvsType; });
-  Print(u"FRU Address: %hs %02X %02X %02X\n", row->name, address_.deviceId, address_.bus,
+  Print("FRU Address: %s %02X %02X %02X\n", row->name, address_.deviceId, address_.bus,
         address_.deviceAddress);
 }
 

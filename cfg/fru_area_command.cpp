@@ -23,7 +23,7 @@ Status CCfgFruArea::ReadFromFile(CFileCfg& file) {
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   std::string_view cursor = rest;
   std::string keyword;
-  if (!GetNextInput(cursor, keyword)) return MissingParameter(u"first", cfg_status::kBadLine);
+  if (!GetNextInput(cursor, keyword)) return MissingParameter("first", cfg_status::kBadLine);
   if (Status status = ReadArea(keyword); status != kSuccess) return status;
   if (index_ == FruAreaIndex::MultiRec) {
     if (Status status = ReadRecordNumber(cursor); status != kSuccess) return status;
@@ -41,7 +41,7 @@ Status CCfgFruArea::ReadArea(const std::string& keyword) {
     return EqualsIgnoreCase(keyword, each.keyword);
   });
   if (row == kFruAreas.end()) {
-    CCfgParser::SetLastError(u"%hs is not a valid FRU area.", keyword);
+    CCfgParser::SetLastError("%s is not a valid FRU area.", keyword);
     Trace("CCfgFruArea::ReadFromFile - Invalid FRU area", 1);
     return cfg_status::kBadFruArea;
   }
@@ -52,14 +52,14 @@ Status CCfgFruArea::ReadArea(const std::string& keyword) {
 Status CCfgFruArea::ReadRecordNumber(std::string_view& cursor) {
   std::string token;
   std::uint32_t number = 0;
-  if (!GetNextInput(cursor, token)) return MissingParameter(u"second", cfg_status::kTooManyParameters);
+  if (!GetNextInput(cursor, token)) return MissingParameter("second", cfg_status::kTooManyParameters);
   if (!StringToInt(token, number)) {
     CCfgParser::SetLastError(cfg_message::kNotHexadecimal, token, GetDisplayName());
     Trace("CCfgFruArea::ReadFromFile - Invalid multi record number", 1);
     return cfg_status::kBadLine;
   }
   if (number < 1 || number > kMostRecords) {
-    CCfgParser::SetLastError(u"Invalid multi record selection: %X.  The value must be in the range 1 - %X.",
+    CCfgParser::SetLastError("Invalid multi record selection: %X.  The value must be in the range 1 - %X.",
                              number, kMostRecords);
     Trace("CCfgFruArea::ReadFromFile - Multi record number out of range", 1);
     return cfg_status::kBadValue;
@@ -89,7 +89,7 @@ Status CCfgFruArea::ReadOptions(std::string_view cursor) {
 Status CCfgFruArea::ReadValidateTag(std::string_view& cursor) {
   mode_ = Mode::Validate;
   if (!GetNextInput(cursor, validateTag_)) {
-    CCfgParser::SetLastError(u"Validate command should be followed by one parameter.\n");
+    CCfgParser::SetLastError("Validate command should be followed by one parameter.\n");
     Trace("CCfgFruArea::ReadFromFile - VALIDATE without a tag", 1);
     return cfg_status::kOutOfBlock;
   }
@@ -142,7 +142,7 @@ bool CCfgFruArea::IsFieldAllowed(std::uint32_t fieldBit) const {
 }
 
 void CCfgFruArea::DebugPrint() {
-  Print(u"FRU Area: %hs\n", Keyword());
+  Print("FRU Area: %s\n", Keyword());
 }
 
 }  // namespace varnok

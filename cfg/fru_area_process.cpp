@@ -37,7 +37,7 @@ Status CCfgFruArea::Process() {
   if (fruName->IsWholeFile()) return CopyFromFile(*fruName);
   if (mode_ == Mode::Validate) return Validate(*fruName);
   if (!DoesAreaExistInFru(*fruName)) {
-    CCfgParser::SetLastError(u"The %hs area does not exist in the system FRU, it cannot be updated.",
+    CCfgParser::SetLastError("The %s area does not exist in the system FRU, it cannot be updated.",
                              Keyword());
     Trace("CCfgFruArea::Process - The area does not exist", 1);
     return cfg_status::kBadFruArea;
@@ -101,10 +101,10 @@ Status CCfgFruArea::Resize(CCfgFruName& fruName) {
   constexpr std::uint32_t kUnit = 8;
   if (size_ % kUnit != 0) {
     size_ += kUnit - size_ % kUnit;
-    Display(u"\nArea size should be a multiple of 8. Rounding area size to %d...", size_);
+    DisplayWide("\nArea size should be a multiple of 8. Rounding area size to %d...", size_);
   }
   if (FruData::ResizeFruArea(size_) != kSuccess) {
-    CCfgParser::SetLastError(u"Failed to resize FRU Area.");
+    CCfgParser::SetLastError("Failed to resize FRU Area.");
     return Fail(cfg_status::kResizeFailed);
   }
   fruName.MarkModified();
@@ -120,7 +120,7 @@ Status CCfgFruArea::CopyWhole(CCfgFruName& fruName) {
   if (status == kSuccess) status = FruData::SelectAreaEnum(Id());
   if (status == kSuccess && index_ == FruAreaIndex::MultiRec &&
       FruData::SelectMultiRecNum(recordNumber_) != kSuccess) {
-    Print(u"\nInvalid MultiRecord Number.\n");
+    Print("\nInvalid MultiRecord Number.\n");
     return Fail(cfg_status::kBadMultiRecord);
   }
   if (status == kSuccess)

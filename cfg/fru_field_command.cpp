@@ -38,7 +38,7 @@ std::size_t IndexOf(const std::array<std::string_view, kCount>& names, std::stri
 }
 
 template <class Text>
-Status RefuseValue(std::u16string_view message, const Text& text, Status status = cfg_status::kBadLine) {
+Status RefuseValue(const char* message, const Text& text, Status status = cfg_status::kBadLine) {
   CCfgParser::SetLastError(message, text);
   Trace("CCfgFruField::ReadFromFile - Invalid field value", 1);
   return status;
@@ -52,7 +52,7 @@ Status CCfgFruField::ReadFromFile(CFileCfg& file) {
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   std::string_view cursor = rest;
   std::string keyword;
-  if (!GetNextInput(cursor, keyword)) return MissingParameter(u"first", cfg_status::kBadLine);
+  if (!GetNextInput(cursor, keyword)) return MissingParameter("first", cfg_status::kBadLine);
   if (Status status = ReadField(keyword); status != kSuccess) return status;
   if (!IsBufferEmpty(cursor)) {
     if (Status status = ReadValue(cursor); status != kSuccess) return status;
@@ -66,7 +66,7 @@ Status CCfgFruField::ReadField(const std::string& keyword) {
                             std::string_view(each.keyword).substr(0, kKeywordLength));
   });
   if (row == kFruFields.end())
-    return RefuseValue(u"%hs is not a valid FRU field.", keyword, cfg_status::kBadFruField);
+    return RefuseValue("%s is not a valid FRU field.", keyword, cfg_status::kBadFruField);
   field_ = static_cast<std::uint32_t>(row - kFruFields.begin());
   if (field_ != fru_field::kCustom) return kSuccess;
   if (!StringToDec(std::string_view(keyword).substr(kKeywordLength), customNumber_)) {
@@ -82,7 +82,7 @@ Status CCfgFruField::ReadField(const std::string& keyword) {
 
 Status CCfgFruField::ReadValue(std::string_view cursor) {
   if (field_ == fru_field::kMfgDate) {
-    CCfgParser::SetLastError(u"The FRUFIELD MD is not allowed to have any parameters.");
+    CCfgParser::SetLastError("The FRUFIELD MD is not allowed to have any parameters.");
     Trace("CCfgFruField::ReadFromFile - MD with a value", 1);
     return cfg_status::kTooManyParameters;
   }
@@ -101,21 +101,21 @@ Status CCfgFruField::ReadRedirection(const std::string& text) {
   std::string_view rest = std::string_view(text).substr(1);
   std::optional<std::string_view> kind = TakePart(rest);
   if (!kind)
-    return RefuseValue(u"Unable to determine FRU field redirection type from string:\n   '%hs'.", text);
+    return RefuseValue("Unable to determine FRU field redirection type from string:\n   '%s'.", text);
   std::size_t source = IndexOf(kSources, *kind);
-  if (source == kSources.size()) return RefuseValue(u"%hs is not a valid FRU redirection type.", *kind);
+  if (source == kSources.size()) return RefuseValue("%s is not a valid FRU redirection type.", *kind);
   source_ = static_cast<Source>(source);
   std::optional<std::string_view> type = TakePart(rest);
   if (!type && source_ != Source::Stdin)
-    return RefuseValue(u"Unable to determine FRU field input type from string:\n'%hs'.", text);
+    return RefuseValue("Unable to determine FRU field input type from string:\n'%s'.", text);
   if (Status status = ReadInputType(type.value_or(rest)); status != kSuccess) return status;
   return source_ == Source::Stdin ? kSuccess : ReadSourceName(text, rest);
 }
 
 Status CCfgFruField::ReadInputType(std::string_view name) const {
   std::size_t type = IndexOf(kInputTypes, name);
-  if (type == kInputTypes.size()) return RefuseValue(u"%hs is not a valid FRU input type.", name);
-  if (type != 0) return RefuseValue(u"%hs is an unsupported FRU input type.", name, cfg_status::kBadFruField);
+  if (type == kInputTypes.size()) return RefuseValue("%s is not a valid FRU input type.", name);
+  if (type != 0) return RefuseValue("%s is an unsupported FRU input type.", name, cfg_status::kBadFruField);
   return kSuccess;
 }
 
@@ -124,15 +124,15 @@ Status CCfgFruField::ReadSourceName(const std::string& text, std::string_view re
   sourceName_ = name.value_or(rest);
   if (name) return ReadLineNumber(text, rest);
   if (source_ == Source::Env) return kSuccess;
-  return RefuseValue(u"Unable to determine environment variable name from string: '%hs'.", text);
+  return RefuseValue("Unable to determine environment variable name from string: '%s'.", text);
 }
 
 Status CCfgFruField::ReadLineNumber(const std::string& text, std::string_view digits) {
   if (!StringToDec(digits, sourceLine_))
-    return RefuseValue(u"Unable to read the FRU field file redirection line number from string:\n   '%ls'",
+    return RefuseValue("Unable to read the FRU field file redirection line number from string:\n   '%s'",
                        Widen(text));
   if (sourceLine_ < 1)
-    return RefuseValue(u"The FRU field file redirection line number: %d is not valid.", sourceLine_);
+    return RefuseValue("The FRU field file redirection line number: %d is not valid.", sourceLine_);
   return kSuccess;
 }
 
@@ -143,7 +143,7 @@ Status CCfgFruField::CheckArea() const {
     return cfg_status::kOutOfBlock;
   }
   if (fruName->GetFruArea()->IsFieldAllowed(Row().bit)) return kSuccess;
-  CCfgParser::SetLastError(u"%hs is not a valid FRU field for the %hs FRU area.", Row().keyword,
+  CCfgParser::SetLastError("%s is not a valid FRU field for the %s FRU area.", Row().keyword,
                            fruName->GetFruArea()->Keyword());
   Trace("CCfgFruField::ReadFromFile - The area has no such field", 1);
   return cfg_status::kBadFruField;
@@ -156,14 +156,14 @@ bool CCfgFruField::IsValidCommandLocation() {
   return parser_->CurrentFruName()->GetFruArea() != nullptr || RefuseOutOfBlock(cfg_message::kNoFruArea);
 }
 
-bool CCfgFruField::RefuseOutOfBlock(std::u16string_view message) const {
+bool CCfgFruField::RefuseOutOfBlock(const char* message) const {
   CCfgParser::SetLastError(message);
   Trace("CCfgFruField - %s", 1, message);
   return false;
 }
 
 void CCfgFruField::DebugPrint() {
-  Print(u"FRU Field: %hs\n", Row().keyword);
+  Print("FRU Field: %s\n", Row().keyword);
 }
 
 }  // namespace varnok

@@ -44,7 +44,7 @@ class CCfgFruField : public CCfgCommand {
   Status ReadSourceName(const std::string& text, std::string_view rest);
   Status ReadLineNumber(const std::string& text, std::string_view digits);
   Status CheckArea() const;
-  bool RefuseOutOfBlock(std::u16string_view message) const;
+  bool RefuseOutOfBlock(const char* message) const;
 
   Status GetValue(CCfgFruName& fruName, std::string& value);
   Status GetCurrentValue(CCfgFruName& fruName, std::string& value) const;

@@ -19,10 +19,9 @@ constexpr std::size_t kLongestChassisType = 3;
 constexpr std::uint32_t kLeastChassisType = 0x01;
 constexpr std::uint32_t kMostChassisType = 0x1D;
 
-constexpr std::u16string_view kTooShort =
-    u"\nThe input '%ls' is invalid, the string cannot be of length 1.\n";
-constexpr std::u16string_view kTooLong =
-    u"\nThe input '%ls' is invalid, the string cannot be longer than %d characters.\n";
+constexpr const char* kTooShort = "\nThe input '%s' is invalid, the string cannot be of length 1.\n";
+constexpr const char* kTooLong =
+    "\nThe input '%s' is invalid, the string cannot be longer than %d characters.\n";
 
 std::optional<FruFieldId> FixedField(const FruFieldRow& row, FruAreaIndex area) {
   if (area == FruAreaIndex::Chassis) return row.chassis;
@@ -108,7 +107,7 @@ Status CCfgFruField::GetCurrentValue(CCfgFruName& fruName, std::string& value) c
 Status CCfgFruField::GetValueFromVariable(std::string& value, std::size_t size) const {
   if (GetEnvVariable(sourceName_, value, size)) return kSuccess;
   CCfgParser::SetLastError(
-      u"Unable to read the FRU field value from the environment variable '%hs', the variable does not exist.",
+      "Unable to read the FRU field value from the environment variable '%s', the variable does not exist.",
       sourceName_);
   Trace("CCfgFruField::Process - The variable does not exist", 1);
   return cfg_status::kNoVariable;
@@ -117,7 +116,7 @@ Status CCfgFruField::GetValueFromVariable(std::string& value, std::size_t size) 
 Status CCfgFruField::GetValueFromFile(const std::string& fileName, std::string& value) {
   std::u16string path;
   if (!GetFile(Widen(fileName), path, CCfgFileInputCommand::kPathCapacity)) {
-    CCfgParser::SetLastError(u"Unable to retrieve file for FRU field input %hs.", fileName);
+    CCfgParser::SetLastError("Unable to retrieve file for FRU field input %s.", fileName);
     Trace("CCfgFruField::Process - Unable to retrieve file", 1);
     return cfg_status::kFileNotFound;
   }
@@ -149,10 +148,10 @@ Status CCfgFruField::AskOperator(std::string& value) {
   while (CCfgFruName* fruName = parser_->CurrentFruName()) {
     std::size_t size = 0;
     if (Status status = LongestAnswer(*fruName, size); status != kSuccess) return status;
-    if (size == 0) Display("The %hs FRU area has no availble space.\n", Narrow(Row().description));
+    if (size == 0) Display("The %hs FRU area has no availble space.\n", Row().description);
     char16_t digit = field_ == fru_field::kCustom ? static_cast<char16_t>(u'0' + customNumber_) : u' ';
-    Display(u"Enter the value for %ls %ls %ls:", Widen(fruName->GetFruArea()->Keyword()), Row().description,
-            std::u16string_view(&digit, 1));
+    DisplayWide("Enter the value for %s %s %s:", Widen(fruName->GetFruArea()->Keyword()), Row().description,
+                std::u16string_view(&digit, 1));
     std::u16string text;
     if (!GetInputString(text, size, true)) {
       Trace("CCfgFruField::Process - Unable to read the operator's input", 1);
@@ -160,7 +159,7 @@ Status CCfgFruField::AskOperator(std::string& value) {
     }
     value = Narrow(text);
     if (!IsValidInput(value)) continue;
-    Display(u"\nIs this correct: '%ls'? ", text);
+    DisplayWide("\nIs this correct: '%s'? ", text);
     if (ToUpper(ReadYesOrNo()) != 'N') return kSuccess;
   }
   return cfg_status::kOutOfBlock;
@@ -168,18 +167,18 @@ Status CCfgFruField::AskOperator(std::string& value) {
 
 bool CCfgFruField::IsValidInput(std::string_view text) const {
   TraceScope scope("CCfgFruField::IsValidInput");
-  if (text.size() == 1) return Display(kTooShort, Widen(text)), false;
-  if (text.size() >= kLongestValue) return Display(kTooLong, Widen(text), kLongestValue - 1), false;
+  if (text.size() == 1) return DisplayWide(kTooShort, Widen(text)), false;
+  if (text.size() >= kLongestValue) return DisplayWide(kTooLong, Widen(text), kLongestValue - 1), false;
   if (!IsChassisType()) return true;
   std::uint32_t type = 0;
   if (!StringToInt(text, type)) {
-    Display(u"\nThe input '%ls' is invalid, it must be a valid hexidecimal number from %02X to %02X.\n",
-            Widen(text), kLeastChassisType, kMostChassisType);
+    DisplayWide("\nThe input '%s' is invalid, it must be a valid hexidecimal number from %02X to %02X.\n",
+                Widen(text), kLeastChassisType, kMostChassisType);
     return false;
   }
   if (type >= kLeastChassisType && type <= kMostChassisType) return true;
-  Display(u"\nThe input '%02X' is invalid, it must be a hexidecimal number from %02X to %02X.\n", type,
-          kLeastChassisType, kMostChassisType);
+  DisplayWide("\nThe input '%02X' is invalid, it must be a hexidecimal number from %02X to %02X.\n", type,
+              kLeastChassisType, kMostChassisType);
   return false;
 }
 

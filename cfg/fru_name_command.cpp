@@ -13,11 +13,11 @@ namespace {
 
 constexpr std::string_view kSystem = "SYSTEM";
 
-constexpr std::u16string_view kHeaderQuestion =
-    u"The FRU header area is different from the FRU file you are trying to program.\n"
-    u"Note: Only the FRU file data is programmed. You will need to re-run the\n"
-    u"package in order to modify any of the FRU field information.\n"
-    u"Would you like to program the file data over the existing FRU data? [Y/N]";
+constexpr const char* kHeaderQuestion =
+    "The FRU header area is different from the FRU file you are trying to program.\n"
+    "Note: Only the FRU file data is programmed. You will need to re-run the\n"
+    "package in order to modify any of the FRU field information.\n"
+    "Would you like to program the file data over the existing FRU data? [Y/N]";
 
 /// The common header of the selected FRU.
 Status ReadHeader(std::array<std::uint8_t, 8>& header) {
@@ -77,7 +77,7 @@ Status CCfgFruName::Process() {
   TraceScope scope("CCfgFruName::Process");
   ForgetFruMessage();
   if (GetWideName().empty()) {
-    CCfgParser::SetLastError(cfg_message::kNullFileName, u"FRU");
+    CCfgParser::SetLastError(cfg_message::kNullFileName, "FRU");
     Trace("CCfgFruName::Process - File name is NULL", 1);
     return cfg_status::kBadValue;
   }
@@ -90,7 +90,7 @@ Status CCfgFruName::Process() {
   if (LoadSystem(systemHeader) != kSuccess) {
     if (isValidateOnly_) {
       // A FRU that cannot be read is what the area's validation finds out; it does not end the script.
-      CCfgParser::SetLastError(u"");
+      CCfgParser::SetLastError("");
       return kSuccess;
     }
     Trace("CCfgFruName::Process - Unable to load the system FRU", 1);
@@ -109,7 +109,7 @@ Status CCfgFruName::LoadFile(HeaderBytes& header) {
   }
   Status status = FruData::LoadConfigurationFromFile(Narrow(path_));
   if (status == kSuccess) {
-    Print(u"\nProcessing FRU File %s...\n\n", GetName());
+    Print("\nProcessing FRU File %s...\n\n", GetName());
     status = FruData::GetFruAddress(address_);
   }
   if (status == kSuccess) status = ReadHeader(header);
@@ -130,14 +130,14 @@ Status CCfgFruName::LoadSystem(HeaderBytes& header) {
 }
 
 Status CCfgFruName::AskForWholeFile() {
-  Display(u"%ls", kHeaderQuestion);
+  DisplayWide("%s", kHeaderQuestion);
   if (ToUpper(ReadYesOrNo()) != 'N') {
     isWholeFile_ = true;
     Register();
     return kSuccess;
   }
   CCfgParser::SetLastError(
-      u"The header in the FRU file '%ls' does not match the header in the system FRU.  The FRU cannot be updated.",
+      "The header in the FRU file '%s' does not match the header in the system FRU.  The FRU cannot be updated.",
       GetWideName());
   Trace("CCfgFruName::Process - The headers of file and system FRU differ", 1);
   return cfg_status::kFruLoadFailed;
@@ -160,7 +160,7 @@ Status CCfgFruName::Execute() {
   Status status = SelectFru(false);
   if (status == kSuccess && isWholeFile_ && !AreAllAreasMentioned()) {
     CCfgParser::SetLastError(
-        u"The configuration file should update all the FRU ares in the file '%ls', to avoid corrupting the FRU.",
+        "The configuration file should update all the FRU ares in the file '%s', to avoid corrupting the FRU.",
         GetWideName());
     Trace("CCfgFruName::Execute - An area of the FRU is not updated", 1);
     return cfg_status::kFruCommitFailed;
@@ -172,7 +172,7 @@ Status CCfgFruName::Execute() {
 }
 
 void CCfgFruName::DebugPrint() {
-  Print(u"%hs\n", GetName());
+  Print("%s\n", GetName());
 }
 
 }  // namespace varnok

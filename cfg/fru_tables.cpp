@@ -8,7 +8,7 @@ namespace varnok {
 Status ReportFruFailure(Status status) {
   const char16_t* text = nullptr;
   if (FruData::GetLastErrorMessage(text) == kSuccess && text != nullptr && *text != u'\0')
-    CCfgParser::SetLastError(u"%ls", text);
+    CCfgParser::SetLastError("%s", text);
   return status;
 }
 

@@ -42,25 +42,25 @@ inline constexpr std::uint32_t kNone = 10;
 struct FruFieldRow {
   const char* keyword;  ///< compared on its first two characters
   std::uint32_t bit;
-  const char16_t* description;
+  const char* description;
   std::optional<FruFieldId> chassis;
   std::optional<FruFieldId> board;
   std::optional<FruFieldId> product;
 };
 
 inline constexpr std::array<FruFieldRow, 10> kFruFields{{
-    {"CT", 0x1, u"Type", FruFieldId::ChassisType, {}, {}},
-    {"MN", 0x2, u"Manufacturer Name", {}, FruFieldId::BoardManufacturer, FruFieldId::ProductManufacturer},
-    {"PN", 0x4, u"Product Name", {}, FruFieldId::BoardProductName, FruFieldId::ProductName},
-    {"P#", 0x8, u"Part Number", FruFieldId::ChassisPartNumber, FruFieldId::BoardPartNumber,
+    {"CT", 0x1, "Type", FruFieldId::ChassisType, {}, {}},
+    {"MN", 0x2, "Manufacturer Name", {}, FruFieldId::BoardManufacturer, FruFieldId::ProductManufacturer},
+    {"PN", 0x4, "Product Name", {}, FruFieldId::BoardProductName, FruFieldId::ProductName},
+    {"P#", 0x8, "Part Number", FruFieldId::ChassisPartNumber, FruFieldId::BoardPartNumber,
      FruFieldId::ProductPartNumber},
-    {"S#", 0x10, u"Serial Number", FruFieldId::ChassisSerialNumber, FruFieldId::BoardSerialNumber,
+    {"S#", 0x10, "Serial Number", FruFieldId::ChassisSerialNumber, FruFieldId::BoardSerialNumber,
      FruFieldId::ProductSerialNumber},
-    {"PV", 0x20, u"Product Version", {}, {}, FruFieldId::ProductVersion},
-    {"AT", 0x40, u"Asset Tag", {}, {}, FruFieldId::ProductAssetTag},
-    {"ID", 0x80, u"Manufacturer ID", {}, FruFieldId::BoardFruFileId, FruFieldId::ProductFruFileId},
-    {"MD", 0x100, u"Manufacturer Date & Time", {}, FruFieldId::BoardMfgDateTime, {}},
-    {"AMx", 0x200, u"Additional Manufacturer Field", {}, {}, {}},
+    {"PV", 0x20, "Product Version", {}, {}, FruFieldId::ProductVersion},
+    {"AT", 0x40, "Asset Tag", {}, {}, FruFieldId::ProductAssetTag},
+    {"ID", 0x80, "Manufacturer ID", {}, FruFieldId::BoardFruFileId, FruFieldId::ProductFruFileId},
+    {"MD", 0x100, "Manufacturer Date & Time", {}, FruFieldId::BoardMfgDateTime, {}},
+    {"AMx", 0x200, "Additional Manufacturer Field", {}, {}, {}},
 }};
 
 /// Makes the FRU manager's message, if it has one, the engine's; returns `status`.

@@ -56,8 +56,8 @@ Status CCfgMenu::ReadFromFile(CFileCfg& file) {
   if (Status status = ReadAnswersFromFile(file); status != kSuccess) return status;
   // A menu that MENU begins may have any number of items.
   if (items_.size() <= kMostTitledItems) return kSuccess;
-  CCfgParser::SetLastError(u"Invalid number of menus to prompt: %d, the maximum allowed is %d.",
-                           items_.size(), kMostTitledItems);
+  CCfgParser::SetLastError("Invalid number of menus to prompt: %d, the maximum allowed is %d.", items_.size(),
+                           kMostTitledItems);
   Trace("CCfgMenu::ReadFromFile - Invalid number of menus to prompt", 1);
   return cfg_status::kUnknownCommand;
 }
@@ -71,7 +71,7 @@ Status CCfgMenu::ReadAnswersFromFile(CFileCfg& file) {
     if (!file.GetFirstInput(keyword, kLineCapacity) || !file.GetRemainingLine(rest, kLineCapacity)) {
       Trace("CCfgMenu::ReadAnswersFromFile - Unable to read a line", 1);
       if (file.EndOfFile())
-        CCfgParser::SetLastError(u"The %hs command was not found before the end of the file.", kMenuPrompt);
+        CCfgParser::SetLastError("The %s command was not found before the end of the file.", kMenuPrompt);
       return cfg_status::kBadLine;
     }
     if (EqualsIgnoreCase(keyword, kMenuPrompt)) {
@@ -79,7 +79,7 @@ Status CCfgMenu::ReadAnswersFromFile(CFileCfg& file) {
       break;
     }
     if (!EqualsIgnoreCase(keyword, kMenu)) {
-      CCfgParser::SetLastError(u"The '%hs' command cannot be used between MENUTITLE, MENU, and MENUPROMPT.",
+      CCfgParser::SetLastError("The '%s' command cannot be used between MENUTITLE, MENU, and MENUPROMPT.",
                                keyword);
       Trace("CCfgMenu::ReadAnswersFromFile - Command out of order", 1);
       return cfg_status::kOutOfPlace;
@@ -89,7 +89,7 @@ Status CCfgMenu::ReadAnswersFromFile(CFileCfg& file) {
     if (items_.size() == count) return status;
   }
   if (!items_.empty()) return status;
-  CCfgParser::SetLastError(u"MENUPROMPT command found without a preceding MENU command.");
+  CCfgParser::SetLastError("MENUPROMPT command found without a preceding MENU command.");
   Trace("CCfgMenu::ReadAnswersFromFile - No items", 1);
   return cfg_status::kBadLine;
 }
@@ -97,7 +97,7 @@ Status CCfgMenu::ReadAnswersFromFile(CFileCfg& file) {
 /// Adds an item. An item with too much behind it is added too: reading goes on, and fails at the menu's end.
 Status CCfgMenu::ReadItem(std::string_view rest) {
   MenuItem item;
-  if (!GetNextInput(rest, item.tag)) return MissingParameter(u"first", cfg_status::kTooManyParameters, kMenu);
+  if (!GetNextInput(rest, item.tag)) return MissingParameter("first", cfg_status::kTooManyParameters, kMenu);
   if (IsBufferEmpty(rest) || !GetNextInput(rest, item.text)) item.text = item.tag;
   items_.push_back(item);
   return RefuseExtra(rest, cfg_status::kTooManyParameters);
@@ -125,15 +125,15 @@ Status CCfgMenu::Process() {
     }
     number = GetInputString(answer, kAnswerCapacity, true) ? ToNumber(answer) : 0;
   }
-  Display(u"\n%ls\n", answer);
+  DisplayWide("\n%s\n", answer);
   // The last item stands for none of the others: it sets no tag.
   if (number < items_.size() && parser_ != nullptr) parser_->SetTag(items_[number - 1].tag.c_str());
   return kSuccess;
 }
 
 void CCfgMenu::DebugPrint() {
-  Print(u"%hs\n", title_ ? std::string_view(*title_) : std::string_view());
-  for (const MenuItem& item : items_) Print(u"%hs\t%hs\n", item.tag, item.text);
+  Print("%s\n", title_ ? std::string_view(*title_) : std::string_view());
+  for (const MenuItem& item : items_) Print("%s\t%s\n", item.tag, item.text);
 }
 
 }  // namespace varnok

@@ -5,24 +5,23 @@
 
 namespace varnok::cfg_message {
 
-inline constexpr std::u16string_view kMissingParameter = u"The %hs command is missing its %ls parameter.";
-inline constexpr std::u16string_view kTooManyParameters =
-    u"Too many parameters for the %hs command.\n   The parameters '%hs' were not accepted.";
-inline constexpr std::u16string_view kReadFailed = u"Reading from file failed.";
-inline constexpr std::u16string_view kLineTooLong =
-    u"Too many characters on the line: %d.  Must be less than 255.";
-inline constexpr std::u16string_view kOddQuotes = u"Invalid number of quotes in line.";
-inline constexpr std::u16string_view kInternalError = u"Unrecoverable interanl error in '%hs' - command %hs.";
-inline constexpr std::u16string_view kInternalFileError = u"Internal file error in '%hs'.";
-inline constexpr std::u16string_view kUnknownCommand = u"%hs is not a valid command.";
-inline constexpr std::u16string_view kInvalidInput = u"%hs is not a valid input for the %hs command.";
-inline constexpr std::u16string_view kNullFileName = u"%ls file name is null.";
-inline constexpr std::u16string_view kFileNotFound = u"The file '%ls' was not found.";
-inline constexpr std::u16string_view kCannotRetrieve = u"Unable to retrieve file %ls.";
+inline constexpr const char* kMissingParameter = "The %s command is missing its %s parameter.";
+inline constexpr const char* kTooManyParameters =
+    "Too many parameters for the %s command.\n   The parameters '%s' were not accepted.";
+inline constexpr const char* kReadFailed = "Reading from file failed.";
+inline constexpr const char* kLineTooLong = "Too many characters on the line: %d.  Must be less than 255.";
+inline constexpr const char* kOddQuotes = "Invalid number of quotes in line.";
+inline constexpr const char* kInternalError = "Unrecoverable interanl error in '%s' - command %s.";
+inline constexpr const char* kInternalFileError = "Internal file error in '%s'.";
+inline constexpr const char* kUnknownCommand = "%s is not a valid command.";
+inline constexpr const char* kInvalidInput = "%s is not a valid input for the %s command.";
+inline constexpr const char* kNullFileName = "%s file name is null.";
+inline constexpr const char* kFileNotFound = "The file '%s' was not found.";
+inline constexpr const char* kCannotRetrieve = "Unable to retrieve file %s.";
 // FRUADDRESS without a FRUNAME is reported under this name, too.
-inline constexpr std::u16string_view kNoFruName = u"FRUAREA command found without matching FRUNAME.";
-inline constexpr std::u16string_view kNoFruArea = u"FRUFIELD command found without matching FRUAREA.";
-inline constexpr std::u16string_view kNotHexadecimal =
-    u"%hs is not a valid input for the %hs command.  The value must be a valid hexidecimal number.";
+inline constexpr const char* kNoFruName = "FRUAREA command found without matching FRUNAME.";
+inline constexpr const char* kNoFruArea = "FRUFIELD command found without matching FRUAREA.";
+inline constexpr const char* kNotHexadecimal =
+    "%s is not a valid input for the %s command.  The value must be a valid hexidecimal number.";
 
 }  // namespace varnok::cfg_message

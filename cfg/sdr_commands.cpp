@@ -14,7 +14,7 @@ namespace {
 bool TakeSdrMessage() {
   const char16_t* text = nullptr;
   if (SdrData::GetLastErrorMessage(text) != kSuccess || text == nullptr || *text == u'\0') return false;
-  CCfgParser::SetLastError(u"%ls", text);
+  CCfgParser::SetLastError("%s", text);
   return true;
 }
 
@@ -28,7 +28,7 @@ Status CCfgSdrName::ReadFromFile(CFileCfg& file) {
   if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
   std::string_view cursor = rest;
   std::string name;
-  if (!GetNextInput(cursor, name)) return MissingParameter(u"first", cfg_status::kBadLine);
+  if (!GetNextInput(cursor, name)) return MissingParameter("first", cfg_status::kBadLine);
   SetName(name);
   // Only so that input files can be counted before the script is processed, which begins with an empty update
   // list.
@@ -56,7 +56,7 @@ Status CCfgSdrName::ReadOptions(std::string_view cursor) {
 Status CCfgSdrName::Process() {
   TraceScope scope("CCfgSdrName::Process");
   if (GetWideName().empty()) {
-    CCfgParser::SetLastError(cfg_message::kNullFileName, u"SDR");
+    CCfgParser::SetLastError(cfg_message::kNullFileName, "SDR");
     Trace("CCfgSdrName::Process - File name is NULL", 1);
     return cfg_status::kBadValue;
   }
@@ -107,13 +107,13 @@ Status CCfgSdrName::Execute() {
     return cfg_status::kSdrCommitFailed;
   }
   if (SdrData::CommitConfigurationToSystem() == kSuccess) return kSuccess;
-  if (!TakeSdrMessage()) CCfgParser::SetLastError(u"Unknown error occurred during %ls process.", u"SDR");
+  if (!TakeSdrMessage()) CCfgParser::SetLastError("Unknown error occurred during %s process.", "SDR");
   Trace("CCfgSdrName::Execute - CommitConfigurationToSystem failed", 1);
   return cfg_status::kSdrCommitFailed;
 }
 
 void CCfgSdrName::DebugPrint() {
-  Print(u"%hs\n", GetName());
+  Print("%s\n", GetName());
 }
 
 // --- CLEARSDR ---

@@ -6,21 +6,21 @@
 namespace varnok {
 
 inline constexpr InfoFieldRow kBoardFields[] = {
-    {FruFieldId::BoardManufacturer, u"Board Manufacturer Name", "SetManufacturer"},
-    {FruFieldId::BoardProductName, u"Board Product Name", "SetProductName"},
-    {FruFieldId::BoardSerialNumber, u"Board Serial Number", "SetSerialNumber"},
-    {FruFieldId::BoardPartNumber, u"Board Part Number", "SetPartNumber"},
-    {FruFieldId::BoardFruFileId, u"FRU File ID", "SetFileId"},
+    {FruFieldId::BoardManufacturer, "Board Manufacturer Name", "SetManufacturer"},
+    {FruFieldId::BoardProductName, "Board Product Name", "SetProductName"},
+    {FruFieldId::BoardSerialNumber, "Board Serial Number", "SetSerialNumber"},
+    {FruFieldId::BoardPartNumber, "Board Part Number", "SetPartNumber"},
+    {FruFieldId::BoardFruFileId, "FRU File ID", "SetFileId"},
 };
 
 inline constexpr InfoAreaLayout kBoardLayout{
     .className = "CBoardInfoArea",
     .fixedLength = 4,
     .minimumLength = 7,
-    .fixedField = {FruFieldId::BoardMfgDateTime, 1, 3, 0, 0xFF, false, u"Invalid Manufacturing Date/Time.",
+    .fixedField = {FruFieldId::BoardMfgDateTime, 1, 3, 0, 0xFF, false, "Invalid Manufacturing Date/Time.",
                    "Invalid Mfg Date Time"},
     .fields = kBoardFields,
-    .customFieldName = u"Board Custom Field",
+    .customFieldName = "Board Custom Field",
     .reportsErrors = true,
     .tracesInvalidSelection = true,
     .tooLongTrace = "FRU Data too long",

@@ -117,8 +117,8 @@ std::u16string_view CFru::GetFriendlyFruIdentifier(const FruDeviceAddress* addre
   if (address == nullptr || buffer.size_bytes() < kLeastBytes) return {};
   std::u16string name = address->displayName
                             ? *address->displayName
-                            : Format(u"ID(%X) Addr(%X) SlaveAddr(%X) Bus(%X)", address->deviceId,
-                                     address->controller, address->deviceAddress, address->bus);
+                            : FormatWide("ID(%X) Addr(%X) SlaveAddr(%X) Bus(%X)", address->deviceId,
+                                         address->controller, address->deviceAddress, address->bus);
   std::size_t length = std::min(name.size(), buffer.size() - 1);
   std::copy_n(name.begin(), length, buffer.begin());
   buffer[length] = u'\0';

@@ -101,8 +101,7 @@ class CFru {
   static Status ParseArea(std::string_view tag, PreparedText& lines, std::size_t index,
                           std::span<const std::uint8_t>& bytes);
   /// Turns a status of ParseArea into the last error; 0 sets nothing.
-  static void SetParseAreaErrorMessage(Status status, std::u16string_view areaName,
-                                       std::string_view fileName);
+  static void SetParseAreaErrorMessage(Status status, const char* areaName, std::string_view fileName);
 
   // --- Device ---
 

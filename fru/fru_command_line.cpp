@@ -122,7 +122,7 @@ Status FruData::DisplaySelectedFru() {
   PoolPtr<CFru> fru = MakeInPool<CFru>();
   if (fru == nullptr) return FailFru(kOperation, fru_status::kOutOfMemory, fru_text::kNoMemory);
   if (fru->LoadFromSystem(manager->commandLineAddress) != kSuccess) {
-    Print(u"\n%ls\n\n", u"Could not find the specified FRU Device.\n");
+    Print("\nCould not find the specified FRU Device.\n\n\n");
     Trace("FruData::DisplaySelectedFru - LoadFromSystem failed", 1);
     return fru_status::kDeviceNotFound;
   }

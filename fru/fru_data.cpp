@@ -46,6 +46,10 @@ Status FailFru(const char* operation, Status status, std::u16string_view text) {
   return status;
 }
 
+Status FailFru(const char* operation, Status status, const char* text) {
+  return FailFru(operation, status, Widen(text));
+}
+
 Status CheckFruManager(const char* operation, FruManager*& manager) {
   manager = TheFruManager();
   return manager == nullptr ? FailFru(operation, fru_status::kNotInitialized) : kSuccess;
@@ -163,14 +167,14 @@ Status FruData::FindFruAtAddressAndChecksumHeader(const FruDeviceAddress& addres
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
   std::array<std::uint8_t, CFruHeader::kLength> bytes{};
   if (Status status = CFru::ReadDataFromFRU(address, 0, bytes); status != kSuccess)
-    return FailFru(kOperation, status, u"Unable to read FRU.");
+    return FailFru(kOperation, status, "Unable to read FRU.");
   CFruHeader header;
   header.SetData(bytes);
   if (!header.IsIpmiFru()) return FailFru(kOperation, fru_status::kNotIpmiFru, fru_text::kNotIpmiFru);
   if (header.IsValid()) return kSuccess;
   std::array<char16_t, FruSession::kLastErrorCapacity> name;
   return FailFru(kOperation, fru_status::kInvalidHeader,
-                 Format(fru_text::kInvalidHeader, CFru::GetFriendlyFruIdentifier(&address, name)));
+                 FormatWide(fru_text::kInvalidHeader, CFru::GetFriendlyFruIdentifier(&address, name)));
 }
 
 Status FruData::LoadConfigurationFromFile(std::string_view fileName) {
@@ -227,7 +231,7 @@ Status FruData::SelectFruByAddress(const FruDeviceAddress& address) {
   manager->fru = manager->Find(address);
   if (manager->fru != FruManager::kNoFru) return kSuccess;
   return FailFru(kOperation, fru_status::kNoSuchItem,
-                 u"A FRU was requested which does not exist on the system.");
+                 "A FRU was requested which does not exist on the system.");
 }
 
 Status FruData::GetFruAddress(FruDeviceAddress& address) {
@@ -300,7 +304,7 @@ Status FruData::SelectMultiRecNum(std::uint32_t number) {
   if (manager->area != FruAreaId::MultiRecordArea)
     return FailFru(kOperation, fru_status::kUnsupported, fru_text::kUnsupported);
   if (number == 0 || number > fru->MultiRecords().size()) {
-    PrintText(u"\nInvalid MultiRecord Number\n");
+    PrintText("\nInvalid MultiRecord Number\n");
     return FailFru(kOperation, fru_status::kUnexpected);
   }
   manager->record = number;

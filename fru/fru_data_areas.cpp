@@ -12,14 +12,14 @@ namespace {
 /// Type code 3, 8-bit text: the one encoding in which fields are set.
 constexpr std::uint8_t kTextTypeBits = 0xC0;
 
-std::u16string_view AreaName(FruAreaId area) {
+const char* AreaName(FruAreaId area) {
   switch (area) {
     case FruAreaId::ChassisInfoArea:
-      return u"chassis";
+      return "chassis";
     case FruAreaId::BoardInfoArea:
-      return u"board";
+      return "board";
     default:
-      return u"product";
+      return "product";
   }
 }
 
@@ -105,7 +105,7 @@ Status FruData::GetFieldDataValue(const std::uint8_t*& data, std::uint32_t& leng
   if (!info->GetFieldData(manager->field, value) || value.data() == nullptr) {
     return FailFru(
         kOperation, fru_status::kGetFieldFailed,
-        Format(u"An error occurred getting a field from the FRU %ls area.", AreaName(manager->area)));
+        FormatWide("An error occurred getting a field from the FRU %s area.", AreaName(manager->area)));
   }
   data = value.data();
   length = static_cast<std::uint32_t>(value.size());
@@ -122,9 +122,9 @@ Status FruData::SetFieldDataValue(const std::uint8_t* data, std::uint32_t length
   if (info->SetFieldData(manager->field, value, kTextTypeBits)) return kSuccess;
   return FailFru(
       kOperation, fru_status::kSetFieldFailed,
-      Format(u"Could not assign new data to the %ls area.  The data is probably too long to fit in the "
-             u"field or area.",
-             AreaName(manager->area)));
+      FormatWide("Could not assign new data to the %s area.  The data is probably too long to fit in the "
+                 "field or area.",
+                 AreaName(manager->area)));
 }
 
 Status FruData::GetMaxFieldSize(std::uint32_t& size) {
@@ -207,7 +207,7 @@ Status FruData::GetAreaSize(std::uint32_t& size) {
       return kSuccess;
     case FruAreaId::MultiRecordArea:
       if (MultiRecordSize(*fru, manager->record, size)) return kSuccess;
-      PrintText(u"\nInvalid MutiRecord Number.\n");
+      PrintText("\nInvalid MutiRecord Number.\n");
       return FailFru(kOperation, fru_status::kMultiRecordArea);
     default:
       return FailUnsupported(kOperation);
@@ -232,8 +232,7 @@ Status FruData::ValidateSelectedArea() {
   CFru* fru = nullptr;
   if (Status status = CheckSelectedFru(kOperation, manager, fru); status != kSuccess) return status;
   if (fru->IsSkippedAreaValid()) return kSuccess;
-  return FailFru(kOperation, fru_status::kNoListLoaded,
-                 u"The Validation of the requested FRU area failed.\n");
+  return FailFru(kOperation, fru_status::kNoListLoaded, "The Validation of the requested FRU area failed.\n");
 }
 
 namespace {

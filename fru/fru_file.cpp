@@ -16,30 +16,30 @@ namespace {
 
 struct TextKey {
   std::string_view key;
-  std::u16string_view name;
+  const char* name;
   bool (CFileHeader::*set)(std::u16string_view);
 };
 constexpr TextKey kHeaderKeys[] = {
-    {"_LF_NAME", u"Load file name", &CFileHeader::SetLfName},
-    {"_LF_VERSION", u"Load file version", &CFileHeader::SetLfVersion},
-    {"_LF_FMT_VER", u"Load format version", &CFileHeader::SetLfFmtVersion},
-    {"_IPMI_VERSION", u"IPMI version", &CFileHeader::SetIpmiVersion},
+    {"_LF_NAME", "Load file name", &CFileHeader::SetLfName},
+    {"_LF_VERSION", "Load file version", &CFileHeader::SetLfVersion},
+    {"_LF_FMT_VER", "Load format version", &CFileHeader::SetLfFmtVersion},
+    {"_IPMI_VERSION", "IPMI version", &CFileHeader::SetIpmiVersion},
 };
 
 /// In the order in which they may appear; each may be left out.
 struct AddressKey {
   std::string_view key;
   std::string_view format;  ///< empty: the quoted name of a storage kind
-  std::u16string_view name;
+  const char* name;
   std::uint8_t FruDeviceAddress::*member;
 };
 constexpr AddressKey kAddressKeys[] = {
-    {"_NVS_TYPE", {}, u"NVS Type", nullptr},
-    {"_DEV_ID", "_DEV_ID %x", u"Device ID", &FruDeviceAddress::deviceId},
-    {"_DEV_CNTR", "_DEV_CNTR %x", u"Device Controller", &FruDeviceAddress::controller},
-    {"_NVS_LUN", "_NVS_LUN %x", u"LUN", &FruDeviceAddress::lun},
-    {"_DEV_BUS", "_DEV_BUS %x", u"Device Bus", &FruDeviceAddress::bus},
-    {"_DEV_ADDRESS", "_DEV_ADDRESS %x", u"Device Address", &FruDeviceAddress::deviceAddress},
+    {"_NVS_TYPE", {}, "NVS Type", nullptr},
+    {"_DEV_ID", "_DEV_ID %x", "Device ID", &FruDeviceAddress::deviceId},
+    {"_DEV_CNTR", "_DEV_CNTR %x", "Device Controller", &FruDeviceAddress::controller},
+    {"_NVS_LUN", "_NVS_LUN %x", "LUN", &FruDeviceAddress::lun},
+    {"_DEV_BUS", "_DEV_BUS %x", "Device Bus", &FruDeviceAddress::bus},
+    {"_DEV_ADDRESS", "_DEV_ADDRESS %x", "Device Address", &FruDeviceAddress::deviceAddress},
 };
 
 /// By NVS type. A file spells the first with the letter O, the command line with a zero; files in use rely on
@@ -49,15 +49,15 @@ constexpr std::string_view kNvsTypeNames[] = {"AT24CO2", "DS1624S", "IMBDEVICE"}
 struct AreaBlock {
   FruAreaId area;
   std::string_view tag;
-  std::u16string_view name;
+  const char* name;
 };
 constexpr AreaBlock kAreaBlocks[] = {
-    {FruAreaId::CommonHeaderArea, "_SEE_COMMON", u"Common Header Area"},
-    {FruAreaId::InternalUseArea, "_SEE_INTERNAL", u"Internal Use Area"},
-    {FruAreaId::ChassisInfoArea, "_SEE_CHASSIS", u"Chassis Info Area"},
-    {FruAreaId::BoardInfoArea, "_SEE_BOARD", u"Board Info Area"},
-    {FruAreaId::ProductInfoArea, "_SEE_PRODUCT", u"Product Info Area"},
-    {FruAreaId::MultiRecordArea, "_SEE_MULTIREC", u"Multi Record Area"},
+    {FruAreaId::CommonHeaderArea, "_SEE_COMMON", "Common Header Area"},
+    {FruAreaId::InternalUseArea, "_SEE_INTERNAL", "Internal Use Area"},
+    {FruAreaId::ChassisInfoArea, "_SEE_CHASSIS", "Chassis Info Area"},
+    {FruAreaId::BoardInfoArea, "_SEE_BOARD", "Board Info Area"},
+    {FruAreaId::ProductInfoArea, "_SEE_PRODUCT", "Product Info Area"},
+    {FruAreaId::MultiRecordArea, "_SEE_MULTIREC", "Multi Record Area"},
 };
 
 constexpr std::uint32_t kDataLengthLimit = 0x10000;
@@ -146,18 +146,18 @@ Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t in
   return kSuccess;
 }
 
-void CFru::SetParseAreaErrorMessage(Status status, std::u16string_view areaName, std::string_view fileName) {
+void CFru::SetParseAreaErrorMessage(Status status, const char* areaName, std::string_view fileName) {
   TraceScope scope("CFru::SetParseAreaErrorMessage");
   switch (status) {
     case fru_status::kBlockTagMissing:
-      ReportFruError(u"Could not find the start tag for the %ls while parsing the FRU file \"%hs\".",
-                     areaName, fileName);
+      ReportFruError("Could not find the start tag for the %s while parsing the FRU file \"%s\".", areaName,
+                     fileName);
       break;
     case fru_status::kBlockTooBig:
-      ReportFruError(u"The %ls area of the FRU file \"%hs\" is too big.", areaName, fileName);
+      ReportFruError("The %s area of the FRU file \"%s\" is too big.", areaName, fileName);
       break;
     case fru_status::kBlockCharacter:
-      ReportFruError(u"Encountered an unexpected character in the %ls while parsing the FRU file \"%hs\".",
+      ReportFruError("Encountered an unexpected character in the %s while parsing the FRU file \"%s\".",
                      areaName, fileName);
       break;
     default:
@@ -173,19 +173,19 @@ class FruFileReader {
   Status Read() {
     if (fileName_.empty()) {
       SetFruError(fru_text::kUnexpected);
-      return Fail(u"File Read Error", fru_status::kFileNotRead);
+      return Fail("File Read Error", fru_status::kFileNotRead);
     }
     if (lines_.Load(fileName_) != kSuccess) {
-      ReportFruError(u"Could not open FRU file \"%hs\".", fileName_);
-      return Fail(u"File Read Error", fru_status::kFileNotRead);
+      ReportFruError("Could not open FRU file \"%s\".", fileName_);
+      return Fail("File Read Error", fru_status::kFileNotRead);
     }
     lines_.CutAt("//");
     lines_.Trim();
     for (; line_ < lines_.LineCount() && step_ != Step::Done; ++line_)
       if (Status status = TakeLine(); status != kSuccess) return status;
     if (step_ == Step::Done) return kSuccess;
-    ReportFruError(u"The FRU File \"%hs\" ended unexpectedly during parsing.", fileName_);
-    return Fail(u"Unexpected EOF", fru_status::kFileNotParsed);
+    ReportFruError("The FRU File \"%s\" ended unexpectedly during parsing.", fileName_);
+    return Fail("Unexpected EOF", fru_status::kFileNotParsed);
   }
 
  private:
@@ -227,7 +227,7 @@ class FruFileReader {
 
   Status TakeTitle() {
     std::optional<std::string_view> value = lines_.QuotedText(line_);
-    if (!value) return FailKey(u"FRU Title");
+    if (!value) return FailKey("FRU Title");
     fru_.address_.displayName = Widen(*value);
     step_ = Step::Start;
     return kSuccess;
@@ -236,7 +236,7 @@ class FruFileReader {
   Status TakeDataLength() {
     std::uint32_t length = 0;
     if (Scan(lines_.Line(line_), "_DATA_LEN %x", &length) != 1 || length >= kDataLengthLimit)
-      return FailKey(u"Data length");
+      return FailKey("Data length");
     // The header is still empty here, so this gives no area a length but marks the info areas modified.
     fru_.ComputeAreaLengths(length);
     step_ = Step::AddressOrCommon;
@@ -273,8 +273,8 @@ class FruFileReader {
     std::array<std::uint8_t, CFruHeader::kLength> header{};
     std::copy_n(bytes.begin(), std::min(bytes.size(), header.size()), header.begin());
     if (fru_.DecodeHeader(header) != kSuccess) {
-      ReportFruError(u"Invalid Common Header Area was found while updating \"%hs\".\n", fileName_);
-      return Fail(u"Area Parse Error", fru_status::kFileNotParsed);
+      ReportFruError("Invalid Common Header Area was found while updating \"%s\".\n", fileName_);
+      return Fail("Area Parse Error", fru_status::kFileNotParsed);
     }
     step_ = Step::Areas;
     AwaitNextArea();
@@ -295,8 +295,8 @@ class FruFileReader {
       isTaken = fru_.DecodeMultiRecArea(bytes, kAllMultiRecords) == kSuccess;
     }
     if (!isTaken) {
-      ReportFruError(u"Could not parse the %ls of the FRU file \"%hs\".", block.name, fileName_);
-      return Fail(u"Area Parse Error", fru_status::kFileNotParsed);
+      ReportFruError("Could not parse the %s of the FRU file \"%s\".", block.name, fileName_);
+      return Fail("Area Parse Error", fru_status::kFileNotParsed);
     }
     AwaitNextArea();
     return kSuccess;
@@ -307,7 +307,7 @@ class FruFileReader {
     const AreaBlock& block = kAreaBlocks[area_];
     if (Status status = CFru::ParseArea(block.tag, lines_, line_, bytes); status != kSuccess) {
       CFru::SetParseAreaErrorMessage(status, block.name, fileName_);
-      return Fail(u"Area Parse Error", fru_status::kFileNotParsed);
+      return Fail("Area Parse Error", fru_status::kFileNotParsed);
     }
     blockEnd_ = SkipBlock(lines_, line_);
     return kSuccess;
@@ -328,12 +328,12 @@ class FruFileReader {
 
   bool Holds(std::string_view text) const { return lines_.LineContains(line_, text); }
 
-  Status FailKey(std::u16string_view name) {
-    ReportFruError(u"An unexpected error occurred while reading %ls from FRU file \"%hs\".", name, fileName_);
-    return Fail(u"Unexpected Error while reading file", fru_status::kFileNotParsed);
+  Status FailKey(const char* name) {
+    ReportFruError("An unexpected error occurred while reading %s from FRU file \"%s\".", name, fileName_);
+    return Fail("Unexpected Error while reading file", fru_status::kFileNotParsed);
   }
 
-  static Status Fail(std::u16string_view what, Status status) {
+  static Status Fail(const char* what, Status status) {
     Trace("CFru::ReadFRUFromFile - %s", 1, what);
     return status;
   }

@@ -44,7 +44,8 @@ struct FruManager {
 FruManager* TheFruManager();
 
 /// Sets the last error, traces "OPERATION - Unexpected" and gives `status` back.
-Status FailFru(const char* operation, Status status, std::u16string_view text = fru_text::kUnexpected);
+Status FailFru(const char* operation, Status status, std::u16string_view text);
+Status FailFru(const char* operation, Status status, const char* text = fru_text::kUnexpected);
 
 // Each gives the first failing status of its checks, reported, or 0 with its out-arguments set.
 Status CheckFruManager(const char* operation, FruManager*& manager);

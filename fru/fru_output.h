@@ -16,7 +16,7 @@
 namespace varnok {
 
 /// The name by which files and the console know a storage kind; null for a kind without one.
-const char16_t* FindNvsTypeName(std::uint32_t nvsType);
+const char* FindNvsTypeName(std::uint32_t nvsType);
 
 class FruOutput {
  public:
@@ -27,21 +27,12 @@ class FruOutput {
   }
 
   template <class... Arguments>
-  void Print(std::u16string_view format, const Arguments&... arguments) {
-    std::u16string text = Format(format, arguments...);
-    PrintText(text);
-    if (file_ != nullptr) (void)WriteText(*file_, text);
+  void Print(const char* format, const Arguments&... arguments) {
+    PrintWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
   }
 
   /// The storage kind behind `prefix`, or that it is none.
-  void PrintAddress(std::u16string_view prefix, const FruDeviceAddress& address) {
-    if (const char16_t* name = FindNvsTypeName(address.nvsType))
-      Print(u"%lsFRU %s ", prefix, name);
-    else
-      Print(u"\n%ls\n\n", u"FRU type not recognized");
-    Print(u"on bus %02Xh, Device ID %02xh, IPMB adresss %02Xh, Lun %02Xh\n", address.bus, address.deviceId,
-          address.deviceAddress, address.lun);
-  }
+  void PrintAddress(const char* prefix, const FruDeviceAddress& address);
 
   /// Into the output file only.
   void DumpBlock(std::span<const std::uint8_t> bytes) {
@@ -50,6 +41,8 @@ class FruOutput {
   }
 
  private:
+  void PrintWith(const char* format, std::span<const FormatArgument> arguments);
+
   std::unique_ptr<File> file_;
 };
 

@@ -15,24 +15,24 @@ namespace {
 struct InfoAreaReading {
   FruAreaId area;
   Status invalid;
-  std::u16string_view message;  ///< empty: a failed reading is reported by its own status, without a text
+  const char* message;  ///< empty: a failed reading is reported by its own status, without a text
   const char* scope;
   const char* failure;
 };
 constexpr InfoAreaReading kInfoAreas[] = {
-    {FruAreaId::BoardInfoArea, fru_status::kBoardInfoArea, u"Invalid FRU board area in system FRU %ls.",
+    {FruAreaId::BoardInfoArea, fru_status::kBoardInfoArea, "Invalid FRU board area in system FRU %s.",
      "CFru::GetBoardArea", "CFru::GetBoardArea - Invalid Board Area"},
     {FruAreaId::ProductInfoArea,
      fru_status::kProductInfoArea,
      {},
      "CFru::GetProductArea",
      "CFru::GetProductArea - Invalid Product Area"},
-    {FruAreaId::ChassisInfoArea, fru_status::kChassisInfoArea, u"Invalid FRU chassis area in system FRU %ls.",
+    {FruAreaId::ChassisInfoArea, fru_status::kChassisInfoArea, "Invalid FRU chassis area in system FRU %s.",
      "CFru::GetChassisArea", "CFru::GetChassisArea - Invalid Chassis Area"},
 };
 
-constexpr std::u16string_view kInvalidInternalArea = u"Invalid FRU internal area in system FRU %ls.";
-constexpr std::u16string_view kInvalidMultiRecArea = u"Invalid FRU multi-record area in system FRU %ls.";
+constexpr const char* kInvalidInternalArea = "Invalid FRU internal area in system FRU %s.";
+constexpr const char* kInvalidMultiRecArea = "Invalid FRU multi-record area in system FRU %s.";
 
 // Buses without a device of another controller behind them.
 constexpr std::uint8_t kFirstReservedBus = 0xFE;
@@ -49,7 +49,7 @@ Status CFru::ReadFruFromSystem() {
   TraceScope scope("CFru::ReadFruFromSystem");
   if (address_.nvsType == nvs_type::kImbDevice && address_.bus >= kFirstReservedBus &&
       address_.deviceAddress != kBmcAddress) {
-    SetFruError(u"Invalid BMC Address found.");
+    SetFruError("Invalid BMC Address found.");
     Trace("CFru::ReadFruFromSystem - Invalid BMC Address", 1);
     return fru_status::kReadFailed;
   }
@@ -97,10 +97,10 @@ Status CFru::GetInfoArea(FruAreaId area) {
     if (FindInfoArea(area)->SetData(bytes)) return kSuccess;
     isImageInvalid_ = true;
     status = reading.invalid;
-  } else if (status != uefi_status::kBadBufferSize && !reading.message.empty()) {
+  } else if (status != uefi_status::kBadBufferSize && reading.message != nullptr) {
     status = reading.invalid;
   }
-  if (!reading.message.empty()) ReportFruError(reading.message, FriendlyName());
+  if (reading.message != nullptr) ReportFruError(reading.message, FriendlyName());
   Trace(reading.failure, 1);
   return status;
 }

@@ -9,9 +9,8 @@
 namespace varnok {
 namespace {
 
-constexpr std::u16string_view kFieldsTooBigText =
-    u"The FRU fields don't fit into the requested FRU AREA size.\n";
-constexpr std::u16string_view kAreasTooBigText = u"The FRU areas don't fit into the FRU inventory area.\n";
+constexpr const char* kFieldsTooBigText = "The FRU fields don't fit into the requested FRU AREA size.\n";
+constexpr const char* kAreasTooBigText = "The FRU areas don't fit into the FRU inventory area.\n";
 
 }  // namespace
 

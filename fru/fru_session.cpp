@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "app/services/text.h"
+
 namespace varnok {
 namespace {
 
@@ -18,6 +20,14 @@ void SetFruError(std::u16string_view text) {
   // The text may be a part of the buffer itself.
   std::copy(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(length), session.lastError.begin());
   session.lastError[length] = u'\0';
+}
+
+void SetFruError(const char* text) {
+  SetFruError(Widen(text));
+}
+
+void ReportFruErrorWith(const char* format, std::span<const FormatArgument> arguments) {
+  SetFruError(FormatWideWith(format, arguments));
 }
 
 }  // namespace varnok

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 #include "app/services/callbacks.h"
@@ -26,20 +27,22 @@ FruSession& TheFruSession();
 
 /// Sets the last-error text, cut to its buffer.
 void SetFruError(std::u16string_view text);
+void SetFruError(const char* text);
+void ReportFruErrorWith(const char* format, std::span<const FormatArgument> arguments);
 
 template <class... Arguments>
-void ReportFruError(std::u16string_view format, const Arguments&... arguments) {
-  SetFruError(Format(format, arguments...));
+void ReportFruError(const char* format, const Arguments&... arguments) {
+  ReportFruErrorWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
 }
 
 /// Last-error texts that more than one place reports.
 namespace fru_text {
-inline constexpr std::u16string_view kUnexpected = u"An unexpected error occurred while accessing FRUs.";
-inline constexpr std::u16string_view kNoMemory = u"There is not enough memory to complete FRU updates.";
-inline constexpr std::u16string_view kNoSuchField = u"No such FRU field.";
-inline constexpr std::u16string_view kUnsupported = u"A request was made of a unsupported FRU feature.";
-inline constexpr std::u16string_view kNotIpmiFru = u"The selected FRU is not an IPMI FRU.";
-inline constexpr std::u16string_view kInvalidHeader = u"Invalid FRU header area in system FRU %ls.";
+inline constexpr const char* kUnexpected = "An unexpected error occurred while accessing FRUs.";
+inline constexpr const char* kNoMemory = "There is not enough memory to complete FRU updates.";
+inline constexpr const char* kNoSuchField = "No such FRU field.";
+inline constexpr const char* kUnsupported = "A request was made of a unsupported FRU feature.";
+inline constexpr const char* kNotIpmiFru = "The selected FRU is not an IPMI FRU.";
+inline constexpr const char* kInvalidHeader = "Invalid FRU header area in system FRU %s.";
 }  // namespace fru_text
 
 }  // namespace varnok

@@ -13,26 +13,26 @@ namespace {
 
 struct AreaLine {
   FruAreaId area;
-  std::u16string_view verifying;
-  std::u16string_view difference;
+  const char* verifying;
+  const char* difference;
 };
 constexpr AreaLine kAreaLines[] = {
-    {FruAreaId::CommonHeaderArea, u"Verifying Common Header Area\n",
-     u"\nHeader Area is different between the file and the memory.\n"},
-    {FruAreaId::InternalUseArea, u"Verifying FRU Internal Use Area Length\n",
-     u"\nInternal Use Area length is different between the file and the memory.\n"},
-    {FruAreaId::ChassisInfoArea, u"Verifying FRU Chassis Info Area\n",
-     u"\nChassis Info Area is different between the file and the memory.\n"},
-    {FruAreaId::BoardInfoArea, u"Verifying FRU Board Info Area\n",
-     u"\nBoard Info Area is different between the file and the memory.\n"},
-    {FruAreaId::ProductInfoArea, u"Verifying FRU Product Info Area\n",
-     u"\nProduct Info Area is different between the file and the memory.\n"},
+    {FruAreaId::CommonHeaderArea, "Verifying Common Header Area\n",
+     "\nHeader Area is different between the file and the memory.\n"},
+    {FruAreaId::InternalUseArea, "Verifying FRU Internal Use Area Length\n",
+     "\nInternal Use Area length is different between the file and the memory.\n"},
+    {FruAreaId::ChassisInfoArea, "Verifying FRU Chassis Info Area\n",
+     "\nChassis Info Area is different between the file and the memory.\n"},
+    {FruAreaId::BoardInfoArea, "Verifying FRU Board Info Area\n",
+     "\nBoard Info Area is different between the file and the memory.\n"},
+    {FruAreaId::ProductInfoArea, "Verifying FRU Product Info Area\n",
+     "\nProduct Info Area is different between the file and the memory.\n"},
 };
-constexpr std::u16string_view kVerifyingMultiRec = u"Verifying FRU Multi Record Area\n";
-constexpr std::u16string_view kMultiRecDataDiffers =
-    u"\nMulti Record area is different between the file and the memory.\n";
-constexpr std::u16string_view kMultiRecHeaderDiffers =
-    u"\nMultiRecord area is different between the file and the memory.\n";
+constexpr const char* kVerifyingMultiRec = "Verifying FRU Multi Record Area\n";
+constexpr const char* kMultiRecDataDiffers =
+    "\nMulti Record area is different between the file and the memory.\n";
+constexpr const char* kMultiRecHeaderDiffers =
+    "\nMultiRecord area is different between the file and the memory.\n";
 
 // The board area is compared behind its version, length, language and manufacturing date, which a factory
 // sets.
@@ -119,7 +119,7 @@ Status CFru::Verify(FruOutput& output) {
     Trace("CFru::Verify - Multi Record Areas differ", 1);
     return fru_status::kUnexpected;
   }
-  if (isAnnounced) output.Print(u"\nFRU File Area(s) Verification Successful.\n");
+  if (isAnnounced) output.Print("\nFRU File Area(s) Verification Successful.\n");
   return kSuccess;
 }
 

@@ -12,25 +12,40 @@ namespace {
 
 struct AreaLine {
   FruAreaId area;
-  std::u16string_view loading;
+  const char* loading;
 };
 /// In the order of writing.
 constexpr AreaLine kAreaLines[] = {
-    {FruAreaId::CommonHeaderArea, u"Loading Common Header Area\n"},
-    {FruAreaId::InternalUseArea, u"Loading FRU Internal Use Area\n"},
-    {FruAreaId::ChassisInfoArea, u"Loading FRU Chassis Info Area\n"},
-    {FruAreaId::BoardInfoArea, u"Loading FRU Board Info Area\n"},
-    {FruAreaId::ProductInfoArea, u"Loading FRU Product Info Area\n"},
-    {FruAreaId::MultiRecordArea, u"Loading FRU Multi Record Area\n"},
+    {FruAreaId::CommonHeaderArea, "Loading Common Header Area\n"},
+    {FruAreaId::InternalUseArea, "Loading FRU Internal Use Area\n"},
+    {FruAreaId::ChassisInfoArea, "Loading FRU Chassis Info Area\n"},
+    {FruAreaId::BoardInfoArea, "Loading FRU Board Info Area\n"},
+    {FruAreaId::ProductInfoArea, "Loading FRU Product Info Area\n"},
+    {FruAreaId::MultiRecordArea, "Loading FRU Multi Record Area\n"},
 };
 
 // Files spell the serial EEPROM with the letter O, and so does what is shown of it.
-constexpr const char16_t* kNvsTypeNames[] = {u"AT24CO2", u"DS1624S", u"IMBDEVICE"};
+constexpr const char* kNvsTypeNames[] = {"AT24CO2", "DS1624S", "IMBDEVICE"};
 
 }  // namespace
 
-const char16_t* FindNvsTypeName(std::uint32_t nvsType) {
+const char* FindNvsTypeName(std::uint32_t nvsType) {
   return nvsType < std::size(kNvsTypeNames) ? kNvsTypeNames[nvsType] : nullptr;
+}
+
+void FruOutput::PrintWith(const char* format, std::span<const FormatArgument> arguments) {
+  std::u16string text = FormatWideWith(format, arguments);
+  PrintText(text);
+  if (file_ != nullptr) (void)WriteText(*file_, text);
+}
+
+void FruOutput::PrintAddress(const char* prefix, const FruDeviceAddress& address) {
+  if (const char* name = FindNvsTypeName(address.nvsType))
+    Print("%sFRU %s ", prefix, name);
+  else
+    Print("\nFRU type not recognized\n\n");
+  Print("on bus %02Xh, Device ID %02xh, IPMB adresss %02Xh, Lun %02Xh\n", address.bus, address.deviceId,
+        address.deviceAddress, address.lun);
 }
 
 CFru::AreaImage CFru::ImageOf(FruAreaId area) {
@@ -98,19 +113,19 @@ Status CFru::WriteToSystem() {
     Trace("CFru::WriteToSystem - Error opening output file", 1);
     return fru_status::kOutputFile;
   }
-  output.PrintAddress(u"\n", address_);
+  output.PrintAddress("\n", address_);
   bool isAnyWritten = false;
   if (WriteAreas(output, isAnyWritten) != kSuccess) {
-    ReportFruError(u"Could not write FRU %ls to system.", FriendlyName());
+    ReportFruError("Could not write FRU %s to system.", FriendlyName());
     Trace("CFru::WriteToSystem - Error Writing FRU", 1);
     return fru_status::kAreaNotWritten;
   }
   if (Status status = Verify(output); status != kSuccess) {
-    output.Print(u"\nVerification of one or more FRU File Area(s) failed.\n");
+    output.Print("\nVerification of one or more FRU File Area(s) failed.\n");
     Trace("CFru::WriteToSystem - Verification failed", 1);
     return status;
   }
-  if (isAnyWritten) output.Print(u"\nFRU File Area(s) successfully loaded into FRU memory.\n");
+  if (isAnyWritten) output.Print("\nFRU File Area(s) successfully loaded into FRU memory.\n");
   return kSuccess;
 }
 

@@ -16,8 +16,8 @@ constexpr std::uint8_t kEndMarkerComplement = 0x3F;
 // Version and length byte in front, end marker and checksum behind.
 constexpr std::size_t kFramingLength = 4;
 
-constexpr std::u16string_view kTooLong =
-    u"Could not assign new data to the %ls because the data was too long to fit in the field or area.";
+constexpr const char* kTooLong =
+    "Could not assign new data to the %s because the data was too long to fit in the field or area.";
 
 }  // namespace
 
@@ -229,11 +229,11 @@ bool InfoArea::HasRoom(std::uint8_t oldTypeLength, std::size_t newLength) const 
   return GetPadLength() + FruDefs::DecodeLength(oldTypeLength) >= static_cast<std::ptrdiff_t>(newLength);
 }
 
-void InfoArea::Report(std::u16string_view text) const {
+void InfoArea::Report(const char* text) const {
   if (layout_->reportsErrors) SetFruError(text);
 }
 
-void InfoArea::ReportTooLong(const char* setter, std::u16string_view field) const {
+void InfoArea::ReportTooLong(const char* setter, const char* field) const {
   if (layout_->reportsErrors) ReportFruError(kTooLong, field);
   Trace("%s::%s - %s", 1, layout_->className, setter, layout_->tooLongTrace);
 }

@@ -21,8 +21,8 @@ namespace varnok {
 /// A field with a type/length byte.
 struct InfoFieldRow {
   FruFieldId id;
-  std::u16string_view messageName;  ///< in last-error texts
-  const char* setterName;           ///< in trace lines
+  const char* messageName;  ///< in last-error texts
+  const char* setterName;   ///< in trace lines
 };
 
 /// The field at index 0 that has no type/length byte: the chassis type, the board's manufacturing date.
@@ -32,9 +32,9 @@ struct InfoFixedFieldRow {
   std::size_t length;  ///< 0: the area has no such field
   std::uint8_t least;  ///< of a field of one byte
   std::uint8_t most;
-  bool marksModified;           ///< whether setting it marks the area
-  std::u16string_view message;  ///< last error of a failed setting
-  const char* traceText;        ///< trace line of a failed setting
+  bool marksModified;     ///< whether setting it marks the area
+  const char* message;    ///< last error of a failed setting
+  const char* traceText;  ///< trace line of a failed setting
 };
 
 struct InfoAreaLayout {
@@ -43,7 +43,7 @@ struct InfoAreaLayout {
   std::size_t minimumLength;  ///< bytes that parsing asks for
   InfoFixedFieldRow fixedField;
   std::span<const InfoFieldRow> fields;
-  std::u16string_view customFieldName;
+  const char* customFieldName;
   bool reportsErrors;  ///< whether failed setters set the last-error text
   bool tracesInvalidSelection;
   const char* tooLongTrace;
@@ -133,8 +133,8 @@ class InfoArea {
   bool ParseCustomField(std::span<const std::uint8_t> bytes, std::size_t& position);
   bool ParseEnd(std::span<const std::uint8_t> bytes, std::size_t position);
   bool HasRoom(std::uint8_t oldTypeLength, std::size_t newLength) const;
-  void Report(std::u16string_view text) const;
-  void ReportTooLong(const char* setter, std::u16string_view field) const;
+  void Report(const char* text) const;
+  void ReportTooLong(const char* setter, const char* field) const;
 
   const InfoAreaLayout* layout_;
   PoolList<CustomField> customFields_;

@@ -6,13 +6,13 @@
 namespace varnok {
 
 inline constexpr InfoFieldRow kProductFields[] = {
-    {FruFieldId::ProductManufacturer, u"Product Manufacturer Name", "SetManufacturerName"},
-    {FruFieldId::ProductName, u"Product Name", "SetProductName"},
-    {FruFieldId::ProductPartNumber, u"Product Part/Model Number", "SetPartNumber"},
-    {FruFieldId::ProductVersion, u"Product Version", "SetVersion"},
-    {FruFieldId::ProductSerialNumber, u"Product Serial Number", "SetSerialNumber"},
-    {FruFieldId::ProductAssetTag, u"Asset Tag", "SetAssetTag"},
-    {FruFieldId::ProductFruFileId, u"FRU File ID", "SetFileId"},
+    {FruFieldId::ProductManufacturer, "Product Manufacturer Name", "SetManufacturerName"},
+    {FruFieldId::ProductName, "Product Name", "SetProductName"},
+    {FruFieldId::ProductPartNumber, "Product Part/Model Number", "SetPartNumber"},
+    {FruFieldId::ProductVersion, "Product Version", "SetVersion"},
+    {FruFieldId::ProductSerialNumber, "Product Serial Number", "SetSerialNumber"},
+    {FruFieldId::ProductAssetTag, "Asset Tag", "SetAssetTag"},
+    {FruFieldId::ProductFruFileId, "FRU File ID", "SetFileId"},
 };
 
 inline constexpr InfoAreaLayout kProductLayout{
@@ -21,7 +21,7 @@ inline constexpr InfoAreaLayout kProductLayout{
     .minimumLength = 3,
     .fixedField = {},
     .fields = kProductFields,
-    .customFieldName = u"Product Custom Field",
+    .customFieldName = "Product Custom Field",
     .reportsErrors = true,
     .tracesInvalidSelection = false,
     .tooLongTrace = "FRU Data Too Long",

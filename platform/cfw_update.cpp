@@ -5,6 +5,7 @@
 #include "app/services/console.h"
 #include "app/services/format.h"
 #include "app/services/scan.h"
+#include "app/services/text.h"
 #include "app/services/trace.h"
 #include "platform/fw_status.h"
 #include "platform/ipmi.h"
@@ -12,12 +13,11 @@
 namespace varnok {
 namespace {
 
-constexpr std::u16string_view kNoVersion = u"Unable to read FW version from the BMC.";
-constexpr std::u16string_view kInTransferMode =
-    u"BMC is in FW Transfer Mode. Unable to continue with the operation.";
-constexpr std::u16string_view kNotInTransferMode =
-    u"BMC is not in FW Transfer Mode. Unable to continue with the operation.";
-constexpr std::u16string_view kEnterFailed = u"\nEnter Fw Transfer Mode Failed..\n";
+constexpr const char* kNoVersion = "Unable to read FW version from the BMC.";
+constexpr const char* kInTransferMode = "BMC is in FW Transfer Mode. Unable to continue with the operation.";
+constexpr const char* kNotInTransferMode =
+    "BMC is not in FW Transfer Mode. Unable to continue with the operation.";
+constexpr const char* kEnterFailed = "\nEnter Fw Transfer Mode Failed..\n";
 constexpr std::size_t kMessageLimit = 256;
 
 constexpr std::uint8_t kGetDeviceId = 0x01;
@@ -86,13 +86,13 @@ bool CfwUpdate::ResponseShowsTransferMode() const {
 Status CfwUpdate::ReadVersionFromSystem() {
   TraceScope scope("CfwUpdate::ReadVersionFromSystem");
   if (!ExchangeDeviceId(deviceAddress_)) {
-    lastError_ = kNoVersion;
+    lastError_ = Widen(kNoVersion);
     Trace("CfwUpdate::ReadVersionFromSystem - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }
   const auto& data = response_.data;
   for (std::size_t i = 0; i < versions_.size(); ++i)
-    versions_[i] = Format(u"%X.%02X", data[kVersionAt[i]], data[kVersionAt[i] + 1]);
+    versions_[i] = FormatWide("%X.%02X", data[kVersionAt[i]], data[kVersionAt[i] + 1]);
   productId_ = static_cast<std::uint16_t>(data[kProductIdAt + 1] << 8 | data[kProductIdAt]);
   return kSuccess;
 }
@@ -106,12 +106,12 @@ Status CfwUpdate::IsBmcInFwTransferMode(bool& isInTransferMode) {
   TraceScope scope("CfwUpdate::IsBmcInFwTransferMode");
   isInTransferMode = false;
   if (!ExchangeDeviceId(kBmcAddress)) {
-    lastError_ = kNoVersion;
+    lastError_ = Widen(kNoVersion);
     Trace("CfwUpdate::IsBmcInFwTransferMode - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }
   isInTransferMode = ResponseShowsTransferMode();
-  if (isInTransferMode) lastError_ = kInTransferMode;
+  if (isInTransferMode) lastError_ = Widen(kInTransferMode);
   return kSuccess;
 }
 
@@ -121,7 +121,7 @@ Status CfwUpdate::EnterFwTransferMode(std::uint8_t target, std::string_view key)
   bool isInTransferMode = false;
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (isInTransferMode) {
-    Print(u"\nController at address %02x  Already in FwTransfer mode..\n", target);
+    Print("\nController at address %02x  Already in FwTransfer mode..\n", target);
     Trace("CfwUpdate::EnterFwTransferMode - BMC is in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
@@ -136,7 +136,7 @@ Status CfwUpdate::EnterFwTransferMode(std::uint8_t target, std::string_view key)
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (!isInTransferMode) {
     PrintText(kEnterFailed);
-    lastError_ = kNotInTransferMode;
+    lastError_ = Widen(kNotInTransferMode);
     Trace("CfwUpdate::EnterFwTransferMode - BMC is not in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
@@ -149,20 +149,20 @@ Status CfwUpdate::ExitFwTransferMode(std::uint8_t target) {
   bool isInTransferMode = false;
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (!isInTransferMode) {
-    lastError_ = kNotInTransferMode;
+    lastError_ = Widen(kNotInTransferMode);
     Trace("CfwUpdate::ExitFwTransferMode - BMC is not in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
   Prepare(target, net_function::kFirmware, kExitTransferMode);
   if (!Exchange()) {
-    Print(u"\nExitFwTransferMode:: Error in Process Message Function..\n");
+    Print("\nExitFwTransferMode:: Error in Process Message Function..\n");
     Trace("CfwUpdate::ExitFwTransferMode - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }
   Wait(kSecondsAfterExit);
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (isInTransferMode) {
-    Print(u"\nExit Firmware Transfer Mode failed..\n");
+    Print("\nExit Firmware Transfer Mode failed..\n");
     Trace("CfwUpdate::ExitFwTransferMode - BMC is in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
@@ -170,7 +170,7 @@ Status CfwUpdate::ExitFwTransferMode(std::uint8_t target) {
 }
 
 Status CfwUpdate::InvalidVersion(std::u16string_view text) {
-  lastError_ = FormatUpTo(kMessageLimit, u"Format of version string \"%ls\" is invalid.", text);
+  lastError_ = FormatUpTo(kMessageLimit, "Format of version string \"%s\" is invalid.", text);
   Trace("CfwUpdate::IsVersionSupported - Invalid version string", 1);
   return fw_status::kInvalidVersion;
 }
@@ -192,7 +192,7 @@ Status CfwUpdate::IsVersionSupported(std::u16string_view version, std::span<cons
 
 Status CfwUpdate::ResetBmc(std::uint8_t target) {
   TraceScope scope("CfwUpdate::ResetBmc");
-  Print(u"This operation will take around 50 seconds to complete\n");
+  Print("This operation will take around 50 seconds to complete\n");
   Prepare(target, net_function::kApplication, kColdReset);
   // A BMC that resets at once may not take part in the hand-over any more; the polls tell whether it is back.
   IpmiTransaction(request_, response_, /*noResponse=*/true);
@@ -203,7 +203,7 @@ Status CfwUpdate::ResetBmc(std::uint8_t target) {
     if (isAnswered && !ResponseShowsTransferMode()) break;
   }
   if (!isAnswered) {
-    Print(u"BMC Refresh failure\n");
+    Print("BMC Refresh failure\n");
     Trace("CfwUpdate::ResetBmc - ProcessMessage failed", 1);
     return fw_status::kExchangeFailed;
   }

@@ -1,6 +1,7 @@
 #include "platform/fw_update.h"
 
 #include "app/services/console.h"
+#include "app/services/text.h"
 #include "app/services/trace.h"
 #include "firmware/lasting.h"
 #include "firmware/pool.h"
@@ -66,7 +67,7 @@ Status Initialize() {
   if (GetBmcTypeAndVersion(module.bmcType, module.ipmiVersion) == ipmi_result::kSuccess &&
       module.bmcType != 0)
     return kSuccess;
-  module.lastError = u"Unable to read FW version from the BMC.";
+  module.lastError = Widen("Unable to read FW version from the BMC.");
   return fw_status::kNoBmcIdentity;
 }
 
@@ -157,7 +158,7 @@ Status BmcRefresh() {
   TraceScope scope("FwUpdate::BmcRefresh");
   if (!IsInitialized("FwUpdate::BmcRefresh")) return fw_status::kNotInitialized;
   CfwUpdate& update = *TheModule().update;
-  Print(u"Refreshing BMC...\n");
+  Print("Refreshing BMC...\n");
   // Read for the product ID alone; a BMC that does not answer is reset all the same.
   update.ReadVersionFromSystem();
   TheFirmware().FlushConsole();

@@ -52,7 +52,7 @@ std::uint32_t SocketNumber(std::string_view designation) {
 
 Status SmbiosInitialize() {
   TraceScope scope("SmbiosInitialize");
-  if (!TheFirmware().HasImageHandle()) Print(u"smbiosapi.cpp - in Initialize ImageHandle returned null \n");
+  if (!TheFirmware().HasImageHandle()) Print("smbiosapi.cpp - in Initialize ImageHandle returned null \n");
   entryPoint = TheFirmware().FindConfigurationTable(kSmbiosTableGuid);
   if (entryPoint != nullptr) return kSuccess;
   Trace("SmbiosInitialize - SMBIOS table not found", 1);

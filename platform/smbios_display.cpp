@@ -2,7 +2,6 @@
 #include <memory>
 
 #include "app/services/console.h"
-#include "app/services/text.h"
 #include "app/services/text_output.h"
 #include "app/services/trace.h"
 #include "firmware/firmware.h"
@@ -13,37 +12,37 @@ namespace varnok {
 namespace {
 
 constexpr std::size_t kUnknownChassis = 2;
-constexpr std::u16string_view kChassisNames[] = {
-    u"Unknown",
-    u"Other",
-    u"Unknown",
-    u"Desktop",
-    u"Low Profile Desktop",
-    u"Pizza Box",
-    u"Mini Tower",
-    u"Tower",
-    u"Portable",
-    u"LapTop",
-    u"Notebook",
-    u"Hand Held",
-    u"Docking Station",
-    u"All in One",
-    u"Sub Notebook",
-    u"Space-Saving",
-    u"Lunch Box",
-    u"Main Server Chassis",
-    u"Expansion Chassis",
-    u"SubChassis",
-    u"Bus Expansion Chassis",
-    u"Peripheral Chassis",
-    u"RAID Chassis",
-    u"Rack Mount Chassis",
-    u"Sealed-case PC",
-    u"Multi-system chassis",
-    u"CompactPCI Chassis",
-    u"AdvancedTCA",
-    u"Blade",
-    u"BladeEnclosure",
+constexpr const char* kChassisNames[] = {
+    "Unknown",
+    "Other",
+    "Unknown",
+    "Desktop",
+    "Low Profile Desktop",
+    "Pizza Box",
+    "Mini Tower",
+    "Tower",
+    "Portable",
+    "LapTop",
+    "Notebook",
+    "Hand Held",
+    "Docking Station",
+    "All in One",
+    "Sub Notebook",
+    "Space-Saving",
+    "Lunch Box",
+    "Main Server Chassis",
+    "Expansion Chassis",
+    "SubChassis",
+    "Bus Expansion Chassis",
+    "Peripheral Chassis",
+    "RAID Chassis",
+    "Rack Mount Chassis",
+    "Sealed-case PC",
+    "Multi-system chassis",
+    "CompactPCI Chassis",
+    "AdvancedTCA",
+    "Blade",
+    "BladeEnclosure",
 };
 
 struct Display {
@@ -56,42 +55,38 @@ Display& TheDisplay() {
   return Lasting<Display>();
 }
 
-void ShowHeading(std::u16string_view heading) {
-  SmbiosPrint(u"\n%ls\n\n", heading);
+void ShowHeading(const char* heading) {
+  SmbiosPrint("\n%s\n\n", heading);
 }
 
-void ShowLine(std::u16string_view label, std::u16string_view value) {
-  SmbiosPrint(u" %-17s = %s\n", label, value);
-}
-
-void ShowLine(std::u16string_view label, const std::string& value) {
-  ShowLine(label, Widen(value));
+void ShowLine(const char* label, std::string_view value) {
+  SmbiosPrint(" %-17s = %s\n", label, value);
 }
 
 void Show(const SmbiosSystem& system) {
-  ShowHeading(u"\nSystem Information (Type 1)\n");
-  ShowLine(u"Manufacturer", system.manufacturer);
-  ShowLine(u"Product Name", system.productName);
-  ShowLine(u"Version ", system.version);
-  ShowLine(u"Serial Number", system.serialNumber);
+  ShowHeading("\nSystem Information (Type 1)\n");
+  ShowLine("Manufacturer", system.manufacturer);
+  ShowLine("Product Name", system.productName);
+  ShowLine("Version ", system.version);
+  ShowLine("Serial Number", system.serialNumber);
 }
 
 void Show(const SmbiosBoard& board) {
-  ShowHeading(u"\nBoard Information (Type 2)\n");
-  ShowLine(u"Manufacturer", board.manufacturer);
-  ShowLine(u"Product ", board.product);
-  ShowLine(u"Version ", board.version);
-  ShowLine(u"Serial Number", board.serialNumber);
+  ShowHeading("\nBoard Information (Type 2)\n");
+  ShowLine("Manufacturer", board.manufacturer);
+  ShowLine("Product ", board.product);
+  ShowLine("Version ", board.version);
+  ShowLine("Serial Number", board.serialNumber);
 }
 
 void Show(const SmbiosChassis& chassis) {
-  ShowHeading(u"\nChassis Information (Type 3)\n");
-  ShowLine(u"Manufacturer", chassis.manufacturer);
+  ShowHeading("\nChassis Information (Type 3)\n");
+  ShowLine("Manufacturer", chassis.manufacturer);
   // The lock bit stays in the number, so a lockable chassis is past the table and shows as unknown.
-  ShowLine(u"Type", kChassisNames[chassis.type < std::size(kChassisNames) ? chassis.type : kUnknownChassis]);
-  ShowLine(u"Version", chassis.version);
-  ShowLine(u"Serial Number", chassis.serialNumber);
-  ShowLine(u"Asset Tag Number", chassis.assetTag);
+  ShowLine("Type", kChassisNames[chassis.type < std::size(kChassisNames) ? chassis.type : kUnknownChassis]);
+  ShowLine("Version", chassis.version);
+  ShowLine("Serial Number", chassis.serialNumber);
+  ShowLine("Asset Tag Number", chassis.assetTag);
 }
 
 template <class Record>
@@ -116,7 +111,7 @@ Status ShowAll() {
 Status SmbiosDisplay() {
   TraceScope scope("SmbiosDisplay");
   Display& display = TheDisplay();
-  SmbiosPrint(u"Displaying SMBIOS Area...\n");
+  SmbiosPrint("Displaying SMBIOS Area...\n");
   if (!display.fileName.empty() &&
       TheFirmware().OpenFile(display.fileName, FileMode::Append, display.file) != kSuccess) {
     Trace("SmbiosDisplay - Unable to open the output file", 1);

@@ -12,7 +12,7 @@ namespace varnok {
 namespace {
 
 constexpr const char* kOperation = "SdrData::CommitConfigurationToSystem";
-constexpr std::u16string_view kUpdateFailed = u"Unable to update SDRs";
+constexpr const char* kUpdateFailed = "Unable to update SDRs";
 constexpr std::size_t kBufferSize = 256;
 
 using RecordBuffer = std::array<std::uint8_t, kBufferSize>;
@@ -34,11 +34,10 @@ void WriteRecord(const CSdr& record, std::uint32_t number) {
   (void)record.WriteSDRToBuffer(buffer, length);
   std::span<const std::uint8_t> bytes = std::span(buffer).first(length);
   if (TheSdr().output != nullptr) {
-    SdrUtility::WriteOutput(Format(u"Writing SDR Record # %d\n", number));
+    SdrUtility::WriteOutput(FormatWide("Writing SDR Record # %d\n", number));
     SdrUtility::DisplayHex(bytes, TheSdr().output.get());
   }
-  if (SdrReadSystem::SendRecordToBMC(bytes) != kSuccess)
-    SdrUtility::PrintText(u"\n SendRecordToBMC failed\n");
+  if (SdrReadSystem::SendRecordToBMC(bytes) != kSuccess) SdrUtility::PrintText("\n SendRecordToBMC failed\n");
 }
 
 void WriteSelected(const SdrDataSet& set, std::uint32_t total) {
@@ -47,7 +46,7 @@ void WriteSelected(const SdrDataSet& set, std::uint32_t total) {
     for (const PoolPtr<CSdr>& record : list) {
       if (!IsSelected(*record, set)) continue;
       WriteRecord(*record, ++number);
-      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"   Updating the SDRs..........", number,
+      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, "   Updating the SDRs..........", number,
                                   total);
     }
   }
@@ -83,7 +82,7 @@ Status ReadBack(SdrDataSet& set) {
   // What cannot be read is missing in the comparison.
   (void)SdrReadSystem::LoadSdrProperties(set.info);
   (void)SdrReadSystem::LoadSdrRecordsToList(*set.lists);
-  SdrUtility::WriteOutput(u"Reading SDR information ...\n");
+  SdrUtility::WriteOutput("Reading SDR information ...\n");
   return kSuccess;
 }
 
@@ -100,12 +99,12 @@ Status OpenSdrOutput(const char* operation) {
 
 Status CommitSdrDataSet(SdrDataSet& set) {
   if (!set.isCompareOnly && SdrReadSystem::ClearSDRRepository() != kSuccess)
-    SdrUtility::Print(u"\n%ls\n\n", u"\nClearSDR repository failed\n");
+    SdrUtility::Print("\n%s\n\n", "\nClearSDR repository failed\n");
   TheSdr().SetLastError(kUpdateFailed);
   std::uint32_t total = CountSelected(set);
-  SdrUtility::DisplayProgress(ProgressStyle::Text, u"Processing SDR Update.........Please wait\n");
+  SdrUtility::DisplayProgress(ProgressStyle::Text, "Processing SDR Update.........Please wait\n");
   if (!set.isCompareOnly) WriteSelected(set, total);
-  SdrUtility::DisplayProgress(ProgressStyle::Text, u"\n");
+  SdrUtility::DisplayProgress(ProgressStyle::Text, "\n");
   (void)SdrReadSystem::LoadSdrProperties(set.info);
   PoolPtr<SdrDataSet> readBack = MakeInPool<SdrDataSet>();
   if (readBack == nullptr) {
@@ -114,16 +113,15 @@ Status CommitSdrDataSet(SdrDataSet& set) {
   }
   if (Status status = ReadBack(*readBack); status != kSuccess) return status;
   if (!IsSame(set, *readBack->lists)) {
-    SdrUtility::Print(u"\n%ls\n\n",
-                      set.isCompareOnly
-                          ? u"\nSDR file does not match with what was programmed in the memory.\n"
-                          : u"\nSDR Verification failed\n");
+    SdrUtility::Print("\n%s\n\n", set.isCompareOnly
+                                      ? "\nSDR file does not match with what was programmed in the memory.\n"
+                                      : "\nSDR Verification failed\n");
     Trace("%s - SDR Verification failed", 1, kOperation);
     return sdr_status::kDifferent;
   }
-  SdrUtility::DisplayProgress(ProgressStyle::Text, u"\n");
-  SdrUtility::PrintText(set.isCompareOnly ? u"\nSDR file was compared successfully!\n"
-                                          : u"\nSDRs written successfully.\n");
+  SdrUtility::DisplayProgress(ProgressStyle::Text, "\n");
+  SdrUtility::PrintText(set.isCompareOnly ? "\nSDR file was compared successfully!\n"
+                                          : "\nSDRs written successfully.\n");
   TheSdr().output = nullptr;
   return kSuccess;
 }

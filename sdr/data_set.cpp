@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/services/text.h"
 #include "firmware/lasting.h"
 
 namespace varnok {
@@ -14,6 +15,10 @@ void SdrState::SetLastError(std::u16string_view text) {
   std::size_t length = std::min(text.size(), kMessageCapacity - 1);
   std::copy_n(text.begin(), length, lastError.begin());
   lastError[length] = 0;
+}
+
+void SdrState::SetLastError(const char* text) {
+  SetLastError(Widen(text));
 }
 
 }  // namespace varnok

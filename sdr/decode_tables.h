@@ -9,7 +9,7 @@
 namespace varnok {
 
 struct SdrDecodeRow {
-  std::u16string_view text;
+  const char* text;
   std::uint32_t low;
   std::uint32_t high;
 };

@@ -13,12 +13,12 @@ namespace {
 constexpr std::string_view kCommentMarker = "//";
 constexpr char kQuote = '\'';
 
-void SetMessage(std::u16string_view format, std::uint32_t line) {
-  TheSdr().SetLastError(Format(format, line));
+void SetMessage(const char* format, std::uint32_t line) {
+  TheSdr().SetLastError(FormatWide(format, line));
 }
 
 void SetNotFound(std::string_view token) {
-  TheSdr().SetLastError(Format(u"Invalid file: Token %s not found.\n", token));
+  TheSdr().SetLastError(FormatWide("Invalid file: Token %s not found.\n", token));
 }
 
 /// Puts the last-error text back: a search that may well find nothing is no error of the file.
@@ -36,7 +36,7 @@ bool ReadLine(SdrFileLines& file, const char* operation, std::string_view& line)
   std::uint32_t& counter = TheSdr().lineCounter;
   if (!file.Read(line)) {
     Trace("%s - Error Reading File", 1, operation);
-    SetMessage(u"Invalid file: Unable to read line #%d.\n", counter);
+    SetMessage("Invalid file: Unable to read line #%d.\n", counter);
     return false;
   }
   ++counter;
@@ -123,7 +123,7 @@ Status ReadBytes(SdrFileLines& file, std::uint32_t count, std::vector<std::uint8
     if (!ReadLine(file, kOperation, line)) return sdr_status::kCannotReadFile;
     if (!ScanBytes(line, record)) {
       Trace("%s - Error - Unterminated String", 1, kOperation);
-      SetMessage(u"Invalid file: Missing terminator line #%d.\n", TheSdr().lineCounter);
+      SetMessage("Invalid file: Missing terminator line #%d.\n", TheSdr().lineCounter);
       return sdr_status::kUnterminatedText;
     }
   }
@@ -134,12 +134,12 @@ Status CheckRecord(std::span<const std::uint8_t> record, std::uint32_t type, std
   constexpr std::size_t kTypeByte = 3;
   if (record.size() <= kTypeByte || record[kTypeByte] != type) {
     Trace("SdrReadFile::ReadRecFromFile - Record Types don't match", 1);
-    SetMessage(u"Invalid file: SDR Record type incorrect line #%d.\n", TheSdr().lineCounter);
+    SetMessage("Invalid file: SDR Record type incorrect line #%d.\n", TheSdr().lineCounter);
     return sdr_status::kFileType;
   }
   if (record.size() != count) {
     Trace("SdrReadFile::ReadRecFromFile - Bad Record Length", 1);
-    SetMessage(u"Invalid file: SDR Record length incorrect line #%d.\n", TheSdr().lineCounter);
+    SetMessage("Invalid file: SDR Record length incorrect line #%d.\n", TheSdr().lineCounter);
     return sdr_status::kFileLength;
   }
   return kSuccess;
@@ -213,7 +213,7 @@ Status SdrReadFile::FIL_CountIPMI10SDRTypes(SdrFileLines& file, const std::array
       Trace("SdrReadFile::FIL_CountIPMI10SDRTypes - SDR Type Not Supported", 1);
       file.SetPosition(position);
       TheSdr().lineCounter = line;
-      SetMessage(u"Invalid file: Unsupported record type line #%d.\n", line);
+      SetMessage("Invalid file: Unsupported record type line #%d.\n", line);
       return sdr_status::kFileTypeNotSupported;
     }
     ++counts[static_cast<std::size_t>(type - typeOrder.begin())];

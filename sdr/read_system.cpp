@@ -124,7 +124,7 @@ Status SdrReadSystem::ClearSDRRepository() {
   constexpr std::uint8_t kCompleted = 1;
   constexpr int kMostPolls = 3;
   TraceScope scope(kOperation);
-  SdrUtility::Print(u"\n%ls\n\n", u"\nClearing SDR repository");
+  SdrUtility::Print("\n%s\n\n", "\nClearing SDR repository");
   SdrReservation reservation;
   if (Status status = ReserveSdrRepository(kOperation, reservation); status != kSuccess) return status;
   std::array<std::uint8_t, 6> data{reservation[0], reservation[1], 'C', 'L', 'R', kStartErase};

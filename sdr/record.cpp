@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/services/text.h"
 #include "app/services/trace.h"
 
 namespace varnok {
@@ -59,7 +60,7 @@ void CSdr::GetStrFromTable(std::span<const SdrDecodeRow> table, std::uint8_t cod
   TraceScope scope("CSdr::GetStrFromTable");
   auto row = std::find_if(table.begin(), table.end(),
                           [code](const SdrDecodeRow& each) { return each.low <= code && code <= each.high; });
-  text = row == table.end() ? u"Unknown" : row->text;
+  text = Widen(row == table.end() ? "Unknown" : row->text);
 }
 
 void CSdr::DecodeType(std::uint32_t table, std::uint8_t code, std::u16string& text, std::uint8_t deviceType) {
@@ -83,6 +84,10 @@ Status CSdr::BinaryFormat(std::uint32_t value, unsigned width, std::u16string& t
   text += u'b';
   bool isTooWide = width < kValueBits && value >> width != 0;
   return isTooWide ? sdr_status::kValueTooWide : kSuccess;
+}
+
+const char16_t* CSdr::StoreText(const char* text) {
+  return StoreText(Widen(text));
 }
 
 const char16_t* CSdr::StoreText(std::u16string_view text) {

@@ -89,8 +89,9 @@ class CSdr {
 
   /// What precedes the bytes: type, tags, size and header lines.
   Status WriteRecHdr(File& file) const;
-  static Status wfprintf(File& file, std::u16string_view text);
+  static Status wfprintf(File& file, std::string_view text);
   const char16_t* StoreText(std::u16string_view text);
+  const char16_t* StoreText(const char* text);
 
   std::uint8_t rawLength_ = 0;
   SdrTagList tags_;
@@ -131,7 +132,7 @@ class CSdrByRows : public CSdr {
   bool HasLegalLength(std::span<const std::uint8_t> raw) const;
   bool HasTitlesOfItsOwn() const;
   std::uint32_t Number(const SdrPlace& place) const;
-  std::u16string_view TitleOf(const SdrFieldRow& row) const;
+  const char* TitleOf(const SdrFieldRow& row) const;
   std::u16string ValueOf(const SdrFieldRow& row) const;
   std::u16string ValueOfField(std::size_t field) const { return ValueOf(type_.rows[field]); }
   std::u16string IdString() const;
@@ -141,7 +142,7 @@ class CSdrByRows : public CSdr {
   // The file writer, in record_writer.cpp.
   Status WriteBytes(File& file) const;
   Status WriteRowAt(File& file, std::size_t& byte) const;
-  std::u16string LabelOfByte(std::size_t byte) const;
+  std::string LabelOfByte(std::size_t byte) const;
 
   std::array<std::uint8_t, kLargestRecord> decoded_{};
   std::size_t decodedSize_ = 0;

@@ -12,7 +12,7 @@ namespace {
 constexpr const char* kNotDecodedText = "SDR Type Not Decoded";
 constexpr const char* kNotSelectedText = "SDR Type Field Not Selected";
 constexpr const char* kBadLengthText = "Bad Record Length";
-constexpr std::u16string_view kNoSuchField = u"*INTERNAL SDR MANAGER DECODING ERROR*";
+constexpr const char* kNoSuchField = "*INTERNAL SDR MANAGER DECODING ERROR*";
 
 constexpr std::size_t kShownIdLength = 16;
 constexpr std::size_t kKeptOemLength = 16;
@@ -31,7 +31,7 @@ std::size_t IdStringLength(std::uint8_t typeLength) {
 
 std::u16string HexGroups(std::span<const std::uint8_t> bytes) {
   std::u16string text;
-  for (std::uint8_t byte : bytes) text += Format(u"%02x ", byte);
+  for (std::uint8_t byte : bytes) text += FormatWide("%02x ", byte);
   return text;
 }
 
@@ -39,11 +39,10 @@ std::u16string TextOf(std::span<const std::uint8_t> bytes) {
   return Widen(UpToNul(std::string(bytes.begin(), bytes.end())));
 }
 
-std::u16string Decoded(std::u16string_view format, std::uint32_t code, std::uint8_t table,
-                       std::uint8_t deviceType) {
+std::u16string Decoded(const char* format, std::uint32_t code, std::uint8_t table, std::uint8_t deviceType) {
   std::u16string meaning;
   CSdr::DecodeType(table, static_cast<std::uint8_t>(code), meaning, deviceType);
-  return Format(format, code, meaning);
+  return FormatWide(format, code, meaning);
 }
 
 bool IsPrintable(std::uint8_t byte) {
@@ -122,7 +121,7 @@ bool CSdrByRows::HasTitlesOfItsOwn() const {
   });
 }
 
-std::u16string_view CSdrByRows::TitleOf(const SdrFieldRow& row) const {
+const char* CSdrByRows::TitleOf(const SdrFieldRow& row) const {
   bool isMask = row.show == SdrShow::Mask || row.show == SdrShow::SettableMask;
   return isMask && Bits(kThresholdAccess) == 0 ? row.alternative : row.title;
 }
@@ -136,28 +135,28 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
   std::u16string text;
   switch (row.show) {
     case SdrShow::Byte:
-      return Format(u"%02xh", number);
+      return FormatWide("%02xh", number);
     case SdrShow::EvenByte:
-      return Format(u"%02xh", number & 0xFE);
+      return FormatWide("%02xh", number & 0xFE);
     case SdrShow::Word:
-      return Format(u"%04xh", number);
+      return FormatWide("%04xh", number);
     case SdrShow::SwappedWord:
-      return Format(u"%02x%02xh", number & 0xFF, number >> 8);
+      return FormatWide("%02x%02xh", number & 0xFF, number >> 8);
     case SdrShow::Triple:
-      return Format(u"%06xh", number);
+      return FormatWide("%06xh", number);
     case SdrShow::Mask:
-      return Format(u"%04xh", number & kMaskBits);
+      return FormatWide("%04xh", number & kMaskBits);
     case SdrShow::SettableMask:
-      return Format(u"%04xh", number & (Bits(kThresholdAccess) != 0 ? kThresholdBits : kMaskBits));
+      return FormatWide("%04xh", number & (Bits(kThresholdAccess) != 0 ? kThresholdBits : kMaskBits));
     case SdrShow::SensorNumber:
-      return number == kUnspecifiedSensor ? std::u16string(row.alternative) : Format(u"%02xh", number);
+      return number == kUnspecifiedSensor ? Widen(row.alternative) : FormatWide("%02xh", number);
     case SdrShow::Entity:
-      return Decoded(number <= kLastDecimalEntity ? u"%d - %ls" : u"%02xh - %ls", number,
+      return Decoded(number <= kLastDecimalEntity ? "%d - %s" : "%02xh - %s", number,
                      TableIndex(SdrTable::EntityId), 0);
     case SdrShow::Code:
-      return Decoded(u"%02xh - %ls", number, row.detail, deviceType);
+      return Decoded("%02xh - %s", number, row.detail, deviceType);
     case SdrShow::DecimalCode:
-      return Decoded(u"%d - %ls", number, row.detail, 0);
+      return Decoded("%d - %s", number, row.detail, 0);
     case SdrShow::CodeText:
       DecodeType(row.detail, static_cast<std::uint8_t>(number), text);
       return text;
@@ -165,7 +164,7 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
       (void)BinaryFormat(number, row.detail, text);
       return text;
     case SdrShow::Threshold:
-      return Bits(kInitializeThresholds) != 0 ? Format(u"%02xh", number) : text;
+      return Bits(kInitializeThresholds) != 0 ? FormatWide("%02xh", number) : text;
     case SdrShow::Reserved:
       return u"XX";
     case SdrShow::IdString:
@@ -219,7 +218,7 @@ Status CSdrByRows::GetFieldValue(const char16_t*& text) {
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = StoreText(row == nullptr ? std::u16string(kNoSuchField) : ValueOf(*row));
+  text = StoreText(row == nullptr ? Widen(kNoSuchField) : ValueOf(*row));
   return kSuccess;
 }
 
@@ -232,19 +231,19 @@ Status CSdrByRows::GetName(const char16_t*& text) {
     case SdrNameForm::Sensor: {
       std::u16string number = ValueOfField(kSensorNumberField);
       text = StoreText(IdString().empty()
-                           ? Format(u" %ls (%ls)(Sensor #%ls)", named, recordId, number)
-                           : Format(u" %ls (%ls)(%ls)(Sensor #%ls)", named, IdString(), recordId, number));
+                           ? FormatWide(" %s (%s)(Sensor #%s)", named, recordId, number)
+                           : FormatWide(" %s (%s)(%s)(Sensor #%s)", named, IdString(), recordId, number));
       break;
     }
     case SdrNameForm::Locator:
-      text = StoreText(IdString().empty() ? Format(u" %ls (%ls)", named, recordId)
-                                          : Format(u" %ls (%ls)(%ls)", named, IdString(), recordId));
+      text = StoreText(IdString().empty() ? FormatWide(" %s (%s)", named, recordId)
+                                          : FormatWide(" %s (%s)(%s)", named, IdString(), recordId));
       break;
     case SdrNameForm::RecordId:
-      text = StoreText(Format(type_.nameFormat, header_.recordId));
+      text = StoreText(FormatWide(type_.nameFormat, header_.recordId));
       break;
     case SdrNameForm::Guid:
-      text = StoreText(Format(u" %ls (%ls)", named, recordId));
+      text = StoreText(FormatWide(" %s (%s)", named, recordId));
       break;
   }
   return kSuccess;
@@ -253,20 +252,20 @@ Status CSdrByRows::GetName(const char16_t*& text) {
 Status CSdrByRows::GetSdrTitle(const char16_t*& text) {
   MethodTrace trace(type_.className, "GetSdrTitle");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
-  constexpr std::u16string_view kPair = u"%ls - %ls";
+  constexpr const char* kPair = "%s - %s";
   switch (type_.titleForm) {
     case SdrTitleForm::IdStringIfAny:
-      text = StoreText(IdString().empty() ? Format(u"%ls", type_.title)
-                                          : Format(kPair, type_.title, IdString()));
+      text = StoreText(IdString().empty() ? FormatWide("%s", type_.title)
+                                          : FormatWide(kPair, type_.title, IdString()));
       break;
     case SdrTitleForm::IdString:
-      text = StoreText(Format(kPair, type_.title, IdString()));
+      text = StoreText(FormatWide(kPair, type_.title, IdString()));
       break;
     case SdrTitleForm::RecordId:
-      text = StoreText(Format(kPair, type_.title, ValueOfField(0)));
+      text = StoreText(FormatWide(kPair, type_.title, ValueOfField(0)));
       break;
     case SdrTitleForm::Guid:
-      text = StoreText(Format(kPair, type_.title, ValueOfField(type_.namedField)));
+      text = StoreText(FormatWide(kPair, type_.title, ValueOfField(type_.namedField)));
       break;
     case SdrTitleForm::Fixed:
       text = StoreText(type_.title);

@@ -14,12 +14,12 @@ namespace {
 constexpr std::size_t kTagLength = 17;
 constexpr std::size_t kLongestText = 256;
 constexpr std::size_t kGuidLength = 16;
-constexpr std::u16string_view kByteLine = u"   %02x                 %ls %ls\n";
-constexpr std::u16string_view kWordLine = u"   %04x               %ls %ls\n";
-constexpr std::u16string_view kTripleLine = u"   %06x             %ls %ls\n";
-constexpr std::u16string_view kTextLine = u"   '%ls'     %ls %ls\n";
-constexpr std::u16string_view kBytesLine = u"   %ls       %ls %ls\n";
-constexpr std::u16string_view kComment = u"//";
+constexpr const char* kByteLine = "   %02x                 %s %s\n";
+constexpr const char* kWordLine = "   %04x               %s %s\n";
+constexpr const char* kTripleLine = "   %06x             %s %s\n";
+constexpr const char* kTextLine = "   '%s'     %s %s\n";
+constexpr const char* kBytesLine = "   %s       %s %s\n";
+constexpr const char* kComment = "//";
 
 /// Whether the reader takes the bytes back from between quotes: no quote, no comment, no line end or other
 /// control character among them.
@@ -32,11 +32,11 @@ bool CanBeQuoted(std::span<const std::uint8_t> bytes) {
   return isPrintable && text.find("//") == std::string_view::npos;
 }
 
-std::u16string BytesLine(std::span<const std::uint8_t> bytes, std::u16string_view label, bool isText) {
+std::string BytesLine(std::span<const std::uint8_t> bytes, const char* label, bool isText) {
   if (isText && CanBeQuoted(bytes))
-    return Format(kTextLine, Widen(std::string(bytes.begin(), bytes.end())), kComment, label);
-  std::u16string groups;
-  for (std::uint8_t byte : bytes) groups += Format(u"%02x ", byte);
+    return Format(kTextLine, std::string(bytes.begin(), bytes.end()), kComment, label);
+  std::string groups;
+  for (std::uint8_t byte : bytes) groups += Format("%02x ", byte);
   return Format(kBytesLine, groups, kComment, label);
 }
 
@@ -47,11 +47,11 @@ bool HoldsByte(const SdrFieldRow& row, std::size_t byte) {
 
 }  // namespace
 
-Status CSdr::wfprintf(File& file, std::u16string_view text) {
+Status CSdr::wfprintf(File& file, std::string_view text) {
   TraceScope scope("CSdr::wfprintf");
-  std::string narrow = Narrow(text.substr(0, kLongestText));
-  if (narrow.empty() ||
-      file.Write(std::span(reinterpret_cast<const std::uint8_t*>(narrow.data()), narrow.size()))) {
+  text = text.substr(0, kLongestText);
+  if (text.empty() ||
+      file.Write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()))) {
     Trace("CSdr::wfprintf - Error Writing File", 1);
     return sdr_status::kCannotWriteFile;
   }
@@ -60,32 +60,32 @@ Status CSdr::wfprintf(File& file, std::u16string_view text) {
 
 Status CSdr::WriteRecHdr(File& file) const {
   TraceScope scope("CSdr::WriteRecHdr");
-  std::vector<std::u16string> lines{u"\n", Format(u"%-.20ls %02x\n", Widen(sdr_key::kType), header_.type)};
+  std::vector<std::string> lines{"\n", Format("%-.20s %02x\n", sdr_key::kType, header_.type)};
   for (const std::string& tag : tags_)
-    lines.push_back(Format(u"%-.20ls '%ls'\n", Widen(sdr_key::kTag), Widen(tag).substr(0, kTagLength)));
+    lines.push_back(Format("%-.20s '%s'\n", sdr_key::kTag, tag.substr(0, kTagLength)));
   std::uint32_t size = header_.length + static_cast<std::uint32_t>(SdrRecordHeader::kSize);
-  lines.push_back(Format(u"%-.20ls %04x\n", Widen(sdr_key::kLength), size));
-  lines.push_back(u"\n");
-  lines.push_back(u"   // Sensor Record Header\n");
+  lines.push_back(Format("%-.20s %04x\n", sdr_key::kLength, size));
+  lines.push_back("\n");
+  lines.push_back("   // Sensor Record Header\n");
   lines.push_back(Format(kWordLine, header_.recordId, kComment, kHeaderRows[0].title));
   lines.push_back(Format(kByteLine, header_.version, kComment, kHeaderRows[1].title));
   lines.push_back(Format(kByteLine, header_.type, kComment, kHeaderRows[2].title));
   lines.push_back(Format(kByteLine, header_.length, kComment, kHeaderRows[3].title));
-  lines.push_back(u"\n");
-  for (const std::u16string& line : lines)
+  lines.push_back("\n");
+  for (const std::string& line : lines)
     if (Status status = wfprintf(file, line); status != kSuccess) return status;
   return kSuccess;
 }
 
 /// The titles of all fields that share the byte, reserved bits left out.
-std::u16string CSdrByRows::LabelOfByte(std::size_t byte) const {
-  std::u16string label;
-  std::u16string_view last;
+std::string CSdrByRows::LabelOfByte(std::size_t byte) const {
+  std::string label;
+  std::string_view last;
   for (const SdrFieldRow& row : type_.rows) {
     bool isNamed = HoldsByte(row, byte) && (row.show != SdrShow::Reserved || row.place[0].IsWholeByte());
     // A field that the type's list names twice is one byte of the record all the same.
     if (!isNamed || row.title == last) continue;
-    if (!label.empty()) label += u", ";
+    if (!label.empty()) label += ", ";
     label += last = row.title;
   }
   return label;
@@ -94,7 +94,7 @@ std::u16string CSdrByRows::LabelOfByte(std::size_t byte) const {
 Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
   auto row = std::find_if(type_.rows.begin(), type_.rows.end(),
                           [byte](const SdrFieldRow& each) { return HoldsByte(each, byte); });
-  std::u16string line;
+  std::string line;
   std::size_t count = 1;
   switch (row == type_.rows.end() ? SdrShow::Byte : row->show) {
     case SdrShow::Word:
@@ -128,15 +128,15 @@ Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
 
 Status CSdrByRows::WriteBytes(File& file) const {
   if (type_.lastKeyByte != 0) {
-    if (Status status = wfprintf(file, u"   // Record Key Bytes\n"); status != kSuccess) return status;
+    if (Status status = wfprintf(file, "   // Record Key Bytes\n"); status != kSuccess) return status;
   }
   std::size_t byte = SdrRecordHeader::kSize + 1;
   while (byte <= type_.lastKeyByte)
     if (Status status = WriteRowAt(file, byte); status != kSuccess) return status;
   if (type_.lastKeyByte != 0) {
-    if (Status status = wfprintf(file, u"\n"); status != kSuccess) return status;
+    if (Status status = wfprintf(file, "\n"); status != kSuccess) return status;
   }
-  if (Status status = wfprintf(file, u"   // Record Body Bytes\n"); status != kSuccess) return status;
+  if (Status status = wfprintf(file, "   // Record Body Bytes\n"); status != kSuccess) return status;
   while (byte <= decodedSize_)
     if (Status status = WriteRowAt(file, byte); status != kSuccess) return status;
   return kSuccess;

@@ -40,7 +40,7 @@ Status Show(Walk& walk, bool& goesOn) {
   constexpr std::uint16_t kRecordsPerPage = 3;
   std::size_t size = SdrRecordSize(walk.record);
   if (size > kLargestShown) return sdr_status::kBadRecordLength;
-  SdrUtility::Print(u"\nDisplaying SDR Record #%d\n\n", walk.shownNumber);
+  SdrUtility::Print("\nDisplaying SDR Record #%d\n\n", walk.shownNumber);
   std::span<const std::uint8_t> bytes = std::span(walk.record).first(size);
   SdrUtility::DisplayHex(bytes, nullptr);
   if (TheSdr().output != nullptr) SdrUtility::DisplayHex(bytes, TheSdr().output.get());
@@ -72,8 +72,8 @@ Status SdrReadSystem::LoadSdrRecordsToList(SdrTypeList& lists) {
       if (Status status = Show(walk, goesOn); status != kSuccess) return status;
       if (!goesOn) return kSuccess;
     } else {
-      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"Reading SDRs from system......",
-                                  walk.counter, set == nullptr ? 0U : set->info.recordCount);
+      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, "Reading SDRs from system......", walk.counter,
+                                  set == nullptr ? 0U : set->info.recordCount);
     }
     if (walk.recordId == kNoMoreRecords || readStatus != kSuccess) return readStatus;
     if (walk.isAsked[walk.recordId]) {

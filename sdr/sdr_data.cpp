@@ -78,7 +78,7 @@ Status SdrData::Initialize() {
     Trace("SdrData::Initialize - Error Loading SDRDATA", 1);
     return sdr_status::kNoDataSet;
   }
-  state.SetLastError(u"");
+  state.SetLastError("");
   return kSuccess;
 }
 
@@ -194,7 +194,7 @@ Status SdrData::LoadConfigurationFromSystem() {
   if (Status status = SdrReadSystem::LoadSdrProperties(set.info); status != kSuccess) return status;
   if (set.info.recordCount == 0) {
     Trace("SdrData::LoadConfigurationFromSystem - No SDRs available", 1);
-    SdrUtility::PrintText(u"\nNo Sensor Data Records found in this server.\n");
+    SdrUtility::PrintText("\nNo Sensor Data Records found in this server.\n");
     // The system set stays the current one here, and only here.
     keeper.Release();
     return sdr_status::kRepositoryEmpty;
@@ -202,7 +202,7 @@ Status SdrData::LoadConfigurationFromSystem() {
   if (Status status = SdrReadSystem::LoadSdrRecordsToList(*set.lists); status != kSuccess) return status;
   set.isLoaded = true;
   keeper.Restore();
-  SdrUtility::DisplayProgress(ProgressStyle::Text, Format(u"\r%-79ls\r", u" "));
+  SdrUtility::DisplayProgress(ProgressStyle::Text, Format("\r%-79s\r", " ").c_str());
   return kSuccess;
 }
 
@@ -219,7 +219,7 @@ Status SdrData::LoadConfigurationFromFile(std::u16string_view fileName) {
   std::unique_ptr<File> file;
   if (TheFirmware().OpenFile(Widen(Narrow(fileName)), FileMode::Read, file) != kSuccess) {
     Trace("SdrData::LoadConfigurationFromFile - Error Writing File", 1);
-    TheSdr().SetLastError(Format(u"Could not open file %ls", fileName));
+    TheSdr().SetLastError(FormatWide("Could not open file %s", fileName));
     return sdr_status::kCannotOpenFile;
   }
   if (Status status = LoadFile(*file, set); status != kSuccess) return status;
@@ -232,7 +232,7 @@ Status SdrData::DisplaySdrArea() {
   SdrState& state = TheSdr();
   if (Status status = OpenSdrOutput("SdrData::DisplaySdrArea"); status != kSuccess) return status;
   state.isDisplaying = true;
-  SdrUtility::PrintText(u"Displaying SDR area ...\n");
+  SdrUtility::PrintText("Displaying SDR area ...\n");
   // A failure leaves display mode on and the output file open: what follows is shown and mirrored, too.
   if (Status status = LoadConfigurationFromSystem(); status != kSuccess) return status;
   state.isDisplaying = false;

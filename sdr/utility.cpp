@@ -27,14 +27,14 @@ static_assert(std::size(kFactories) == kSdrTypeOrder.size());
 
 Status SdrUtility::InitializeSdrList(PoolPtr<SdrTypeList>& lists) {
   TraceScope scope("SdrUtility::InitializeSdrList");
-  TheSdr().SetLastError(u"Unable to initialize SDR list");
+  TheSdr().SetLastError("Unable to initialize SDR list");
   if (lists != nullptr) DeInitializeSdrList(lists);
   lists = MakeInPool<SdrTypeList>();
   if (lists == nullptr) {
     Trace("SdrUtility::InitializeSdrList - Error Allocating Memory", 1);
     return sdr_status::kOutOfMemory;
   }
-  TheSdr().SetLastError(u"");
+  TheSdr().SetLastError("");
   return kSuccess;
 }
 
@@ -91,11 +91,11 @@ std::uint32_t SdrUtility::AHextoUINT32(std::string_view text) {
   return number;
 }
 
-void SdrUtility::DisplayProgress(ProgressStyle style, std::u16string_view text, std::uint32_t current,
+void SdrUtility::DisplayProgress(ProgressStyle style, const char* text, std::uint32_t current,
                                  std::uint32_t total) {
   TraceScope scope("SdrUtility::DisplayProgress");
   const SdrDataSet* set = TheSdr().current;
-  if (set != nullptr && set->progress != nullptr) set->progress(style, text, current, total);
+  if (set != nullptr && set->progress != nullptr) set->progress(style, Widen(text), current, total);
 }
 
 void SdrUtility::DisplayHex(std::span<const std::uint8_t> bytes, File* file) {
@@ -107,6 +107,14 @@ void SdrUtility::WriteOutput(std::u16string_view text) {
   if (TheSdr().output != nullptr) (void)WriteText(*TheSdr().output, text);
 }
 
+void SdrUtility::WriteOutput(const char* text) {
+  WriteOutput(Widen(text));
+}
+
+void SdrUtility::PrintText(const char* text) {
+  PrintText(Widen(text));
+}
+
 void SdrUtility::PrintText(std::u16string_view text) {
   varnok::PrintText(text);
   WriteOutput(text);
@@ -114,11 +122,11 @@ void SdrUtility::PrintText(std::u16string_view text) {
 
 bool SdrUtility::PagingPrompt() {
   TraceScope scope("SdrUtility::PagingPrompt");
-  varnok::PrintText(u"\n[S]top, [N]on-stop, or [M]ore");
+  varnok::PrintText("\n[S]top, [N]on-stop, or [M]ore");
   for (;;) {
     switch (ToUpper(GetKey(0))) {
       case u'M':
-        varnok::PrintText(u"\n\n");
+        varnok::PrintText("\n\n");
         return true;
       case u'N':
         // No line feeds here, unlike the prompt of the other displays.

@@ -29,19 +29,21 @@ std::size_t PositionOfType(std::uint32_t type);
 std::uint32_t AHextoUINT32(std::string_view text);
 
 /// Reports to the current set's progress callback.
-void DisplayProgress(ProgressStyle style, std::u16string_view text, std::uint32_t current = 0,
+void DisplayProgress(ProgressStyle style, const char* text, std::uint32_t current = 0,
                      std::uint32_t total = 0);
 /// Dumps bytes through the current set's callback: on the console, or into `file`.
 void DisplayHex(std::span<const std::uint8_t> bytes, File* file);
 
 /// Shows text on the console and appends it to the open output file.
 void PrintText(std::u16string_view text);
+void PrintText(const char* text);
 /// Appends text to the open output file alone.
 void WriteOutput(std::u16string_view text);
+void WriteOutput(const char* text);
 
 template <class... Arguments>
-void Print(std::u16string_view format, const Arguments&... arguments) {
-  PrintText(Format(format, arguments...));
+void Print(const char* format, const Arguments&... arguments) {
+  PrintText(FormatWide(format, arguments...));
 }
 
 /// Asks whether to go on; false to stop. Non-stop ends the paging.

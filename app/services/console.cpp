@@ -30,8 +30,12 @@ void PrintText(std::u16string_view text) {
   TheFirmware().WriteConsole(shown);
 }
 
-void PrintWith(std::u16string_view format, std::span<const FormatArgument> arguments) {
-  PrintText(FormatWith(format, arguments));
+void PrintText(std::string_view text) {
+  PrintText(Widen(text));
+}
+
+void PrintWith(std::string_view format, std::span<const FormatArgument> arguments) {
+  PrintText(FormatWideWith(format, arguments));
 }
 
 bool IsPagingOn() {
@@ -84,7 +88,7 @@ void DisplayHex(const std::uint8_t* bytes, std::size_t length, File* stream) {
     std::u16string missing(3 * (kRowLength - count), u' ');
     std::u16string characters;
     for (std::size_t i = start; i < start + count; ++i) {
-      dump += Format(u" %02X", bytes[i]);
+      dump += FormatWide(" %02X", bytes[i]);
       // A blank shows as '.', unlike in the trace log.
       characters += bytes[i] >= 33 && bytes[i] <= 126 ? static_cast<char16_t>(bytes[i]) : u'.';
     }
@@ -97,14 +101,14 @@ void DisplayHex(const std::uint8_t* bytes, std::size_t length, File* stream) {
 }
 
 bool PromptMore() {
-  PrintText(u"\n[S]top, [N]on-stop, or [M]ore");
+  PrintText("\n[S]top, [N]on-stop, or [M]ore");
   for (;;) {
     switch (ToUpper(GetKey(0))) {
       case u'M':
-        PrintText(u"\n\n");
+        PrintText("\n\n");
         return true;
       case u'N':
-        PrintText(u"\n\n");
+        PrintText("\n\n");
         SetPaging(false);
         return true;
       case u'S':
@@ -120,16 +124,16 @@ int Dornquist::DisplayProgress(ProgressStyle style, std::u16string_view prefix, 
   TraceScope scope("Dornquist::DisplayProgress");
   switch (style) {
     case ProgressStyle::Text:
-      Print(u"%ls", prefix);
+      Print("%s", prefix);
       break;
     case ProgressStyle::CountOfTotal:
-      Print(u"%ls\r", FormatUpTo(kProgressLength, u"%ls%d of %d.", prefix, current, total));
+      Print("%s\r", FormatUpTo(kProgressLength, "%s%d of %d.", prefix, current, total));
       break;
     case ProgressStyle::Percent:
       if (current < 100)
-        Print(u"%ls\r", FormatUpTo(kProgressLength, u"%ls%d%% Done", prefix, current));
+        Print("%s\r", FormatUpTo(kProgressLength, "%s%d%% Done", prefix, current));
       else
-        Print(u"%ls%d%% Done\n", prefix, 100);
+        Print("%s%d%% Done\n", prefix, 100);
       break;
   }
   return 0;

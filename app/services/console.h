@@ -16,10 +16,12 @@ namespace varnok {
 /// '?', whatever a device, a table or a script holds.
 void PrintText(std::u16string_view text);
 
+void PrintText(std::string_view text);
+
 /// Formats and shows text.
-void PrintWith(std::u16string_view format, std::span<const FormatArgument> arguments);
+void PrintWith(std::string_view format, std::span<const FormatArgument> arguments);
 template <class... Arguments>
-void Print(std::u16string_view format, const Arguments&... arguments) {
+void Print(std::string_view format, const Arguments&... arguments) {
   PrintWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
 }
 

@@ -25,8 +25,7 @@ struct Conversion {
   char letter = 0;
 };
 
-template <class Character>
-std::size_t ReadNumber(std::basic_string_view<Character> format, std::size_t& position) {
+std::size_t ReadNumber(std::string_view format, std::size_t& position) {
   std::size_t number = 0;
   for (; position < format.size() && format[position] >= '0' && format[position] <= '9'; ++position)
     number =
@@ -35,10 +34,9 @@ std::size_t ReadNumber(std::basic_string_view<Character> format, std::size_t& po
 }
 
 /// Reads the conversion after a '%'; `position` ends behind its letter. False when the format ends first.
-template <class Character>
-bool ReadConversion(std::basic_string_view<Character> format, std::size_t& position, Conversion& conversion) {
+bool ReadConversion(std::string_view format, std::size_t& position, Conversion& conversion) {
   for (; position < format.size(); ++position) {
-    Character flag = format[position];
+    char flag = format[position];
     if (flag == '-')
       conversion.leftAlign = true;
     else if (flag == '0')
@@ -60,33 +58,23 @@ bool ReadConversion(std::basic_string_view<Character> format, std::size_t& posit
   for (; position < format.size() && (format[position] == 'l' || format[position] == 'h'); ++position)
     (format[position] == 'l' ? conversion.isLong : conversion.isShort) = true;
   if (position >= format.size()) return false;
-  Character letter = format[position++];
-  conversion.letter = letter < 0x80 ? static_cast<char>(letter) : '\0';
+  conversion.letter = format[position++];
   return true;
 }
 
-template <class Character>
-void AppendText(std::basic_string<Character>& out, std::string_view text) {
-  if constexpr (sizeof(Character) == 1)
-    out.append(text);
-  else
-    out.append(Widen(text));
+std::u16string_view Wide(std::u16string_view text) {
+  return text;
+}
+std::u16string Wide(std::string_view text) {
+  return Widen(text);
 }
 
-template <class Character>
-void AppendText(std::basic_string<Character>& out, std::u16string_view text) {
-  if constexpr (sizeof(Character) == 1)
-    out.append(Narrow(text));
-  else
-    out.append(text);
-}
-
-template <class Character, class Text>
-void AppendPadded(std::basic_string<Character>& out, const Conversion& conversion, Text text) {
+template <class Text>
+void AppendPadded(std::u16string& out, const Conversion& conversion, Text text) {
   std::size_t padding = conversion.width > text.size() ? conversion.width - text.size() : 0;
-  if (!conversion.leftAlign) out.append(padding, Character(' '));
-  AppendText(out, text);
-  if (conversion.leftAlign) out.append(padding, Character(' '));
+  if (!conversion.leftAlign) out.append(padding, u' ');
+  out += Wide(text);
+  if (conversion.leftAlign) out.append(padding, u' ');
 }
 
 std::string Digits(std::uint64_t value, unsigned base, bool upperCase) {
@@ -97,9 +85,7 @@ std::string Digits(std::uint64_t value, unsigned base, bool upperCase) {
   return digits;
 }
 
-template <class Character>
-void AppendInteger(std::basic_string<Character>& out, const Conversion& conversion,
-                   const FormatArgument& argument) {
+void AppendInteger(std::u16string& out, const Conversion& conversion, const FormatArgument& argument) {
   std::string prefix;
   std::string digits;
   if (conversion.letter == 'd' || conversion.letter == 'i') {
@@ -124,9 +110,7 @@ void AppendInteger(std::basic_string<Character>& out, const Conversion& conversi
 }
 
 /// False when the conversion does not fit the argument.
-template <class Character>
-bool AppendArgument(std::basic_string<Character>& out, const Conversion& conversion,
-                    const FormatArgument& argument) {
+bool AppendArgument(std::u16string& out, const Conversion& conversion, const FormatArgument& argument) {
   using Kind = FormatArgument::Kind;
   switch (conversion.letter) {
     case 's': {
@@ -158,35 +142,6 @@ bool AppendArgument(std::basic_string<Character>& out, const Conversion& convers
   }
 }
 
-template <class Character>
-std::basic_string<Character> FormatText(std::basic_string_view<Character> format,
-                                        std::span<const FormatArgument> arguments) {
-  std::basic_string<Character> out;
-  std::size_t next = 0;
-  std::size_t position = 0;
-  while (position < format.size()) {
-    if (format[position] != '%') {
-      out.push_back(format[position++]);
-      continue;
-    }
-    std::size_t start = position++;
-    if (position < format.size() && format[position] == '%') {
-      out.push_back(format[position++]);
-      continue;
-    }
-    Conversion conversion;
-    if (ReadConversion(format, position, conversion) && next < arguments.size() &&
-        AppendArgument(out, conversion, arguments[next])) {
-      ++next;
-    } else {
-      // Only the sign itself stands as text, so that what follows is read anew.
-      out.push_back(format[start]);
-      position = start + 1;
-    }
-  }
-  return out;
-}
-
 }  // namespace
 
 FormatArgument::FormatArgument(const char* text)
@@ -208,12 +163,35 @@ std::int64_t FormatArgument::Signed() const {
   return static_cast<std::int64_t>(bits);
 }
 
-std::u16string FormatWith(std::u16string_view format, std::span<const FormatArgument> arguments) {
-  return FormatText(format, arguments);
+std::u16string FormatWideWith(std::string_view format, std::span<const FormatArgument> arguments) {
+  std::u16string out;
+  std::size_t next = 0;
+  std::size_t position = 0;
+  while (position < format.size()) {
+    if (format[position] != '%') {
+      out.push_back(static_cast<unsigned char>(format[position++]));
+      continue;
+    }
+    std::size_t behindSign = ++position;
+    if (position < format.size() && format[position] == '%') {
+      out.push_back(static_cast<unsigned char>(format[position++]));
+      continue;
+    }
+    Conversion conversion;
+    if (ReadConversion(format, position, conversion) && next < arguments.size() &&
+        AppendArgument(out, conversion, arguments[next])) {
+      ++next;
+    } else {
+      // Only the sign itself stands as text, so that what follows is read anew.
+      out.push_back(u'%');
+      position = behindSign;
+    }
+  }
+  return out;
 }
 
 std::string FormatWith(std::string_view format, std::span<const FormatArgument> arguments) {
-  return FormatText(format, arguments);
+  return Narrow(FormatWideWith(format, arguments));
 }
 
 }  // namespace varnok

@@ -68,14 +68,15 @@ class FormatArgument {
 template <std::size_t count>
 using FormatArguments = std::array<FormatArgument, count>;
 
-std::u16string FormatWith(std::u16string_view format, std::span<const FormatArgument> arguments);
-std::string FormatWith(std::string_view format, std::span<const FormatArgument> arguments);
+std::u16string FormatWideWith(std::string_view format, std::span<const FormatArgument> arguments);
 
-/// Formats 16-bit text.
+/// Formats 16-bit text. The format is 8-bit text, as all texts of the program itself.
 template <class... Arguments>
-std::u16string Format(std::u16string_view format, const Arguments&... arguments) {
-  return FormatWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
+std::u16string FormatWide(std::string_view format, const Arguments&... arguments) {
+  return FormatWideWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
 }
+
+std::string FormatWith(std::string_view format, std::span<const FormatArgument> arguments);
 
 /// Formats 8-bit text; 16-bit arguments are narrowed.
 template <class... Arguments>
@@ -85,8 +86,8 @@ std::string Format(std::string_view format, const Arguments&... arguments) {
 
 /// Formats 16-bit text and keeps at most its first `limit` characters.
 template <class... Arguments>
-std::u16string FormatUpTo(std::size_t limit, std::u16string_view format, const Arguments&... arguments) {
-  std::u16string text = Format(format, arguments...);
+std::u16string FormatUpTo(std::size_t limit, std::string_view format, const Arguments&... arguments) {
+  std::u16string text = FormatWide(format, arguments...);
   if (text.size() > limit) text.resize(limit);
   return text;
 }

@@ -42,7 +42,7 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
 }
 
 void TraceWith(const char* format, std::uint32_t level, std::span<const FormatArgument> arguments) {
-  if (level <= currentLevel) AppendToLog(FormatWith(Widen(format), arguments) + u"\r\n");
+  if (level <= currentLevel) AppendToLog(FormatWideWith(format, arguments) + u"\r\n");
 }
 
 TraceScope::TraceScope(const char* owner, const char* method) : owner_(owner), method_(method) {
@@ -60,14 +60,14 @@ void TraceScope::Write(const char* way) const {
     Trace("%s::%s [%s]", 3, owner_, method_, way);
 }
 
-void TraceHexDump(std::u16string_view title, std::span<const std::uint8_t> buffer, std::size_t length) {
+void TraceHexDump(const char* title, std::span<const std::uint8_t> buffer, std::size_t length) {
   if (currentLevel < 2) return;
-  std::u16string dump = Format(u"%ls\r\n", title);
+  std::u16string dump = FormatWide("%s\r\n", title);
   for (std::size_t start = 0; start < length; start += kRowLength) {
     std::u16string characters;
     for (std::size_t i = start; i < start + kRowLength; ++i) {
       std::uint8_t byte = i < buffer.size() ? buffer[i] : std::uint8_t{0};
-      dump += byte == kFillPattern ? std::u16string(3, u' ') : Format(u" %02X", byte);
+      dump += byte == kFillPattern ? std::u16string(3, u' ') : FormatWide(" %02X", byte);
       characters += byte >= 32 && byte <= 126 ? static_cast<char16_t>(byte) : u'.';
     }
     dump += u'\t' + characters + u"\r\n";

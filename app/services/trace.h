@@ -30,7 +30,7 @@ void Trace(const char* format, std::uint32_t level, const Arguments&... argument
 
 /// At level 2 and above: the title, then rows of 16 bytes. The last row is always full: it shows what follows
 /// `length` in `buffer`, and zeros past its end. A byte CCh shows as blanks.
-void TraceHexDump(std::u16string_view title, std::span<const std::uint8_t> buffer, std::size_t length);
+void TraceHexDump(const char* title, std::span<const std::uint8_t> buffer, std::size_t length);
 
 /// Writes "NAME [ENTRY]" when built and "NAME [EXIT]" when destroyed, at level 3. The name is given whole, or
 /// in parts as "OWNER::METHOD" where the class is known at run time only. The texts must outlive the scope;

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "firmware/firmware.h"
 #include "firmware/uefi/runtime.h"
 
 namespace varnok::uefi {

@@ -50,7 +50,7 @@ class Program : public ::testing::Test {
 TEST_F(Program, UsageOfOnePageWithoutArguments) {
   ExpectStart();
   EXPECT_EQ(Run({}), 1);
-  EXPECT_EQ(machine.console, kBanner + Narrow(kShortUsage));
+  EXPECT_EQ(machine.console, kBanner + kShortUsage);
 }
 
 TEST_F(Program, HelpShowsThreePages) {
@@ -59,8 +59,7 @@ TEST_F(Program, HelpShowsThreePages) {
     IpmiReset();
     ExpectStart();
     EXPECT_EQ(Run({option}), 0) << option;
-    EXPECT_EQ(machine.console,
-              kBanner + Narrow(kShortUsage) + Narrow(kFruAddressUsage) + Narrow(kExamplesUsage));
+    EXPECT_EQ(machine.console, kBanner + kShortUsage + kFruAddressUsage + kExamplesUsage);
   }
 }
 
@@ -89,7 +88,7 @@ TEST_F(Program, InvalidLinesShowTheShortUsage) {
     IpmiReset();
     ExpectStart();
     EXPECT_EQ(Run(line), 1) << ::testing::PrintToString(line);
-    EXPECT_EQ(machine.console, kBanner + kInvalid + Narrow(kShortUsage)) << ::testing::PrintToString(line);
+    EXPECT_EQ(machine.console, kBanner + kInvalid + kShortUsage) << ::testing::PrintToString(line);
   }
 }
 

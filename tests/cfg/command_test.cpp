@@ -66,11 +66,11 @@ TEST_F(Command, DisplayedTextIsBoundedAndHarmlessAsAFormat) {
   EXPECT_EQ(machine.console, "%s %d 50%\n");
   machine.console.clear();
   CCfgCommand::Display("%hs", std::string(600, 'x'));
-  CCfgCommand::Display(u"%ls", std::u16string(2000, u'y'));
+  CCfgCommand::DisplayWide("%ls", std::u16string(2000, u'y'));
   EXPECT_EQ(machine.console, std::string(511, 'x') + std::string(1023, 'y'));
   CCfgCommand::Callbacks().display = nullptr;
   EXPECT_FALSE(CCfgCommand::Display("a"));
-  EXPECT_TRUE(CCfgCommand::Display(u"a"));
+  EXPECT_TRUE(CCfgCommand::DisplayWide("a"));
 }
 
 TEST_F(Command, InputIsEditedEchoedAndBounded) {

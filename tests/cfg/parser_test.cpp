@@ -52,7 +52,7 @@ TEST_F(Parser, LineOfAFailureIsNamedAndTheMessageIsBounded) {
               ::testing::Contains("CCfgParser::ReadFile - Error in reading the configuration file "));
   Load(std::string(250, 'x') + "\n");
   EXPECT_LT(Message().size(), 512u);
-  CCfgParser::SetLastError(u"%ls", std::u16string(600, u'y'));
+  CCfgParser::SetLastError("%ls", std::u16string(600, u'y'));
   EXPECT_EQ(Message(), std::string(511, 'y'));
 }
 
@@ -110,10 +110,10 @@ TEST_F(Parser, LinesReadAreEchoedIntoTheOutputFile) {
 }
 
 TEST_F(Parser, MessageIsHandedOutOnce) {
-  CCfgParser::SetLastError(u"first");
+  CCfgParser::SetLastError("first");
   const char16_t* first = EngineMessage().HandOut();
   ASSERT_NE(first, nullptr);
-  CCfgParser::SetLastError(u"second");
+  CCfgParser::SetLastError("second");
   EXPECT_EQ(std::u16string_view(first), u"first") << "valid until the next call";
   EXPECT_EQ(std::u16string_view(EngineMessage().HandOut()), u"second");
   EXPECT_EQ(EngineMessage().HandOut(), nullptr);

@@ -207,10 +207,10 @@ TEST_F(FruFile, BlocksEndAtTheirLimits) {
   lines.Assign("_SEE_BOARD\n0x\n");
   EXPECT_EQ(CFru::ParseArea("_SEE_BOARD", lines, 0, bytes), fru_status::kBlockCharacter);
   EXPECT_TRUE(bytes.empty());
-  CFru::SetParseAreaErrorMessage(fru_status::kBlockTagMissing, u"Product Info Area", "a.fru");
+  CFru::SetParseAreaErrorMessage(fru_status::kBlockTagMissing, "Product Info Area", "a.fru");
   EXPECT_EQ(LastFruError(),
             "Could not find the start tag for the Product Info Area while parsing the FRU file \"a.fru\".");
-  CFru::SetParseAreaErrorMessage(kSuccess, u"Board Info Area", "a.fru");
+  CFru::SetParseAreaErrorMessage(kSuccess, "Board Info Area", "a.fru");
   EXPECT_EQ(LastFruError().substr(0, 14), "Could not find");
   // Exactly 512 bytes fill a block, and what follows is not looked at.
   lines.Assign("_SEE_INTERNAL\n" + std::string(1024, 'A') + "\nno digits\n");

@@ -129,7 +129,7 @@ TEST_F(Smbios, OutputFileReceivesTheDisplay) {
   EXPECT_EQ(SmbiosDisplay(), kSuccess);
   EXPECT_EQ("Displaying SMBIOS Area...\n" + machine.TextOf("SMB.TMP").substr(1), machine.console);
   std::size_t written = machine.files["SMB.TMP"].size();
-  SmbiosPrint(u"after the display\n");
+  SmbiosPrint("after the display\n");
   EXPECT_EQ(machine.files["SMB.TMP"].size(), written);
 
   machine.console.clear();
@@ -412,9 +412,9 @@ TEST_F(Smbios, FieldsStandAtTheStandardsOffsets) {
 
 TEST(SmbiosText, FormatIsBounded) {
   char16_t buffer[] = u"--------";
-  SmbiosFormat(std::span(buffer, 6), u"%d:%s", 12, "abcdef");
+  SmbiosFormat(std::span(buffer, 6), "%d:%s", 12, "abcdef");
   EXPECT_EQ(std::u16string_view(buffer, 8), std::u16string_view(u"12:ab\0--", 8));
-  SmbiosFormat(std::span(buffer, 0), u"x");
+  SmbiosFormat(std::span(buffer, 0), "x");
   EXPECT_EQ(buffer[0], u'1');
 }
 

@@ -63,7 +63,7 @@ void CompareIntegers(Generator& generator, const std::string& size) {
     auto value = generator.Value<Number>();
     std::string expected = FromLibc(format, value);
     ASSERT_EQ(Format(format, value), expected) << format << " of " << value;
-    ASSERT_EQ(Narrow(Format(Widen(format), value)), expected) << format << " of " << value;
+    ASSERT_EQ(Narrow(FormatWide(format, value)), expected) << format << " of " << value;
   }
 }
 
@@ -85,8 +85,8 @@ TEST(Formatter, TextReadsAsByTheCLibrary) {
     std::string format = "<%" + shape + "s|%%>";
     std::string expected = FromLibc(format, word.c_str());
     ASSERT_EQ(Format(format, word), expected) << format;
-    ASSERT_EQ(Narrow(Format(Widen("<%" + shape + "ls|%%>"), Widen(word))), expected) << format;
-    ASSERT_EQ(Narrow(Format(Widen("<%" + shape + "hs|%%>"), word)), expected) << format;
+    ASSERT_EQ(Narrow(FormatWide("<%" + shape + "ls|%%>", Widen(word))), expected) << format;
+    ASSERT_EQ(Narrow(FormatWide("<%" + shape + "hs|%%>", word)), expected) << format;
     char character = static_cast<char>(32 + generator.Below(95));
     format = "%" + generator.Shape("-", false) + "c";
     ASSERT_EQ(Format(format, character), FromLibc(format, character)) << format;
@@ -98,13 +98,13 @@ TEST(Formatter, ConversionWithoutFittingArgumentStandsAsText) {
   EXPECT_EQ(Format("%d%n%s", 5), "5%n%s");
   EXPECT_EQ(Format("%s", 5), "%s");
   EXPECT_EQ(Format("%d %s", "x"), "%d x");
-  EXPECT_EQ(Format(u"%hs %ls", u"wide", "x"), u"%hs wide");
+  EXPECT_EQ(FormatWide("%hs %ls", u"wide", "x"), u"%hs wide");
   EXPECT_EQ(Format("50% off%"), "50% off%");
   EXPECT_EQ(Format("%5"), "%5");
   EXPECT_EQ(Format("%-08.3l"), "%-08.3l");
   EXPECT_EQ(Format("%999999999999d|", 1).size(), 4097u) << "padding is bounded";
   EXPECT_EQ(Format("%s", static_cast<const char*>(nullptr)), "(null)");
-  EXPECT_EQ(FormatUpTo(4, u"%ls", u"abcdef"), u"abcd");
+  EXPECT_EQ(FormatUpTo(4, "%ls", u"abcdef"), u"abcd");
 }
 
 }  // namespace

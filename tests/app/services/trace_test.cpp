@@ -73,8 +73,8 @@ TEST_F(TraceLog, HexDumpFillsItsLastRow) {
   std::array<std::uint8_t, 20> bytes{0x41, 0xCC, 0x20};
   bytes[16] = 0x7F;
   bytes[17] = 0x7E;
-  TraceHexDump(u"Title", bytes, 17);
-  TraceHexDump(u"Empty", bytes, 0);
+  TraceHexDump("Title", bytes, 17);
+  TraceHexDump("Empty", bytes, 0);
   std::string zeros(3 * 13, ' ');
   for (std::size_t i = 0; i < 13; ++i) zeros.replace(3 * i, 3, " 00");
   EXPECT_EQ(machine.TraceLines(), (Lines{"Title", " 41    20" + zeros + "\tA. .............",
@@ -83,7 +83,7 @@ TEST_F(TraceLog, HexDumpFillsItsLastRow) {
 
 TEST_F(TraceLog, HexDumpNeedsLevelTwo) {
   Select({"-debug1"});
-  TraceHexDump(u"Title", std::array<std::uint8_t, 1>{1}, 1);
+  TraceHexDump("Title", std::array<std::uint8_t, 1>{1}, 1);
   EXPECT_EQ(machine.TraceLines(), Lines{});
 }
 

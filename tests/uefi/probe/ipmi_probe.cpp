@@ -41,9 +41,9 @@ void Receive(IpmiProtocol& protocol, std::uint32_t room) {
   Status status =
       protocol.Receive(&protocol, &netFunction, &lun, &command, &completionCode, data.data(), &length);
   if (status != kSuccess) return AnswerStatus(u"receive", status);
-  Print(u"answer: %02X/%d %02X %02X:", netFunction, lun, command, completionCode);
-  for (std::uint32_t i = 0; i < length; ++i) Print(u" %02X", data[i]);
-  Print(u"%ls\n", data[room] == 0xEE ? u"" : u" OVERRUN");
+  Print("answer: %02X/%d %02X %02X:", netFunction, lun, command, completionCode);
+  for (std::uint32_t i = 0; i < length; ++i) Print(" %02X", data[i]);
+  Print("%ls\n", data[room] == 0xEE ? u"" : u" OVERRUN");
 }
 
 /// send NETFN COMMAND DATA..., and receive with ROOM bytes for data unless the room is "none".

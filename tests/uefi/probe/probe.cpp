@@ -13,7 +13,7 @@ namespace {
 
 int ProbeArguments(int count, char* words[]) {
   Answer(u"count", count);
-  for (int i = 0; i < count; ++i) Print(u"<%hs>\n", words[i]);
+  for (int i = 0; i < count; ++i) Print("<%hs>\n", words[i]);
   Answer(u"end", words[count] == nullptr ? u"null" : u"missing");
   return 0;
 }
@@ -21,16 +21,16 @@ int ProbeArguments(int count, char* words[]) {
 int ProbeText(int, char*[]) {
   // As the display of a long run writes: bare and doubled line ends, rewritten lines, tabs, characters past
   // ASCII.
-  Print(u"one\ntwo\r\nthree\r");
-  Print(u"\nfour\n\nfive\tsix\n%ls\n", u"\u00E9");
-  for (int i = 0; i < 3; ++i) Print(u"progress %d%%\r", i);
-  Print(u"\n%ls\n", std::u16string(100, u'x'));
+  Print("one\ntwo\r\nthree\r");
+  Print("\nfour\n\nfive\tsix\n%ls\n", u"\u00E9");
+  for (int i = 0; i < 3; ++i) Print("progress %d%%\r", i);
+  Print("\n%ls\n", std::u16string(100, u'x'));
   return 0;
 }
 
 int ProbeKeys(int, char* words[]) {
   int count = words[0][0] - '0';
-  Print(u"keys?\n");
+  Print("keys?\n");
   for (int i = 0; i < count; ++i) Answer(u"key", static_cast<std::uint32_t>(GetKey(0)));
   return 0;
 }
@@ -47,7 +47,7 @@ int ProbeVariable(int, char* words[]) {
   if (TheFirmware().GetEnvironmentVariable(words[0], value))
     Answer(u"value", value);
   else
-    Print(u"no variable\n");
+    Print("no variable\n");
   return 0;
 }
 
@@ -136,7 +136,7 @@ constexpr ProbeRow kProbes[] = {
 int Main(int argc, char* argv[]) {
   for (const probe::ProbeRow& row : probe::kProbes)
     if (argc > 1 && row.name == argv[1]) return row.run(argc - 2, argv + 2);
-  Print(u"no such probe\n");
+  Print("no such probe\n");
   return 99;
 }
 

@@ -16,11 +16,13 @@ int ProbeIpmi(int count, char* words[]);
 /// Shows one answer as "name: value".
 template <class Value>
 void Answer(std::u16string_view name, const Value& value) {
-  if constexpr (std::is_integral_v<Value>) Print(u"%ls: %d\n", name, value);
-  else Print(u"%ls: %s\n", name, value);
+  if constexpr (std::is_integral_v<Value>)
+    Print("%ls: %d\n", name, value);
+  else
+    Print("%ls: %s\n", name, value);
 }
 inline void AnswerStatus(std::u16string_view name, Status status) {
-  Print(u"%ls: status %X\n", name, status);
+  Print("%ls: status %X\n", name, status);
 }
 
 }  // namespace varnok::probe
