@@ -27,8 +27,8 @@ bool HasScriptExtension(std::u16string_view name) {
 
 }  // namespace
 
-void CCfgParser::SetLastErrorWith(const char* format, std::span<const FormatArgument> arguments) {
-  EngineMessage().Set(FormatWideWith(format, arguments));
+void CCfgParser::SetLastErrorWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  EngineMessage().Set(FormatWideWith(format, arguments, count));
 }
 
 CCfgParser::~CCfgParser() {

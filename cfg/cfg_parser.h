@@ -70,9 +70,10 @@ class CCfgParser {
   /// Sets the engine's message, at most 511 characters.
   template <class... Arguments>
   static void SetLastError(const char* format, const Arguments&... arguments) {
-    SetLastErrorWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
+    const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+    SetLastErrorWith(format, list.data(), list.size());
   }
-  static void SetLastErrorWith(const char* format, std::span<const FormatArgument> arguments);
+  static void SetLastErrorWith(const char* format, const FormatArgument* arguments, std::size_t count);
   static std::u16string_view GetLastError() { return EngineMessage().Current(); }
 
   /// The directory of the script with its last separator; empty before a script was named.

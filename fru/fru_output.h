@@ -28,7 +28,8 @@ class FruOutput {
 
   template <class... Arguments>
   void Print(const char* format, const Arguments&... arguments) {
-    PrintWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
+    const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+    PrintWith(format, list.data(), list.size());
   }
 
   /// The storage kind behind `prefix`, or that it is none.
@@ -41,7 +42,7 @@ class FruOutput {
   }
 
  private:
-  void PrintWith(const char* format, std::span<const FormatArgument> arguments);
+  void PrintWith(const char* format, const FormatArgument* arguments, std::size_t count);
 
   std::unique_ptr<File> file_;
 };

@@ -26,8 +26,8 @@ void SetFruError(const char* text) {
   SetFruError(Widen(text));
 }
 
-void ReportFruErrorWith(const char* format, std::span<const FormatArgument> arguments) {
-  SetFruError(FormatWideWith(format, arguments));
+void ReportFruErrorWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  SetFruError(FormatWideWith(format, arguments, count));
 }
 
 }  // namespace varnok

@@ -28,11 +28,12 @@ FruSession& TheFruSession();
 /// Sets the last-error text, cut to its buffer.
 void SetFruError(std::u16string_view text);
 void SetFruError(const char* text);
-void ReportFruErrorWith(const char* format, std::span<const FormatArgument> arguments);
+void ReportFruErrorWith(const char* format, const FormatArgument* arguments, std::size_t count);
 
 template <class... Arguments>
 void ReportFruError(const char* format, const Arguments&... arguments) {
-  ReportFruErrorWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  ReportFruErrorWith(format, list.data(), list.size());
 }
 
 /// Last-error texts that more than one place reports.

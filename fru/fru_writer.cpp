@@ -33,8 +33,8 @@ const char* FindNvsTypeName(std::uint32_t nvsType) {
   return nvsType < std::size(kNvsTypeNames) ? kNvsTypeNames[nvsType] : nullptr;
 }
 
-void FruOutput::PrintWith(const char* format, std::span<const FormatArgument> arguments) {
-  std::u16string text = FormatWideWith(format, arguments);
+void FruOutput::PrintWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  std::u16string text = FormatWideWith(format, arguments, count);
   PrintText(text);
   if (file_ != nullptr) (void)WriteText(*file_, text);
 }

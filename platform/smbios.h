@@ -43,13 +43,13 @@ const char16_t* SmbiosGetLastErrorMessage();
 void SmbiosPrintText(std::u16string_view text);
 
 template <class... Arguments>
-void SmbiosPrint(std::string_view format, const Arguments&... arguments) {
+void SmbiosPrint(const char* format, const Arguments&... arguments) {
   SmbiosPrintText(FormatWide(format, arguments...));
 }
 
 /// Formats into `buffer`, cut to its size with the NUL that ends it; nothing is written to an empty one.
 template <class... Arguments>
-void SmbiosFormat(std::span<char16_t> buffer, std::string_view format, const Arguments&... arguments) {
+void SmbiosFormat(std::span<char16_t> buffer, const char* format, const Arguments&... arguments) {
   if (buffer.empty()) return;
   std::u16string text = FormatUpTo(buffer.size() - 1, format, arguments...);
   *std::copy(text.begin(), text.end(), buffer.begin()) = u'\0';

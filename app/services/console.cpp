@@ -30,12 +30,12 @@ void PrintText(std::u16string_view text) {
   TheFirmware().WriteConsole(shown);
 }
 
-void PrintText(std::string_view text) {
+void PrintText(const char* text) {
   PrintText(Widen(text));
 }
 
-void PrintWith(std::string_view format, std::span<const FormatArgument> arguments) {
-  PrintText(FormatWideWith(format, arguments));
+void PrintWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  PrintText(FormatWideWith(format, arguments, count));
 }
 
 bool IsPagingOn() {

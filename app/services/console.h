@@ -16,13 +16,14 @@ namespace varnok {
 /// '?', whatever a device, a table or a script holds.
 void PrintText(std::u16string_view text);
 
-void PrintText(std::string_view text);
+void PrintText(const char* text);
 
 /// Formats and shows text.
-void PrintWith(std::string_view format, std::span<const FormatArgument> arguments);
+void PrintWith(const char* format, const FormatArgument* arguments, std::size_t count);
 template <class... Arguments>
-void Print(std::string_view format, const Arguments&... arguments) {
-  PrintWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
+void Print(const char* format, const Arguments&... arguments) {
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  PrintWith(format, list.data(), list.size());
 }
 
 /// The paging flag: long displays stop at every page while it is set. No option sets it today.

@@ -163,22 +163,23 @@ std::int64_t FormatArgument::Signed() const {
   return static_cast<std::int64_t>(bits);
 }
 
-std::u16string FormatWideWith(std::string_view format, std::span<const FormatArgument> arguments) {
+std::u16string FormatWideWith(const char* format, const FormatArgument* arguments, std::size_t count) {
   std::u16string out;
+  std::string_view text(format);
   std::size_t next = 0;
   std::size_t position = 0;
-  while (position < format.size()) {
-    if (format[position] != '%') {
-      out.push_back(static_cast<unsigned char>(format[position++]));
+  while (position < text.size()) {
+    if (text[position] != '%') {
+      out.push_back(static_cast<unsigned char>(text[position++]));
       continue;
     }
     std::size_t behindSign = ++position;
-    if (position < format.size() && format[position] == '%') {
-      out.push_back(static_cast<unsigned char>(format[position++]));
+    if (position < text.size() && text[position] == '%') {
+      out.push_back(static_cast<unsigned char>(text[position++]));
       continue;
     }
     Conversion conversion;
-    if (ReadConversion(format, position, conversion) && next < arguments.size() &&
+    if (ReadConversion(text, position, conversion) && next < count &&
         AppendArgument(out, conversion, arguments[next])) {
       ++next;
     } else {
@@ -190,8 +191,8 @@ std::u16string FormatWideWith(std::string_view format, std::span<const FormatArg
   return out;
 }
 
-std::string FormatWith(std::string_view format, std::span<const FormatArgument> arguments) {
-  return Narrow(FormatWideWith(format, arguments));
+std::string FormatWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  return Narrow(FormatWideWith(format, arguments, count));
 }
 
 }  // namespace varnok

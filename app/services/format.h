@@ -63,30 +63,32 @@ class FormatArgument {
   };
 };
 
-/// The arguments of one call. What formats stands out of line and takes them as a span, since there are
-/// hundreds of calls.
+/// The arguments of one call. What formats stands out of line and takes them by address and number, which go
+/// in registers, since there are hundreds of calls.
 template <std::size_t count>
 using FormatArguments = std::array<FormatArgument, count>;
 
-std::u16string FormatWideWith(std::string_view format, std::span<const FormatArgument> arguments);
+std::u16string FormatWideWith(const char* format, const FormatArgument* arguments, std::size_t count);
 
 /// Formats 16-bit text. The format is 8-bit text, as all texts of the program itself.
 template <class... Arguments>
-std::u16string FormatWide(std::string_view format, const Arguments&... arguments) {
-  return FormatWideWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
+std::u16string FormatWide(const char* format, const Arguments&... arguments) {
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  return FormatWideWith(format, list.data(), list.size());
 }
 
-std::string FormatWith(std::string_view format, std::span<const FormatArgument> arguments);
+std::string FormatWith(const char* format, const FormatArgument* arguments, std::size_t count);
 
 /// Formats 8-bit text; 16-bit arguments are narrowed.
 template <class... Arguments>
-std::string Format(std::string_view format, const Arguments&... arguments) {
-  return FormatWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
+std::string Format(const char* format, const Arguments&... arguments) {
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  return FormatWith(format, list.data(), list.size());
 }
 
 /// Formats 16-bit text and keeps at most its first `limit` characters.
 template <class... Arguments>
-std::u16string FormatUpTo(std::size_t limit, std::string_view format, const Arguments&... arguments) {
+std::u16string FormatUpTo(std::size_t limit, const char* format, const Arguments&... arguments) {
   std::u16string text = FormatWide(format, arguments...);
   if (text.size() > limit) text.resize(limit);
   return text;

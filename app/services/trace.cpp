@@ -41,9 +41,15 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   return currentLevel;
 }
 
-void TraceWith(const char* format, std::uint32_t level, std::span<const FormatArgument> arguments) {
-  if (level <= currentLevel) AppendToLog(FormatWideWith(format, arguments) + u"\r\n");
+void TraceWith(const char* format, std::uint32_t level, const FormatArgument* arguments, std::size_t count) {
+  if (level <= currentLevel) AppendToLog(FormatWideWith(format, arguments, count) + u"\r\n");
 }
+
+void Trace(const char* text, std::uint32_t level) {
+  TraceWith(text, level, nullptr, 0);
+}
+
+TraceScope::TraceScope(const char* name) : TraceScope(nullptr, name) {}
 
 TraceScope::TraceScope(const char* owner, const char* method) : owner_(owner), method_(method) {
   Write("ENTRY");

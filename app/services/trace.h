@@ -21,11 +21,15 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]);
 
 /// Appends one formatted line to the log when the level is at least `level`; below it nothing is formatted.
 /// The line is dropped when the log cannot be opened.
-void TraceWith(const char* format, std::uint32_t level, std::span<const FormatArgument> arguments);
+void TraceWith(const char* format, std::uint32_t level, const FormatArgument* arguments, std::size_t count);
+
+/// The same for a line that has no arguments, as most.
+void Trace(const char* text, std::uint32_t level);
 
 template <class... Arguments>
 void Trace(const char* format, std::uint32_t level, const Arguments&... arguments) {
-  TraceWith(format, level, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  TraceWith(format, level, list.data(), list.size());
 }
 
 /// At level 2 and above: the title, then rows of 16 bytes. The last row is always full: it shows what follows
@@ -37,7 +41,7 @@ void TraceHexDump(const char* title, std::span<const std::uint8_t> buffer, std::
 /// literals do.
 class TraceScope {
  public:
-  explicit TraceScope(const char* name) : TraceScope(nullptr, name) {}
+  explicit TraceScope(const char* name);
   TraceScope(const char* owner, const char* method);
   ~TraceScope();
   TraceScope(const TraceScope&) = delete;
