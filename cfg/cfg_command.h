@@ -98,7 +98,7 @@ class CCfgCommand {
   /// The same, but at most 511 characters; false when no callback is set. Text of a script is harmless as a
   /// format: a conversion without an argument shows as it stands.
   template <class... Arguments>
-  static bool Display(const char* format, const Arguments&... arguments) {
+  static bool Display(std::string_view format, const Arguments&... arguments) {
     return Show(Format(format, arguments...));
   }
 

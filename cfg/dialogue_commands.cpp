@@ -25,7 +25,7 @@ Status CCfgDisplay::ReadFromFile(CFileCfg& file) {
 
 Status CCfgDisplay::Process() {
   TraceScope scope("CCfgDisplay::Process");
-  Display(text_.c_str());
+  Display(text_);
   Display("\n");
   return kSuccess;
 }
@@ -78,7 +78,7 @@ Status CCfgPrompt::Process() {
     Trace("CCfgPrompt::Process - The question is empty", 1);
     return cfg_status::kBadValue;
   }
-  Display(question_.c_str());
+  Display(question_);
   Display(" ");
   // Input that fails leaves no N behind: it counts as a yes.
   const std::optional<std::string>& tag = ToUpper(ReadYesOrNo()) == 'N' ? noTag_ : yesTag_;

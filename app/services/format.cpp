@@ -163,23 +163,22 @@ std::int64_t FormatArgument::Signed() const {
   return static_cast<std::int64_t>(bits);
 }
 
-std::u16string FormatWideWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+std::u16string FormatWideWith(std::string_view format, const FormatArgument* arguments, std::size_t count) {
   std::u16string out;
-  std::string_view text(format);
   std::size_t next = 0;
   std::size_t position = 0;
-  while (position < text.size()) {
-    if (text[position] != '%') {
-      out.push_back(static_cast<unsigned char>(text[position++]));
+  while (position < format.size()) {
+    if (format[position] != '%') {
+      out.push_back(static_cast<unsigned char>(format[position++]));
       continue;
     }
     std::size_t behindSign = ++position;
-    if (position < text.size() && text[position] == '%') {
-      out.push_back(static_cast<unsigned char>(text[position++]));
+    if (position < format.size() && format[position] == '%') {
+      out.push_back(static_cast<unsigned char>(format[position++]));
       continue;
     }
     Conversion conversion;
-    if (ReadConversion(text, position, conversion) && next < count &&
+    if (ReadConversion(format, position, conversion) && next < count &&
         AppendArgument(out, conversion, arguments[next])) {
       ++next;
     } else {
@@ -191,7 +190,11 @@ std::u16string FormatWideWith(const char* format, const FormatArgument* argument
   return out;
 }
 
-std::string FormatWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+std::u16string FormatWideWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  return FormatWideWith(std::string_view(format), arguments, count);
+}
+
+std::string FormatWith(std::string_view format, const FormatArgument* arguments, std::size_t count) {
   return Narrow(FormatWideWith(format, arguments, count));
 }
 

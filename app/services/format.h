@@ -69,6 +69,7 @@ template <std::size_t count>
 using FormatArguments = std::array<FormatArgument, count>;
 
 std::u16string FormatWideWith(const char* format, const FormatArgument* arguments, std::size_t count);
+std::u16string FormatWideWith(std::string_view format, const FormatArgument* arguments, std::size_t count);
 
 /// Formats 16-bit text. The format is 8-bit text, as all texts of the program itself.
 template <class... Arguments>
@@ -77,11 +78,11 @@ std::u16string FormatWide(const char* format, const Arguments&... arguments) {
   return FormatWideWith(format, list.data(), list.size());
 }
 
-std::string FormatWith(const char* format, const FormatArgument* arguments, std::size_t count);
+std::string FormatWith(std::string_view format, const FormatArgument* arguments, std::size_t count);
 
-/// Formats 8-bit text; 16-bit arguments are narrowed.
+/// Formats 8-bit text; 16-bit arguments are narrowed. The format may be text of a script, with zeros in it.
 template <class... Arguments>
-std::string Format(const char* format, const Arguments&... arguments) {
+std::string Format(std::string_view format, const Arguments&... arguments) {
   const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
   return FormatWith(format, list.data(), list.size());
 }

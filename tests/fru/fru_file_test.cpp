@@ -144,7 +144,7 @@ TEST_F(FruFile, EachFailureHasItsTextAndStatus) {
     std::string content;
     std::string message;
   };
-  auto value = [&](std::string_view name) { return Format(unusable.c_str(), name); };
+  auto value = [&](std::string_view name) { return Format(unusable, name); };
   const Case cases[] = {
       {With("'board.fru'", "board.fru"), value("Load file name")},
       {With("'1.2'", "'1.2"), value("Load file version")},

@@ -62,7 +62,7 @@ void CompareIntegers(Generator& generator, const std::string& size) {
     std::string format = "a%" + generator.Shape(flags, true) + size + letter + "b";
     auto value = generator.Value<Number>();
     std::string expected = FromLibc(format, value);
-    ASSERT_EQ(Format(format.c_str(), value), expected) << format << " of " << value;
+    ASSERT_EQ(Format(format, value), expected) << format << " of " << value;
     ASSERT_EQ(Narrow(FormatWide(format.c_str(), value)), expected) << format << " of " << value;
   }
 }
@@ -84,12 +84,12 @@ TEST(Formatter, TextReadsAsByTheCLibrary) {
     std::string word = generator.Word();
     std::string format = "<%" + shape + "s|%%>";
     std::string expected = FromLibc(format, word.c_str());
-    ASSERT_EQ(Format(format.c_str(), word), expected) << format;
+    ASSERT_EQ(Format(format, word), expected) << format;
     ASSERT_EQ(Narrow(FormatWide(("<%" + shape + "ls|%%>").c_str(), Widen(word))), expected) << format;
     ASSERT_EQ(Narrow(FormatWide(("<%" + shape + "hs|%%>").c_str(), word)), expected) << format;
     char character = static_cast<char>(32 + generator.Below(95));
     format = "%" + generator.Shape("-", false) + "c";
-    ASSERT_EQ(Format(format.c_str(), character), FromLibc(format, character)) << format;
+    ASSERT_EQ(Format(format, character), FromLibc(format, character)) << format;
   }
 }
 
