@@ -185,6 +185,17 @@ TEST_F(Board, ValidationAnswersByItsTag) {
   EXPECT_EQ(machine.console, "damaged\n");
 }
 
+TEST_F(Board, DeviceThatCannotBeReadLeavesOtherBlocksTheirAddress) {
+  const std::string change = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT ";
+  const std::string validate = "FRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA Board VALIDATE OK\n";
+  std::string spare = Content("spare.bin");
+  EXPECT_EQ(Run(change + "ASSET-000500\n" + validate), 0) << message;
+  EXPECT_THAT(Content("board.bin"), HasSubstr("ASSET-000500"));
+  EXPECT_EQ(Run(validate + change + "ASSET-000600\n"), 0) << message;
+  EXPECT_THAT(Content("board.bin"), HasSubstr("ASSET-000600"));
+  EXPECT_EQ(Content("spare.bin"), spare);
+}
+
 TEST_F(Board, OtherDevicesAreReachedByTheirAddress) {
   EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUADDRESS AT24C02 03 A0\nFRUAREA Product\nFRUFIELD P# VW-PS800-R5\n"), 0)
       << message;
