@@ -34,8 +34,10 @@ class HostFirmware : public Firmware {
 // Exit statuses of what can only happen here, in the program's own numbering.
 inline constexpr int kInputEndedStatus = 2;  ///< the console's input ended while the program waited for a key
 inline constexpr int kNoBoardStatus = 9;     ///< the board cannot be opened
+inline constexpr int kLargestStatus = 255;   ///< stands for every status that Linux cannot hand on
 
-/// Runs the program over `machine` with Linux's UTF-8 arguments; returns its exit status.
+/// Runs the program over `machine` with Linux's UTF-8 arguments; returns its exit status, at most
+/// kLargestStatus.
 int RunProgram(Machine& machine, int argc, char* argv[]);
 
 }  // namespace varnok::host
