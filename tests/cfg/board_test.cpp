@@ -181,8 +181,12 @@ TEST_F(Board, ValidationAnswersByItsTag) {
   EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Board VALIDATE OK\n" + show), 0);
   EXPECT_EQ(machine.console, "sound\n");
   // The spare device is blank: it cannot be read at all, which is no failure here.
-  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA Board VALIDATE OK\n" + show), 0);
-  EXPECT_EQ(machine.console, "damaged\n");
+  for (std::string area : {"Board", "Header", "MultiRec 1"}) {
+    EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA " + area + " VALIDATE OK\n" + show), 0);
+    EXPECT_EQ(machine.console, "damaged\n") << area;
+  }
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Header VALIDATE OK\n" + show), 0);
+  EXPECT_EQ(machine.console, "sound\n");
 }
 
 TEST_F(Board, DeviceThatCannotBeReadLeavesOtherBlocksTheirAddress) {
