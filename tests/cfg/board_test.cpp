@@ -189,6 +189,11 @@ TEST_F(Board, ValidationAnswersByItsTag) {
   EXPECT_EQ(machine.console, "sound\n");
 }
 
+TEST_F(Board, FieldBehindAValidationDoesNotReachAnotherArea) {
+  ExpectFailure("FRUNAME SYSTEM\nFRUAREA Chassis\nFRUAREA Board VALIDATE OK\nFRUFIELD P# VW-S2-MB-R5\n", 7,
+                "An unexpected error occurred while accessing FRUs.");
+}
+
 TEST_F(Board, DeviceThatCannotBeReadLeavesOtherBlocksTheirAddress) {
   const std::string change = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT ";
   const std::string validate = "FRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA Board VALIDATE OK\n";
