@@ -112,7 +112,7 @@ class CCfgParser {
   CommandList commands_;
   UpdateFileList updateFiles_;
   UpdateList updates_;
-  std::size_t sdrUpdates_ = 0;  ///< SDRNAME entries in updates_
+  std::list<UpdateList::iterator> sdrUpdates_;  ///< the SDRNAME entries of updates_, in order of registration
   bool hasFruUpdate_ = false;
   bool isProcessed_ = false;
   bool isRefreshRequested_ = false;

@@ -32,6 +32,10 @@ class BoardMachine : public TestFirmware {
   std::unique_ptr<sim::Board> board;
 };
 
+const std::string kUpdated =
+    "\nThe system has been updated successfully.\n"
+    "\nA system reset is required for the update to take effect.\n\n";
+
 class BoardScript : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -73,6 +77,22 @@ class BoardScript : public ::testing::Test {
     int status = program.Execute();
     message = program.LastErrorMessage() != nullptr ? Narrow(program.LastErrorMessage()) : "";
     return status;
+  }
+
+  static std::string Sample(const std::string& name) {
+    return ReadHostFile(std::filesystem::path(VARNOK_SAMPLES) / name);
+  }
+  /// The bytes of one of the board's images.
+  std::string Content(const std::string& image) {
+    auto bytes = machine.board->Images().Find(image)->Content();
+    return std::string(bytes.begin(), bytes.end());
+  }
+  /// How often a request went out: net function, LUN and command as the traffic log shows them.
+  int RequestCount(const std::string& request) {
+    std::string traffic = Traffic();
+    int count = 0;
+    for (std::size_t at = 0; (at = traffic.find("> 20 " + request, at)) != std::string::npos; ++at) ++count;
+    return count;
   }
 
   std::string Image(const std::string& name) { return ReadHostFile(folder_ / name); }
