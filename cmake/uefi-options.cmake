@@ -4,7 +4,7 @@
 add_library(varnok_uefi_options INTERFACE)
 target_include_directories(varnok_uefi_options SYSTEM INTERFACE /usr/include/efi /usr/include/efi/x86_64)
 target_compile_options(varnok_uefi_options INTERFACE
-  -Os -flto -ffreestanding -fno-threadsafe-statics -fno-asynchronous-unwind-tables -fno-stack-protector -mno-red-zone
+  -Oz -flto -ffreestanding -fno-threadsafe-statics -fno-asynchronous-unwind-tables -fno-stack-protector -mno-red-zone
   -mno-stack-arg-probe -fno-strict-aliasing -ffunction-sections -fdata-sections)
 target_compile_definitions(varnok_uefi_options INTERFACE _GLIBCXX_EXTERN_TEMPLATE=0)
 
@@ -15,7 +15,7 @@ set(CMAKE_CXX_STANDARD_LIBRARIES "-lstdc++ -lgcc")
 function(varnok_uefi_image target output subsystem)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME ${output} SUFFIX ""
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
-  target_link_options(${target} PRIVATE -nostdlib -static -s -Os -flto -flto-partition=one -Wl,--subsystem,${subsystem} -Wl,-e,efi_main
+  target_link_options(${target} PRIVATE -nostdlib -static -s -Oz -flto -flto-partition=one -Wl,--subsystem,${subsystem} -Wl,-e,efi_main
     -Wl,-T,${PROJECT_SOURCE_DIR}/cmake/uefi-image.ld -Wl,--gc-sections -Wl,--dynamicbase -Wl,--no-insert-timestamp)
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/uefi-image.ld)
   target_link_libraries(${target} PRIVATE varnok_core_options ${ARGN})

@@ -84,15 +84,19 @@ void FruData::Reset() {
 }
 
 Status FruData::SetProgressCallback(ProgressCallback callback) {
+  constexpr std::u16string_view kOperation = u"FruData::SetProgressCallback";
+  TraceScope scope(kOperation);
   FruManager* manager = nullptr;
-  Status status = CheckFruManager(u"FruData::SetProgressCallback", manager);
+  Status status = CheckFruManager(kOperation, manager);
   if (status == kSuccess) TheFruSession().progress = callback;
   return status;
 }
 
 Status FruData::SetDisplayHexCallback(DisplayHexCallback callback) {
+  constexpr std::u16string_view kOperation = u"FruData::SetDisplayHexCallback";
+  TraceScope scope(kOperation);
   FruManager* manager = nullptr;
-  Status status = CheckFruManager(u"FruData::SetDisplayHexCallback", manager);
+  Status status = CheckFruManager(kOperation, manager);
   if (status == kSuccess) TheFruSession().displayHex = callback;
   return status;
 }
@@ -108,20 +112,28 @@ Status FruData::SetOutputFile(std::string_view fileName) {
 }
 
 Status FruData::SetPagingMode(bool on) {
+  constexpr std::u16string_view kOperation = u"FruData::SetPagingMode";
+  TraceScope scope(kOperation);
   FruManager* manager = nullptr;
-  Status status = CheckFruManager(u"FruData::SetPagingMode", manager);
+  Status status = CheckFruManager(kOperation, manager);
   if (status == kSuccess) TheFruSession().isPagingOn = on;
   return status;
 }
 
 void FruData::SetLastError(std::u16string_view text) {
+  TraceScope scope(u"FruData::SetLastError");
   SetFruError(text);
 }
 
 Status FruData::GetLastErrorMessage(const char16_t*& text) {
+  constexpr std::u16string_view kOperation = u"FruData::GetLastErrorMessage";
+  TraceScope scope(kOperation);
   FruSession& session = TheFruSession();
   text = session.lastError[0] == u'\0' ? nullptr : session.lastError.data();
-  return kSuccess;
+  if (TheFruManager() != nullptr) return kSuccess;
+  // The text is given all the same: it tells of the call that came too early.
+  Trace(u"%ls - Unexpected", 1, kOperation);
+  return fru_status::kNotInitialized;
 }
 
 // --- Images ---

@@ -38,7 +38,7 @@ Status SetPagingMode(bool on);
 
 /// Keeps at most 511 characters of `text`.
 void SetLastError(std::u16string_view text);
-/// The text of the last failure, null when there was none.
+/// The text of the last failure, null when there was none; given before the start too, with kNotInitialized.
 Status GetLastErrorMessage(const char16_t*& text);
 
 // --- Images ---

@@ -181,7 +181,6 @@ class FruFileReader {
     }
     lines_.CutAt("//");
     lines_.Trim();
-    // A step may move `line_` past the lines that it takes.
     for (; line_ < lines_.LineCount() && step_ != Step::Done; ++line_)
       if (Status status = TakeLine(); status != kSuccess) return status;
     if (step_ == Step::Done) return kSuccess;
@@ -210,7 +209,7 @@ class FruFileReader {
       case Step::AddressOrCommon:
         return TakeAddressKeyOrCommon();
       case Step::Areas:
-        return Holds(kAreaBlocks[area_].tag) ? TakeArea() : kSuccess;
+        return OpensAwaitedArea() ? TakeArea() : kSuccess;
       case Step::Done:
         break;
     }
@@ -303,15 +302,22 @@ class FruFileReader {
     return kSuccess;
   }
 
-  /// The bytes of the block that the present line opens; the walk goes on behind its data lines.
+  /// The bytes of the block that the present line opens.
   Status TakeBlock(std::span<const std::uint8_t>& bytes) {
     const AreaBlock& block = kAreaBlocks[area_];
     if (Status status = CFru::ParseArea(block.tag, lines_, line_, bytes); status != kSuccess) {
       CFru::SetParseAreaErrorMessage(status, block.name, fileName_);
       return Fail(u"Area Parse Error", fru_status::kFileNotParsed);
     }
-    line_ = SkipBlock(lines_, line_) - 1;
+    blockEnd_ = SkipBlock(lines_, line_);
     return kSuccess;
+  }
+
+  /// Among the data lines of the block before, a tag in quotes is data; one with quotes behind it is a tag.
+  bool OpensAwaitedArea() const {
+    std::string_view line = lines_.Line(line_);
+    std::size_t tag = line.find(kAreaBlocks[area_].tag);
+    return tag != std::string_view::npos && (line_ >= blockEnd_ || tag < line.find('\''));
   }
 
   void AwaitNextArea() {
@@ -336,6 +342,7 @@ class FruFileReader {
   std::string_view fileName_;
   PreparedText lines_;
   std::size_t line_ = 0;
+  std::size_t blockEnd_ = 0;  ///< the line behind the data lines of the last block
   Step step_ = Step::Header;
   std::size_t headerKey_ = 0;
   std::size_t addressKey_ = 0;

@@ -30,6 +30,10 @@ void PrintText(std::u16string_view text) {
   TheFirmware().WriteConsole(shown);
 }
 
+void PrintWith(std::u16string_view format, std::span<const FormatArgument> arguments) {
+  PrintText(FormatWith(format, arguments));
+}
+
 bool IsPagingOn() {
   return pagingOn;
 }

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -16,9 +17,10 @@ namespace varnok {
 void PrintText(std::u16string_view text);
 
 /// Formats and shows text.
+void PrintWith(std::u16string_view format, std::span<const FormatArgument> arguments);
 template <class... Arguments>
 void Print(std::u16string_view format, const Arguments&... arguments) {
-  PrintText(Format(format, arguments...));
+  PrintWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
 }
 
 /// The paging flag: long displays stop at every page while it is set. No option sets it today.

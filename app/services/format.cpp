@@ -189,6 +189,12 @@ std::basic_string<Character> FormatText(std::basic_string_view<Character> format
 
 }  // namespace
 
+FormatArgument::FormatArgument(const char* text)
+    : FormatArgument(text == nullptr ? std::string_view("(null)") : std::string_view(text)) {}
+
+FormatArgument::FormatArgument(const char16_t* text)
+    : FormatArgument(text == nullptr ? std::u16string_view(u"(null)") : std::u16string_view(text)) {}
+
 std::uint64_t FormatArgument::Bits() const {
   return bytes_ >= 8 ? number_ : number_ & ((std::uint64_t{1} << (8 * bytes_)) - 1);
 }

@@ -23,7 +23,7 @@ namespace varnok {
 /// One argument of a format call; refers to text, never owns it.
 class FormatArgument {
  public:
-  enum class Kind { Integer, Character, Text8, Text16 };
+  enum class Kind : std::uint8_t { Integer, Character, Text8, Text16 };
 
   template <std::integral Number>
   requires(!std::same_as<Number, char> && !std::same_as<Number, char16_t>) FormatArgument(Number number)
@@ -33,18 +33,17 @@ class FormatArgument {
         number_(static_cast<std::uint64_t>(number)) {}
   FormatArgument(char character) : kind_(Kind::Character), number_(static_cast<unsigned char>(character)) {}
   FormatArgument(char16_t character) : kind_(Kind::Character), number_(character) {}
-  FormatArgument(std::string_view text) : kind_(Kind::Text8), text8_(text) {}
+  FormatArgument(std::string_view text) : kind_(Kind::Text8), length_(text.size()), text8_(text.data()) {}
   FormatArgument(const std::string& text) : FormatArgument(std::string_view(text)) {}
-  FormatArgument(const char* text)
-      : FormatArgument(text == nullptr ? std::string_view("(null)") : std::string_view(text)) {}
-  FormatArgument(std::u16string_view text) : kind_(Kind::Text16), text16_(text) {}
+  FormatArgument(const char* text);
+  FormatArgument(std::u16string_view text)
+      : kind_(Kind::Text16), length_(text.size()), text16_(text.data()) {}
   FormatArgument(const std::u16string& text) : FormatArgument(std::u16string_view(text)) {}
-  FormatArgument(const char16_t* text)
-      : FormatArgument(text == nullptr ? std::u16string_view(u"(null)") : std::u16string_view(text)) {}
+  FormatArgument(const char16_t* text);
 
   Kind kind() const { return kind_; }
-  std::string_view text8() const { return text8_; }
-  std::u16string_view text16() const { return text16_; }
+  std::string_view text8() const { return {text8_, length_}; }
+  std::u16string_view text16() const { return {text16_, length_}; }
   char16_t character() const { return static_cast<char16_t>(number_); }
 
   /// The bits of an integer or the number of a character, without sign extension past the type's own width.
@@ -55,11 +54,19 @@ class FormatArgument {
  private:
   Kind kind_;
   bool isNegative_ = false;
-  std::size_t bytes_ = 4;
-  std::uint64_t number_ = 0;
-  std::string_view text8_;
-  std::u16string_view text16_;
+  std::uint8_t bytes_ = 4;
+  std::size_t length_ = 0;
+  union {
+    std::uint64_t number_;
+    const char* text8_;
+    const char16_t* text16_;
+  };
 };
+
+/// The arguments of one call. What formats stands out of line and takes them as a span, since there are
+/// hundreds of calls.
+template <std::size_t count>
+using FormatArguments = std::array<FormatArgument, count>;
 
 std::u16string FormatWith(std::u16string_view format, std::span<const FormatArgument> arguments);
 std::string FormatWith(std::string_view format, std::span<const FormatArgument> arguments);
@@ -67,13 +74,13 @@ std::string FormatWith(std::string_view format, std::span<const FormatArgument> 
 /// Formats 16-bit text.
 template <class... Arguments>
 std::u16string Format(std::u16string_view format, const Arguments&... arguments) {
-  return FormatWith(format, std::array<FormatArgument, sizeof...(Arguments)>{FormatArgument(arguments)...});
+  return FormatWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
 }
 
 /// Formats 8-bit text; 16-bit arguments are narrowed.
 template <class... Arguments>
 std::string Format(std::string_view format, const Arguments&... arguments) {
-  return FormatWith(format, std::array<FormatArgument, sizeof...(Arguments)>{FormatArgument(arguments)...});
+  return FormatWith(format, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
 }
 
 /// Formats 16-bit text and keeps at most its first `limit` characters.

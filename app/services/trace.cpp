@@ -41,8 +41,15 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   return currentLevel;
 }
 
-void TraceLine(std::u16string_view text) {
-  AppendToLog(std::u16string(text) + u"\r\n");
+void TraceWith(std::u16string_view format, std::uint32_t level, std::span<const FormatArgument> arguments) {
+  if (level <= currentLevel) AppendToLog(FormatWith(format, arguments) + u"\r\n");
+}
+
+TraceScope::TraceScope(std::u16string_view name) : name_(name) {
+  Trace(u"%ls [ENTRY]", 3, name_);
+}
+TraceScope::~TraceScope() {
+  Trace(u"%ls [EXIT]", 3, name_);
 }
 
 void TraceHexDump(std::u16string_view title, std::span<const std::uint8_t> buffer, std::size_t length) {

@@ -18,13 +18,13 @@ std::uint32_t TraceLevel();
 /// empties the log then; without one the level is 0 and the log is not touched. Returns the level.
 std::uint32_t TraceSelectLevel(int argc, const char* const argv[]);
 
-/// Appends one line to the log whatever the level; dropped when the log cannot be opened.
-void TraceLine(std::u16string_view text);
+/// Appends one formatted line to the log when the level is at least `level`; below it nothing is formatted.
+/// The line is dropped when the log cannot be opened.
+void TraceWith(std::u16string_view format, std::uint32_t level, std::span<const FormatArgument> arguments);
 
-/// Writes one formatted line when the level is at least `level`; below it nothing is formatted.
 template <class... Arguments>
 void Trace(std::u16string_view format, std::uint32_t level, const Arguments&... arguments) {
-  if (level <= TraceLevel()) TraceLine(Format(format, arguments...));
+  TraceWith(format, level, FormatArguments<sizeof...(Arguments)>{FormatArgument(arguments)...});
 }
 
 /// At level 2 and above: the title, then rows of 16 bytes. The last row is always full: it shows what follows
@@ -35,8 +35,8 @@ void TraceHexDump(std::u16string_view title, std::span<const std::uint8_t> buffe
 class TraceScope {
  public:
   /// `name` must outlive the scope; a literal does.
-  explicit TraceScope(std::u16string_view name) : name_(name) { Trace(u"%ls [ENTRY]", 3, name_); }
-  ~TraceScope() { Trace(u"%ls [EXIT]", 3, name_); }
+  explicit TraceScope(std::u16string_view name);
+  ~TraceScope();
   TraceScope(const TraceScope&) = delete;
   TraceScope& operator=(const TraceScope&) = delete;
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/services/trace.h"
 #include "fru/fru_manager.h"
 #include "tests/fru/images.h"
 #include "tests/fru/memory_fru.h"
@@ -82,6 +83,39 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
   ExpectFailure(FruData::HasBoardArea(flag), fru_status::kNothingSelected, kUnexpectedText);
   ExpectFailure(FruData::SelectFruByAddress({.deviceId = 9, .displayName = {}}), fru_status::kNoSuchItem,
                 "A FRU was requested which does not exist on the system.");
+  TheFruManager()->fru = 1;
+  ExpectFailure(FruData::HasBoardArea(flag), fru_status::kNoSuchItem, kUnexpectedText);
+}
+
+TEST_F(FruFront, EveryOperationOfItsStartIsTraced) {
+  const char16_t* text = nullptr;
+  const std::vector<std::pair<std::string, std::function<Status()>>> operations = {
+      {"SetProgressCallback", [] { return FruData::SetProgressCallback(nullptr); }},
+      {"SetDisplayHexCallback", [] { return FruData::SetDisplayHexCallback(nullptr); }},
+      {"SetOutputFile", [] { return FruData::SetOutputFile(""); }},
+      {"SetPagingMode", [] { return FruData::SetPagingMode(false); }},
+      {"GetLastErrorMessage", [&] { return FruData::GetLastErrorMessage(text); }},
+  };
+  const char* everything[] = {"varnok", "-debug3"};
+  TraceSelectLevel(2, everything);
+  for (const auto& [name, operation] : operations) {
+    std::size_t before = machine.TraceLines().size();
+    EXPECT_EQ(operation(), kSuccess) << name;
+    std::vector<std::string> lines = machine.TraceLines();
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before));
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{"FruData::" + name + " [ENTRY]", "FruData::" + name + " [EXIT]"}));
+  }
+  FruData::Reset();
+  for (const auto& [name, operation] : operations) {
+    EXPECT_EQ(operation(), fru_status::kNotInitialized) << name;
+    std::vector<std::string> lines = machine.TraceLines();
+    EXPECT_EQ(lines[lines.size() - 2], "FruData::" + name + " - Unexpected");
+  }
+  const char* failures[] = {"varnok", "-debug1"};
+  TraceSelectLevel(2, failures);
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(Narrow(text), kUnexpectedText);
 }
 
 TEST_F(FruFront, MemoryThatRunsOutHasAStatusAtEachDoor) {
@@ -245,6 +279,17 @@ TEST_F(FruFront, ValidatesTheFirstAreaInModeOne) {
   Select(FruAreaId::CommonHeaderArea);
   ASSERT_EQ(FruData::SetAreaWriteMode(FruWriteMode::Skip), kSuccess);
   ExpectFailure(FruData::ValidateSelectedArea(), fru_status::kNoListLoaded, text);
+  // Of records in mode 1 the data count, whatever their headers sum to.
+  for (auto [id, offset, status] : {std::tuple{3u, 12u, kSuccess}, {4u, 13u, fru_status::kNoListLoaded}}) {
+    device.image = Join({Header({0, 0, 0, 0, 1}), Record(1, {1}, true)});
+    ++device.image[offset];
+    FruDeviceAddress address{.deviceId = static_cast<std::uint8_t>(id), .displayName = {}};
+    EXPECT_EQ(FruData::LoadFruAtAddress(address, flag), fru_status::kMultiRecordArea);
+    ASSERT_EQ(FruData::SelectFruByAddress(address), kSuccess);
+    Select(FruAreaId::MultiRecordArea);
+    ASSERT_EQ(FruData::SetAreaWriteMode(FruWriteMode::Skip), kSuccess);
+    EXPECT_EQ(FruData::ValidateSelectedArea(), status) << offset;
+  }
   device.image = Join({Header({0, 0, 1, 0, 0}), Area(6, BoardContent())});
   ASSERT_EQ(FruData::LoadFruAtAddress({.deviceId = 2, .displayName = {}}, flag), kSuccess);
   ASSERT_EQ(FruData::SelectFruByAddress({.deviceId = 2, .displayName = {}}), kSuccess);

@@ -122,6 +122,20 @@ TEST_F(FruFile, ReadsAllFiveAreasAndCutsAQuotedValueAtAComment) {
   EXPECT_EQ(fru->MultiRecLength(), 17u);
 }
 
+TEST_F(FruFile, TellsATagFromTextThatReadsLikeOne) {
+  // What stands behind a tag is ignored, quoted or not. The common header takes it for data, past its 8
+  // bytes.
+  for (const char* tagLine : {"_SEE_BOARD 01 02\n", "_SEE_BOARD 'board' 01\n", "x_SEE_BOARD('board')\n"})
+    EXPECT_EQ(Read(With("_SEE_BOARD\n", tagLine)), kSuccess) << tagLine << LastFruError();
+  // A text of the board area that names the tag awaited next.
+  std::string content = With("01 00 00 01 00 00 00 FE", "01 00 00 01 06 00 00 F8");
+  content.replace(content.find("C7\n'_SEE_)x'"), 12, "CC\n'_SEE_PRODUCT'");
+  content.replace(content.find("01 05"), 5, "01 06");
+  content.replace(content.find(")\nwhat"), 1, "_SEE_PRODUCT\n01 03 00 C0 C0 C0 C0 C0 C0 C0 C1\n)");
+  ASSERT_EQ(Read(content), kSuccess) << LastFruError();
+  EXPECT_EQ(AsText(fru->Board().GetProductName()), "_SEE_PRODUCT");
+}
+
 TEST_F(FruFile, EachFailureHasItsTextAndStatus) {
   const std::string unusable = "An unexpected error occurred while reading %s from FRU file \"a.fru\".";
   const std::string ended = "The FRU File \"a.fru\" ended unexpectedly during parsing.";
@@ -190,6 +204,9 @@ TEST_F(FruFile, BlocksEndAtTheirLimits) {
   EXPECT_EQ(CFru::ParseArea("_SEE_BOARD", lines, 0, bytes), kSuccess);
   EXPECT_EQ(AsText(bytes), "q\x01") << "a digit without its second one is no byte";
   EXPECT_EQ(CFru::ParseArea("_SEE_PRODUCT", lines, 0, bytes), fru_status::kBlockTagMissing);
+  lines.Assign("_SEE_BOARD\n0x\n");
+  EXPECT_EQ(CFru::ParseArea("_SEE_BOARD", lines, 0, bytes), fru_status::kBlockCharacter);
+  EXPECT_TRUE(bytes.empty());
   CFru::SetParseAreaErrorMessage(fru_status::kBlockTagMissing, u"Product Info Area", "a.fru");
   EXPECT_EQ(LastFruError(),
             "Could not find the start tag for the Product Info Area while parsing the FRU file \"a.fru\".");

@@ -4,6 +4,7 @@
 #include "app/services/console.h"
 #include "app/services/text_output.h"
 #include "fru/fru.h"
+#include "fru/fru_data.h"
 #include "fru/fru_status.h"
 #include "tests/fru/images.h"
 #include "tests/fru/memory_fru.h"

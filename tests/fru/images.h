@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "app/services/text.h"
-#include "fru/fru_data.h"
 #include "fru/fru_session.h"
 #include "tests/support/test_firmware.h"
 
@@ -109,11 +108,9 @@ inline Bytes Damaged(std::size_t offset, std::uint8_t value) {
   return image;
 }
 
-/// The last error, narrowed; empty when there is none.
+/// The last error, narrowed; empty when there is none. Read past the manager, which leaves no trace lines.
 inline std::string LastFruError() {
-  const char16_t* text = nullptr;
-  FruData::GetLastErrorMessage(text);
-  return text == nullptr ? "" : Narrow(text);
+  return Narrow(TheFruSession().lastError.data());
 }
 
 inline std::span<const std::uint8_t> AsBytes(std::string_view text) {
