@@ -14,7 +14,7 @@ namespace {
 constexpr std::uint8_t kOem = 0x30;
 constexpr std::uint8_t kGetProductId = 0x93;
 constexpr std::uint8_t kGetRevisionId = 0x94;
-constexpr std::int32_t kDots = 5;  // in front of the part of the BIOS version that counts
+constexpr int kDots = 5;  // in front of the part of the BIOS version that counts
 
 bool IsLetterOrDigit(char character) {
   char upper = ToUpper(character);
@@ -23,10 +23,9 @@ bool IsLetterOrDigit(char character) {
 
 /// The part of a BIOS version between its fifth and sixth dot; empty when it has no fifth.
 std::string_view ExtractBiosVersion(std::string_view version) {
-  for (std::int32_t i = 0; i < kDots; ++i) {
+  for (int i = 0; i < kDots; ++i) {
     std::size_t dot = version.find('.');
-    if (dot == version.npos) return {};
-    version.remove_prefix(dot + 1);
+    version.remove_prefix(dot == version.npos ? version.size() : dot + 1);
   }
   version = version.substr(0, version.find('.'));
   Trace(u"CCfgProbeBiosVer::ExtractBiosVersion - pszVersion=%ls\n", 1, Widen(version));
