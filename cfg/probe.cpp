@@ -51,10 +51,10 @@ Status CCfgProbe::CreateProbe(CFileCfg& file, PoolPtr<CCfgCommand>& command, CCf
   return kSuccess;
 }
 
-std::u16string CCfgProbe::LogName(std::u16string_view operation) const {
+std::u16string CCfgProbe::LogName(const char* operation) const {
   auto index = static_cast<std::size_t>(type_);
-  std::u16string name = index < ProbeRows().size() ? ProbeRows()[index].className : u"CCfgProbe";
-  return name.append(u"::").append(operation);
+  return Format(u"%hs::%hs", index < ProbeRows().size() ? ProbeRows()[index].className : "CCfgProbe",
+                operation);
 }
 
 Status CCfgProbe::ReadFromFile(CFileCfg& file) {
@@ -73,7 +73,7 @@ Status CCfgProbe::ReadParameters(CFileCfg& file) {
   while (!cursor.empty() && GetNextInput(cursor, token)) parameters_.push_back(token);
   // What is no word must not leave the probe with fewer parameters than were written.
   if (Status status = RefuseExtra(cursor, cfg_status::kBadLine); status != kSuccess) return status;
-  std::u16string name = LogName(u"ValidateParams");
+  std::u16string name = LogName("ValidateParams");
   TraceScope scope(name);
   Status status = ValidateParams();
   if (status != kSuccess) Trace(u"%ls - Invalid parameters", 1, name);
@@ -95,7 +95,7 @@ Status CCfgProbe::ReadFound(CFileCfg& file) {
 // --- Running ---
 
 Status CCfgProbe::Process() {
-  std::u16string name = LogName(u"Process");
+  std::u16string name = LogName("Process");
   TraceScope scope(name);
   bool isFound = false;
   if (Status status = Ask(isFound); status != kSuccess) {

@@ -107,7 +107,7 @@ class CCfgProbe : public CCfgCommand {
  private:
   Status ReadParameters(CFileCfg& file);
   Status ReadFound(CFileCfg& file);
-  std::u16string LogName(std::u16string_view operation) const;
+  std::u16string LogName(const char* operation) const;
 
   std::vector<std::string> parameters_;
   PoolPtr<CCfgCommand> found_;  ///< a CCfgFound or null

@@ -43,7 +43,7 @@ enum class ProbeType : std::uint32_t {
 struct ProbeRow {
   ProbeType type;
   const char* keyword;
-  const char16_t* className;  ///< in the log
+  const char* className;  ///< in the log
   PoolPtr<CCfgProbe> (*make)();
 };
 
