@@ -196,6 +196,13 @@ void CCfgParser::SetTargetPlatformInfo(std::string_view text) {
   if (targetPlatform_.empty()) targetPlatform_ = Format(u"%hs", text);
 }
 
+std::uint8_t CCfgParser::TakeProbeSequence() {
+  constexpr std::uint8_t kLast = 63;
+  std::uint8_t sequence = probeSequence_;
+  probeSequence_ = sequence == kLast ? 1 : static_cast<std::uint8_t>(sequence + 1);
+  return sequence;
+}
+
 void CCfgParser::EchoLine(std::string_view line) {
   if (echo_ != nullptr) (void)WriteText(*echo_, Format(u"%s\n", line));
 }

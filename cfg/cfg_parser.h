@@ -67,6 +67,9 @@ class CCfgParser {
   void SetTargetPlatformInfo(std::string_view text);
   std::u16string_view TargetPlatformInfo() const { return targetPlatform_; }
 
+  /// The sequence number of the next request that a probe bridges: 1 to 63 in turn, shared by all probes.
+  std::uint8_t TakeProbeSequence();
+
   /// Sets the engine's message, at most 511 characters.
   template <class... Arguments>
   static void SetLastError(std::u16string_view format, const Arguments&... arguments) {
@@ -119,6 +122,7 @@ class CCfgParser {
   std::u16string targetPlatform_;
   std::optional<CCfgRefNode> configNames_;
   CCfgFruName* currentFruName_ = nullptr;
+  std::uint8_t probeSequence_ = 1;
   std::string echoName_;
   std::unique_ptr<File> echo_;
 };

@@ -24,18 +24,6 @@ constexpr std::u16string_view kTooShort =
 constexpr std::u16string_view kTooLong =
     u"\nThe input '%ls' is invalid, the string cannot be longer than %d characters.\n";
 
-std::optional<FruFieldId> FixedField(const FruFieldRow& row, FruAreaIndex area) {
-  if (area == FruAreaIndex::Chassis) return row.chassis;
-  if (area == FruAreaIndex::Board) return row.board;
-  return area == FruAreaIndex::Product ? row.product : std::nullopt;
-}
-
-/// What is added to an additional field's number to select it: the area's fixed fields less one.
-std::uint32_t CustomFieldOffset(FruAreaIndex area) {
-  if (area == FruAreaIndex::Chassis) return 2;
-  return area == FruAreaIndex::Board ? 5 : 6;
-}
-
 }  // namespace
 
 Status CCfgFruField::Fail(Status status) const {
@@ -64,10 +52,10 @@ Status CCfgFruField::SelectField(const CCfgFruArea& area) const {
   if (status != kSuccess) return Fail(cfg_status::kBadFruField);
   if (field_ == fru_field::kCustom) {
     status = FruData::SelectFieldInteger(static_cast<std::uint32_t>(customNumber_) +
-                                         CustomFieldOffset(area.Index()));
+                                         CustomFruFieldOffset(area.Index()));
   } else {
     // A field that the area lacks is refused when the script is read; after VALIDATE the area is none.
-    std::optional<FruFieldId> field = FixedField(Row(), area.Index());
+    std::optional<FruFieldId> field = FixedFruField(Row(), area.Index());
     status = field ? FruData::SelectFieldEnum(*field) : fru_status::kNoSuchItem;
   }
   return status == kSuccess ? kSuccess : Fail(cfg_status::kBadFruField);

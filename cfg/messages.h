@@ -5,6 +5,9 @@
 
 namespace varnok::cfg_message {
 
+/// What the engine is called in its internal errors.
+inline constexpr const char* kModuleName = "cfgfile.dll";
+
 inline constexpr std::u16string_view kMissingParameter = u"The %hs command is missing its %ls parameter.";
 inline constexpr std::u16string_view kTooManyParameters =
     u"Too many parameters for the %hs command.\n   The parameters '%hs' were not accepted.";
@@ -24,5 +27,8 @@ inline constexpr std::u16string_view kNoFruName = u"FRUAREA command found withou
 inline constexpr std::u16string_view kNoFruArea = u"FRUFIELD command found without matching FRUAREA.";
 inline constexpr std::u16string_view kNotHexadecimal =
     u"%hs is not a valid input for the %hs command.  The value must be a valid hexidecimal number.";
+
+inline constexpr std::u16string_view kBadBus =
+    u"The bus address %02X is not valid with the slave address %02X.";
 
 }  // namespace varnok::cfg_message

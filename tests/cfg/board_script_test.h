@@ -28,6 +28,9 @@ class BoardMachine : public TestFirmware {
     board->Stall(microseconds, kind);
   }
   WallClock Now() override { return board->Now(); }
+  std::span<const std::uint8_t> PhysicalMemory(std::uint64_t address, std::size_t length) override {
+    return board->PhysicalMemory(address, length);
+  }
 
   std::unique_ptr<sim::Board> board;
 };
@@ -48,7 +51,6 @@ class BoardScript : public ::testing::Test {
     ASSERT_NE(machine.board, nullptr) << error;
     machine.board->OpenTrafficLog(folder_ / "traffic.txt");
     machine.protocol = machine.board->InstalledIpmi();
-    // SMBIOS is not what scripts here ask for; the entry point suffices.
     machine.smbiosEntryPoint = machine.board->SmbiosEntryPoint().data();
     IpmiReset();
     // Without one of its switches the trace log is off.

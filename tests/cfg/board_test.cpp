@@ -311,7 +311,7 @@ TEST_F(Board, SamplesAreRead) {
     EXPECT_EQ(parser.ParseFile(Widen(entry.path().filename().string()).c_str(), nullptr), kSuccess)
         << entry.path() << Narrow(CCfgParser::GetLastError());
   }
-  EXPECT_EQ(count, 9);
+  EXPECT_EQ(count, 10);
 }
 
 }  // namespace
