@@ -200,6 +200,13 @@ void CCfgParser::SetTargetPlatformInfo(std::string_view text) {
   if (targetPlatform_.empty()) targetPlatform_ = FormatWide("%s", text);
 }
 
+std::uint8_t CCfgParser::TakeProbeSequence() {
+  constexpr std::uint8_t kLast = 63;
+  std::uint8_t sequence = probeSequence_;
+  probeSequence_ = sequence == kLast ? 1 : static_cast<std::uint8_t>(sequence + 1);
+  return sequence;
+}
+
 void CCfgParser::EchoLine(std::string_view line) {
   if (echo_ != nullptr) (void)WriteText(*echo_, FormatWide("%s\n", line));
 }

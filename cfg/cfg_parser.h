@@ -67,6 +67,9 @@ class CCfgParser {
   void SetTargetPlatformInfo(std::string_view text);
   std::u16string_view TargetPlatformInfo() const { return targetPlatform_; }
 
+  /// The sequence number of the next request that a probe bridges: 1 to 63 in turn, shared by all probes.
+  std::uint8_t TakeProbeSequence();
+
   /// Sets the engine's message, at most 511 characters.
   template <class... Arguments>
   static void SetLastError(const char* format, const Arguments&... arguments) {
@@ -114,13 +117,14 @@ class CCfgParser {
   CommandList commands_;
   UpdateFileList updateFiles_;
   UpdateList updates_;
-  std::size_t sdrUpdates_ = 0;  ///< SDRNAME entries in updates_
+  std::list<UpdateList::iterator> sdrUpdates_;  ///< the SDRNAME entries of updates_, in order of registration
   bool hasFruUpdate_ = false;
   bool isProcessed_ = false;
   bool isRefreshRequested_ = false;
   std::u16string targetPlatform_;
   std::optional<CCfgRefNode> configNames_;
   CCfgFruName* currentFruName_ = nullptr;
+  std::uint8_t probeSequence_ = 1;
   std::string echoName_;
   std::unique_ptr<File> echo_;
 };

@@ -10,18 +10,18 @@
 #include "cfg/cfg_parser.h"
 #include "cfg/dialogue_commands.h"
 #include "cfg/flow_commands.h"
+#include "cfg/found_command.h"
 #include "cfg/fru_address_command.h"
 #include "cfg/fru_area_command.h"
 #include "cfg/fru_field_command.h"
 #include "cfg/fru_name_command.h"
 #include "cfg/menu_command.h"
 #include "cfg/messages.h"
+#include "cfg/probe.h"
 #include "cfg/sdr_commands.h"
 
 namespace varnok {
 namespace {
-
-constexpr const char* kModuleName = "cfgfile.dll";
 
 using CreateFunction = Status (*)(CFileCfg& file, PoolPtr<CCfgCommand>& command, CCfgParser* parser);
 
@@ -49,6 +49,7 @@ constexpr std::array kKeywords{
     KeywordRow{"BOOT", Create<CCfgBoot>},
     KeywordRow{"ELSE", Create<CCfgElse>},
     KeywordRow{"ENDIF", Create<CCfgEndIf>},
+    KeywordRow{"FOUND", Create<CCfgFound>},
     KeywordRow{"PROMPT", Create<CCfgPrompt>},
     KeywordRow{"FRUADDRESS", Create<CCfgFruAddress>},
     KeywordRow{"FRUAREA", Create<CCfgFruArea>},
@@ -58,18 +59,19 @@ constexpr std::array kKeywords{
     KeywordRow{"YES", Create<CCfgYes>},
     KeywordRow{"NO", Create<CCfgNo>},
     KeywordRow{"BMC_REFRESH", Create<CCfgBmcRefresh>},
+    KeywordRow{"PROBE", CCfgProbe::CreateProbe},
 };
 
 constexpr std::array<std::string_view, 4> kSkippedKeywords{"TABLENAME", "MBMC_PGM", "MBMC_RMW", "PEFNAME"};
 
 Status CheckSource(const CFileCfg* file, const CCfgParser* parser) {
   if (parser == nullptr) {
-    CCfgParser::SetLastError(cfg_message::kInternalError, kModuleName, "CreateCommand");
+    CCfgParser::SetLastError(cfg_message::kInternalError, cfg_message::kModuleName, "CreateCommand");
     Trace("CCfgCommand::CreateCommand - Value of p_parser is NULL", 1);
     return cfg_status::kNoParser;
   }
   if (file == nullptr) {
-    CCfgParser::SetLastError(cfg_message::kInternalFileError, kModuleName);
+    CCfgParser::SetLastError(cfg_message::kInternalFileError, cfg_message::kModuleName);
     Trace("CCfgCommand::CreateCommand - Value of p_file is NULL", 1);
     return cfg_status::kBadLine;
   }

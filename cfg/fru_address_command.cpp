@@ -47,8 +47,7 @@ Status CCfgFruAddress::ReadFromFile(CFileCfg& file) {
   if (!tokens.empty() && !IsBufferEmpty(cursor)) return RefuseCount(GetDisplayName());
   if (Status status = ReadAddress(tokens); status != kSuccess) return status;
   if (address_.bus == kNoBus && address_.deviceAddress != kBmcAddress) {
-    CCfgParser::SetLastError("The bus address %02X is not valid with the slave address %02X.", address_.bus,
-                             address_.deviceAddress);
+    CCfgParser::SetLastError(cfg_message::kBadBus, address_.bus, address_.deviceAddress);
     Trace("CCfgFruAddress::ReadFromFile - Invalid bus and slave address", 1);
     return cfg_status::kBadValue;
   }

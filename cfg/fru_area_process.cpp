@@ -76,8 +76,10 @@ Status CCfgFruArea::Validate(CCfgFruName& fruName) {
   if (status == kSuccess) status = FruData::SetAreaWriteMode(WriteMode());
   if (status == kSuccess) status = FruData::ValidateSelectedArea();
   if (status == kSuccess) parser_->SetTag(validateTag_.c_str());
-  // An area that is not valid is an answer, not a failure. No field of it can be changed.
+  // An area that is not valid is an answer, not a failure. No field of it can be changed, nor may one that
+  // follows change the area before it.
   index_ = FruAreaIndex::None;
+  fruName.SetFruArea(this);
   return kSuccess;
 }
 

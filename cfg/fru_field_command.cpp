@@ -61,13 +61,9 @@ Status CCfgFruField::ReadFromFile(CFileCfg& file) {
 }
 
 Status CCfgFruField::ReadField(const std::string& keyword) {
-  auto row = std::find_if(kFruFields.begin(), kFruFields.end(), [&keyword](const FruFieldRow& each) {
-    return EqualsIgnoreCase(std::string_view(keyword).substr(0, kKeywordLength),
-                            std::string_view(each.keyword).substr(0, kKeywordLength));
-  });
-  if (row == kFruFields.end())
+  field_ = FindFruField(keyword);
+  if (field_ == fru_field::kNone)
     return RefuseValue("%s is not a valid FRU field.", keyword, cfg_status::kBadFruField);
-  field_ = static_cast<std::uint32_t>(row - kFruFields.begin());
   if (field_ != fru_field::kCustom) return kSuccess;
   if (!StringToDec(std::string_view(keyword).substr(kKeywordLength), customNumber_)) {
     Trace("CCfgFruField::ReadFromFile - Invalid custom field number", 1);

@@ -23,18 +23,6 @@ constexpr const char* kTooShort = "\nThe input '%s' is invalid, the string canno
 constexpr const char* kTooLong =
     "\nThe input '%s' is invalid, the string cannot be longer than %d characters.\n";
 
-std::optional<FruFieldId> FixedField(const FruFieldRow& row, FruAreaIndex area) {
-  if (area == FruAreaIndex::Chassis) return row.chassis;
-  if (area == FruAreaIndex::Board) return row.board;
-  return area == FruAreaIndex::Product ? row.product : std::nullopt;
-}
-
-/// What is added to an additional field's number to select it: the area's fixed fields less one.
-std::uint32_t CustomFieldOffset(FruAreaIndex area) {
-  if (area == FruAreaIndex::Chassis) return 2;
-  return area == FruAreaIndex::Board ? 5 : 6;
-}
-
 }  // namespace
 
 Status CCfgFruField::Fail(Status status) const {
@@ -63,10 +51,10 @@ Status CCfgFruField::SelectField(const CCfgFruArea& area) const {
   if (status != kSuccess) return Fail(cfg_status::kBadFruField);
   if (field_ == fru_field::kCustom) {
     status = FruData::SelectFieldInteger(static_cast<std::uint32_t>(customNumber_) +
-                                         CustomFieldOffset(area.Index()));
+                                         CustomFruFieldOffset(area.Index()));
   } else {
     // A field that the area lacks is refused when the script is read; after VALIDATE the area is none.
-    std::optional<FruFieldId> field = FixedField(Row(), area.Index());
+    std::optional<FruFieldId> field = FixedFruField(Row(), area.Index());
     status = field ? FruData::SelectFieldEnum(*field) : fru_status::kNoSuchItem;
   }
   return status == kSuccess ? kSuccess : Fail(cfg_status::kBadFruField);
@@ -148,7 +136,7 @@ Status CCfgFruField::AskOperator(std::string& value) {
   while (CCfgFruName* fruName = parser_->CurrentFruName()) {
     std::size_t size = 0;
     if (Status status = LongestAnswer(*fruName, size); status != kSuccess) return status;
-    if (size == 0) Display("The %hs FRU area has no availble space.\n", Row().description);
+    if (size == 0) Display("The %s FRU area has no availble space.\n", Row().description);
     char16_t digit = field_ == fru_field::kCustom ? static_cast<char16_t>(u'0' + customNumber_) : u' ';
     DisplayWide("Enter the value for %s %s %s:", Widen(fruName->GetFruArea()->Keyword()), Row().description,
                 std::u16string_view(&digit, 1));

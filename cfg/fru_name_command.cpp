@@ -90,6 +90,9 @@ Status CCfgFruName::Process() {
   if (LoadSystem(systemHeader) != kSuccess) {
     if (isValidateOnly_) {
       // A FRU that cannot be read is what the area's validation finds out; it does not end the script.
+      // Without this the block's FRUADDRESS would go to another FRUNAME, and that one's changes to the wrong
+      // device.
+      parser_->SetCurrentFruName(this);
       CCfgParser::SetLastError("");
       return kSuccess;
     }

@@ -63,6 +63,13 @@ inline constexpr std::array<FruFieldRow, 10> kFruFields{{
     {"AMx", 0x200, "Additional Manufacturer Field", {}, {}, {}},
 }};
 
+/// The place of the field whose keyword the text begins with, in any case; fru_field::kNone for none.
+std::uint32_t FindFruField(std::string_view keyword);
+/// The field's number in an area; nothing when the area lacks it, and for the custom fields.
+std::optional<FruFieldId> FixedFruField(const FruFieldRow& row, FruAreaIndex area);
+/// What is added to a custom field's number (from 1) for its index in the area: the fixed fields less one.
+std::uint32_t CustomFruFieldOffset(FruAreaIndex area);
+
 /// Makes the FRU manager's message, if it has one, the engine's; returns `status`.
 Status ReportFruFailure(Status status);
 /// Forgets the FRU manager's message, so that none of an earlier failure is reported for a later one.

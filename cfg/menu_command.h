@@ -28,7 +28,6 @@ class CCfgMenu : public CCfgCommand {
   const std::vector<MenuItem>& Items() const { return items_; }
 
  private:
-  Status ReadTitle(CFileCfg& file);
   Status ReadItem(std::string_view rest);
   void Show();
 

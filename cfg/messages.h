@@ -5,6 +5,9 @@
 
 namespace varnok::cfg_message {
 
+/// What the engine is called in its internal errors.
+inline constexpr const char* kModuleName = "cfgfile.dll";
+
 inline constexpr const char* kMissingParameter = "The %s command is missing its %s parameter.";
 inline constexpr const char* kTooManyParameters =
     "Too many parameters for the %s command.\n   The parameters '%s' were not accepted.";
@@ -23,5 +26,7 @@ inline constexpr const char* kNoFruName = "FRUAREA command found without matchin
 inline constexpr const char* kNoFruArea = "FRUFIELD command found without matching FRUAREA.";
 inline constexpr const char* kNotHexadecimal =
     "%s is not a valid input for the %s command.  The value must be a valid hexidecimal number.";
+
+inline constexpr const char* kBadBus = "The bus address %02X is not valid with the slave address %02X.";
 
 }  // namespace varnok::cfg_message

@@ -10,25 +10,20 @@ namespace varnok {
 
 void CCfgParser::AddUpdateCommand(CCfgCommand& command, CCfgFileInputCommand* file, bool replace) {
   TraceScope scope("CCfgParser::AddUpdateCommand");
-  if (command.Type() == CommandType::SdrName) {
-    if (replace) RemoveFirstSdrName();
-    ++sdrUpdates_;
-  }
+  bool isSdrName = command.Type() == CommandType::SdrName;
+  if (isSdrName && replace) RemoveFirstSdrName();
   if (command.Type() == CommandType::FruName) hasFruUpdate_ = true;
   updates_.push_back(
       {&command, file == nullptr ? updateFiles_.end() : updateFiles_.insert(updateFiles_.end(), file)});
+  if (isSdrName) sdrUpdates_.push_back(std::prev(updates_.end()));
 }
 
 void CCfgParser::RemoveFirstSdrName() {
-  // Without the count a long update list would be searched for every SDRNAME.
-  if (sdrUpdates_ == 0) return;
-  for (auto update = updates_.begin(); update != updates_.end(); ++update) {
-    if (update->command->Type() != CommandType::SdrName) continue;
-    if (update->file != updateFiles_.end()) updateFiles_.erase(update->file);
-    updates_.erase(update);
-    --sdrUpdates_;
-    return;
-  }
+  if (sdrUpdates_.empty()) return;
+  UpdateList::iterator update = sdrUpdates_.front();
+  sdrUpdates_.pop_front();
+  if (update->file != updateFiles_.end()) updateFiles_.erase(update->file);
+  updates_.erase(update);
 }
 
 void CCfgParser::ClearUpdateFileList() {
@@ -39,8 +34,8 @@ void CCfgParser::ClearUpdateFileList() {
 
 void CCfgParser::ForgetUpdates() {
   ClearUpdateFileList();
+  sdrUpdates_.clear();
   updates_.clear();
-  sdrUpdates_ = 0;
   hasFruUpdate_ = false;
 }
 

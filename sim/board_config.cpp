@@ -9,6 +9,8 @@
 namespace varnok::sim {
 namespace {
 
+constexpr std::size_t kLongestAnswer = 56;
+
 /// "2.0" as the version byte 02h, "1.5" as 51h: least significant digit in the high nibble.
 std::uint8_t ReadIpmiVersion(JsonObject& object) {
   const std::string text = object.Text("ipmiVersion", "2.0");
@@ -17,6 +19,13 @@ std::uint8_t ReadIpmiVersion(JsonObject& object) {
     object.Fail("ipmiVersion", "\"" + text + "\" is not a version like \"2.0\"");
   }
   return static_cast<std::uint8_t>((text[2] - '0') << 4 | (text[0] - '0'));
+}
+
+/// The bytes of an answer, which must fit a bridged one.
+Bytes ReadAnswer(JsonObject& object, const std::string& key) {
+  Bytes answer = object.ByteArray(key);
+  if (answer.size() > kLongestAnswer) object.Fail(key, "must have at most 56 bytes");
+  return answer;
 }
 
 IdentityConfig ReadIdentity(JsonObject object, const IdentityConfig& fallback) {
@@ -104,6 +113,59 @@ SdrConfig ReadSdrs(JsonObject object) {
   return sdrs;
 }
 
+SensorConfig ReadSensor(JsonObject& object) {
+  SensorConfig sensor;
+  sensor.number = object.RequiredByte("number");
+  sensor.reading = ReadAnswer(object, "reading");
+  sensor.completionCode = object.Byte("completionCode", 0);
+  object.Finish();
+  return sensor;
+}
+
+LanParameterConfig ReadLanParameter(JsonObject& object) {
+  LanParameterConfig parameter;
+  parameter.channel = static_cast<std::uint8_t>(object.Number("channel", 1, 0, 15));
+  parameter.parameter = object.RequiredByte("parameter");
+  parameter.set = object.Byte("set", 0);
+  parameter.block = object.Byte("block", 0);
+  parameter.data = ReadAnswer(object, "data");
+  object.Finish();
+  return parameter;
+}
+
+OemConfig ReadOem(JsonObject& object) {
+  constexpr std::array<std::uint8_t, 4> kKnown = {0x14, 0x93, 0x94, 0x97};
+  OemConfig oem;
+  oem.command = object.RequiredByte("command");
+  if (std::find(kKnown.begin(), kKnown.end(), oem.command) == kKnown.end())
+    object.Fail("command", "must be 0x14, 0x93, 0x94 or 0x97");
+  oem.data = object.ByteArray("data");
+  oem.answer = ReadAnswer(object, "answer");
+  oem.completionCode = object.Byte("completionCode", 0);
+  object.Finish();
+  return oem;
+}
+
+KeyValueConfig ReadKeyValue(JsonObject& object) {
+  KeyValueConfig pair;
+  pair.key = object.RequiredText("key");
+  pair.value = object.RequiredText("value");
+  if (pair.key.empty() || pair.key.size() > kLongestAnswer) object.Fail("key", "must have 1 to 56 bytes");
+  if (pair.value.size() > kLongestAnswer) object.Fail("value", "must have at most 56 bytes");
+  object.Finish();
+  return pair;
+}
+
+AnswerConfig ReadAnswers(JsonObject& bmc) {
+  AnswerConfig answers;
+  for (JsonObject& sensor : bmc.Children("sensors")) answers.sensors.push_back(ReadSensor(sensor));
+  for (JsonObject& parameter : bmc.Children("lanParameters"))
+    answers.lanParameters.push_back(ReadLanParameter(parameter));
+  for (JsonObject& oem : bmc.Children("oem")) answers.oem.push_back(ReadOem(oem));
+  for (JsonObject& pair : bmc.Children("keyValues")) answers.keyValues.push_back(ReadKeyValue(pair));
+  return answers;
+}
+
 /// The keys that the BMC and the controllers behind it share.
 ControllerConfig ReadController(JsonObject& object, const IdentityConfig& fallback) {
   ControllerConfig controller;
@@ -174,6 +236,7 @@ BoardConfig ReadRoot(JsonObject root) {
   config.bmc.name = "BMC";
   config.transferMode = ReadTransferMode(bmc.Child("transferMode"));
   config.sdrs = ReadSdrs(bmc.Child("sdrs"));
+  config.bmc.answers = ReadAnswers(bmc);
   bmc.Finish();
   ReadControllers(root, config);
   for (JsonObject& fault : root.Children("faults")) config.faults.push_back(ReadFaultRule(fault));

@@ -66,6 +66,43 @@ struct EepromConfig {
   std::string file;
 };
 
+/// A sensor's answer to Get Sensor Reading (IPMI v2.0, section 35.14).
+struct SensorConfig {
+  std::uint8_t number = 0;
+  std::vector<std::uint8_t> reading;  ///< reading, flags, one or two state bytes
+  std::uint8_t completionCode = 0;
+};
+
+/// One LAN configuration parameter (IPMI v2.0, section 23.2).
+struct LanParameterConfig {
+  std::uint8_t channel = 0;
+  std::uint8_t parameter = 0;
+  std::uint8_t set = 0;
+  std::uint8_t block = 0;
+  std::vector<std::uint8_t> data;  ///< behind the parameter revision
+};
+
+/// The answer to one of the maker's own requests, net function 30h.
+struct OemConfig {
+  std::uint8_t command = 0;
+  std::vector<std::uint8_t> data;  ///< how the request's data begins
+  std::vector<std::uint8_t> answer;
+  std::uint8_t completionCode = 0;
+};
+
+struct KeyValueConfig {
+  std::string key;
+  std::string value;
+};
+
+/// What the BMC alone answers, as rows.
+struct AnswerConfig {
+  std::vector<SensorConfig> sensors;
+  std::vector<LanParameterConfig> lanParameters;
+  std::vector<OemConfig> oem;
+  std::vector<KeyValueConfig> keyValues;
+};
+
 /// The BMC or a controller on an IPMB.
 struct ControllerConfig {
   std::string name;
@@ -76,6 +113,7 @@ struct ControllerConfig {
   FruLimits limits;
   std::vector<FruConfig> frus;
   std::vector<EepromConfig> eeproms;
+  AnswerConfig answers;
 };
 
 /// The BMC's SDR repository.

@@ -7,8 +7,8 @@ namespace varnok::sim {
 namespace {
 
 using Table = std::span<const CommandRow> (*)();
-constexpr Table kTables[] = {AppCommands, BridgingCommands, PrivateBusCommands, FirmwareCommands,
-                             FruCommands, SdrCommands};
+constexpr Table kTables[] = {AppCommands, BridgingCommands, PrivateBusCommands, FirmwareCommands, FruCommands,
+                             SdrCommands, SensorCommands,   LanCommands,        OemCommands};
 
 const CommandRow* FindRow(const Request& request) {
   for (Table table : kTables) {

@@ -46,6 +46,9 @@ std::span<const CommandRow> PrivateBusCommands();
 std::span<const CommandRow> FirmwareCommands();  // firmware-transfer mode
 std::span<const CommandRow> FruCommands();
 std::span<const CommandRow> SdrCommands();
+std::span<const CommandRow> SensorCommands();
+std::span<const CommandRow> LanCommands();
+std::span<const CommandRow> OemCommands();  // the maker's own: fans, board, processors, key values
 
 /// Runs one request on a controller, completion codes for unknown commands and wrong lengths included.
 Response ExecuteCommand(Bmc& bmc, Controller& self, const Request& request);

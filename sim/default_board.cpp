@@ -34,6 +34,33 @@ constexpr std::string_view kConfig = R"({
     "eeproms": [
       {"kind": "AT24C02", "bus": "0x03", "address": "0xA0", "file": "supply.bin", "size": 256},
       {"kind": "DS1624S", "bus": "0x05", "address": "0x90", "file": "panel.bin", "size": 256}
+    ],
+    "sensors": [
+      {"number": "0x30", "reading": ["0xBE", "0xC0", "0xC0"]},
+      {"number": "0x40", "reading": ["0x64", "0xC0", "0xC0"]},
+      {"number": "0x60", "reading": ["0x00", "0xC0", "0x80", "0x80"]},
+      {"number": "0x61", "reading": ["0x00", "0xC0", "0x80", "0x80"]},
+      {"number": "0x62", "reading": ["0x00", "0xC0", "0x01", "0x80"]},
+      {"number": "0x63", "reading": ["0x00", "0xC0", "0x01", "0x80"]},
+      {"number": "0x66", "reading": ["0x00", "0xC0", "0x00", "0x80"]},
+      {"number": "0x6B", "reading": ["0x00", "0xE0", "0x00", "0x80"]}
+    ],
+    "lanParameters": [
+      {"channel": 1, "parameter": 3, "data": [192, 0, 2, 20]},
+      {"channel": 1, "parameter": 5, "data": ["0x02", "0x56", "0x57", "0x10", "0x20", "0x30"]},
+      {"channel": 3, "parameter": "0xC3", "data": ["0x00", "0x01"]}
+    ],
+    "oem": [
+      {"command": "0x14", "data": ["0x0F", 1], "answer": ["0x03"]},
+      {"command": "0x14", "data": ["0x0F", 2], "answer": ["0x01"]},
+      {"command": "0x93", "answer": ["0x2E"]},
+      {"command": "0x94", "answer": ["0x03"]},
+      {"command": "0x97", "data": [1], "answer": ["0x5A"]},
+      {"command": "0x97", "data": [2], "answer": ["0x5A"]}
+    ],
+    "keyValues": [
+      {"key": "Chassis", "value": "2U-12"},
+      {"key": "Region", "value": "EU"}
     ]
   },
   "controllers": [
@@ -139,9 +166,9 @@ Bytes FrontPanel() {
 }  // namespace
 
 std::vector<DefaultFile> DefaultBoardImages() {
-  return {{"board.bin", SystemBoard()},       {"spare.bin", Bytes(256, 0xFF)}, {"riser.bin", Riser()},
-          {"backplane.bin", Backplane()},     {"supply.bin", PowerSupply()},   {"panel.bin", FrontPanel()},
-          {"sdr.bin", DefaultSdrs()},         {"smbios.bin", DefaultSmbiosDump()}};
+  return {{"board.bin", SystemBoard()},   {"spare.bin", Bytes(256, 0xFF)},    {"riser.bin", Riser()},
+          {"backplane.bin", Backplane()}, {"supply.bin", PowerSupply()},      {"panel.bin", FrontPanel()},
+          {"sdr.bin", DefaultSdrs()},     {"smbios.bin", DefaultSmbiosDump()}};
 }
 
 Bytes DefaultBoardConfig() {

@@ -17,7 +17,7 @@ constexpr int kMemorySlots = 8;
 Bytes Bios() {
   return SmbiosStructure(0, 0x0000)
       .String("Varnok Works Firmware")
-      .String("S2.R03.0107")
+      .String("HRTH.S2.R03.01.07.0045.061020250830")
       .Word(0xF000)
       .String("06/10/2025")
       .Byte(0xFF)                // 16 MiB ROM

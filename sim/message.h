@@ -27,11 +27,12 @@ struct Delivery {
   std::vector<Response> answers;  ///< none: no answer comes; two: the second is a duplicate left behind
 };
 
-/// Completion codes (IPMI v2.0, table 5-2, and the command-specific ones of chapters 22 and 34).
+/// Completion codes (IPMI v2.0, table 5-2, and the command-specific ones of chapters 22, 23 and 34).
 namespace code {
 inline constexpr std::uint8_t kSuccess = 0x00;
 inline constexpr std::uint8_t kQueueEmpty = 0x80;      // Get Message
 inline constexpr std::uint8_t kWriteProtected = 0x80;  // Write FRU Data
+inline constexpr std::uint8_t kNoParameter = 0x80;     // Get LAN Configuration Parameters
 inline constexpr std::uint8_t kNakOnWrite = 0x83;      // Send Message, Master Write-Read
 inline constexpr std::uint8_t kRecordLength = 0x80;    // Add SDR, Partial Add SDR
 inline constexpr std::uint8_t kNodeBusy = 0xC0;

@@ -93,7 +93,9 @@ int RunProgram(Machine& machine, int argc, char* argv[]) {
   std::vector<char*> vector;
   for (std::string& argument : arguments) vector.push_back(argument.data());
   vector.push_back(nullptr);
-  return Main(argc, vector.data());
+  int status = Main(argc, vector.data());
+  // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
+  return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
 }
 
 }  // namespace varnok::host

@@ -33,8 +33,11 @@ class HostFirmware : public Firmware {
 
 /// The exit status when the board cannot be opened: as for a protocol that is missing.
 inline constexpr int kNoBoardStatus = 9;
+/// Stands for every status that Linux cannot hand on.
+inline constexpr int kLargestStatus = 255;
 
-/// Runs the program over `machine` with Linux's UTF-8 arguments; returns its exit status.
+/// Runs the program over `machine` with Linux's UTF-8 arguments; returns its exit status, at most
+/// kLargestStatus.
 int RunProgram(Machine& machine, int argc, char* argv[]);
 
 }  // namespace varnok::host

@@ -28,9 +28,16 @@ class BoardMachine : public TestFirmware {
     board->Stall(microseconds, kind);
   }
   WallClock Now() override { return board->Now(); }
+  std::span<const std::uint8_t> PhysicalMemory(std::uint64_t address, std::size_t length) override {
+    return board->PhysicalMemory(address, length);
+  }
 
   std::unique_ptr<sim::Board> board;
 };
+
+const std::string kUpdated =
+    "\nThe system has been updated successfully.\n"
+    "\nA system reset is required for the update to take effect.\n\n";
 
 class BoardScript : public ::testing::Test {
  protected:
@@ -44,7 +51,6 @@ class BoardScript : public ::testing::Test {
     ASSERT_NE(machine.board, nullptr) << error;
     machine.board->OpenTrafficLog(folder_ / "traffic.txt");
     machine.protocol = machine.board->InstalledIpmi();
-    // SMBIOS is not what scripts here ask for; the entry point suffices.
     machine.smbiosEntryPoint = machine.board->SmbiosEntryPoint().data();
     IpmiReset();
     // Without one of its switches the trace log is off.
@@ -73,6 +79,22 @@ class BoardScript : public ::testing::Test {
     int status = program.Execute();
     message = program.LastErrorMessage() != nullptr ? Narrow(program.LastErrorMessage()) : "";
     return status;
+  }
+
+  static std::string Sample(const std::string& name) {
+    return ReadHostFile(std::filesystem::path(VARNOK_SAMPLES) / name);
+  }
+  /// The bytes of one of the board's images.
+  std::string Content(const std::string& image) {
+    auto bytes = machine.board->Images().Find(image)->Content();
+    return std::string(bytes.begin(), bytes.end());
+  }
+  /// How often a request went out: net function, LUN and command as the traffic log shows them.
+  int RequestCount(const std::string& request) {
+    std::string traffic = Traffic();
+    int count = 0;
+    for (std::size_t at = 0; (at = traffic.find("> 20 " + request, at)) != std::string::npos; ++at) ++count;
+    return count;
   }
 
   std::string Image(const std::string& name) { return ReadHostFile(folder_ / name); }

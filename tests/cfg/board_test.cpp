@@ -8,15 +8,13 @@ namespace {
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
+using testing::kUpdated;
 
 const std::string kWritten =
     "\nFRU IMBDEVICE on bus FFh, Device ID 00h, IPMB adresss 20h, Lun 00h\nLoading Common Header Area\n"
     "Loading FRU Internal Use Area\nLoading FRU Chassis Info Area\nLoading FRU Board Info Area\n"
     "Loading FRU Product Info Area\nLoading FRU Multi Record Area\n"
     "\nFRU File Area(s) successfully loaded into FRU memory.\n";
-const std::string kUpdated =
-    "\nThe system has been updated successfully.\n"
-    "\nA system reset is required for the update to take effect.\n\n";
 const std::string kHeaderQuestion =
     "The FRU header area is different from the FRU file you are trying to program.\n"
     "Note: Only the FRU file data is programmed. You will need to re-run the\n"
@@ -29,13 +27,6 @@ class Board : public testing::BoardScript {
     BoardScript::SetUp();
     machine.files[".\\HEARTHS2.FRU"] = Sample("HEARTHS2.FRU");
   }
-  static std::string Sample(const std::string& name) {
-    return ReadHostFile(std::filesystem::path(VARNOK_SAMPLES) / name);
-  }
-  std::string Content(const std::string& image) {
-    auto bytes = machine.board->Images().Find(image)->Content();
-    return std::string(bytes.begin(), bytes.end());
-  }
   /// Expects the script to end with this status and message, and the system board's FRU to be as it was.
   void ExpectFailure(const std::string& script, int status, const std::string& text) {
     SCOPED_TRACE(script);
@@ -43,13 +34,6 @@ class Board : public testing::BoardScript {
     EXPECT_EQ(Run(script), status);
     EXPECT_EQ(message, text);
     EXPECT_EQ(Content("board.bin"), before);
-  }
-  /// How often a request went out: net function, LUN and command as the traffic log shows them.
-  int RequestCount(const std::string& request) {
-    std::string traffic = Traffic();
-    int count = 0;
-    for (std::size_t at = 0; (at = traffic.find("> 20 " + request, at)) != std::string::npos; ++at) ++count;
-    return count;
   }
   /// The default board's image with one text in the place of another of the same length.
   std::string Replaced(std::string image, const std::string& from, const std::string& to) {
@@ -197,8 +181,28 @@ TEST_F(Board, ValidationAnswersByItsTag) {
   EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Board VALIDATE OK\n" + show), 0);
   EXPECT_EQ(machine.console, "sound\n");
   // The spare device is blank: it cannot be read at all, which is no failure here.
-  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA Board VALIDATE OK\n" + show), 0);
-  EXPECT_EQ(machine.console, "damaged\n");
+  for (std::string area : {"Board", "Header", "MultiRec 1"}) {
+    EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA " + area + " VALIDATE OK\n" + show), 0);
+    EXPECT_EQ(machine.console, "damaged\n") << area;
+  }
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nFRUAREA Header VALIDATE OK\n" + show), 0);
+  EXPECT_EQ(machine.console, "sound\n");
+}
+
+TEST_F(Board, FieldBehindAValidationDoesNotReachAnotherArea) {
+  ExpectFailure("FRUNAME SYSTEM\nFRUAREA Chassis\nFRUAREA Board VALIDATE OK\nFRUFIELD P# VW-S2-MB-R5\n", 7,
+                "An unexpected error occurred while accessing FRUs.");
+}
+
+TEST_F(Board, DeviceThatCannotBeReadLeavesOtherBlocksTheirAddress) {
+  const std::string change = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT ";
+  const std::string validate = "FRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA Board VALIDATE OK\n";
+  std::string spare = Content("spare.bin");
+  EXPECT_EQ(Run(change + "ASSET-000500\n" + validate), 0) << message;
+  EXPECT_THAT(Content("board.bin"), HasSubstr("ASSET-000500"));
+  EXPECT_EQ(Run(validate + change + "ASSET-000600\n"), 0) << message;
+  EXPECT_THAT(Content("board.bin"), HasSubstr("ASSET-000600"));
+  EXPECT_EQ(Content("spare.bin"), spare);
 }
 
 TEST_F(Board, OtherDevicesAreReachedByTheirAddress) {
@@ -271,10 +275,7 @@ TEST_F(Board, MissingScriptIsAFileError) {
 
 TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
   std::string script = Sample("MASTER.CFG");
-  // The board has no SDR repository.
-  std::size_t sdr = script.find("SDRNAME HEARTHS2.SDR\n");
-  ASSERT_NE(sdr, std::string::npos);
-  script.erase(sdr, 21);
+  machine.files[".\\HEARTHS2.SDR"] = Sample("HEARTHS2.SDR");
   machine.keys = u"4\r2\ryyVWS226010001\ryASSET-100\ry";
   EXPECT_EQ(Run(script), 0) << message;
   EXPECT_THAT(machine.console, HasSubstr("3\tNone of these: leave without any change\n42\n2\n"
@@ -283,8 +284,8 @@ TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
                                          "\nProcessing FRU File HEARTHS2.FRU...\n\n"));
   EXPECT_THAT(
       machine.console,
-      EndsWith(kWritten + "Refreshing BMC...\nThis operation will take around 50 seconds to complete\n" +
-               kUpdated));
+      EndsWith("\nSDRs written successfully.\n" + kWritten +
+               "Refreshing BMC...\nThis operation will take around 50 seconds to complete\n" + kUpdated));
   std::string image = Content("board.bin");
   EXPECT_EQ(image[0x1A], 0x11) << "the pedestal's chassis type";
   for (const char* text : {"VW-S2-MB-R4",
@@ -292,6 +293,9 @@ TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
                            "ASSET-100",
                            "hearth_s2_r4.fru", "VWSB25061234"})
     EXPECT_THAT(image, HasSubstr(text));
+  std::string records = Content("sdr.bin");
+  for (const char* name : {"Fan 2", "Riser"}) EXPECT_THAT(records, HasSubstr(name));
+  EXPECT_THAT(records, ::testing::Not(HasSubstr("Hot-swap"))) << "the pedestal has no backplane";
   machine.keys = u"3\r";
   EXPECT_EQ(Run(script), 0);
   EXPECT_THAT(machine.console, EndsWith("Nothing was changed.\n"));
@@ -307,7 +311,7 @@ TEST_F(Board, SamplesAreRead) {
     EXPECT_EQ(parser.ParseFile(Widen(entry.path().filename().string()).c_str(), nullptr), kSuccess)
         << entry.path() << Narrow(CCfgParser::GetLastError());
   }
-  EXPECT_EQ(count, 9);
+  EXPECT_EQ(count, 10);
 }
 
 }  // namespace

@@ -45,6 +45,22 @@ TEST_F(Timed, TimeGrowsWithTheLengthOfTheScript) {
   EXPECT_LT(whole, 10 * quarter) << "four times the lines; a square law would take sixteen times as long";
 }
 
+TEST_F(Timed, SdrFileIsReplacedWithoutASearch) {
+  CCfgCommand refresh(CommandType::BmcRefresh);
+  CCfgCommand sdrName(CommandType::SdrName);
+  CCfgFileInputCommand file(InputFileKind::Sdr);
+  auto secondsFor = [&](int count) {
+    std::clock_t start = std::clock();
+    for (int i = 0; i < count; ++i) parser.AddUpdateCommand(refresh, nullptr, true);
+    for (int i = 0; i < count; ++i) parser.AddUpdateCommand(sdrName, &file, true);
+    parser.Free();
+    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+  };
+  double best = 1e9;
+  for (int i = 0; i < 3; ++i) best = std::min(best, secondsFor(5'000));
+  EXPECT_LT(secondsFor(50'000), 40 * best) << "ten times the lines; a square law would take a hundred times";
+}
+
 /// Runs `body` on a thread whose stack is as small as a firmware application's.
 void OnSmallStack(std::function<void()> body) {
   pthread_attr_t attributes;

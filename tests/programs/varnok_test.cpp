@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <utility>
 
 #include "tests/programs/program_run.h"
 
@@ -68,6 +70,13 @@ TEST_F(Varnok, ConsoleThatIsGoneDoesNotStopTheProgramming) {
   std::string image = folder.ContentOf("varnok/board/board.bin");
   EXPECT_EQ(Run({"/fru", VARNOK_SAMPLES "/server-board.fru"}).status, 0);
   EXPECT_EQ(folder.ContentOf("varnok/board/board.bin"), image) << "the first run wrote everything";
+}
+
+TEST_F(Varnok, ErrorLevelIsTheExitStatusAndNeverASuccess) {
+  for (auto [level, status] : {std::pair("2A", 0x2A), std::pair("FF", 0xFF), std::pair("100", 0xFF)}) {
+    std::ofstream(folder.Path() / "T.CFG") << "ERRORLEVEL " << level << "\n";
+    EXPECT_EQ(Run({"/cfg", "T.CFG"}).status, status) << level;
+  }
 }
 
 TEST_F(Varnok, TraceLogIsLeftInTheCurrentFolder) {

@@ -180,5 +180,36 @@ TEST_F(BoardTest, ClockFollowsStallsAndExchanges) {
   EXPECT_EQ(now.hour * 3600 + now.minute * 60 + now.second, 0);
 }
 
+TEST_F(BoardTest, SensorsAnswerByTheirRows) {
+  OpenWith(R"({"smbios": "", "bmc": {"sensors": [{"number": "0x60", "reading": [0, "0xC0", 128, 2]},
+    {"number": 1, "completionCode": "0xCE"}]}})");
+  EXPECT_EQ(Exchange(0x04, 0x2D, {0x60}).data, (Bytes{0, 0xC0, 0x80, 2}));
+  EXPECT_EQ(Exchange(0x04, 0x2D, {0x01}).completionCode, 0xCE);
+  EXPECT_EQ(Exchange(0x04, 0x2D, {0x02}).completionCode, 0xCB);
+}
+
+TEST_F(BoardTest, LanParametersAnswerByChannelSetAndBlock) {
+  OpenWith(R"({"smbios": "", "bmc": {"lanParameters": [{"parameter": 3, "data": [192, 0, 2, 20]},
+    {"channel": 3, "parameter": "0xC3", "set": 1, "block": 2, "data": [7]}]}})");
+  EXPECT_EQ(Exchange(0x0C, 0x02, {1, 3, 0, 0}).data, (Bytes{0x11, 192, 0, 2, 20}));
+  EXPECT_EQ(Exchange(0x0C, 0x02, {0x81, 3, 0, 0}).data, (Bytes{0x11})) << "the revision alone";
+  EXPECT_EQ(Exchange(0x0C, 0x02, {3, 0xC3, 1, 2}).data, (Bytes{0x11, 7}));
+  for (const Bytes& other : {Bytes{2, 3, 0, 0}, {1, 4, 0, 0}, {3, 0xC3, 0, 2}, {3, 0xC3, 1, 0}})
+    EXPECT_EQ(Exchange(0x0C, 0x02, other).completionCode, 0x80);
+}
+
+TEST_F(BoardTest, MakersRequestsAnswerByTheirRows) {
+  OpenWith(R"({"smbios": "", "bmc": {"oem": [{"command": "0x14", "data": [15, 2], "answer": [3]},
+    {"command": "0x93", "answer": [46]}, {"command": "0x97", "completionCode": "0xCB"}],
+    "keyValues": [{"key": "Region", "value": "EU"}]}})");
+  EXPECT_EQ(Exchange(0x30, 0x14, {0x0F, 2, 0}).data, (Bytes{3}));
+  EXPECT_EQ(Exchange(0x30, 0x14, {0x0F, 1, 0}).completionCode, 0xCC);
+  EXPECT_EQ(Exchange(0x30, 0x93, {}).data, (Bytes{46}));
+  EXPECT_EQ(Exchange(0x30, 0x94, {}).completionCode, 0xCC) << "no row";
+  EXPECT_EQ(Exchange(0x30, 0x97, {1}).completionCode, 0xCB);
+  EXPECT_EQ(Exchange(0x32, 0x10, {'R', 'e', 'g', 'i', 'o', 'n'}).data, (Bytes{'E', 'U'}));
+  EXPECT_EQ(Exchange(0x32, 0x10, {'R', 'e', 'g'}).completionCode, 0xCB);
+}
+
 }  // namespace
 }  // namespace varnok::testing

@@ -1,0 +1,26 @@
+// Sensor readings (IPMI v2.0, section 35.14).
+#include "sim/commands.h"
+
+namespace varnok::sim {
+namespace {
+
+std::uint8_t GetSensorReading(CommandContext& context) {
+  for (const SensorConfig& sensor : context.self.Config().answers.sensors) {
+    if (sensor.number != context.data[0]) continue;
+    context.answer = sensor.reading;
+    return sensor.completionCode;
+  }
+  return code::kNotPresent;
+}
+
+constexpr CommandRow kRows[] = {
+    {net_function::kSensorEvent, 0x2D, 1, 1, row_flag::kBmcOnly, GetSensorReading},
+};
+
+}  // namespace
+
+std::span<const CommandRow> SensorCommands() {
+  return kRows;
+}
+
+}  // namespace varnok::sim

@@ -1,0 +1,42 @@
+// Probes in scripts: what FOUND makes of them in front of a scripted BMC and a built SMBIOS table.
+#pragma once
+
+#include "platform/smbios.h"
+#include "tests/cfg/script_test.h"
+#include "tests/support/scripted_ipmi.h"
+#include "tests/support/smbios_builder.h"
+
+namespace varnok::testing {
+
+class ProbeScript : public ScriptTest {
+ protected:
+  ProbeScript() { SmbiosInitialize(); }
+  ~ProbeScript() override {
+    machine.smbiosEntryPoint = nullptr;
+    SmbiosInitialize();
+  }
+
+  void Install(SmbiosBuilder& table) {
+    table.Install(machine);
+    SmbiosInitialize();
+  }
+
+  /// The answer as FOUND's tags tell it: "yes" or "no"; else the status that stopped the script, with the
+  /// message behind it when there is one.
+  std::string Ask(const std::string& probe) {
+    Status status = Run("PROBE " + probe + "\nFOUND YES NO\n");
+    bool isYes = parser.IsTagSet("YES"), isNo = parser.IsTagSet("NO");
+    if (status == kSuccess) return isYes == isNo ? "neither or both" : isYes ? "yes" : "no";
+    EXPECT_FALSE(isYes || isNo) << "a failed query must not change a tag";
+    return Format("%X", status) + (Message().empty() ? "" : " " + Message());
+  }
+
+  /// A request that the BMC answers with a completion code until the transport gives up.
+  static void Refuse(ScriptedIpmi& bmc, std::uint8_t netFunction, std::uint8_t command,
+                     const ScriptedIpmi::Bytes& data, std::uint8_t code) {
+    constexpr int kAttempts = 11;
+    for (int i = 0; i < kAttempts; ++i) bmc.Expect(netFunction, command, data).Reply({}, code);
+  }
+};
+
+}  // namespace varnok::testing
