@@ -49,9 +49,9 @@ TEST_F(TraceLog, SelectingEmptiesTheLog) {
 TEST_F(TraceLog, LineIsWrittenAtItsLevelAndAbove) {
   for (std::uint32_t level = 1; level <= 3; ++level) {
     Select({("-debug" + std::to_string(level)).c_str()});
-    Trace(u"one %d", 1, 1);
-    Trace(u"two", 2);
-    { TraceScope scope(u"C::M"); }
+    Trace("one %d", 1, 1);
+    Trace("two", 2);
+    { TraceScope scope("C::M"); }
     Lines expected{"one 1", "two", "C::M [ENTRY]", "C::M [EXIT]"};
     expected.resize(level == 3 ? 4 : level);
     EXPECT_EQ(machine.TraceLines(), expected) << level;
@@ -64,7 +64,7 @@ TEST_F(TraceLog, LineIsWrittenAtItsLevelAndAbove) {
 TEST_F(TraceLog, UnopenableLogDropsTheLine) {
   Select({"-debug3"});
   machine.fileFailures["DBGLOG.txt"] = uefi_status::kWriteProtected;
-  Trace(u"lost", 1);
+  Trace("lost", 1);
   EXPECT_EQ(machine.TraceLines(), Lines{});
 }
 
