@@ -92,11 +92,12 @@ void BoardServer::Run(int stopDescriptor) {
       if (waits[i + 2].revents == 0 || Serve(connections_[i])) kept.push_back(std::move(connections_[i]));
     connections_ = std::move(kept);
     if (waits[1].revents != 0) Accept();
+    for (Connection& connection : connections_) SignalAttention(connection);
   }
 }
 
 void BoardServer::Accept() {
-  Connection connection{Descriptor(accept4(listener_.Number(), nullptr, nullptr, SOCK_CLOEXEC)), {}};
+  Connection connection{Descriptor(accept4(listener_.Number(), nullptr, nullptr, SOCK_CLOEXEC)), {}, false};
   if (!connection.socket.IsOpen()) return;
   int on = 1;
   // One byte of delay per answer would be felt at every request.
@@ -130,6 +131,15 @@ bool BoardServer::Answer(Connection& connection, const VmInput& input) {
   return std::all_of(delivery.answers.begin(), delivery.answers.end(), [&](const Response& response) {
     return SendAll(connection.socket.Number(), EncodeVmResponse(request->sequence, response));
   });
+}
+
+void BoardServer::SignalAttention(Connection& connection) {
+  bool isWanted = !board_.TheBmc().Queue().IsEmpty();
+  if (isWanted == connection.hasAttention) return;
+  connection.hasAttention = isWanted;
+  // A machine that is gone shows at the next reading.
+  (void)SendAll(connection.socket.Number(),
+                EncodeVmCommand({isWanted ? vm_command::kAttention : vm_command::kNoAttention, {}}));
 }
 
 void BoardServer::CatchUpClock() {

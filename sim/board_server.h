@@ -47,12 +47,15 @@ class BoardServer {
   struct Connection {
     Descriptor socket;
     VmDecoder decoder;
+    bool hasAttention = false;
   };
 
   void Accept();
   /// False when the machine is gone.
   bool Serve(Connection& connection);
   bool Answer(Connection& connection, const VmInput& input);
+  /// Tells the machine whether answers of controllers wait in the receive queue, when that has changed.
+  void SignalAttention(Connection& connection);
   void CatchUpClock();
 
   Board& board_;

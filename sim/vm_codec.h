@@ -21,6 +21,7 @@ namespace varnok::sim {
 /// Commands of the machine's side of the line, and of ours.
 namespace vm_command {
 inline constexpr std::uint8_t kNoAttention = 0x00;
+inline constexpr std::uint8_t kAttention = 0x01;
 inline constexpr std::uint8_t kCapabilities = 0x08;
 inline constexpr std::uint8_t kVersion = 0xFF;
 }  // namespace vm_command

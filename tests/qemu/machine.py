@@ -209,10 +209,11 @@ class Board:
     def images(self) -> dict[str, bytes]:
         return {file.name: file.read_bytes() for file in sorted(self.folder.glob("*.bin"))}
 
-    def run_host(self, arguments: list[str], folder: Path, keys: str = "") -> "Result":
+    def run_host(self, arguments: list[str], folder: Path, keys: str = "",
+                 environment: dict[str, str] | None = None) -> "Result":
         """The Linux program over this board, in `folder`."""
         done = subprocess.run([HOST_BUILD / "varnok", *arguments], cwd=folder, input=keys.encode(), capture_output=True,
-                              env=dict(os.environ, VARNOK_BOARD=str(self.folder)))
+                              env=dict(os.environ, VARNOK_BOARD=str(self.folder), **(environment or {})))
         return Result(done.stdout.decode(), done.returncode)
 
     def __enter__(self) -> "Board":
@@ -235,13 +236,14 @@ def free_port() -> int:
 
 class IpmiSim:
     """OpenIPMI's BMC simulator, reachable by QEMU and by ipmitool; `devices` are its FRU devices as (controller,
-    device ID, size, content)."""
+    device ID, size, content), `records` its sensor data records."""
 
     CONTROLLERS = {0x20: "0x23 1 5 0xbf 0x1291 0x4311", 0xB0: "0x31 2 1 0x29 0x1291 0x0c01"}
 
-    def __init__(self, folder: Path, devices: list[tuple[int, int, int, bytes]]):
+    def __init__(self, folder: Path, devices: list[tuple[int, int, int, bytes]], records: bytes = b""):
         self.folder = folder
         self.devices = devices
+        self.records = records
 
     def __enter__(self) -> "IpmiSim":
         self.port, self.lan_port = free_port(), free_port()
@@ -268,6 +270,11 @@ set_working_mc 0x20
                     data = " ".join(f"{byte:#04x}" for byte in content)
                     commands.append(f"mc_add_fru_data {address:#x} {device} {size} data {data}")
             commands.append(f"mc_enable {address:#x}")
+        records = self.records
+        while records:
+            size = records[4] + 5
+            commands.append("main_sdr_add 0x20 " + " ".join(f"{byte:#04x}" for byte in records[:size]))
+            records = records[size:]
         (self.folder / "board.emu").write_text("\n".join(commands) + "\n")
         self.server = subprocess.Popen(["ipmi_sim", "-c", self.folder / "lan.conf", "-f", self.folder / "board.emu",
                                         "-s", self.folder / "state", "-n"],

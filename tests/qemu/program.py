@@ -1,5 +1,6 @@
 """What the tests of the whole program share."""
 
+import re
 import unittest
 
 from machine import BUILD, FIXTURES, Boot, Command, Machine, Path, Result, Stick, temporary_folder
@@ -12,6 +13,11 @@ SUCCESS, COMMAND_LINE_ERROR, NO_BMC_TRAFFIC, LOAD_ERROR, NO_INTERFACE = 0, 1, 3,
 def lines_of(text: str) -> list[str]:
     """The lines as any console shows them: CR LF and LF end one, a CR alone begins it again."""
     return text.replace("\r\n", "\n").split("\n")
+
+
+def without_record_ids(text: str) -> list[str]:
+    """The lines of an SDR display; a BMC numbers its records as it likes."""
+    return [re.sub(r"#\d+$|^ [0-9A-F]{2} 00( 51.{39} *).", r"\1", line) for line in lines_of(text)]
 
 
 def fru_file(name: str, controller: int = 0x20) -> bytes:
@@ -33,8 +39,8 @@ class ProgramTest(unittest.TestCase):
             cls.stick.put(BUILD / driver, "ipmi.efi")
 
     @classmethod
-    def run_machine(cls, devices: list[str], commands: dict[str, Command | str]):
-        cls.boot: Boot = Machine(cls.folder, cls.stick, devices).run(commands)
+    def run_machine(cls, devices: list[str], commands: dict[str, Command | str], setup: list[str] | None = None):
+        cls.boot: Boot = Machine(cls.folder, cls.stick, devices).run(commands, setup)
 
     def result(self, name: str) -> Result:
         return self.boot.results[name]

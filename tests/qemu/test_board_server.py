@@ -1,9 +1,10 @@
 """The program in the virtual machine and on the host over copies of one simulated board: the same text, the same
 images."""
 
+import shutil
 import unittest
 
-from machine import Board, outside_bmc
+from machine import ROOT, Board, Command, outside_bmc
 from program import NO_BMC_TRAFFIC, SUCCESS, ProgramTest, fru_file
 
 HOT_SWAP = 0xC0
@@ -16,7 +17,22 @@ JOBS = {
     "show by number": ["/d", "fru", "IMBDEVICE", "00"],
     "show behind a controller": ["/d", "fru", "IMBDEVICE", "C%02X" % HOT_SWAP, "L00", "FF", "20"],
     "sdr": ["/d", "sdr"],
+    "program sdr": ["/sdr", "HEARTHS2.SDR"],
+    "show sdr": ["/d", "sdr"],
 }
+SAMPLES = ROOT / "samples"
+# Scripts with their keys: the text that each key waits for, and what is typed then.
+SCRIPTS = {
+    "MASTER.CFG": [("None of these: leave without any change", "1\r"), ("fan fitted? [Y/N]", "y"), ("tag now? [Y/N]", "Y"),
+                   ("Product Serial Number  :", "SER-4711\r"), ("correct: 'SER-4711'?", "n"),
+                   ("Product Serial Number  :", "SER-4712\r"), ("correct: 'SER-4712'?", "Y"),
+                   ("Product Asset Tag  :", "ASSET 9\r"), ("correct: 'ASSET 9'?", "Y")],
+    "BRANCH.CFG": [("rack system? [Y/N]", "Y"), ("supplies fitted? [Y/N]", "N")],
+    "MENU.CFG": [("Leave it as it is", "7\r2\r")],
+    "FIELDS.CFG": [],
+    "SUPPLY.CFG": [],
+}
+ENVIRONMENT = {"BOARD_SERIAL": "ENV-0815"}
 
 
 class BoardServer(ProgramTest):
@@ -27,6 +43,8 @@ class BoardServer(ProgramTest):
         for name, content in cls.files.items():
             cls.stick.write(name, content)
             (cls.folder / name).write_bytes(content)
+        cls.stick.put(SAMPLES / "HEARTHS2.SDR")
+        shutil.copy(SAMPLES / "HEARTHS2.SDR", cls.folder)
         cls.untouched = Board.default(cls.folder)
         cls.host_board = cls.untouched.copy(cls.folder / "host board")
         cls.expected = {name: cls.host_board.run_host(arguments, cls.folder) for name, arguments in JOBS.items()}
@@ -42,8 +60,8 @@ class BoardServer(ProgramTest):
             with self.subTest(name):
                 self.assert_ends(name, self.expected[name].status)
                 self.assert_file_shows(f"{number}.txt", self.expected[name].text)
-        self.assertEqual(self.expected["program"].status, SUCCESS)
-        self.assertEqual(self.expected["program behind a controller"].status, SUCCESS)
+        for name in ("program", "program behind a controller", "program sdr"):
+            self.assertEqual(self.expected[name].status, SUCCESS, name)
 
     def test_console_shows_the_hosts_lines(self):
         self.assert_ends("on the console", SUCCESS)
@@ -53,10 +71,49 @@ class BoardServer(ProgramTest):
         before, host, served = (board.images() for board in (self.untouched, self.host_board, self.served_board))
         self.assertEqual(host, served)
         changed = {name for name in before if before[name] != served[name]}
-        self.assertEqual(changed, {"board.bin", "backplane.bin"})
+        self.assertEqual(changed, {"board.bin", "backplane.bin", "sdr.bin"})
 
     def test_server_ends_cleanly(self):
         self.assertEqual(self.served_board.end_status, 0)
+
+
+class Scripts(ProgramTest):
+    """Scripts in a folder of their own, started from elsewhere, with keys typed at their questions."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.make_stick()
+        cls.stick.make_folder("board files")
+        (cls.folder / "board files").mkdir()
+        for file in SAMPLES.iterdir():
+            cls.stick.put(file, f"board files/{file.name}")
+            shutil.copy(file, cls.folder / "board files")
+        cls.untouched = Board.default(cls.folder)
+        cls.host_board = cls.untouched.copy(cls.folder / "host board")
+        cls.expected = {name: cls.host_board.run_host(["/cfg", name], cls.folder / "board files",
+                                                      "".join(typed for _, typed in keys), ENVIRONMENT)
+                        for name, keys in SCRIPTS.items()}
+        cls.served_board = cls.untouched.copy(cls.folder / "served board")
+        setup = [f"set {name} {value}" for name, value in ENVIRONMENT.items()] + ["cp VARNOK.EFI \"board files\"",
+                 "cp ipmi.efi \"board files\"", "cd \"board files\""]
+        with cls.served_board as board:
+            cls.run_machine(outside_bmc(board.port),
+                            {name: Command(f"VARNOK /cfg {name}", keys) for name, keys in SCRIPTS.items()}, setup)
+
+    def test_transcripts_are_the_hosts(self):
+        for name, expected in self.expected.items():
+            with self.subTest(name):
+                self.assertEqual(expected.status, SUCCESS, expected.text)
+                self.assert_ends(name, SUCCESS)
+                self.assert_shows(name, expected.text)
+
+    def test_images_are_the_hosts(self):
+        served = self.served_board.images()
+        self.assertEqual(self.host_board.images(), served)
+        for image, text in {"board.bin": b"SER-4712", "sdr.bin": b"", "supply.bin": b"PSU-01"}.items():
+            self.assertNotEqual(self.untouched.images()[image], served[image], image)
+            self.assertIn(text, served[image])
+        self.assertIn(b"ENV-0815", served["board.bin"])
 
 
 class TransferMode(ProgramTest):

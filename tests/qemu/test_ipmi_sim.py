@@ -3,8 +3,8 @@
 import re
 import unittest
 
-from machine import IpmiSim, outside_bmc
-from program import SUCCESS, ProgramTest, fru_file, lines_of
+from machine import Board, IpmiSim, outside_bmc
+from program import SUCCESS, ProgramTest, fru_file, lines_of, without_record_ids
 
 SATELLITE = 0xB0
 
@@ -22,13 +22,16 @@ class Simulator(ProgramTest):
         cls.stick.write("back.fru", fru_file("backplane.fru", SATELLITE))
         (cls.folder / "other.bin").write_bytes(cls.board_only_image())
         devices = [(0x20, 0, 512, bytes(8)), (0x20, 1, 256, bytes(8)), (SATELLITE, 0, 256, bytes(8))]
-        with IpmiSim(cls.folder, devices) as simulator:
+        cls.board_of_records = Board.default(cls.folder)
+        records = (cls.board_of_records.folder / "sdr.bin").read_bytes()
+        with IpmiSim(cls.folder, devices, records) as simulator:
             simulator.ipmitool("fru", "write", "1", str(cls.folder / "other.bin"))
             cls.run_machine(outside_bmc(simulator.port), {
                 "program": "VARNOK /fru board.fru",
                 "program behind a controller": "VARNOK /fru back.fru",
                 "show": "VARNOK /d fru",
                 "show what another wrote": "VARNOK /d fru IMBDEVICE 01",
+                "sdr": "VARNOK /d sdr",
             })
             cls.board = fields(simulator.ipmitool("fru", "print", "0"))
             cls.satellite = fields(simulator.ipmitool("-t", f"{SATELLITE:#x}", "fru", "print", "0"))
@@ -60,6 +63,11 @@ class Simulator(ProgramTest):
         for line in (" Manufacturer Name(ASCII)       = Somebody", " Product Name     (ASCII)       = Other",
                      " Serial Number    (ASCII)       = S-17", " Part Number      (ASCII)       = P-18"):
             self.assertIn(line, shown)
+
+    def test_displays_records(self):
+        self.assert_ends("sdr", SUCCESS)
+        expected = self.board_of_records.run_host(["/d", "sdr"], self.folder).text
+        self.assertEqual(without_record_ids(self.result("sdr").text), without_record_ids(expected))
 
 
 if __name__ == "__main__":

@@ -3,7 +3,7 @@
 import unittest
 
 from machine import Board, own_bmc
-from program import BANNER, COMMAND_LINE_ERROR, LOAD_ERROR, NO_INTERFACE, NO_PROTOCOL, SUCCESS, ProgramTest, lines_of
+from program import BANNER, COMMAND_LINE_ERROR, LOAD_ERROR, NO_INTERFACE, NO_PROTOCOL, SUCCESS, ProgramTest, lines_of, without_record_ids
 
 SMBIOS = ["-smbios", "type=1,manufacturer=Varnok Works,product=Hearth S2,version=R3,serial=SY0001",
           "-smbios", "type=2,manufacturer=Board Maker,product=Hearth board,version=R4,serial=MB0002",
@@ -23,7 +23,7 @@ class OwnBmc(ProgramTest):
         cls.stick.make_folder("empty")
         cls.board = Board.default(cls.folder)
         image = cls.board.folder / "board.bin"
-        cls.run_machine(own_bmc(frudatafile=image) + SMBIOS, {
+        cls.run_machine(own_bmc(frudatafile=image, sdrfile=cls.board.folder / "sdr.bin") + SMBIOS, {
             "no driver": "cd empty\r\n\\VARNOK /?",
             "help": "cd \\\r\nVARNOK /? > help.txt",
             "help by letter": "VARNOK -H > letter.txt",
@@ -34,6 +34,7 @@ class OwnBmc(ProgramTest):
             "fru": "VARNOK /d fru",
             "fru to file": "VARNOK /d FRU > fru.txt",
             "fru that is none": "VARNOK /d fru IMBDEVICE 05",
+            "sdr": "VARNOK /d sdr",
             "smbios": "VARNOK /d smb",
             "missing file": "VARNOK /fru none",
             "missing sdr file": "VARNOK /sdr none.sdr",
@@ -61,6 +62,10 @@ class OwnBmc(ProgramTest):
         self.assert_shows("fru", expected.text)
         self.assert_file_shows("fru.txt", expected.text)
         self.assertIn(" Product Name     (ASCII)       = Hearth S2 Server Board", lines_of(self.result("fru").text))
+
+    def test_displays_records(self):
+        self.assert_ends("sdr", SUCCESS)
+        self.assertEqual(without_record_ids(self.result("sdr").text), without_record_ids(self.host("/d", "sdr").text))
 
     def test_failures_are_the_hosts(self):
         for name, arguments in {"missing file": ["/fru", "none"], "missing sdr file": ["/sdr", "none.sdr"],

@@ -15,6 +15,13 @@ namespace {
 const Bytes kGreeting{0xFF, 0x01, 0xA1, 0x00, 0xA1};
 const Bytes kGetDeviceId{0x05, 0x18, 0x01, 0xE2, 0xA0};
 
+/// A request as the line carries it; none of these holds a byte to be escaped.
+Bytes Framed(Bytes request) {
+  request.push_back(sim::IpmbChecksum(request));
+  request.push_back(0xA0);
+  return request;
+}
+
 /// A machine's end of the line.
 class Line {
  public:
@@ -101,12 +108,7 @@ TEST_F(BoardServerTest, StoresWhatIsWrittenAtOnce) {
   Line line(server_->Address());
   line.Receive(5);
   // Write FRU Data to device 0, offset 0: 5Ah.
-  Bytes request{0x01, 0x28, 0x12, 0x00, 0x00, 0x00, 0x5A};
-  std::uint8_t sum = 0;
-  for (std::uint8_t byte : request) sum = static_cast<std::uint8_t>(sum + byte);
-  request.push_back(static_cast<std::uint8_t>(0 - sum));
-  request.push_back(0xA0);
-  line.Send(request);
+  line.Send(Framed({0x01, 0x28, 0x12, 0x00, 0x00, 0x00, 0x5A}));
   EXPECT_EQ(line.Receive(5), (Bytes{0x01, 0x2C, 0x12, 0x00, 0x01}));
   bool isStored = false;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
@@ -114,6 +116,37 @@ TEST_F(BoardServerTest, StoresWhatIsWrittenAtOnce) {
     isStored = isStored || ReadFile(entry.path().filename().string()).front() == 0x5A;
   }
   EXPECT_TRUE(isStored);
+}
+
+TEST_F(BoardServerTest, RaisesAttentionWhileAnswersWait) {
+  const Bytes raised{0x01, 0xA1};
+  const Bytes dropped{0x00, 0xA1};
+  // Send Message to channel 0: Get Device ID to the controller at C0h.
+  const Bytes send = Framed({0x02, 0x18, 0x34, 0x00, 0xC0, 0x18, 0x28, 0x20, 0x0A, 0x01, 0xD5});
+  const Bytes getMessage = Framed({0x03, 0x18, 0x33});
+  const std::size_t sendAnswer = 6;
+  Line line(server_->Address());
+  line.Receive(5);
+  line.Send(send);
+  EXPECT_EQ(line.Receive(sendAnswer + 2).back(), 0xA1);
+  // Two wait: attention stays up until the second is taken.
+  line.Send(send);
+  EXPECT_EQ(line.Receive(4), (Bytes{0x02, 0x1C, 0x34, 0x00}));
+  line.Receive(2);
+  Line late(server_->Address());
+  EXPECT_EQ(late.Receive(5), kGreeting);
+  EXPECT_EQ(late.Receive(2), raised);
+  for (bool isLast : {false, true}) {
+    line.Send(getMessage);
+    EXPECT_EQ(line.Receive(4), (Bytes{0x03, 0x1C, 0x33, 0x00}));
+    Bytes last;
+    do last = line.Receive(1);
+    while (!last.empty() && last.front() != 0xA0);
+    if (isLast) {
+      EXPECT_EQ(line.Receive(2), dropped);
+    }
+  }
+  EXPECT_EQ(late.Receive(2), dropped);
 }
 
 TEST_F(BoardServerTest, SaysWhyItCannotListen) {
