@@ -20,6 +20,17 @@ def without_record_ids(text: str) -> list[str]:
     return [re.sub(r"#\d+$|^ [0-9A-F]{2} 00( 51.{39} *).", r"\1", line) for line in lines_of(text)]
 
 
+# What PROBES.CFG asks of OVMF's tables: a board and a BIOS version of ours, one processor socket named CPU1.
+PROBED_SMBIOS = ["-smbios", "type=0,vendor=Varnok Works,version=A.B.C.D.E.0045.1",
+                 "-smbios", "type=2,manufacturer=Board Maker,product=Hearth board,version=R4,serial=MB0002",
+                 "-smbios", "type=4,sock_pfx=CPU1"]
+PROBES_FOUND = ["board", "BIOS", "memory", "processor", "FRU", "BMC", "sensor"]
+
+
+def probe_script(sensor: int) -> bytes:
+    return (FIXTURES / "PROBES.CFG").read_text().replace("SENSOR 00 00", f"{sensor:02X} 00 00", 1).encode("latin-1")
+
+
 def fru_file(name: str, controller: int = 0x20) -> bytes:
     text = (FIXTURES / name).read_text()
     return text.replace("CONTROLLER\n", f"{controller:02X}\n").encode("latin-1")

@@ -3,11 +3,11 @@
 import unittest
 
 from machine import Board, own_bmc
-from program import BANNER, COMMAND_LINE_ERROR, LOAD_ERROR, NO_INTERFACE, NO_PROTOCOL, SUCCESS, ProgramTest, lines_of, without_record_ids
+from program import (COMMAND_LINE_ERROR, NO_INTERFACE, NO_PROTOCOL, PROBED_SMBIOS, PROBES_FOUND, SUCCESS, ProgramTest,
+                     lines_of, probe_script, without_record_ids)
 
 SMBIOS = ["-smbios", "type=1,manufacturer=Varnok Works,product=Hearth S2,version=R3,serial=SY0001",
-          "-smbios", "type=2,manufacturer=Board Maker,product=Hearth board,version=R4,serial=MB0002",
-          "-smbios", "type=3,manufacturer=Chassis Maker,version=R5,serial=CH0003,asset=AS0004"]
+          "-smbios", "type=3,manufacturer=Chassis Maker,version=R5,serial=CH0003,asset=AS0004", *PROBED_SMBIOS]
 SHOWN = [(" Manufacturer      = ", "Varnok Works"), (" Product Name      = ", "Hearth S2"),
          (" Version           = ", "R3"), (" Serial Number     = ", "SY0001"),
          (" Manufacturer      = ", "Board Maker"), (" Product           = ", "Hearth board"),
@@ -15,14 +15,18 @@ SHOWN = [(" Manufacturer      = ", "Varnok Works"), (" Product Name      = ", "H
          (" Manufacturer      = ", "Chassis Maker"), (" Version           = ", "R5"),
          (" Serial Number     = ", "CH0003"), (" Asset Tag Number  = ", "AS0004")]
 
+SENSOR = 0x10  # QEMU's BMC has room for the numbers below 14h
+
 
 class OwnBmc(ProgramTest):
     @classmethod
     def setUpClass(cls):
         cls.make_stick()
         cls.stick.make_folder("empty")
+        cls.stick.write("PROBES.CFG", probe_script(SENSOR))
         cls.board = Board.default(cls.folder)
         image = cls.board.folder / "board.bin"
+        cls.fit_compact_sensor(cls.board.folder / "sdr.bin")
         cls.run_machine(own_bmc(frudatafile=image, sdrfile=cls.board.folder / "sdr.bin") + SMBIOS, {
             "no driver": "cd empty\r\n\\VARNOK /?",
             "help": "cd \\\r\nVARNOK /? > help.txt",
@@ -36,10 +40,22 @@ class OwnBmc(ProgramTest):
             "fru that is none": "VARNOK /d fru IMBDEVICE 05",
             "sdr": "VARNOK /d sdr",
             "smbios": "VARNOK /d smb",
+            "probes": "VARNOK /cfg PROBES",
             "missing file": "VARNOK /fru none",
             "missing sdr file": "VARNOK /sdr none.sdr",
             "trace": "VARNOK /? -debug3",
         })
+
+    @staticmethod
+    def fit_compact_sensor(repository):
+        """QEMU's BMC makes sensors of compact records that ask for it in bit 7 of their initialisation byte."""
+        records = bytearray(repository.read_bytes())
+        start = 0
+        while records[start + 3] != 2:
+            start += records[start + 4] + 5
+        records[start + 7] = SENSOR
+        records[start + 10] |= 0x80
+        repository.write_bytes(records)
 
     def host(self, *arguments: str):
         return self.board.run_host(list(arguments), self.folder)
@@ -82,6 +98,10 @@ class OwnBmc(ProgramTest):
         for label, value in SHOWN:
             self.assertIn(label + value, lines[position:])
             position = lines.index(label + value, position) + 1
+
+    def test_probes_ask_the_machine(self):
+        self.assert_ends("probes", SUCCESS)
+        self.assertEqual(lines_of(self.result("probes").text)[3:-1], PROBES_FOUND)
 
     def test_trace_log(self):
         self.assert_ends("trace", COMMAND_LINE_ERROR)
