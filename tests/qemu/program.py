@@ -27,8 +27,14 @@ PROBED_SMBIOS = ["-smbios", "type=0,vendor=Varnok Works,version=A.B.C.D.E.0045.1
 PROBES_FOUND = ["board", "BIOS", "memory", "processor", "FRU", "BMC", "sensor"]
 
 
-def probe_script(sensor: int) -> bytes:
-    return (FIXTURES / "PROBES.CFG").read_text().replace("SENSOR 00 00", f"{sensor:02X} 00 00", 1).encode("latin-1")
+def probe_script(sensor: int | None = None) -> bytes:
+    """PROBES.CFG, without its last question when there is no sensor to ask."""
+    script = (FIXTURES / "PROBES.CFG").read_text()
+    if sensor is None:
+        script = script[:script.index("PROBE DISCRETE_SENSOR")]
+    else:
+        script = script.replace("SENSOR 00 00", f"{sensor:02X} 00 00", 1)
+    return script.encode("latin-1")
 
 
 def fru_file(name: str, controller: int = 0x20) -> bytes:

@@ -4,7 +4,8 @@ import re
 import unittest
 
 from machine import Board, IpmiSim, outside_bmc
-from program import SUCCESS, ProgramTest, fru_file, lines_of, without_record_ids
+from program import (PROBED_SMBIOS, PROBES_FOUND, SUCCESS, ProgramTest, fru_file, lines_of, probe_script,
+                     without_record_ids)
 
 SATELLITE = 0xB0
 
@@ -20,18 +21,20 @@ class Simulator(ProgramTest):
         cls.make_stick()
         cls.stick.write("board.fru", fru_file("board.fru"))
         cls.stick.write("back.fru", fru_file("backplane.fru", SATELLITE))
+        cls.stick.write("PROBES.CFG", probe_script())
         (cls.folder / "other.bin").write_bytes(cls.board_only_image())
         devices = [(0x20, 0, 512, bytes(8)), (0x20, 1, 256, bytes(8)), (SATELLITE, 0, 256, bytes(8))]
         cls.board_of_records = Board.default(cls.folder)
         records = (cls.board_of_records.folder / "sdr.bin").read_bytes()
         with IpmiSim(cls.folder, devices, records) as simulator:
             simulator.ipmitool("fru", "write", "1", str(cls.folder / "other.bin"))
-            cls.run_machine(outside_bmc(simulator.port), {
+            cls.run_machine(outside_bmc(simulator.port) + PROBED_SMBIOS, {
                 "program": "VARNOK /fru board.fru",
                 "program behind a controller": "VARNOK /fru back.fru",
                 "show": "VARNOK /d fru",
                 "show what another wrote": "VARNOK /d fru IMBDEVICE 01",
                 "sdr": "VARNOK /d sdr",
+                "probes": "VARNOK /cfg PROBES",
             })
             cls.board = fields(simulator.ipmitool("fru", "print", "0"))
             cls.satellite = fields(simulator.ipmitool("-t", f"{SATELLITE:#x}", "fru", "print", "0"))
@@ -68,6 +71,10 @@ class Simulator(ProgramTest):
         self.assert_ends("sdr", SUCCESS)
         expected = self.board_of_records.run_host(["/d", "sdr"], self.folder).text
         self.assertEqual(without_record_ids(self.result("sdr").text), without_record_ids(expected))
+
+    def test_probes_ask_the_machine(self):
+        self.assert_ends("probes", SUCCESS)
+        self.assertEqual(lines_of(self.result("probes").text)[3:-1], PROBES_FOUND[:-1])
 
 
 if __name__ == "__main__":
