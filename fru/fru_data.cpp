@@ -19,6 +19,16 @@ PoolPtr<FruManager>& Manager() {
   return Lasting<PoolPtr<FruManager>>();
 }
 
+/// Stores one setting once the manager is initialised.
+template <class Setting>
+Status SetInSession(const char* operation, Setting FruSession::*setting, Setting value) {
+  TraceScope scope(operation);
+  FruManager* manager = nullptr;
+  Status status = CheckFruManager(operation, manager);
+  if (status == kSuccess) TheFruSession().*setting = value;
+  return status;
+}
+
 }  // namespace
 
 FruManager* TheFruManager() {
@@ -88,21 +98,11 @@ void FruData::Reset() {
 }
 
 Status FruData::SetProgressCallback(ProgressCallback callback) {
-  constexpr const char* kOperation = "FruData::SetProgressCallback";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  Status status = CheckFruManager(kOperation, manager);
-  if (status == kSuccess) TheFruSession().progress = callback;
-  return status;
+  return SetInSession("FruData::SetProgressCallback", &FruSession::progress, callback);
 }
 
 Status FruData::SetDisplayHexCallback(DisplayHexCallback callback) {
-  constexpr const char* kOperation = "FruData::SetDisplayHexCallback";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  Status status = CheckFruManager(kOperation, manager);
-  if (status == kSuccess) TheFruSession().displayHex = callback;
-  return status;
+  return SetInSession("FruData::SetDisplayHexCallback", &FruSession::displayHex, callback);
 }
 
 Status FruData::SetOutputFile(std::string_view fileName) {
@@ -116,12 +116,7 @@ Status FruData::SetOutputFile(std::string_view fileName) {
 }
 
 Status FruData::SetPagingMode(bool on) {
-  constexpr const char* kOperation = "FruData::SetPagingMode";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  Status status = CheckFruManager(kOperation, manager);
-  if (status == kSuccess) TheFruSession().isPagingOn = on;
-  return status;
+  return SetInSession("FruData::SetPagingMode", &FruSession::isPagingOn, on);
 }
 
 void FruData::SetLastError(std::u16string_view text) {
