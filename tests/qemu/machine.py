@@ -15,11 +15,14 @@ from pathlib import Path
 
 FIRMWARE_CODE = "/usr/share/OVMF/OVMF_CODE_4M.fd"
 FIRMWARE_VARIABLES = "/usr/share/OVMF/OVMF_VARS_4M.fd"
+EMULATOR = ["qemu-system-x86_64", "-machine", "q35,accel=tcg", "-nodefaults", "-display", "none", "-net", "none",
+            "-serial", "stdio", "-no-reboot"]
 BOOT_LIMIT = 240  # seconds; a boot on an idle machine takes 6 to 11
 
 ROOT = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ.get("VARNOK_UEFI_BUILD", ROOT / "build" / "uefi"))
 HOST_BUILD = Path(os.environ.get("VARNOK_HOST_BUILD", ROOT / "build" / "host"))
+LINUX_BUILD = ROOT / "build" / "linux"  # a kernel with its modules and a shell, unpacked by tools/unpack-packages
 FIXTURES = Path(__file__).resolve().parent / "fixtures"
 
 
@@ -90,6 +93,9 @@ def plain(text: str) -> str:
 
 
 class Machine:
+    LAST_STATUS = "%lasterror%"
+    FIRST_KEYS = [("seconds to skip", "\r")]
+
     def __init__(self, folder: Path, stick: Stick, devices: list[str] | None = None):
         self.folder = folder
         self.stick = stick
@@ -98,10 +104,8 @@ class Machine:
     def command_line(self) -> list[str]:
         variables = self.folder / "variables.fd"
         shutil.copyfile(FIRMWARE_VARIABLES, variables)
-        return [
-            "qemu-system-x86_64", "-machine", "q35,accel=tcg", "-m", "256", "-nodefaults", "-display", "none",
-            "-net", "none", "-serial", "stdio", "-no-reboot",
-            "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={FIRMWARE_CODE}",
+        return EMULATOR + [
+            "-m", "256", "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={FIRMWARE_CODE}",
             "-drive", f"if=pflash,format=raw,unit=1,file={variables}",
             "-drive", f"if=none,id=stick,format=raw,file={str(self.stick.image).partition('@@')[0]}",
             "-device", "virtio-blk-pci,drive=stick",
@@ -110,14 +114,17 @@ class Machine:
     def run(self, commands: dict[str, Command | str], setup: list[str] | None = None) -> Boot:
         """Boots once and runs the commands in order; `setup` lines come before them."""
         commands = {name: Command(c) if isinstance(c, str) else c for name, c in commands.items()}
-        script = ["@echo -off", "fs0:"] + (setup or [])
+        script = list(setup or [])
         for name, command in commands.items():
-            script += [f"echo \"[[begin {name}]]\"", command.line, f"echo \"[[end {name} %lasterror%]]\""]
-        script += ["echo \"[[finished]]\"", "reset -s"]
-        self.stick.write("startup.nsh", "".join(line + "\r\n" for line in script).encode("latin-1"))
-        keys = [("seconds to skip", "\r")] + [pair for command in commands.values() for pair in command.keys]
-        transcript = self._drive(keys)
+            script += [f"echo \"[[begin {name}]]\"", command.line, f"echo \"[[end {name} {self.LAST_STATUS}]]\""]
+        self.install(script)
+        transcript = self._drive(self.FIRST_KEYS + [pair for command in commands.values() for pair in command.keys])
         return Boot(transcript, self._split(transcript, commands))
+
+    def install(self, script: list[str]):
+        """Puts the lines where the machine runs them after its start."""
+        script = ["@echo -off", "fs0:"] + script + ["reset -s"]
+        self.stick.write("startup.nsh", "".join(line + "\r\n" for line in script).encode("latin-1"))
 
     def _drive(self, keys: list[tuple[str, str]]) -> str:
         process = subprocess.Popen(self.command_line(), stdin=subprocess.PIPE, stdout=subprocess.PIPE,
@@ -166,6 +173,50 @@ class Machine:
                               re.DOTALL)
             results[name] = Result() if match is None else Result(match[1], int(match[2], 16))
         return results
+
+
+class LinuxMachine(Machine):
+    """Linux with the host program in place of OVMF with the shell; the program's folder is `content`."""
+
+    LAST_STATUS = "$(printf %x $?)"
+    FIRST_KEYS = []
+    MODULES = ["ipmi_msghandler", "ipmi_devintf", "ipmi_si"]
+
+    def __init__(self, folder: Path, content: Path, devices: list[str]):
+        self.folder = folder
+        self.content = content
+        self.devices = devices
+
+    def install(self, script: list[str]):
+        root = self.folder / "root"
+        for name in ("bin", "dev", "proc", "sys", "modules"):
+            (root / name).mkdir(parents=True)
+        shutil.copytree(self.content, root / "work")
+        shutil.copy(LINUX_BUILD / "bin" / "busybox", root / "bin")
+        for module in self.MODULES:
+            shutil.copy(next((LINUX_BUILD / "lib" / "modules").rglob(module + ".ko")), root / "modules")
+        program = HOST_BUILD / "varnok"
+        shutil.copy(program, root / "bin")
+        for library in re.findall(r"(/\S+) \(0x", subprocess.check_output(["ldd", program], text=True)):
+            (root / library[1:]).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(library, root / library[1:])
+        start = ["#!/bin/busybox sh", "/bin/busybox --install -s /bin", "mount -t devtmpfs none /dev",
+                 "mount -t proc none /proc", "mount -t sysfs none /sys", "stty -onlcr",
+                 "export VARNOK_BOARD=/dev/ipmi0"]
+        start += [f"insmod /modules/{module}.ko" for module in self.MODULES]
+        start += ["until [ -c /dev/ipmi0 ]; do sleep 0.1; done", "cd /work"]
+        (root / "init").write_text("\n".join(start + script + ["poweroff -f"]) + "\n")
+        (root / "init").chmod(0o755)
+        names = "\n".join(str(path.relative_to(root)) for path in sorted(root.rglob("*")))
+        with open(self.folder / "root.cpio", "wb") as archive:
+            subprocess.run(["cpio", "-o", "-H", "newc", "--quiet"], cwd=root, input=names.encode(), stdout=archive,
+                           check=True)
+
+    def command_line(self) -> list[str]:
+        kernel = next((LINUX_BUILD / "boot").glob("vmlinuz-*"))
+        # A busy computer makes the emulated timer look broken to a kernel that checks it.
+        return EMULATOR + ["-m", "256", "-kernel", str(kernel), "-initrd", str(self.folder / "root.cpio"),
+                           "-append", "console=ttyS0 quiet panic=-1 no_timer_check"] + self.devices
 
 
 def own_bmc(port: int = 0xCA2, **properties) -> list[str]:

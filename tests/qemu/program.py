@@ -3,7 +3,7 @@
 import re
 import unittest
 
-from machine import BUILD, FIXTURES, Boot, Command, Machine, Path, Result, Stick, temporary_folder
+from machine import BUILD, FIXTURES, ROOT, Boot, Command, Machine, Path, Result, Stick, temporary_folder
 
 BANNER = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n"
 NO_PROTOCOL = BANNER + "\nERROR:Failed to load IPMI protocol.\n\n"
@@ -19,6 +19,34 @@ def without_record_ids(text: str) -> list[str]:
     """The lines of an SDR display; a BMC numbers its records as it likes."""
     return [re.sub(r"#\d+$|^ [0-9A-F]{2} 00( 51.{39} *).", r"\1", line) for line in lines_of(text)]
 
+
+HOT_SWAP = 0xC0
+
+# Jobs over the default board, in their order.
+BOARD_JOBS = {
+    "before": ["/d", "fru"],
+    "program": ["/fru", "board.fru"],
+    "program behind a controller": ["/fru", "back"],
+    "show": ["/d", "fru"],
+    "show by number": ["/d", "fru", "IMBDEVICE", "00"],
+    "show behind a controller": ["/d", "fru", "IMBDEVICE", "C%02X" % HOT_SWAP, "L00", "FF", "20"],
+    "sdr": ["/d", "sdr"],
+    "program sdr": ["/sdr", "HEARTHS2.SDR"],
+    "show sdr": ["/d", "sdr"],
+}
+SAMPLES = ROOT / "samples"
+# Scripts with their keys: the text that each key waits for, and what is typed then.
+SCRIPTS = {
+    "MASTER.CFG": [("None of these: leave without any change", "1\r"), ("fan fitted? [Y/N]", "y"), ("tag now? [Y/N]", "Y"),
+                   ("Product Serial Number  :", "SER-4711\r"), ("correct: 'SER-4711'?", "n"),
+                   ("Product Serial Number  :", "SER-4712\r"), ("correct: 'SER-4712'?", "Y"),
+                   ("Product Asset Tag  :", "ASSET 9\r"), ("correct: 'ASSET 9'?", "Y")],
+    "BRANCH.CFG": [("rack system? [Y/N]", "Y"), ("supplies fitted? [Y/N]", "N")],
+    "MENU.CFG": [("Leave it as it is", "7\r2\r")],
+    "FIELDS.CFG": [],
+    "SUPPLY.CFG": [],
+}
+ENVIRONMENT = {"BOARD_SERIAL": "ENV-0815"}
 
 # What PROBES.CFG asks of OVMF's tables: a board and a BIOS version of ours, one processor socket named CPU1.
 PROBED_SMBIOS = ["-smbios", "type=0,vendor=Varnok Works,version=A.B.C.D.E.0045.1",
@@ -40,6 +68,12 @@ def probe_script(sensor: int | None = None) -> bytes:
 def fru_file(name: str, controller: int = 0x20) -> bytes:
     text = (FIXTURES / name).read_text()
     return text.replace("CONTROLLER\n", f"{controller:02X}\n").encode("latin-1")
+
+
+def board_files() -> dict[str, bytes]:
+    """The files that BOARD_JOBS program."""
+    return {"board.fru": fru_file("board.fru"), "back.FRU": fru_file("backplane.fru", HOT_SWAP),
+            "HEARTHS2.SDR": (SAMPLES / "HEARTHS2.SDR").read_bytes()}
 
 
 class ProgramTest(unittest.TestCase):

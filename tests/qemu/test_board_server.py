@@ -4,59 +4,29 @@ images."""
 import shutil
 import unittest
 
-from machine import ROOT, Board, Command, outside_bmc
-from program import NO_BMC_TRAFFIC, SUCCESS, ProgramTest, fru_file
-
-HOT_SWAP = 0xC0
-
-JOBS = {
-    "before": ["/d", "fru"],
-    "program": ["/fru", "board.fru"],
-    "program behind a controller": ["/fru", "back"],
-    "show": ["/d", "fru"],
-    "show by number": ["/d", "fru", "IMBDEVICE", "00"],
-    "show behind a controller": ["/d", "fru", "IMBDEVICE", "C%02X" % HOT_SWAP, "L00", "FF", "20"],
-    "sdr": ["/d", "sdr"],
-    "program sdr": ["/sdr", "HEARTHS2.SDR"],
-    "show sdr": ["/d", "sdr"],
-}
-SAMPLES = ROOT / "samples"
-# Scripts with their keys: the text that each key waits for, and what is typed then.
-SCRIPTS = {
-    "MASTER.CFG": [("None of these: leave without any change", "1\r"), ("fan fitted? [Y/N]", "y"), ("tag now? [Y/N]", "Y"),
-                   ("Product Serial Number  :", "SER-4711\r"), ("correct: 'SER-4711'?", "n"),
-                   ("Product Serial Number  :", "SER-4712\r"), ("correct: 'SER-4712'?", "Y"),
-                   ("Product Asset Tag  :", "ASSET 9\r"), ("correct: 'ASSET 9'?", "Y")],
-    "BRANCH.CFG": [("rack system? [Y/N]", "Y"), ("supplies fitted? [Y/N]", "N")],
-    "MENU.CFG": [("Leave it as it is", "7\r2\r")],
-    "FIELDS.CFG": [],
-    "SUPPLY.CFG": [],
-}
-ENVIRONMENT = {"BOARD_SERIAL": "ENV-0815"}
+from machine import Board, Command, outside_bmc
+from program import BOARD_JOBS, ENVIRONMENT, NO_BMC_TRAFFIC, SAMPLES, SCRIPTS, SUCCESS, ProgramTest, board_files, fru_file
 
 
 class BoardServer(ProgramTest):
     @classmethod
     def setUpClass(cls):
         cls.make_stick()
-        cls.files = {"board.fru": fru_file("board.fru"), "back.FRU": fru_file("backplane.fru", HOT_SWAP)}
-        for name, content in cls.files.items():
+        for name, content in board_files().items():
             cls.stick.write(name, content)
             (cls.folder / name).write_bytes(content)
-        cls.stick.put(SAMPLES / "HEARTHS2.SDR")
-        shutil.copy(SAMPLES / "HEARTHS2.SDR", cls.folder)
         cls.untouched = Board.default(cls.folder)
         cls.host_board = cls.untouched.copy(cls.folder / "host board")
-        cls.expected = {name: cls.host_board.run_host(arguments, cls.folder) for name, arguments in JOBS.items()}
+        cls.expected = {name: cls.host_board.run_host(arguments, cls.folder) for name, arguments in BOARD_JOBS.items()}
         cls.served_board = cls.untouched.copy(cls.folder / "served board")
         commands = {name: "VARNOK " + " ".join(arguments) + f" > {number}.txt"
-                    for number, (name, arguments) in enumerate(JOBS.items())}
+                    for number, (name, arguments) in enumerate(BOARD_JOBS.items())}
         commands["on the console"] = "VARNOK /fru board.fru"
         with cls.served_board as board:
             cls.run_machine(outside_bmc(board.port), commands)
 
     def test_text_and_status_are_the_hosts(self):
-        for number, name in enumerate(JOBS):
+        for number, name in enumerate(BOARD_JOBS):
             with self.subTest(name):
                 self.assert_ends(name, self.expected[name].status)
                 self.assert_file_shows(f"{number}.txt", self.expected[name].text)
