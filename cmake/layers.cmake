@@ -6,8 +6,8 @@ target_compile_options(varnok_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wimplicit-fallthrough -Werror)
 if(VARNOK_SANITIZE)
-  target_compile_options(varnok_options INTERFACE -fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all
-    -fno-omit-frame-pointer)
+  target_compile_options(varnok_options INTERFACE -fsanitize=address,undefined,fuzzer-no-link -fno-sanitize=vptr
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(varnok_options INTERFACE -fsanitize=address,undefined)
 endif()
 

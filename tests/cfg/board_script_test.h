@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,25 +14,9 @@
 #include "app/services/trace.h"
 #include "app/varnok.h"
 #include "platform/ipmi.h"
-#include "sim/board.h"
-#include "tests/support/test_firmware.h"
+#include "tests/support/board_machine.h"
 
 namespace varnok::testing {
-
-/// A machine with a simulated board below it; its clock is the board's.
-class BoardMachine : public TestFirmware {
- public:
-  void Stall(std::uint64_t microseconds, StallKind kind) override {
-    TestFirmware::Stall(microseconds, kind);
-    board->Stall(microseconds, kind);
-  }
-  WallClock Now() override { return board->Now(); }
-  std::span<const std::uint8_t> PhysicalMemory(std::uint64_t address, std::size_t length) override {
-    return board->PhysicalMemory(address, length);
-  }
-
-  std::unique_ptr<sim::Board> board;
-};
 
 const std::string kUpdated =
     "\nThe system has been updated successfully.\n"
@@ -47,11 +30,8 @@ class BoardScript : public ::testing::Test {
     folder_ = pattern;
     std::string error;
     ASSERT_TRUE(sim::Board::CreateDefault(folder_, error)) << error;
-    machine.board = sim::Board::Open(folder_, error);
-    ASSERT_NE(machine.board, nullptr) << error;
+    machine.Install(sim::Board::Open(folder_, error));
     machine.board->OpenTrafficLog(folder_ / "traffic.txt");
-    machine.protocol = machine.board->InstalledIpmi();
-    machine.smbiosEntryPoint = machine.board->SmbiosEntryPoint().data();
     IpmiReset();
     // Without one of its switches the trace log is off.
     const char* name = "varnok";
