@@ -287,14 +287,17 @@ def free_port() -> int:
 
 class IpmiSim:
     """OpenIPMI's BMC simulator, reachable by QEMU and by ipmitool; `devices` are its FRU devices as (controller,
-    device ID, size, content), `records` its sensor data records."""
+    device ID, size, content), `records` its sensor data records, `sensors` the BMC's discrete sensors as (number,
+    "scanning" or "no-scanning", set states)."""
 
     CONTROLLERS = {0x20: "0x23 1 5 0xbf 0x1291 0x4311", 0xB0: "0x31 2 1 0x29 0x1291 0x0c01"}
 
-    def __init__(self, folder: Path, devices: list[tuple[int, int, int, bytes]], records: bytes = b""):
+    def __init__(self, folder: Path, devices: list[tuple[int, int, int, bytes]], records: bytes = b"",
+                 sensors: list[tuple[int, str, list[int]]] | None = None):
         self.folder = folder
         self.devices = devices
         self.records = records
+        self.sensors = sensors or []
 
     def __enter__(self) -> "IpmiSim":
         self.port, self.lan_port = free_port(), free_port()
@@ -326,6 +329,10 @@ set_working_mc 0x20
             size = records[4] + 5
             commands.append("main_sdr_add 0x20 " + " ".join(f"{byte:#04x}" for byte in records[:size]))
             records = records[size:]
+        for number, scanning, states in self.sensors:
+            commands.append(f"sensor_add 0x20 0 {number} 8 0x6f")
+            commands.append(f"sensor_set_event_support 0x20 0 {number} enable {scanning} none" + 4 * (" " + 15 * "0"))
+            commands += [f"sensor_set_bit 0x20 0 {number} {state} 1 0" for state in states]
         (self.folder / "board.emu").write_text("\n".join(commands) + "\n")
         self.server = subprocess.Popen(["ipmi_sim", "-c", self.folder / "lan.conf", "-f", self.folder / "board.emu",
                                         "-s", self.folder / "state", "-n"],

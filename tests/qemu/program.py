@@ -52,16 +52,23 @@ ENVIRONMENT = {"BOARD_SERIAL": "ENV-0815"}
 PROBED_SMBIOS = ["-smbios", "type=0,vendor=Varnok Works,version=A.B.C.D.E.0045.1",
                  "-smbios", "type=2,manufacturer=Board Maker,product=Hearth board,version=R4,serial=MB0002",
                  "-smbios", "type=4,sock_pfx=CPU1"]
-PROBES_FOUND = ["board", "BIOS", "memory", "processor", "FRU", "BMC", "sensor"]
+PROBES_FOUND = ["board", "BIOS", "memory", "processor", "FRU", "BMC"]
 
 
-def probe_script(sensor: int | None = None) -> bytes:
-    """PROBES.CFG, without its last question when there is no sensor to ask."""
+def probe_script(device: int, questions: dict[str, str]) -> bytes:
+    """PROBES.CFG, then the questions that only this BMC answers so; fields are those of FRU device `device`'s board."""
     script = (FIXTURES / "PROBES.CFG").read_text()
-    if sensor is None:
-        script = script[:script.index("PROBE DISCRETE_SENSOR")]
-    else:
-        script = script.replace("SENSOR 00 00", f"{sensor:02X} 00 00", 1)
+    script += f"\nFRUNAME SYSTEM\n  FRUADDRESS {device:02X}\n  FRUAREA Board\n"
+    for number, question in enumerate(questions):
+        script += f"""PROBE {question}
+FOUND YES{number} NO{number}
+IFSET YES{number}
+  DISPLAY "{question}: yes"
+ENDIF
+IFSET NO{number}
+  DISPLAY "{question}: no"
+ENDIF
+"""
     return script.encode("latin-1")
 
 
@@ -98,6 +105,11 @@ class ProgramTest(unittest.TestCase):
 
     def assert_ends(self, name: str, status: int):
         self.assertEqual(self.result(name).status, status, f"{name}:\n{self.result(name).text}")
+
+    def assert_probes_answer(self, questions: dict[str, str], found: list[str] = PROBES_FOUND):
+        self.assert_ends("probes", SUCCESS)
+        self.assertEqual(lines_of(self.result("probes").text)[3:-1],
+                         found + [f"{question}: {answer}" for question, answer in questions.items()])
 
     def assert_shows(self, name: str, text: str):
         self.assertEqual(lines_of(self.result(name).text), lines_of(text), name)

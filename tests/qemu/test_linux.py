@@ -5,13 +5,19 @@ import shutil
 import unittest
 
 from machine import Board, Command, LinuxMachine, Path, outside_bmc, temporary_folder
-from program import (BOARD_JOBS, ENVIRONMENT, PROBED_SMBIOS, PROBES_FOUND, SAMPLES, SCRIPTS, SUCCESS, board_files,
-                     lines_of, probe_script)
+from program import (BOARD_JOBS, ENVIRONMENT, PROBED_SMBIOS, PROBES_FOUND, SAMPLES, SCRIPTS, SUCCESS, ProgramTest,
+                     board_files, probe_script)
 
-SENSOR = 0x62  # of the default board
+# Of the default board.
+QUESTIONS = {
+    "DEVICE_ID C0 0 0C01": "yes", "DEVICE_ID C0 0 0C02": "no", "DEVICE_ID B4 0": "no",
+    "PING 03 A0": "yes", "PING 03 A4": "no", "AT24C02 03 A0": "yes", "FRUFIELD PN hearth": "yes",
+    "DISCRETE_SENSOR 62 01 00 01 00": "yes", "DISCRETE_SENSOR 62 01 00 00 00": "no",
+    "BASEBOARD_PRODID 2E": "yes", "BMCCONFIG Region EU": "yes", "QRX_TYPE": "yes",
+}
 
 
-class Linux(unittest.TestCase):
+class Linux(ProgramTest):
     @classmethod
     def setUpClass(cls):
         temporary = temporary_folder()
@@ -19,7 +25,7 @@ class Linux(unittest.TestCase):
         folder = Path(temporary.name)
         content = folder / "content"
         shutil.copytree(SAMPLES, content)
-        for name, data in {**board_files(), "PROBES.CFG": probe_script(SENSOR)}.items():
+        for name, data in {**board_files(), "PROBES.CFG": probe_script(0, QUESTIONS)}.items():
             (content / name).write_bytes(data)
 
         jobs = {name: (["/cfg", name], keys) for name, keys in SCRIPTS.items()}
@@ -28,28 +34,30 @@ class Linux(unittest.TestCase):
         cls.host_board = cls.untouched.copy(folder / "host board")
         cls.expected = {name: cls.host_board.run_host(arguments, content, "".join(typed for _, typed in keys), ENVIRONMENT)
                         for name, (arguments, keys) in jobs.items()}
-        commands = {name: Command("varnok " + " ".join(arguments), keys) for name, (arguments, keys) in jobs.items()}
-        commands |= {"smbios": Command("varnok /d smb"), "probes": Command("varnok /cfg PROBES")}
+        commands = {"smbios": Command("varnok /d smb"), "probes": Command("varnok /cfg PROBES")}
+        commands |= {name: Command("varnok " + " ".join(arguments), keys) for name, (arguments, keys) in jobs.items()}
         cls.served_board = cls.untouched.copy(folder / "served board")
         with cls.served_board as board:
             machine = LinuxMachine(folder, content, outside_bmc(board.port) + PROBED_SMBIOS)
-            cls.results = machine.run(commands, [f"export {name}={value}" for name, value in ENVIRONMENT.items()]).results
+            cls.boot = machine.run(commands, [f"export {name}={value}" for name, value in ENVIRONMENT.items()])
 
     def test_text_and_status_are_those_of_the_simulated_board(self):
         for name, expected in self.expected.items():
             with self.subTest(name):
-                self.assertEqual((expected.status, self.results[name].status), (SUCCESS, SUCCESS), self.results[name].text)
-                self.assertEqual(lines_of(self.results[name].text), lines_of(expected.text))
+                self.assertEqual(expected.status, SUCCESS)
+                self.assert_ends(name, SUCCESS)
+                self.assert_shows(name, expected.text)
 
     def test_images_are_those_of_the_simulated_board(self):
         self.assertEqual(self.served_board.images(), self.host_board.images())
         self.assertNotEqual(self.served_board.images(), self.untouched.images())
 
     def test_tables_are_the_kernels(self):
-        self.assertIn(" Product           = Hearth board\n", self.results["smbios"].text)
-        self.assertEqual(self.results["probes"].status, SUCCESS, self.results["probes"].text)
+        self.assertIn(" Product           = Hearth board\n", self.result("smbios").text)
+
+    def test_probes_ask_the_machine(self):
         # The EEPROM that the script wants to miss is on this board.
-        self.assertEqual(lines_of(self.results["probes"].text)[3:-1], [line for line in PROBES_FOUND if line != "FRU"])
+        self.assert_probes_answer(QUESTIONS, [line for line in PROBES_FOUND if line != "FRU"])
 
 
 if __name__ == "__main__":
