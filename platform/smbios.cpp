@@ -37,6 +37,18 @@ Status NotFound(const char* operation) {
   return uefi_status::kNotFound;
 }
 
+/// A string field of the first record of `type`.
+template <class Record>
+Status GetText(const char* operation, std::uint32_t type, std::string Record::*field, std::string& text) {
+  TraceScope scope(operation);
+  SmbiosRecord record;
+  std::uint32_t cursor = 0;
+  const auto* found = Next<Record>(type, record, cursor);
+  if (found == nullptr) return NotFound(operation);
+  text = found->*field;
+  return kSuccess;
+}
+
 std::uint32_t SocketNumber(std::string_view designation) {
   std::size_t position = designation.find_first_of("0123456789");
   if (position == designation.npos) return kNoSocketNumber;
@@ -87,23 +99,11 @@ Status SmbiosGetStructure(std::uint32_t type, std::uint32_t handle, SmbiosRecord
 }
 
 Status SmbiosGetBiosVersion(std::string& text) {
-  TraceScope scope("SmbiosGetBiosVersion");
-  SmbiosRecord record;
-  std::uint32_t cursor = 0;
-  const auto* bios = Next<SmbiosBios>(kBiosType, record, cursor);
-  if (bios == nullptr) return NotFound("SmbiosGetBiosVersion");
-  text = bios->version;
-  return kSuccess;
+  return GetText("SmbiosGetBiosVersion", kBiosType, &SmbiosBios::version, text);
 }
 
 Status SmbiosGetBoardProductName(std::string& text) {
-  TraceScope scope("SmbiosGetBoardProductName");
-  SmbiosRecord record;
-  std::uint32_t cursor = 0;
-  const auto* board = Next<SmbiosBoard>(kBoardType, record, cursor);
-  if (board == nullptr) return NotFound("SmbiosGetBoardProductName");
-  text = board->product;
-  return kSuccess;
+  return GetText("SmbiosGetBoardProductName", kBoardType, &SmbiosBoard::product, text);
 }
 
 Status SmbiosGetMemoryDeviceSize(std::uint32_t& size) {
