@@ -28,7 +28,11 @@ bool HasScriptExtension(std::u16string_view name) {
 }  // namespace
 
 void CCfgParser::SetLastErrorWith(const char* format, const FormatArgument* arguments, std::size_t count) {
-  EngineMessage().Set(FormatWideWith(format, arguments, count));
+  // A script in 16-bit text is full of NULs: each ends its token, not the message that quotes it.
+  std::vector<FormatArgument> shown(arguments, arguments + count);
+  for (FormatArgument& argument : shown)
+    if (argument.kind() == FormatArgument::Kind::Text8) argument = UpToNul(argument.text8());
+  EngineMessage().Set(FormatWideWith(format, shown.data(), count));
 }
 
 CCfgParser::~CCfgParser() {

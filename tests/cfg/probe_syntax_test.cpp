@@ -133,6 +133,12 @@ TEST_F(ProbeSyntax, Keyword) {
   ExpectRefused("PROBE HWID a\"", 1, kBadLine, "Invalid number of quotes in line.");
   ExpectRefused("PROBE HWID \xE9", 1, kBadLine,
                 "Too many parameters for the PROBE command.\n   The parameters '\xE9' were not accepted.");
+  // A line of 16-bit text, or with a NUL in it: the message keeps its words.
+  ExpectRefused(std::string("PROBE HWID a\nP\0R\0O\0B\0E\0\n\0", 25), 2, 0xC000000000090016,
+                "P is not a valid command.");
+  ExpectRefused(std::string("PROBE HW\0ID a", 13), 1, 0xC000000000090010, "'HW' is not a valid probe type.");
+  ExpectRefused(std::string("PROBE HWID a\0b", 14), 1, kBadLine,
+                "Too many parameters for the PROBE command.\n   The parameters '' were not accepted.");
   EXPECT_EQ(Load("probe PiNg 03 a0"), kSuccess);
   machine.FailPoolAllocation(1);
   ExpectRefused("PROBE HWID a", 1, 0xC000000000090010,
