@@ -50,9 +50,17 @@ Status CCfgProbeFru::ValidateParams() {
   field_ = FindFruField(code);
   // An unknown field loads; it fails when it is selected.
   if (field_ == fru_field::kNone) CCfgParser::SetLastError("%s is not a valid FRU field.", code);
-  CCfgFruName* fruName = parser_->CurrentFruName();
-  hasArea_ = fruName != nullptr && fruName->GetFruArea() != nullptr;
+  fruName_ = parser_->CurrentFruName();
+  hasArea_ = fruName_ != nullptr && fruName_->GetFruArea() != nullptr;
   return kSuccess;
+}
+
+/// Once the script is read, a FRUNAME knows the areas behind the probe too; those do not count. The block may
+/// be another one than when the probe was read: a FRUNAME of a branch that was not taken is none.
+bool CCfgProbeFru::IsInArea() const {
+  const CCfgFruName* current = parser_->CurrentFruName();
+  if (fruName_ == nullptr || current == nullptr || current->GetFruArea() == nullptr) return false;
+  return hasArea_ || current != fruName_;
 }
 
 Status CCfgProbeFru::SelectField() const {
@@ -68,8 +76,7 @@ Status CCfgProbeFru::SelectField() const {
 }
 
 Status CCfgProbeFru::Ask(bool& isFound) {
-  CCfgFruName* fruName = hasArea_ ? parser_->CurrentFruName() : nullptr;
-  if (fruName == nullptr || fruName->GetFruArea() == nullptr) {
+  if (!IsInArea()) {
     CCfgParser::SetLastError("Select an area before performing the probe operation.");
     return cfg_status::kOutOfBlock;
   }

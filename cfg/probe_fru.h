@@ -6,6 +6,8 @@
 
 namespace varnok {
 
+class CCfgFruName;
+
 /// Whether a device holds an IPMI FRU; the keyword is its kind of storage.
 class CCfgProbeNvsType : public CCfgProbe {
  public:
@@ -30,10 +32,12 @@ class CCfgProbeFru : public CCfgProbe {
   Status Ask(bool& isFound) override;
 
  private:
+  bool IsInArea() const;
   Status SelectField() const;
 
   std::uint32_t field_ = fru_field::kNone;
-  bool hasArea_ = false;  ///< a FRUAREA stands before the probe
+  const CCfgFruName* fruName_ = nullptr;  ///< the block that the probe was read in, never looked into
+  bool hasArea_ = false;                  ///< a FRUAREA of it stands before the probe
 };
 
 }  // namespace varnok

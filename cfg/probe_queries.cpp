@@ -77,9 +77,13 @@ Status CCfgProbe::ProbeKeyValue(const char* key, const char* value, bool& isFoun
   std::copy_n(key, length, request.data.begin());
   if (IpmiSendToController(request, response, kTimeout) != ipmi_result::kSuccess) return kSuccess;
   // Compared over the answer's length: the beginning of the value is enough, and an empty answer always is.
+  // The NUL that ends the value counts; what a BMC sends behind its own does not.
   std::size_t answered = std::min<std::size_t>(response.dataLength, response.data.size());
   std::string text(response.data.begin(), response.data.begin() + static_cast<std::ptrdiff_t>(answered));
-  isFound = EqualsIgnoreCase(text, wanted.substr(0, answered));
+  if (std::size_t end = text.find('\0'); end != text.npos)
+    isFound = EqualsIgnoreCase(text.substr(0, end), wanted);
+  else
+    isFound = EqualsIgnoreCase(text, wanted.substr(0, answered));
   return kSuccess;
 }
 

@@ -78,7 +78,12 @@ TEST_F(ProbeBoard, FieldOfTheSelectedArea) {
   EXPECT_EQ(Ask(chassis, "FRUFIELD AM \"2U rack\""), "yes");
   EXPECT_EQ(Ask(board, "FRUFIELD PV x"), "7 No such FRU field.");
   EXPECT_EQ(Ask(board, "FRUFIELD XY x"), "7 No such FRU field.");
-  EXPECT_EQ(Ask("FRUFIELD PN x"), "7 Select an area before performing the probe operation.");
+  EXPECT_EQ(Ask(board + "IFSET NONE\nFRUNAME SYSTEM\nENDIF\n", "FRUFIELD PN hearth"), "yes") << "not taken";
+  const std::string noArea = "7 Select an area before performing the probe operation.";
+  EXPECT_EQ(Ask("FRUFIELD PN x"), noArea);
+  EXPECT_EQ(Ask(board + "SET T\nIFSET T\nFRUNAME SYSTEM\nENDIF\n", "FRUFIELD PN x"), noArea) << "taken";
+  EXPECT_EQ(Run("PROBE FRUFIELD PN x\n" + board), 7) << "the area stands behind the probe";
+  EXPECT_EQ(Run("FRUNAME SYSTEM\nPROBE FRUFIELD PN x\nFRUAREA Board\n"), 7);
 }
 
 TEST_F(ProbeBoard, SampleIdentifiesTheBoard) {

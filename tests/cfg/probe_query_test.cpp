@@ -99,6 +99,8 @@ TEST_F(ProbeQuery, KeyAndValue) {
   EXPECT_EQ(ask({}), "yes");
   EXPECT_EQ(ask(Text("Europes")), "no");
   EXPECT_EQ(ask(Text("Asia")), "no");
+  EXPECT_EQ(ask({'E', 'u', 'r', 'o', 'p', 'e', 0, 0xFF}), "yes") << "padded behind its end";
+  EXPECT_EQ(ask({'E', 'u', 'r', 0}), "no");
   Refuse(bmc, 0x32, 0x10, Text("Region"), 0xCB);
   EXPECT_EQ(Ask("BMCCONFIG Region Europe"), "no");
   bmc.Expect(0x32, 0x10, Text("ABCDEFGHIJKL")).Reply(Text("x"));
