@@ -122,9 +122,10 @@ class FuzzMachine : public testing::BoardMachine {
     return memory.empty() ? BoardMachine::PhysicalMemory(address, length)
                           : TestFirmware::PhysicalMemory(address, length);
   }
-  /// The keys of the input, then ones that answer every question in the end.
+  /// The keys of the input, then ones that answer every question in the end: a menu's first item, a chassis type,
+  /// an empty field, each with a yes.
   char16_t ReadKey() override {
-    if (keys.empty()) keys = u"1\ry\r";
+    if (keys.empty()) keys = u"1\ry\r11\ry\r\ryy\r";
     return BoardMachine::ReadKey();
   }
 };
