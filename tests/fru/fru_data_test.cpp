@@ -2,9 +2,7 @@
 
 #include <functional>
 
-#include "app/services/trace.h"
 #include "fru/fru_manager.h"
-#include "tests/fru/fru_test.h"
 #include "tests/fru/memory_fru.h"
 
 namespace varnok {
@@ -74,13 +72,7 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
   ExpectFailure(HasBoardArea(flag), kNoSuchItem);
 }
 
-TEST_F(FruFront, TracesItsOperationsAndRefusesThemBeforeItsStart) {
-  const char* levels[] = {"varnok", "-debug3", "-debug1"};
-  TraceSelectLevel(2, levels);
-  EXPECT_EQ(SetPagingMode(false), kSuccess);
-  EXPECT_EQ(machine.TraceLines(),
-            (std::vector<std::string>{"FruData::SetPagingMode [ENTRY]", "FruData::SetPagingMode [EXIT]"}));
-  TraceSelectLevel(2, levels + 1);
+TEST_F(FruFront, RefusesAndTracesItsOperationsBeforeItsStart) {
   Reset();
   const char16_t* text = nullptr;
   for (Status status : {SetProgressCallback(nullptr), SetDisplayHexCallback(nullptr), SetOutputFile(""),
@@ -213,6 +205,12 @@ TEST_F(FruFront, SelectsRecordsFromOne) {
   EXPECT_EQ(bytes[0], 0xC1);
   EXPECT_EQ(SetAreaWriteMode(FruWriteMode::Verify), kSuccess);
   ExpectFailure(SetAreaData(bytes.data(), 9), kMultiRecordArea);
+  ASSERT_EQ(SelectMultiRecNum(1), kSuccess);
+  EXPECT_EQ(SetAreaData(Record(7, {5}, true).data(), 6), kSuccess) << "the header of the record after it";
+  ASSERT_EQ(SelectMultiRecNum(2), kSuccess);
+  EXPECT_EQ(GetArea(64), kSuccess);
+  EXPECT_EQ(bytes[0], 7);
+  EXPECT_EQ(bytes[5], 4) << "its data stay";
   // The number stays while areas and files are selected, and can then be of a record that is not there.
   device.image = Join({Header({0, 0, 0, 0, 1}), Record(1, {1}, true)});
   ASSERT_EQ(LoadFruAtAddress(Device(nvs_type::kImbDevice, 4), flag), kSuccess);

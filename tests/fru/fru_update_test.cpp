@@ -3,7 +3,6 @@
 
 #include "app/services/console.h"
 #include "app/services/text_output.h"
-#include "tests/fru/fru_test.h"
 #include "tests/fru/memory_fru.h"
 
 namespace varnok {
@@ -13,13 +12,11 @@ using namespace testing;
 
 const std::string kAddressLine = "FRU IMBDEVICE on bus FFh, Device ID 00h, IPMB adresss 20h, Lun 00h\n";
 
-class FruUpdate : public FruTest {
+class FruUpdate : public FruDeviceTest {
  protected:
   FruUpdate() { Start(FullImage()); }
   void Start(const Bytes& image) {
-    device.image = image;
-    fru = std::make_unique<CFru>();
-    ASSERT_EQ(fru->LoadFromSystem({}), kSuccess) << LastFruError();
+    ASSERT_EQ(Load(image), kSuccess) << LastFruError();
     machine.console.clear();
     device.log.clear();
   }
@@ -32,9 +29,6 @@ class FruUpdate : public FruTest {
     ASSERT_EQ(fru->Display(), kSuccess);
     for (std::string_view line : lines) EXPECT_TRUE(Says(line)) << line << machine.console;
   }
-
-  MemoryFru device{machine};
-  std::unique_ptr<CFru> fru;
 };
 
 TEST_F(FruUpdate, WritesEveryAreaInOrderAndVerifies) {
@@ -255,17 +249,15 @@ TEST_F(FruUpdate, AnyImageLoadsOrFails) {
   std::minstd_rand numbers(20260101);
   int loaded = 0;
   for (int round = 0; round < 600; ++round) {
-    device.image = FullImage();
+    Bytes image = FullImage();
     for (int changes = round % 3 == 0 ? 1000 : 1 + round % 4; changes > 0; --changes)
-      device.image[numbers() % 256] = static_cast<std::uint8_t>(numbers() >> 8);
+      image[numbers() % 256] = static_cast<std::uint8_t>(numbers() >> 8);
     if (round % 3 != 2) {
-      Bytes header = Header(Bytes(device.image.begin() + 1, device.image.begin() + 6));
-      std::copy(header.begin(), header.end(), device.image.begin());
+      Bytes header = Header(Bytes(image.begin() + 1, image.begin() + 6));
+      std::copy(header.begin(), header.end(), image.begin());
     }
-    fru = std::make_unique<CFru>();
-    if (fru->LoadFromSystem({}) == kSuccess) ++loaded;
+    if (Load(image) == kSuccess) ++loaded;
     (void)fru->Display();
-    device.log.clear();
     machine.console.clear();
   }
   EXPECT_GT(loaded, 0);

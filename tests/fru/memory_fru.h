@@ -7,9 +7,7 @@
 
 #include "app/services/format.h"
 #include "firmware/ipmi_protocol.h"
-#include "platform/ipmi.h"
-#include "tests/fru/images.h"
-#include "tests/support/test_firmware.h"
+#include "tests/fru/fru_test.h"
 
 namespace varnok::testing {
 
@@ -85,6 +83,21 @@ class MemoryFru : public IpmiProtocol {
 
   Bytes header_;  ///< net function, LUN and command of the last request
   Answer answer_;
+};
+
+/// An image read from a device in memory.
+class FruDeviceTest : public FruTest {
+ protected:
+  Status Load(const Bytes& image) {
+    device.image = image;
+    device.log.clear();
+    SetFruError(u"");
+    fru = std::make_unique<CFru>();
+    return fru->LoadFromSystem({});
+  }
+
+  MemoryFru device{machine};
+  std::unique_ptr<CFru> fru;
 };
 
 }  // namespace varnok::testing
