@@ -35,10 +35,8 @@ class FruOnBoard : public FruTestOn<BoardTest> {
 
 TEST_F(FruOnBoard, ProgramsTheSamples) {
   Program("minimal.fru");
-  Bytes wanted = Join(
-      {Header({0, 0, 1, 0, 0}),
-       Area(8,
-            Join({{0, 0, 0, 0}, Fields({"Varnok Works", "Hearth Riser", "0000000000", "VW-RC-R1", ""})}))});
+  const Bytes fields = Fields({"Varnok Works", "Hearth Riser", "0000000000", "VW-RC-R1", ""});
+  Bytes wanted = Join({Header({0, 0, 1, 0, 0}), Area(8, Join({Bytes(4, 0), fields}))});
   wanted.resize(256, 0xFF);
   EXPECT_EQ(ReadFile("spare.bin"), wanted);
   Program("server-board.fru");

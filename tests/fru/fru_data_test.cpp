@@ -35,10 +35,6 @@ class FruFront : public FruTest {
     bytes.resize(64);
     return number = room, GetAreaData(bytes.data(), number);
   }
-  void ExpectAreaSize(std::uint32_t size) {
-    EXPECT_EQ(GetAreaSize(number), kSuccess);
-    EXPECT_EQ(number, size);
-  }
 
   MemoryFru device{machine, FullImage()};
   std::uint32_t number = 0;
@@ -50,11 +46,18 @@ class FruFront : public FruTest {
 TEST_F(FruFront, ChecksItsStateInOrder) {
   Reset();
   ExpectFailure(SelectList(FruList::System), kNotInitialized);
+  EXPECT_EQ(machine.TraceLines().back(), "FruData::SelectList - Unexpected");
+  EXPECT_EQ(SetOutputFile(""), kNotInitialized);
+  const char16_t* text = nullptr;
+  EXPECT_EQ(GetLastErrorMessage(text), kNotInitialized);
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(Narrow(text), kUnexpectedText);
   machine.FailPoolAllocation(1);
   EXPECT_EQ(Initialize(), kInitializeFailed);
   EXPECT_EQ(SetPagingMode(true), kNotInitialized);
   ASSERT_EQ(Initialize(), kSuccess);
-  EXPECT_EQ(LastFruError(), "");
+  EXPECT_EQ(GetLastErrorMessage(text), kSuccess);
+  EXPECT_EQ(text, nullptr);
   ExpectFailure(SelectFruByAddress({}), kNoListLoaded);
   ExpectFailure(GetAreaSize(number), kNoListLoaded);
   FruDeviceAddress address;
@@ -70,17 +73,6 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
                 "A FRU was requested which does not exist on the system.");
   TheFruManager()->fru = 1;
   ExpectFailure(HasBoardArea(flag), kNoSuchItem);
-}
-
-TEST_F(FruFront, RefusesAndTracesItsOperationsBeforeItsStart) {
-  Reset();
-  const char16_t* text = nullptr;
-  for (Status status : {SetProgressCallback(nullptr), SetDisplayHexCallback(nullptr), SetOutputFile(""),
-                        SetPagingMode(true), GetLastErrorMessage(text)})
-    EXPECT_EQ(status, kNotInitialized);
-  EXPECT_EQ(machine.TraceLines().back(), "FruData::GetLastErrorMessage - Unexpected");
-  ASSERT_NE(text, nullptr);
-  EXPECT_EQ(Narrow(text), kUnexpectedText);
 }
 
 TEST_F(FruFront, MemoryThatRunsOutHasAStatusAtEachDoor) {
@@ -171,7 +163,8 @@ TEST_F(FruFront, SetsFieldsAsTextAndCommitsThem) {
 TEST_F(FruFront, GivesAndTakesWholeAreas) {
   LoadSystem();
   Select(CommonHeaderArea);
-  ExpectAreaSize(8);
+  EXPECT_EQ(GetAreaSize(number), kSuccess);
+  EXPECT_EQ(number, 8u);
   EXPECT_EQ(GetArea(64), kSuccess);
   EXPECT_EQ(number, 8u);
   ExpectFailure(GetArea(7), kUnexpected);
@@ -190,14 +183,13 @@ TEST_F(FruFront, GivesAndTakesWholeAreas) {
 TEST_F(FruFront, SelectsRecordsFromOne) {
   LoadSystem();
   Select(MultiRecordArea);
-  ExpectAreaSize(17);
-  for (std::uint32_t missing : {0u, 3u}) {
-    machine.console.clear();
-    ExpectFailure(SelectMultiRecNum(missing), kUnexpected);
-    EXPECT_EQ(machine.console, "\nInvalid MultiRecord Number\n");
-  }
+  EXPECT_EQ(GetAreaSize(number), kSuccess);
+  EXPECT_EQ(number, 17u);
+  for (std::uint32_t missing : {0u, 3u}) ExpectFailure(SelectMultiRecNum(missing), kUnexpected);
+  EXPECT_EQ(machine.console, "\nInvalid MultiRecord Number\n\nInvalid MultiRecord Number\n");
   ASSERT_EQ(SelectMultiRecNum(2), kSuccess);
-  ExpectAreaSize(9);
+  EXPECT_EQ(GetAreaSize(number), kSuccess);
+  EXPECT_EQ(number, 9u);
   EXPECT_EQ(GetArea(8), kUnexpected) << "less than header and data";
   EXPECT_EQ(GetArea(4), kUnexpected) << "less than a header";
   EXPECT_EQ(GetArea(9), kSuccess);
