@@ -48,6 +48,7 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
   ExpectFailure(SelectList(FruList::System), kNotInitialized);
   EXPECT_EQ(machine.TraceLines().back(), "FruData::SelectList - Unexpected");
   EXPECT_EQ(SetOutputFile(""), kNotInitialized);
+  EXPECT_EQ(SetProgressCallback(nullptr), kNotInitialized);
   const char16_t* text = nullptr;
   EXPECT_EQ(GetLastErrorMessage(text), kNotInitialized);
   ASSERT_NE(text, nullptr);

@@ -96,6 +96,9 @@ TEST_F(FruRequests, AnswersThatDeliverLessThanAskedAreRefused) {
   bmc.ExpectSend(3, 0xC0, 1, 0x0A, 0x11, {0, 0, 0, 4}).Reply({});
   for (int i = 0; i < 3; ++i) bmc.ExpectFetch().ReplyBridged(0xC0, 1, 0x0A, 0x12, {4, 1, 2, 3, 4});
   EXPECT_EQ(Read(kBridged, 0, 4), kReadFailed);
+  bmc.ExpectSend(3, 0xC0, 2, 0x0A, 0x12, {0, 0, 0, 1}).Reply({});
+  for (int i = 0; i < 3; ++i) bmc.ExpectFetch().ReplyBridged(0xC0, 2, 0x0A, 0x11, {1});
+  EXPECT_EQ(Write(kBridged, 0, {1}), kWriteFailed);
 }
 
 TEST_F(FruRequests, RefusedKindsAndOffsetsSendNothing) {

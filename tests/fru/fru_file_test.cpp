@@ -73,10 +73,11 @@ TEST_F(FruFile, LeavesOutWhatMayBeLeftOut) {
   ASSERT_EQ(Read(content), kSuccess) << LastFruError();
   EXPECT_TRUE(fru->Address().IsSameDevice(FruDeviceAddress{}));
   EXPECT_FALSE(fru->Address().displayName.has_value());
-  // A header that declares nothing ends the reading; an address key behind a later one is ignored.
+  // A header that declares nothing ends the reading; an address key again or behind a later one is ignored.
   ASSERT_EQ(Read(With("01 00 00 01 00 00 00 FE", "01 00 00 00 00 00 00 FF")), kSuccess);
-  ASSERT_EQ(Read(With("_DEV_BUS 03\n", "_DEV_BUS 03\n_DEV_ID 9\n")), kSuccess);
+  ASSERT_EQ(Read(With("_DEV_BUS 03\n", "_DEV_BUS 03\n_DEV_ID 9\n_DEV_BUS 4\n")), kSuccess);
   EXPECT_EQ(fru->Address().deviceId, 1);
+  EXPECT_EQ(fru->Address().bus, 3);
 }
 
 TEST_F(FruFile, TellsATagFromTextThatReadsLikeOne) {
@@ -169,6 +170,7 @@ TEST_F(FruFile, BlocksEndAtTheirLimits) {
     EXPECT_EQ(AsText(bytes), content) << text;
   }
   CFru::SetParseAreaErrorMessage(kBlockTagMissing, "Product Info Area", "a.fru");
+  CFru::SetParseAreaErrorMessage(kSuccess, "", "");
   EXPECT_EQ(LastFruError(),
             "Could not find the start tag for the Product Info Area while parsing the FRU file \"a.fru\".");
 }

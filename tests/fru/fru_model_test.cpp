@@ -90,8 +90,10 @@ TEST_F(FruResize, MovesTheAreasBehindInTheHeader) {
 }
 
 TEST_F(FruResize, RefusesFieldsThatDoNotFitAndChangesNothing) {
-  std::uint32_t used = 48u - static_cast<std::uint32_t>(fru->Board().GetPadLength());
-  ExpectFailure(fru->ResizeFruArea(BoardInfoArea, used - 1), kFieldsTooBig,
+  const std::string maker(5 + static_cast<std::size_t>(fru->Board().GetPadLength()), 'x');
+  ASSERT_TRUE(fru->Board().SetManufacturer(AsBytes(maker), 0xC0));
+  EXPECT_EQ(fru->ResizeFruArea(BoardInfoArea, 48), kSuccess) << "to the byte";
+  ExpectFailure(fru->ResizeFruArea(BoardInfoArea, 40), kFieldsTooBig,
                 "The FRU fields don't fit into the requested FRU AREA size.\n");
   EXPECT_EQ(fru->Board().GetLength(), 48u);
 }
@@ -102,6 +104,8 @@ TEST_F(FruResize, RefusesAreasThatDoNotFitButKeepsTheNewLength) {
                 "The FRU areas don't fit into the FRU inventory area.\n");
   EXPECT_EQ(fru->Product().GetLength(), 136u);
   ExpectHeader({1, 2, 7, 13, 19});
+  device.image.resize(169 + 88, 0xFF);
+  EXPECT_EQ(fru->ResizeFruArea(ProductInfoArea, 48 + 88), kSuccess);
   device.image.resize(2048, 0xFF);
   EXPECT_EQ(fru->ResizeFruArea(ProductInfoArea, 512), kSuccess);
   EXPECT_EQ(fru->ResizeFruArea(ProductInfoArea, 520), kAreasTooBig);
