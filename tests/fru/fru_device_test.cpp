@@ -1,9 +1,4 @@
 // The requests that reach a FRU device, to the byte, and what is made of its answers.
-#include <gtest/gtest.h>
-
-#include "fru/fru.h"
-#include "fru/fru_status.h"
-#include "tests/fru/images.h"
 #include "tests/fru/memory_fru.h"
 #include "tests/support/scripted_ipmi.h"
 
@@ -12,31 +7,13 @@ namespace {
 
 using namespace testing;
 
-constexpr FruDeviceAddress kBmcFru{};
-const FruDeviceAddress kEeprom{.deviceAddress = 0xA0,
-                               .bus = 3,
-                               .deviceId = 0,
-                               .controller = 0x20,
-                               .lun = 1,
-                               .nvsType = 0,
-                               .displayName = {}};
-const FruDeviceAddress kThermometer{.deviceAddress = 0x90,
-                                    .bus = 5,
-                                    .deviceId = 0,
-                                    .controller = 0x20,
-                                    .lun = 0,
-                                    .nvsType = 1,
-                                    .displayName = {}};
+const FruDeviceAddress kBmcFru{};
+const FruDeviceAddress kEeprom = Device(nvs_type::kAt24c02, 0, 3, 0xA0, 0x20, 1);
+const FruDeviceAddress kThermometer = Device(nvs_type::kDs1624s, 0, 5, 0x90);
 /// Reached by bridging on channel 3, where completion codes are seen one by one.
-const FruDeviceAddress kBridged{.deviceAddress = 0xC0,
-                                .bus = 3,
-                                .deviceId = 0,
-                                .controller = 0x20,
-                                .lun = 0,
-                                .nvsType = 2,
-                                .displayName = {}};
+const FruDeviceAddress kBridged = Device(nvs_type::kImbDevice, 0, 3, 0xC0);
 
-class FruRequests : public ::testing::Test {
+class FruRequests : public FruTest {
  protected:
   Status Read(const FruDeviceAddress& address, std::uint32_t offset, std::size_t count) {
     read.assign(count, 0xEE);
@@ -49,29 +26,24 @@ class FruRequests : public ::testing::Test {
     bmc.ExpectFetch().ReplyBridged(0xC0, sequence, 0x0A, command, answer, code);
   }
 
-  TestFirmware machine;
+  static Status Write(const FruDeviceAddress& address, std::uint32_t offset, const Bytes& bytes) {
+    return CFru::WriteFruDataToBmc(address, offset, bytes);
+  }
+
   ScriptedIpmi bmc{machine};
   Bytes read;
 };
-
-TEST_F(FruRequests, ReadInventoryInChunksOfEight) {
-  bmc.Expect(0x0A, 0x11, {0, 0xFC, 0x01, 8}).Reply({8, 1, 2, 3, 4, 5, 6, 7, 8});
-  bmc.Expect(0x0A, 0x11, {0, 0x04, 0x02, 2}).Reply({2, 9, 10});
-  EXPECT_EQ(Read(kBmcFru, 0x1FC, 10), kSuccess);
-  EXPECT_EQ(read, (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
-}
 
 TEST_F(FruRequests, ReadAndWritePrivateBusStorage) {
   bmc.Expect(0x06, 0x52, {3, 0xA0, 2, 0x01, 0x02}, 1).Reply({7, 8});
   EXPECT_EQ(Read(kEeprom, 0x102, 2), kSuccess);
   bmc.Expect(0x06, 0x52, {5, 0x90, 2, 0x17, 0x02}).Reply({7, 8});
   EXPECT_EQ(Read(kThermometer, 2, 2), kSuccess);
-  Bytes data{1, 2, 3, 4, 5, 6, 7, 8, 9};
   bmc.Expect(0x06, 0x52, {3, 0xA0, 0, 0x00, 0x10, 1, 2, 3, 4, 5, 6, 7, 8}, 1).Reply({});
   bmc.Expect(0x06, 0x52, {3, 0xA0, 0, 0x00, 0x18, 9}, 1).Reply({});
-  EXPECT_EQ(CFru::WriteFruDataToBmc(kEeprom, 0x10, data), kSuccess);
+  EXPECT_EQ(Write(kEeprom, 0x10, {1, 2, 3, 4, 5, 6, 7, 8, 9}), kSuccess);
   bmc.Expect(0x06, 0x52, {5, 0x90, 0, 0x17, 0x10, 1}).Reply({});
-  EXPECT_EQ(CFru::WriteFruDataToBmc(kThermometer, 0x10, std::span(data).first(1)), kSuccess);
+  EXPECT_EQ(Write(kThermometer, 0x10, {1}), kSuccess);
 }
 
 TEST_F(FruRequests, ShrinkReadsTo8And4And0And1) {
@@ -79,7 +51,7 @@ TEST_F(FruRequests, ShrinkReadsTo8And4And0And1) {
   Bridge(2, 0x11, {0, 0, 0, 4}, {}, 0xCA);
   Bridge(3, 0x11, {0, 0, 0, 0}, {}, 0xC8);
   Bridge(4, 0x11, {0, 0, 0, 1}, {}, 0xC8);
-  EXPECT_EQ(Read(kBridged, 0, 8), fru_status::kReadFailed);
+  EXPECT_EQ(Read(kBridged, 0, 8), kReadFailed);
   // An accepted 0 goes on with 1 too; a busy device is asked again.
   Bridge(5, 0x11, {0, 0, 0, 2}, {}, 0xC0);
   Bridge(6, 0x11, {0, 0, 0, 2}, {2, 7, 8});
@@ -90,144 +62,111 @@ TEST_F(FruRequests, ShrinkReadsTo8And4And0And1) {
   EXPECT_EQ(Read(kBridged, 0, 4), kSuccess);
   EXPECT_EQ(read, (Bytes{0, 1, 2, 3}));
   Bridge(13, 0x11, {0, 0, 0, 2}, {}, 0xFF);
-  EXPECT_EQ(Read(kBridged, 0, 2), fru_status::kReadFailed);
+  EXPECT_EQ(Read(kBridged, 0, 2), kReadFailed);
 }
 
 TEST_F(FruRequests, ShrinkWritesTo8And4And0AndEnd) {
-  const Bytes data{1, 2, 3, 4, 5, 6, 7, 8};
   Bridge(1, 0x12, {0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8}, {}, 0xC7);
   Bridge(2, 0x12, {0, 0, 0, 1, 2, 3, 4}, {}, 0xC7);
   Bridge(3, 0x12, {0, 0, 0}, {}, 0xC7);
-  EXPECT_EQ(CFru::WriteFruDataToBmc(kBridged, 0, data), fru_status::kWriteFailed);
+  EXPECT_EQ(Write(kBridged, 0, {1, 2, 3, 4, 5, 6, 7, 8}), kWriteFailed);
   Bridge(4, 0x12, {0, 0, 0, 1, 2, 3, 4, 5}, {}, 0xC7);
   Bridge(5, 0x12, {0, 0, 0, 1}, {}, 0xC7);
-  EXPECT_EQ(CFru::WriteFruDataToBmc(kBridged, 0, std::span(data).first(5)), fru_status::kWriteFailed);
+  EXPECT_EQ(Write(kBridged, 0, {1, 2, 3, 4, 5}), kWriteFailed);
   Bridge(6, 0x12, {0, 0, 0, 1, 2}, {}, 0xC0);
   Bridge(7, 0x12, {0, 0, 0, 1, 2}, {0});  // a count of 0 in a good answer is not believed
-  EXPECT_EQ(CFru::WriteFruDataToBmc(kBridged, 0, std::span(data).first(2)), kSuccess);
+  EXPECT_EQ(Write(kBridged, 0, {1, 2}), kSuccess);
   Bridge(8, 0x12, {0, 0, 0, 1, 2}, {}, 0x80);
-  EXPECT_EQ(CFru::WriteFruDataToBmc(kBridged, 0, std::span(data).first(2)), fru_status::kWriteFailed);
+  EXPECT_EQ(Write(kBridged, 0, {1, 2}), kWriteFailed);
 }
 
 TEST_F(FruRequests, AnswersThatDeliverLessThanAskedAreRefused) {
   for (const Bytes& answer :
        {Bytes{}, Bytes{4}, Bytes{4, 1, 2, 3}, Bytes{3, 1, 2, 3, 4}, Bytes{0, 0, 0, 0, 0}}) {
     bmc.Expect(0x0A, 0x11, {0, 0, 0, 4}).Reply(answer);
-    EXPECT_EQ(Read(kBmcFru, 0, 4), fru_status::kReadFailed) << answer.size();
+    EXPECT_EQ(Read(kBmcFru, 0, 4), kReadFailed) << answer.size();
     EXPECT_EQ(read, Bytes(4, 0xEE)) << "nothing is invented";
   }
   bmc.Expect(0x06, 0x52, {3, 0xA0, 2, 0, 0}, 1).Reply({7});
-  EXPECT_EQ(Read(kEeprom, 0, 2), fru_status::kReadFailed);
-  bmc.Expect(0x0A, 0x11, {0, 0, 0, 4}).Reply({9, 1, 2, 3, 4, 5, 6, 7, 8, 9});
-  EXPECT_EQ(Read(kBmcFru, 0, 4), kSuccess) << "a longer answer holds what was asked";
+  EXPECT_EQ(Read(kEeprom, 0, 2), kReadFailed);
+  bmc.Expect(0x0A, 0x11, {0, 0xFC, 0x01, 4}).Reply({9, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+  EXPECT_EQ(Read(kBmcFru, 0x1FC, 4), kSuccess) << "a longer answer holds what was asked";
   EXPECT_EQ(read, (Bytes{1, 2, 3, 4}));
   // Answers to another command, three times: the transport gives up without an error, but nothing was read.
   bmc.ExpectSend(3, 0xC0, 1, 0x0A, 0x11, {0, 0, 0, 4}).Reply({});
   for (int i = 0; i < 3; ++i) bmc.ExpectFetch().ReplyBridged(0xC0, 1, 0x0A, 0x12, {4, 1, 2, 3, 4});
-  EXPECT_EQ(Read(kBridged, 0, 4), fru_status::kReadFailed);
-}
-
-TEST_F(FruRequests, TheTransportsResultPassesThrough) {
-  for (int i = 0; i < 11; ++i) bmc.Expect(0x0A, 0x11, {0, 0, 0, 4}).Reply({}, 0xC8);
-  EXPECT_EQ(Read(kBmcFru, 0, 4), static_cast<Status>(std::int64_t{ipmi_result::kCompletionCode}));
+  EXPECT_EQ(Read(kBridged, 0, 4), kReadFailed);
+  bmc.ExpectSend(3, 0xC0, 2, 0x0A, 0x12, {0, 0, 0, 1}).Reply({});
+  for (int i = 0; i < 3; ++i) bmc.ExpectFetch().ReplyBridged(0xC0, 2, 0x0A, 0x11, {1});
+  EXPECT_EQ(Write(kBridged, 0, {1}), kWriteFailed);
 }
 
 TEST_F(FruRequests, RefusedKindsAndOffsetsSendNothing) {
-  FruDeviceAddress refused{.nvsType = nvs_type::kRefused, .displayName = {}};
-  Bytes data(2);
-  EXPECT_EQ(Read(refused, 0, 2), fru_status::kReadFailed);
-  EXPECT_EQ(CFru::WriteFruDataToBmc(refused, 0, data), fru_status::kWriteFailed);
-  EXPECT_EQ(Read(kBmcFru, 0xFFFF, 2), fru_status::kReadFailed);
-  EXPECT_EQ(CFru::WriteFruDataToBmc(kBmcFru, 0xFFFF, data), fru_status::kWriteFailed);
-  FruDeviceAddress unknown = kEeprom;
-  unknown.nvsType = 7;
+  for (auto [address, offset] : {std::pair{Device(nvs_type::kRefused), 0u}, {kBmcFru, 0xFFFFu}}) {
+    EXPECT_EQ(Read(address, offset, 2), kReadFailed) << offset;
+    EXPECT_EQ(Write(address, offset, {1, 2}), kWriteFailed) << offset;
+  }
+  bmc.Expect(0x0A, 0x11, {0, 0xFE, 0xFF, 2}).Reply({2, 7, 8});
+  EXPECT_EQ(Read(kBmcFru, 0xFFFE, 2), kSuccess);
   bmc.Expect(0x06, 0x52, {3, 0xA0, 2, 0, 0}, 1).Reply({7, 8});
-  EXPECT_EQ(Read(unknown, 0, 2), kSuccess) << "like an EEPROM";
+  EXPECT_EQ(Read(Device(7, 0, 3, 0xA0, 0x20, 1), 0, 2), kSuccess) << "an unknown kind is like an EEPROM";
 }
 
-class FruReading : public ::testing::Test {
- protected:
-  Status Load(const Bytes& image) {
-    device.image = image;
-    device.log.clear();
-    SetFruError(u"");
-    fru = std::make_unique<CFru>();
-    return fru->LoadFromSystem({});
-  }
-
-  TestFirmware machine;
-  MemoryFru device{machine};
-  std::unique_ptr<CFru> fru;
-};
+using FruReading = FruDeviceTest;
 
 TEST_F(FruReading, ReadsHeaderBoardProductChassisInternalAndRecordsInThisOrder) {
   ASSERT_EQ(Load(FullImage()), kSuccess) << LastFruError();
-  const std::vector<std::string> starts = {
-      "0A/11: 00 00 00 08",                        // header
-      "0A/11: 00 38 00 02", "0A/11: 00 38 00 08",  // board: its length, then all of it
-      "0A/11: 00 68 00 02", "0A/11: 00 68 00 08",  // product
-      "0A/11: 00 10 00 02", "0A/11: 00 10 00 08",  // chassis
-      "0A/11: 00 08 00 08",                        // internal use
-      "0A/11: 00 98 00 03", "0A/11: 00 98 00 08",  // records: their lengths, then all of them
-      "0A/11: 00 A0 00 03", "0A/11: 00 A0 00 08", "0A/11: 00 A8 00 01"};
-  std::vector<std::string> seen;
-  for (const std::string& line : device.log)
-    if (std::find(starts.begin(), starts.end(), line) != starts.end()) seen.push_back(line);
-  EXPECT_EQ(seen, starts);
-  EXPECT_EQ(device.log.size(), 1u + (1 + 6) + (1 + 6) + (1 + 5) + 1 + (1 + 1) + (1 + 2));
+  // The length of each info area and record, then all of it.
+  const std::pair<std::size_t, std::string> requests[] = {
+      {0, "00 00 00 08"},  {1, "00 38 00 02"},  {2, "00 38 00 08"},  {8, "00 68 00 02"},  {9, "00 68 00 08"},
+      {15, "00 10 00 02"}, {16, "00 10 00 08"}, {21, "00 08 00 08"}, {22, "00 98 00 03"}, {23, "00 98 00 08"},
+      {24, "00 A0 00 03"}, {25, "00 A0 00 08"}, {26, "00 A8 00 01"}};
+  ASSERT_EQ(device.log.size(), 27u);
+  for (const auto& [index, request] : requests) EXPECT_EQ(device.log[index], "0A/11: " + request) << index;
   EXPECT_EQ(fru->InternalUse().GetLength(), 8u);
   EXPECT_EQ(fru->MultiRecLength(), 17u);
   EXPECT_FALSE(fru->IsImageInvalid());
 }
 
 TEST_F(FruReading, EachInvalidAreaHasItsStatusTextAndFlag) {
-  const std::string name = "ID(0) Addr(20) SlaveAddr(20) Bus(FF)";
+  auto damaged = [](std::size_t offset, int value) { return Changed(FullImage(), {{offset, value}}); };
+  auto invalid = [](const std::string& area) {
+    return "Invalid FRU " + area + " area in system FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF).";
+  };
+  const std::string records = invalid("multi-record");
   struct Case {
     const char* rule;
     Bytes image;
     Status status;
     std::string message;
-    bool isImageInvalid;
+    bool isImageInvalid = true;
   };
-  Bytes negativeInternal = FullImage();
-  Bytes header = Header({20, 2, 7, 13, 19});
-  std::copy(header.begin(), header.end(), negativeInternal.begin());
   const Case cases[] = {
-      {"format version", Damaged(0, 0x02), fru_status::kNotIpmiFru, "The selected FRU is not an IPMI FRU.",
-       false},
-      {"header checksum", Damaged(7, 0), fru_status::kInvalidHeader,
-       "Invalid FRU header area in system FRU " + name + ".", true},
-      {"board checksum", Damaged(103, 0), fru_status::kBoardInfoArea,
-       "Invalid FRU board area in system FRU " + name + ".", true},
-      {"board length", Damaged(57, 65), uefi_status::kBadBufferSize,
-       "Invalid FRU board area in system FRU " + name + ".", true},
-      {"product checksum", Damaged(151, 0), fru_status::kProductInfoArea, "", true},
-      {"product length", Damaged(105, 0xFF), uefi_status::kBadBufferSize, "", true},
-      {"chassis checksum", Damaged(55, 0), fru_status::kChassisInfoArea,
-       "Invalid FRU chassis area in system FRU " + name + ".", true},
-      {"internal use behind the chassis", negativeInternal, fru_status::kInternalUseArea,
-       "Invalid FRU internal area in system FRU " + name + ".", true},
-      {"record checksum", Damaged(157, 9), fru_status::kMultiRecordArea,
-       "Invalid FRU multi-record area in system FRU " + name + ".", true},
-      {"record past the device", Damaged(162, 0xFF), fru_status::kMultiRecordArea,
-       "Invalid FRU multi-record area in system FRU " + name + ".", false},
+      {"version", damaged(0, 2), kNotIpmiFru, "The selected FRU is not an IPMI FRU.", false},
+      {"header checksum", damaged(7, 0), kInvalidHeader, invalid("header")},
+      {"board checksum", damaged(103, 0), kBoardInfoArea, invalid("board")},
+      {"board length", damaged(57, 65), uefi_status::kBadBufferSize, invalid("board")},
+      {"product checksum", damaged(151, 0), kProductInfoArea, ""},
+      {"product length", damaged(105, 0xFF), uefi_status::kBadBufferSize, ""},
+      {"chassis checksum", damaged(55, 0), kChassisInfoArea, invalid("chassis")},
+      {"internal behind chassis", FullImage({20, 2, 7, 13, 19}), kInternalUseArea, invalid("internal")},
+      {"record header checksum", damaged(160, 9), kMultiRecordArea, records},
+      {"record data checksum", damaged(157, 9), kMultiRecordArea, records},
+      {"record past the device", damaged(162, 0xFF), kMultiRecordArea, records, false},
   };
   for (const Case& broken : cases) {
-    EXPECT_EQ(Load(broken.image), broken.status) << broken.rule;
-    EXPECT_EQ(LastFruError(), broken.message) << broken.rule;
-    EXPECT_EQ(fru->IsImageInvalid(), broken.isImageInvalid) << broken.rule;
+    SCOPED_TRACE(broken.rule);
+    ExpectFailure(Load(broken.image), broken.status, broken.message);
+    EXPECT_EQ(fru->IsImageInvalid(), broken.isImageInvalid);
   }
-}
-
-TEST_F(FruReading, AFailedRequestIsTheAreasErrorExceptOfHeaderAndProduct) {
+  // By the number of the first request of each area.
   const Status transport = static_cast<Status>(std::int64_t{ipmi_result::kCompletionCode});
-  // The first request of each area, by its number.
   for (auto [first, status] : {std::pair{1, transport},
-                               {2, fru_status::kBoardInfoArea},
+                               {2, kBoardInfoArea},
                                {9, transport},
-                               {16, fru_status::kChassisInfoArea},
-                               {22, fru_status::kInternalUseArea},
-                               {23, fru_status::kMultiRecordArea}}) {
+                               {16, kChassisInfoArea},
+                               {22, kInternalUseArea},
+                               {23, kMultiRecordArea}}) {
     device.fault = [first = first](int request, MemoryFru::Answer& answer) {
       if (request >= first) answer = {0xFF, {}};
     };
@@ -248,21 +187,15 @@ TEST_F(FruReading, NoAnswerThatIsShortYieldsAnImage) {
 }
 
 TEST_F(FruReading, BoundsTheInternalAreaByTheFirstPresentAreaByNumber) {
-  Bytes image = FullImage();
-  auto withHeader = [&](const Bytes& offsets) {
-    Bytes header = Header(offsets);
-    std::copy(header.begin(), header.end(), image.begin());
-    return image;
-  };
-  EXPECT_EQ(Load(withHeader({1, 0, 0, 0, 19})), kSuccess) << LastFruError();
+  EXPECT_EQ(Load(FullImage({1, 0, 0, 0, 19})), kSuccess) << LastFruError();
   EXPECT_EQ(fru->InternalUse().GetLength(), 144u);
-  EXPECT_EQ(Load(withHeader({1, 0, 0, 0, 0})), kSuccess);
+  EXPECT_EQ(Load(FullImage({1, 0, 0, 0, 0})), kSuccess);
   EXPECT_EQ(fru->InternalUse().GetLength(), 0u);
-  EXPECT_EQ(Load(withHeader({0, 0, 0, 0, 0})), kSuccess);
+  Bytes image = FullImage({0, 0, 0, 0, 0});
+  EXPECT_EQ(Load(image), kSuccess);
   EXPECT_EQ(device.log.size(), 1u);
-  image[0] = 0x09;
-  image[7] = static_cast<std::uint8_t>(image[7] - 8);
-  EXPECT_EQ(Load(image), kSuccess) << "low three bits of the version count";
+  EXPECT_EQ(Load(Changed(image, {{0, 0x09}, {7, image[7] - 8}})), kSuccess)
+      << "low three bits of the version count";
 }
 
 TEST_F(FruReading, RecordsEndAtLengthZeroTheEndBitOrTheLastOffset) {
@@ -275,24 +208,21 @@ TEST_F(FruReading, RecordsEndAtLengthZeroTheEndBitOrTheLastOffset) {
   // Records without an end, on a device of 64 KiB.
   Bytes endless = image;
   while (endless.size() < 0x10000) endless = Join({endless, Record(1, Bytes(200, 7), false)});
-  EXPECT_EQ(Load(endless), fru_status::kMultiRecordArea);
+  EXPECT_EQ(Load(endless), kMultiRecordArea);
   EXPECT_LT(device.log.size(), 10000u);
 }
 
 TEST_F(FruReading, ReportsMemoryThatRunsOutInTheRecords) {
-  machine.FailPoolAllocation(0);
   Bytes image = Join({Header({0, 0, 0, 0, 1}), Record(1, {1}, true)});
   machine.FailPoolAllocation(1);
-  EXPECT_EQ(Load(image), fru_status::kOutOfMemory);
-  EXPECT_EQ(LastFruError(), "There is not enough memory to complete FRU updates.");
+  ExpectFailure(Load(image), kOutOfMemory, kNoMemoryText);
 }
 
 TEST_F(FruReading, AReservedBusLeadsToTheBmcOnly) {
   for (std::uint8_t bus : Bytes{0xFE, 0xFF}) {
-    fru = std::make_unique<CFru>();
-    EXPECT_EQ(fru->LoadFromSystem({.deviceAddress = 0xC0, .bus = bus, .displayName = {}}),
-              fru_status::kReadFailed);
-    EXPECT_EQ(LastFruError(), "Invalid BMC Address found.");
+    SetFruError(u"");
+    ExpectFailure(CFru().LoadFromSystem(Device(nvs_type::kImbDevice, 0, bus, 0xC0)), kReadFailed,
+                  "Invalid BMC Address found.");
   }
   EXPECT_TRUE(device.log.empty());
 }

@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include "fru/fru.h"
-#include "fru/fru_session.h"
-#include "fru/fru_status.h"
-#include "tests/fru/images.h"
+#include "tests/fru/fru_test.h"
 
 namespace varnok {
 namespace {
@@ -39,10 +34,8 @@ constexpr std::string_view kFile =
     ")\n"
     "what follows is not read '";
 
-class FruFile : public ::testing::Test {
+class FruFile : public FruTest {
  protected:
-  void SetUp() override { SetFruError(u""); }
-
   Status Read(const std::string& content) {
     machine.files["a.fru"] = content;
     fru = std::make_unique<CFru>();
@@ -56,7 +49,6 @@ class FruFile : public ::testing::Test {
     return content;
   }
 
-  TestFirmware machine;
   std::unique_ptr<CFru> fru;
 };
 
@@ -66,14 +58,7 @@ TEST_F(FruFile, GivesHeaderAddressAndAreas) {
   EXPECT_EQ(fru->FileHeader().LfVersion(), u"1.2");
   EXPECT_EQ(fru->FileHeader().LfFmtVersion(), u"1.0");
   EXPECT_EQ(fru->FileHeader().IpmiVersion(), u"2.0");
-  FruDeviceAddress expected{.deviceAddress = 0xA0,
-                            .bus = 3,
-                            .deviceId = 1,
-                            .controller = 0x2C,
-                            .lun = 2,
-                            .nvsType = 0,
-                            .displayName = {}};
-  EXPECT_TRUE(fru->Address().IsSameDevice(expected));
+  EXPECT_TRUE(fru->Address().IsSameDevice(Device(nvs_type::kAt24c02, 1, 3, 0xA0, 0x2C, 2)));
   EXPECT_EQ(fru->Address().displayName, u"Board (rev 2)");
   EXPECT_EQ(AsText(fru->Board().GetMfgDateTime()), "\x01\x02\x03");
   EXPECT_EQ(AsText(fru->Board().GetProductName()), "_SEE_)x");
@@ -88,38 +73,11 @@ TEST_F(FruFile, LeavesOutWhatMayBeLeftOut) {
   ASSERT_EQ(Read(content), kSuccess) << LastFruError();
   EXPECT_TRUE(fru->Address().IsSameDevice(FruDeviceAddress{}));
   EXPECT_FALSE(fru->Address().displayName.has_value());
-  // A header that declares nothing ends the reading; an address key behind a later one is ignored.
+  // A header that declares nothing ends the reading; an address key again or behind a later one is ignored.
   ASSERT_EQ(Read(With("01 00 00 01 00 00 00 FE", "01 00 00 00 00 00 00 FF")), kSuccess);
-  ASSERT_EQ(Read(With("_DEV_BUS 03\n", "_DEV_BUS 03\n_DEV_ID 9\n")), kSuccess);
+  ASSERT_EQ(Read(With("_DEV_BUS 03\n", "_DEV_BUS 03\n_DEV_ID 9\n_DEV_BUS 4\n")), kSuccess);
   EXPECT_EQ(fru->Address().deviceId, 1);
-}
-
-TEST_F(FruFile, ReadsAllFiveAreasAndCutsAQuotedValueAtAComment) {
-  auto hex = [](const Bytes& bytes) {
-    std::string text;
-    for (std::uint8_t byte : bytes) text += Format("%02X ", byte);
-    return text + "\n";
-  };
-  Bytes image = FullImage();
-  auto part = [&](std::size_t offset, std::size_t length) {
-    auto begin = image.begin() + static_cast<std::ptrdiff_t>(offset);
-    return hex(Bytes(begin, begin + static_cast<std::ptrdiff_t>(length)));
-  };
-  std::string content(kFile.substr(0, kFile.find("_SEE_COMMON")));
-  content += "_SEE_COMMON\n" + part(0, 8) + "_SEE_INTERNAL\n" + part(8, 8) + "_SEE_CHASSIS\n" + part(16, 40) +
-             "_SEE_BOARD\n" + part(56, 48) + "_SEE_PRODUCT\n" + part(104, 48) + "_SEE_MULTIREC\n" +
-             part(152, 17) + ")\n";
-  content.replace(content.find("'1.2'"), 5, "'1//2'");
-  EXPECT_EQ(Read(content), fru_status::kFileNotParsed);
-  EXPECT_EQ(LastFruError(),
-            "An unexpected error occurred while reading Load file version from FRU file \"a.fru\".");
-  content.replace(content.find("'1//2'"), 6, "'1'");
-  ASSERT_EQ(Read(content), kSuccess) << LastFruError();
-  EXPECT_EQ(fru->InternalUse().GetLength(), 8u);
-  EXPECT_FALSE(fru->InternalUse().IsModified());
-  EXPECT_EQ(fru->Chassis().GetNumberOfCustomFields(), 3u);
-  EXPECT_EQ(fru->MultiRecords().size(), 2u);
-  EXPECT_EQ(fru->MultiRecLength(), 17u);
+  EXPECT_EQ(fru->Address().bus, 3);
 }
 
 TEST_F(FruFile, TellsATagFromTextThatReadsLikeOne) {
@@ -136,40 +94,39 @@ TEST_F(FruFile, TellsATagFromTextThatReadsLikeOne) {
   EXPECT_EQ(AsText(fru->Board().GetProductName()), "_SEE_PRODUCT");
 }
 
-TEST_F(FruFile, EachFailureHasItsTextAndStatus) {
-  const std::string unusable = "An unexpected error occurred while reading %s from FRU file \"a.fru\".";
+TEST_F(FruFile, EachValueThatCannotBeUsedHasItsText) {
+  const std::array<const char*, 3> cases[] = {{"'board.fru'", "board.fru", "Load file name"},
+                                              {"'1.2'", "'1.2", "Load file version"},
+                                              {"'1.2'", "'1//2'", "Load file version"},
+                                              {"'1.0'", "", "Load format version"},
+                                              {"'2.0'", "", "IPMI version"},
+                                              {"'Board (rev 2)'", "none", "FRU Title"},
+                                              {"_LEN 48", "_LEN 10000", "Data length"},
+                                              {"_LEN 48", "_LEN none", "Data length"},
+                                              {"_DATA_LEN", "total _DATA_LEN", "Data length"},
+                                              {"'AT24CO2'", "'AT24C02'", "NVS Type"},
+                                              {"_ID 01", "_ID 100", "Device ID"},
+                                              {"_CNTR 2C", "_CNTR -1", "Device Controller"},
+                                              {"_NVS_LUN 2", "_NVS_LUN", "LUN"},
+                                              {"_BUS 03", "_BUS ggg", "Device Bus"},
+                                              {"_ADDRESS A0", "_ADDRESS 1A0", "Device Address"}};
+  for (auto [from, to, name] : cases)
+    ExpectFailure(Read(With(from, to)), kFileNotParsed,
+                  Format("An unexpected error occurred while reading %s from FRU file \"a.fru\".", name));
+}
+
+TEST_F(FruFile, EachBrokenRuleHasItsText) {
   const std::string ended = "The FRU File \"a.fru\" ended unexpectedly during parsing.";
-  const std::string unparsed = "Could not parse the Board Info Area of the FRU file \"a.fru\".";
-  struct Case {
-    std::string content;
-    std::string message;
-  };
-  auto value = [&](std::string_view name) { return Format(unusable, name); };
-  const Case cases[] = {
-      {With("'board.fru'", "board.fru"), value("Load file name")},
-      {With("'1.2'", "'1.2"), value("Load file version")},
-      {With("'1.0'", ""), value("Load format version")},
-      {With("'2.0'", ""), value("IPMI version")},
-      {With("'Board (rev 2)'", "none"), value("FRU Title")},
-      {With("_DATA_LEN 48", "_DATA_LEN 10000"), value("Data length")},
-      {With("_DATA_LEN 48", "_DATA_LEN none"), value("Data length")},
-      {With("_DATA_LEN 48", "total _DATA_LEN 48"), value("Data length")},
-      {With("'AT24CO2'", "'AT24C02'"), value("NVS Type")},
-      {With("_DEV_ID 01", "_DEV_ID 100"), value("Device ID")},
-      {With("_DEV_CNTR 2C", "_DEV_CNTR -1"), value("Device Controller")},
-      {With("_NVS_LUN 2", "_NVS_LUN"), value("LUN")},
-      {With("_DEV_BUS 03", "_DEV_BUS ggg"), value("Device Bus")},
-      {With("_DEV_ADDRESS A0", "_DEV_ADDRESS 1A0"), value("Device Address")},
+  const std::string tooBig = "The Board Info Area area of the FRU file \"a.fru\" is too big.";
+  const std::string character =
+      "Encountered an unexpected character in the Board Info Area while parsing the FRU file \"a.fru\".";
+  const std::pair<std::string, std::string> cases[] = {
       {With("FE\n", "FD\n"), "Invalid Common Header Area was found while updating \"a.fru\".\n"},
-      {With("C7\n", "C7 0x01\n"),
-       "Encountered an unexpected character in the Board Info Area while parsing the FRU file \"a.fru\"."},
-      {With("'Maker'", "'Maker"),
-       "Encountered an unexpected character in the Board Info Area while parsing the FRU file \"a.fru\"."},
-      {With("'Maker'", "'" + std::string(512, 'x') + "'"),
-       "The Board Info Area area of the FRU file \"a.fru\" is too big."},
-      {With("C7\n", std::string(1022, '0') + "\n"),
-       "The Board Info Area area of the FRU file \"a.fru\" is too big."},
-      {With("01 05 00", "01 03 00"), unparsed},
+      {With("C7\n", "C7 0x01\n"), character},
+      {With("'Maker'", "'Maker"), character},
+      {With("'Maker'", "'" + std::string(512, 'x') + "'"), tooBig},
+      {With("C7\n", std::string(1022, '0') + "\n"), tooBig},
+      {With("01 05 00", "01 03 00"), "Could not parse the Board Info Area of the FRU file \"a.fru\"."},
       {With("_LF_NAME", "_LF_NAM"), ended},
       {With("_LF_NAME 'board.fru' // name\r\n_LF_VERSION '1.2'", "_LF_VERSION '1.2'\n_LF_NAME 'board.fru'"),
        ended},
@@ -178,46 +135,44 @@ TEST_F(FruFile, EachFailureHasItsTextAndStatus) {
       {With("_SEE_BOARD", "_SEE_CHASSIS"), ended},
       {"", ended},
   };
-  for (const Case& broken : cases) {
-    EXPECT_EQ(Read(broken.content), fru_status::kFileNotParsed) << broken.message;
-    EXPECT_EQ(LastFruError(), broken.message);
+  for (const auto& [content, message] : cases) {
+    SCOPED_TRACE(content);
+    ExpectFailure(Read(content), kFileNotParsed, message);
   }
 }
 
 TEST_F(FruFile, FilesThatCannotBeReadHaveAStatusOfTheirOwn) {
-  fru = std::make_unique<CFru>();
-  EXPECT_EQ(fru->ReadFRUFromFile({}), fru_status::kFileNotRead);
-  EXPECT_EQ(LastFruError(), "An unexpected error occurred while accessing FRUs.");
-  EXPECT_EQ(fru->ReadFRUFromFile("no.fru"), fru_status::kFileNotRead);
-  EXPECT_EQ(LastFruError(), "Could not open FRU file \"no.fru\".");
+  ExpectFailure(CFru().ReadFRUFromFile({}), kFileNotRead);
+  ExpectFailure(CFru().ReadFRUFromFile("no.fru"), kFileNotRead, "Could not open FRU file \"no.fru\".");
   EXPECT_EQ(machine.TraceLines().back(), "CFru::ReadFRUFromFile - File Read Error");
   machine.FailPoolAllocation(1);
-  EXPECT_EQ(Read(std::string(kFile)), fru_status::kFileNotParsed);
-  EXPECT_EQ(LastFruError(),
-            "An unexpected error occurred while reading Load file name from FRU file \"a.fru\".");
+  ExpectFailure(Read(std::string(kFile)), kFileNotParsed,
+                "An unexpected error occurred while reading Load file name from FRU file \"a.fru\".");
 }
 
 TEST_F(FruFile, BlocksEndAtTheirLimits) {
-  PreparedText lines;
-  std::span<const std::uint8_t> bytes;
-  lines.Assign("_SEE_BOARD\n0\n'q'\n1\n2\n)\n");
-  EXPECT_EQ(CFru::ParseArea("_SEE_BOARD", lines, 0, bytes), kSuccess);
-  EXPECT_EQ(AsText(bytes), "q\x01") << "a digit without its second one is no byte";
-  EXPECT_EQ(CFru::ParseArea("_SEE_PRODUCT", lines, 0, bytes), fru_status::kBlockTagMissing);
-  lines.Assign("_SEE_BOARD\n0x\n");
-  EXPECT_EQ(CFru::ParseArea("_SEE_BOARD", lines, 0, bytes), fru_status::kBlockCharacter);
-  EXPECT_TRUE(bytes.empty());
-  CFru::SetParseAreaErrorMessage(fru_status::kBlockTagMissing, "Product Info Area", "a.fru");
+  // Exactly 512 bytes fill a block, and what follows is not looked at.
+  const std::string full(512, 0x66);
+  const std::string digits = "_SEE_BOARD\n" + std::string(1024, '6');
+  const std::tuple<std::string, Status, std::string> cases[] = {
+      {"_SEE_BOARD\n0\n'q'\n1\n2\n)\n", kSuccess, "q\x01"},  // a digit without its second one is no byte
+      {"_SEE_PRODUCT\n", kBlockTagMissing, ""},
+      {"_SEE_BOARD\n0x\n", kBlockCharacter, ""},
+      {digits + "\nno digits\n", kSuccess, full},
+      {digits + "66\n", kBlockTooBig, ""},
+      {"_SEE_BOARD\n66\n'" + full.substr(1) + "'\n", kSuccess, full},
+  };
+  for (const auto& [text, status, content] : cases) {
+    PreparedText lines;
+    lines.Assign(text);
+    std::span<const std::uint8_t> bytes;
+    EXPECT_EQ(CFru::ParseArea("_SEE_BOARD", lines, 0, bytes), status) << text;
+    EXPECT_EQ(AsText(bytes), content) << text;
+  }
+  CFru::SetParseAreaErrorMessage(kBlockTagMissing, "Product Info Area", "a.fru");
+  CFru::SetParseAreaErrorMessage(kSuccess, "", "");
   EXPECT_EQ(LastFruError(),
             "Could not find the start tag for the Product Info Area while parsing the FRU file \"a.fru\".");
-  CFru::SetParseAreaErrorMessage(kSuccess, "Board Info Area", "a.fru");
-  EXPECT_EQ(LastFruError().substr(0, 14), "Could not find");
-  // Exactly 512 bytes fill a block, and what follows is not looked at.
-  lines.Assign("_SEE_INTERNAL\n" + std::string(1024, 'A') + "\nno digits\n");
-  EXPECT_EQ(CFru::ParseArea("_SEE_INTERNAL", lines, 0, bytes), kSuccess);
-  EXPECT_EQ(bytes.size(), 512u);
-  lines.Assign("_SEE_INTERNAL\n" + std::string(1026, 'A') + "\n");
-  EXPECT_EQ(CFru::ParseArea("_SEE_INTERNAL", lines, 0, bytes), fru_status::kBlockTooBig);
 }
 
 }  // namespace

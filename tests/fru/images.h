@@ -3,15 +3,15 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <numeric>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "app/services/text.h"
-#include "fru/fru_session.h"
-#include "tests/support/test_firmware.h"
+#include "app/services/format.h"
 
 namespace varnok::testing {
 
@@ -23,23 +23,18 @@ inline std::uint8_t Complement(const Bytes& bytes) {
 
 inline Bytes Join(std::initializer_list<Bytes> parts) {
   Bytes joined;
-  for (const Bytes& part : parts)
-    for (std::uint8_t byte : part) joined.push_back(byte);
+  for (const Bytes& part : parts) joined.insert(joined.end(), part.begin(), part.end());
   return joined;
 }
 
-/// A text field; `type` is the type code in bits 7-6.
-inline Bytes Field(std::string_view text, std::uint8_t type = 0xC0) {
-  Bytes field{static_cast<std::uint8_t>(type | text.size())};
-  for (char character : text) field.push_back(static_cast<std::uint8_t>(character));
-  return field;
-}
-
-inline Bytes Seal(Bytes area, std::uint8_t units) {
-  area[1] = units;
-  area.resize(units * 8u - 1);
-  area.push_back(Complement(area));
-  return area;
+/// 8-bit text fields, one after the other.
+inline Bytes Fields(std::initializer_list<std::string_view> texts) {
+  Bytes fields;
+  for (std::string_view text : texts) {
+    fields.push_back(static_cast<std::uint8_t>(0xC0 | text.size()));
+    fields.insert(fields.end(), text.begin(), text.end());
+  }
+  return fields;
 }
 
 /// Version, length, the fixed bytes and fields, the end marker: what a file may give of an area.
@@ -48,31 +43,17 @@ inline Bytes OpenArea(std::uint8_t units, const Bytes& content) {
 }
 /// The whole area.
 inline Bytes Area(std::uint8_t units, const Bytes& content) {
-  return Seal(OpenArea(units, content), units);
+  Bytes area = OpenArea(units, content);
+  area.resize(units * 8u - 1);
+  area.push_back(Complement(area));
+  return area;
 }
 
-inline Bytes ChassisContent() {
-  return Join({{0x17}, Field("PN-1"), Field("SN-1"), Field("one"), Field("two"), Field("three")});
-}
-inline Bytes BoardContent() {
-  return Join({{0x00, 0x03, 0x02, 0x01},
-               Field("Maker"),
-               Field("Board"),
-               Field("SN-2"),
-               Field("PN-2"),
-               Field("b.fru"),
-               Field("extra")});
-}
-inline Bytes ProductContent() {
-  return Join({{0x19},
-               Field("Maker"),
-               Field("Server"),
-               Field("PN-3"),
-               Field("R1"),
-               Field("SN-3"),
-               Field(""),
-               Field("p.fru")});
-}
+inline const Bytes kChassisContent = Join({{0x17}, Fields({"PN-1", "SN-1", "one", "two", "three"})});
+inline const Bytes kBoardContent =
+    Join({{0x00, 0x03, 0x02, 0x01}, Fields({"Maker", "Board", "SN-2", "PN-2", "b.fru", "extra"})});
+inline const Bytes kProductContent =
+    Join({{0x19}, Fields({"Maker", "Server", "PN-3", "R1", "SN-3", "", "p.fru"})});
 
 inline Bytes Header(Bytes offsets) {
   Bytes header = Join({{1}, offsets, {0}});
@@ -87,30 +68,38 @@ inline Bytes Record(std::uint8_t type, const Bytes& data, bool isLast) {
   return Join({record, data});
 }
 
-/// All five areas, in the order in which the program writes them: internal use at 8 (8 bytes), chassis at 16
-/// (40), board at 56 (48), product at 104 (48), records at 152 (8 + 9 bytes); erased behind them.
-inline Bytes FullImage() {
-  Bytes image = Join({Header({1, 2, 7, 13, 19}),
+/// All five areas, in the order in which the program writes them (or with other offsets in the header):
+/// internal use at 8 (8 bytes), chassis at 16 (40), board at 56 (48), product at 104 (48), records at 152 (8
+/// + 9 bytes); erased behind them.
+inline Bytes FullImage(const Bytes& offsets = {1, 2, 7, 13, 19}) {
+  Bytes image = Join({Header(offsets),
                       {0x01, 2, 3, 4, 5, 6, 7, 8},
-                      Area(5, ChassisContent()),
-                      Area(6, BoardContent()),
-                      Area(6, ProductContent()),
+                      Area(5, kChassisContent),
+                      Area(6, kBoardContent),
+                      Area(6, kProductContent),
                       Record(0xC0, {1, 2, 3}, false),
                       Record(0xC1, {4, 5, 6, 7}, true)});
   image.resize(256, 0xFF);
   return image;
 }
 
-/// The same image with one byte another.
-inline Bytes Damaged(std::size_t offset, std::uint8_t value) {
-  Bytes image = FullImage();
-  image[offset] = value;
-  return image;
+/// The same bytes with some of them, by offset, another.
+inline Bytes Changed(Bytes bytes, std::initializer_list<std::pair<std::size_t, int>> changes) {
+  for (auto [offset, value] : changes) bytes.at(offset) = static_cast<std::uint8_t>(value);
+  return bytes;
 }
 
-/// The last error, narrowed; empty when there is none. Read past the manager, which leaves no trace lines.
-inline std::string LastFruError() {
-  return Narrow(TheFruSession().lastError.data());
+/// The blocks of a FRU file that holds FullImage(), or an image of the same areas.
+inline std::string AreaBlocks(const Bytes& image) {
+  constexpr std::pair<const char*, std::size_t> kBlockEnds[] = {
+      {"COMMON", 8}, {"INTERNAL", 16}, {"CHASSIS", 56}, {"BOARD", 104}, {"PRODUCT", 152}, {"MULTIREC", 169}};
+  std::string text;
+  std::size_t offset = 0;
+  for (auto [tag, end] : kBlockEnds) {
+    text += Format("\n_SEE_%s\n", tag);
+    for (; offset < end; ++offset) text += Format("%02X ", image[offset]);
+  }
+  return text + "\n)\n";
 }
 
 inline std::span<const std::uint8_t> AsBytes(std::string_view text) {
