@@ -73,7 +73,7 @@ char16_t TestFirmware::ReadKey() {
 
 void TestFirmware::Stall(std::uint64_t microseconds, StallKind kind) {
   (kind == StallKind::Pacing ? pacedMicroseconds : waitedMicroseconds) += microseconds;
-  clockMicroseconds += microseconds;
+  if (!isClockStill) clockMicroseconds += microseconds;
   stalls.push_back(microseconds);
 }
 

@@ -36,6 +36,7 @@ class TestFirmware : public Firmware {
   std::map<std::string, std::u16string> environment;
   std::map<std::string, Status> fileFailures;          ///< name -> status of opening it
   std::uint64_t clockMicroseconds = 0;                 ///< since midnight of 22 November 2026; stalls advance it
+  bool isClockStill = false;                           ///< stalls leave the clock alone
   IpmiProtocol* protocol = nullptr;                    ///< null: no handle carries it
   /// Answers StartDriver: the protocol that the driver installs, null for a driver that installs none; without it
   /// loading fails with kNotFound.
