@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <numeric>
-#include <vector>
 
 #include "tests/support/test_firmware.h"
 
@@ -11,12 +11,6 @@ namespace varnok {
 namespace {
 
 using testing::TestFirmware;
-
-std::vector<std::uint8_t> CountingBytes(std::size_t length, std::uint8_t first) {
-  std::vector<std::uint8_t> bytes(length);
-  std::iota(bytes.begin(), bytes.end(), first);
-  return bytes;
-}
 
 TEST(Console, ShowsNoControlCharacterButLayout) {
   TestFirmware machine;
@@ -70,7 +64,8 @@ TEST(Console, EnvironmentValueIsCutToItsRoom) {
 
 TEST(Console, HexDumpPadsShortRows) {
   TestFirmware machine;
-  auto bytes = CountingBytes(21, 0x1E);
+  std::array<std::uint8_t, 21> bytes;
+  std::iota(bytes.begin(), bytes.end(), std::uint8_t{0x1E});
   DisplayHex(bytes.data(), bytes.size(), nullptr);
   EXPECT_EQ(machine.console,
             " 1E 1F 20 21 22 23 24 25 26 27 28 29 2A 2B 2C 2D   ...!\"#$%&'()*+,-\n 2E 2F 30 31 32" +

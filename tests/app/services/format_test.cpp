@@ -20,16 +20,13 @@ std::string FromLibc(const std::string& format, Arguments... arguments) {
 
 class Generator {
  public:
-  std::size_t Below(std::size_t limit) {
-    return std::uniform_int_distribution<std::size_t>(0, limit - 1)(engine_);
-  }
+  std::size_t Below(std::size_t limit) { return engine_() % limit; }
 
   template <class Number>
   Number Value() {
     static constexpr std::uint64_t kEdges[] = {0,    1,    9,          10,         0x7F,
                                                0x80, 0xFF, 0x7FFFFFFF, 0x80000000, ~std::uint64_t{0}};
-    std::uint64_t value = Below(3) == 0 ? kEdges[Below(std::size(kEdges))] : engine_() >> Below(64);
-    return static_cast<Number>(value);
+    return static_cast<Number>(Below(3) == 0 ? kEdges[Below(std::size(kEdges))] : engine_() >> Below(64));
   }
 
   /// Flags, width and precision, as far as C defines them for the conversion.
