@@ -15,12 +15,10 @@
 namespace varnok {
 namespace {
 
+using namespace testing;
 using ::testing::Contains;
-using testing::DeviceId;
 using ::testing::ElementsAre;
 using ::testing::Not;
-using testing::ScriptedIpmi;
-using testing::TestFirmware;
 
 const std::string kBanner = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n";
 const std::string kInvalid = "\nInvalid command line arguments.\n\n\n";

@@ -9,9 +9,8 @@
 namespace varnok {
 namespace {
 
-using testing::Bytes;
+using namespace testing;
 using ::testing::ElementsAre;
-using testing::KcsMachine;
 
 class IpmiServiceTest : public ::testing::Test {
  protected:

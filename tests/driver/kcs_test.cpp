@@ -9,10 +9,9 @@
 namespace varnok {
 namespace {
 
-using testing::Bytes;
+using namespace testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::KcsMachine;
 
 const Bytes kGetDeviceId{0x18, 0x01};
 

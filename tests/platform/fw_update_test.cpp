@@ -12,11 +12,9 @@
 namespace varnok {
 namespace {
 
+using namespace testing;
 using ::testing::Contains;
-using testing::DeviceId;
 using ::testing::IsEmpty;
-using testing::ScriptedIpmi;
-using testing::TestFirmware;
 
 constexpr char kInTransferMode[] = "BMC is in FW Transfer Mode. Unable to continue with the operation.";
 constexpr char kNotInTransferMode[] =

@@ -6,9 +6,7 @@
 namespace varnok {
 namespace {
 
-using testing::kTransactionAttempts;
-using testing::ScriptedIpmi;
-using testing::TestFirmware;
+using namespace testing;
 
 constexpr std::uint8_t kPsu = 0xB0;
 // An answer of the power supply up to its command: it has no completion code.

@@ -6,8 +6,7 @@
 namespace varnok {
 namespace {
 
-using testing::ScriptedIpmi;
-using testing::TestFirmware;
+using namespace testing;
 
 enum class Driver { Missing, InstallsNothing, Works };
 enum class Fault { None, OtherRevision, GoneWhenRead, RefusesOpen, NoHandleBuffer, NoWorkBuffer };

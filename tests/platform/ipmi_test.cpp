@@ -9,13 +9,10 @@
 namespace varnok {
 namespace {
 
-using testing::DeviceId;
+using namespace testing;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
-using testing::kTransactionAttempts;
-using testing::ScriptedIpmi;
-using testing::TestFirmware;
 
 constexpr IpmiMessage kRequest = {.targetAddress = kBmcAddress, .netFunction = 6, .command = 1};
 

@@ -11,9 +11,8 @@
 namespace varnok {
 namespace {
 
+using namespace testing;
 using ::testing::HasSubstr;
-using testing::SmbiosBuilder;
-using testing::TestFirmware;
 
 using Bytes = SmbiosBuilder::Bytes;
 
