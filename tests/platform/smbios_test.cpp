@@ -12,6 +12,7 @@ namespace varnok {
 namespace {
 
 using namespace testing;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 using Bytes = SmbiosBuilder::Bytes;
@@ -43,10 +44,13 @@ struct Smbios : ::testing::Test {
   /// The system, board and chassis that the display shows.
   void AddSystem() { table.Add(1, {1, 2, 3, 4}, {"Sysmaker", "Rack 9", "A1", "S-1"}); }
   void AddBoard() { table.Add(2, {1, 2, 3, 4, 0}, {"Boardmaker", "B2600XY", "D10", "B-7"}); }
-  void AddAll(std::uint8_t chassisType = 0x17) {
+  void AddChassis(std::uint8_t type = 0x17) {
+    table.Add(3, {1, type, 2, 3, 4, 3, 3, 3, 2}, {"Casemaker", "C3", "C-5", "T-1"});
+  }
+  void AddAll() {
     AddSystem();
     AddBoard();
-    table.Add(3, {1, chassisType, 2, 3, 4, 3, 3, 3, 2}, {"Casemaker", "C3", "C-5", "T-1"});
+    AddChassis();
   }
 };
 
@@ -89,7 +93,9 @@ TEST_F(Smbios, ChassisTypeWithoutNameIsUnknown) {
   for (const auto& [type, name] : cases) {
     machine.console.clear();
     table = {};
-    AddAll(type);
+    AddSystem();
+    AddBoard();
+    AddChassis(type);
     Install();
     EXPECT_EQ(SmbiosDisplay(), kSuccess);
     EXPECT_THAT(machine.console, HasSubstr(" Type              = " + name + "\n")) << +type;
@@ -97,17 +103,31 @@ TEST_F(Smbios, ChassisTypeWithoutNameIsUnknown) {
 }
 
 TEST_F(Smbios, DisplayStopsAtTheMissingStructure) {
-  AddSystem();
-  AddBoard();
+  const char* lastLines[] = {"Area...\n", "S-1\n", "B-7\n"};
+  for (int missing = 1; missing <= 3; ++missing) {
+    table = {};
+    if (missing != 1) AddSystem();
+    if (missing != 2) AddBoard();
+    if (missing != 3) AddChassis();
+    Install();
+    EXPECT_EQ(SmbiosDisplay(), smbios_status::kNotFound);
+    EXPECT_TRUE(machine.console.ends_with(lastLines[missing - 1])) << machine.console;
+  }
+  EXPECT_EQ(std::u16string(SmbiosGetLastErrorMessage()), u"The requested SMBIOS structure was not found.");
+}
+
+TEST_F(Smbios, FailuresAreTraced) {
   Install();
   const char* arguments[] = {"varnok", "-debug1"};
   TraceSelectLevel(2, arguments);
-  EXPECT_EQ(SmbiosDisplay(), smbios_status::kNotFound);
+  std::string text;
+  SmbiosDisplay();
+  SmbiosGetBiosVersion(text);
   TraceSelectLevel(0, nullptr);
-  EXPECT_TRUE(machine.console.ends_with("B-7\n")) << machine.console;
-  EXPECT_EQ(std::u16string(SmbiosGetLastErrorMessage()), u"The requested SMBIOS structure was not found.");
-  EXPECT_EQ(machine.TraceLines(), (std::vector<std::string>{"SmbiosGetStructure - Structure not found",
-                                                            "SmbiosDisplay - SMBIOS structure not found"}));
+  EXPECT_THAT(machine.TraceLines(), ElementsAre("SmbiosGetStructure - Structure not found",
+                                                "SmbiosDisplay - SMBIOS structure not found",
+                                                "SmbiosGetStructure - Structure not found",
+                                                "SmbiosGetBiosVersion - SMBIOS structure not found"));
 }
 
 TEST_F(Smbios, OutputFileReceivesTheDisplay) {
