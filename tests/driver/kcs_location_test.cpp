@@ -48,7 +48,7 @@ TEST(KcsLocation, IsReadFromTheFirstUsableRecord) {
        Join({IpmiDevice(4, 0x40, 0), IpmiDevice(1, 0xCA3, 0xC0), IpmiDevice(1, 0xDA3, 0)}),
        KcsLocation{0xDA2, 1, true}},
       {"behind the end", Join({kEnd, IpmiDevice(1, 0xCA3, 0)}), std::nullopt},
-      {"behind a broken length", Join({{1, 3, 0, 0, 0, 0}, IpmiDevice(1, 0xCA3, 0)}), std::nullopt},
+      {"behind a broken length", Join({{1, 3, 0, 0, 0}, IpmiDevice(1, 0xCA3, 0)}), std::nullopt},
       {"no record", Bytes(64), std::nullopt},
   };
   for (const Case& one : cases)
