@@ -59,10 +59,7 @@ struct Fw : ::testing::Test {
 TEST_F(Fw, UninitialisedModuleRefusesEverything) {
   EXPECT_EQ(FwUpdate::DeInitialize(), kSuccess);
   const char16_t* text = u"";
-  struct Case {
-    Status status;
-    const char* name;
-  } const cases[] = {
+  const std::pair<Status, std::string> cases[] = {
       {FwUpdate::DeInitialize(), "DeInitialize"},
       {FwUpdate::SetProgressCallback(nullptr), "SetProgressCallback"},
       {FwUpdate::GetLastErrorMessage(text), "GetLastErrorMessage"},
@@ -74,10 +71,9 @@ TEST_F(Fw, UninitialisedModuleRefusesEverything) {
       {FwUpdate::IsBmcInFwTransferMode(isFlag), "IsBmcInFwTransferMode"},
       {FwUpdate::BmcRefresh(), "BmcRefresh"},
   };
-  for (const Case& one : cases) {
-    EXPECT_EQ(one.status, fw_status::kNotInitialized) << one.name;
-    EXPECT_THAT(machine.TraceLines(),
-                Contains(std::string("FwUpdate::") + one.name + " - FwUpdate not initialized"));
+  for (const auto& [status, name] : cases) {
+    EXPECT_EQ(status, fw_status::kNotInitialized) << name;
+    EXPECT_THAT(machine.TraceLines(), Contains("FwUpdate::" + name + " - FwUpdate not initialized"));
   }
   EXPECT_EQ(text, nullptr);
 }
