@@ -9,64 +9,49 @@
 namespace varnok {
 namespace {
 
-class CommandLineReader : public ::testing::Test {
- protected:
-  CommandLineReader() { EXPECT_EQ(FruData::Initialize(), kSuccess); }
-  ~CommandLineReader() override { FruData::Reset(); }
-
-  /// The mode and the file name; NoMode for an invalid line.
-  static std::pair<RunMode, std::string> Read(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "VARNOK");
-    std::vector<char*> vector;
-    for (std::string& argument : arguments) vector.push_back(argument.data());
-    vector.push_back(nullptr);
-    CommandLine line;
-    if (!ReadCommandLine(static_cast<int>(arguments.size()), vector.data(), line))
-      return {RunMode::NoMode, ""};
-    return {line.mode, Narrow(line.fileName)};
-  }
-
+// The lines that are refused are tested through the program.
+TEST(CommandLineReader, OneOptionChoosesModeAndFile) {
+  struct Case {
+    std::vector<std::string> arguments;
+    RunMode mode;
+    std::string fileName;
+  } const cases[] = {
+      {{"/D", "Fru"}, RunMode::DisplayFru, ""},
+      {{"-d", "SDR"}, RunMode::DisplaySdr, ""},
+      {{"/d", "smb"}, RunMode::DisplaySmbios, ""},
+      {{"-Fru", "-x"}, RunMode::LoadFruFile, "-x.FRU"},  // a file name may begin with anything
+      {{"/sdr", "/y"}, RunMode::LoadSdrFile, "/y.SDR"},
+      {{"/?"}, RunMode::ShowHelp, ""},
+      {{"/CFG"}, RunMode::RunConfigFile, "MASTER.CFG"},
+      {{"-Cfg", "board"}, RunMode::RunConfigFile, "board.CFG"},
+      {{"/cfg", "scripts\\"}, RunMode::RunConfigFile, "scripts\\MASTER.CFG"},
+      {{"/cfg", ""}, RunMode::RunConfigFile, ".CFG"},
+      {{"/d", "fru", "IMBDEVICE", "00"}, RunMode::DisplayFru, ""},
+      {{"/d", "fru", "IMBDEVICE", "C20", "L00", "FF", "20"}, RunMode::DisplayFru, ""},
+      {{"/d", "fru", "AT24C02", "03", "A0"}, RunMode::DisplayFru, ""},
+  };
   testing::TestFirmware machine;
-};
-
-using Result = std::pair<RunMode, std::string>;
-
-TEST_F(CommandLineReader, OneOptionChoosesTheMode) {
-  EXPECT_EQ(Read({"/D", "Fru"}), Result(RunMode::DisplayFru, ""));
-  EXPECT_EQ(Read({"-d", "SDR"}), Result(RunMode::DisplaySdr, ""));
-  EXPECT_EQ(Read({"/d", "smb"}), Result(RunMode::DisplaySmbios, ""));
-  EXPECT_EQ(Read({"-Fru", "-x"}), Result(RunMode::LoadFruFile, "-x.FRU"))
-      << "a file name may begin with anything";
-  EXPECT_EQ(Read({"/sdr", "/y"}), Result(RunMode::LoadSdrFile, "/y.SDR"));
-  EXPECT_EQ(Read({"/?"}), Result(RunMode::ShowHelp, ""));
-}
-
-TEST_F(CommandLineReader, ScriptNameIsOptional) {
-  EXPECT_EQ(Read({"/CFG"}), Result(RunMode::RunConfigFile, "MASTER.CFG"));
-  EXPECT_EQ(Read({"-Cfg", "board"}), Result(RunMode::RunConfigFile, "board.CFG"));
-  EXPECT_EQ(Read({"/cfg", "scripts\\"}), Result(RunMode::RunConfigFile, "scripts\\MASTER.CFG"));
-  EXPECT_EQ(Read({"/cfg", ""}), Result(RunMode::RunConfigFile, ".CFG"));
-  EXPECT_EQ(Read({"/cfg", "-x"}).first, RunMode::NoMode) << "MASTER.CFG, and -x is left over";
-}
-
-TEST_F(CommandLineReader, FruAddressTakesTheRestOfTheLine) {
-  EXPECT_EQ(Read({"/d", "fru", "IMBDEVICE", "00"}).first, RunMode::DisplayFru);
-  EXPECT_EQ(Read({"/d", "fru", "IMBDEVICE", "C20", "L00", "FF", "20"}).first, RunMode::DisplayFru);
-  EXPECT_EQ(Read({"/d", "fru", "AT24C02", "03", "A0"}).first, RunMode::DisplayFru);
-  EXPECT_EQ(Read({"/d", "fru", "imbdevice", "00"}).first, RunMode::NoMode);
-  EXPECT_EQ(Read({"/d", "fru", "IMBDEVICE", "00", "/?"}).first, RunMode::NoMode) << "a switch is left over";
+  ASSERT_EQ(FruData::Initialize(), kSuccess);
+  for (Case one : cases) {
+    SCOPED_TRACE(::testing::PrintToString(one.arguments));
+    std::vector<char*> arguments{nullptr};  // the program's own name is not looked at
+    for (std::string& argument : one.arguments) arguments.push_back(argument.data());
+    CommandLine line;
+    EXPECT_TRUE(ReadCommandLine(static_cast<int>(arguments.size()), arguments.data(), line));
+    EXPECT_EQ(line.mode, one.mode);
+    EXPECT_EQ(Narrow(line.fileName), one.fileName);
+  }
+  FruData::Reset();
 }
 
 TEST(DefaultExtension, IsAddedToANameWithoutADot) {
   struct Case {
-    const char16_t* name;
-    const char16_t* completed;
+    const char16_t *name, *completed;
   };
-  for (auto [name, completed] :
-       {Case{u"board", u"board.FRU"}, Case{u"dir.v2\\board", u"dir.v2\\board.FRU"},
-        Case{u"board.bin", u"board.bin"}, Case{u"x.", u"x."}, Case{u".x", u".x"},
-        Case{u"boards\\", u"boards\\MASTER.CFG"}, Case{u"\\", u"\\MASTER.CFG"},
-        Case{u"\\board", u"\\board.FRU"}, Case{u"a.b\\c", u"a.b\\c.FRU"}, Case{u"", u".FRU"}}) {
+  for (auto [name, completed] : {Case{u"board", u"board.FRU"}, Case{u"dir.v2\\board", u"dir.v2\\board.FRU"},
+                                 Case{u"board.bin", u"board.bin"}, Case{u"x.", u"x."}, Case{u".x", u".x"},
+                                 Case{u"boards\\", u"boards\\MASTER.CFG"}, Case{u"\\", u"\\MASTER.CFG"},
+                                 Case{u"\\board", u"\\board.FRU"}, Case{u"", u".FRU"}}) {
     std::u16string text = name;
     AddDefaultExtension(text, u".FRU");
     EXPECT_EQ(text, completed);

@@ -9,72 +9,55 @@
 namespace varnok {
 namespace {
 
-using testing::Bytes;
+using namespace testing;
 using ::testing::ElementsAre;
-using testing::KcsMachine;
 
 class IpmiServiceTest : public ::testing::Test {
  protected:
-  struct Answer {
-    Status status = kSuccess;
-    std::uint8_t netFunction = 0xFF;
-    std::uint8_t lun = 0xFF;
-    std::uint8_t command = 0xFF;
-    std::uint8_t completionCode = 0xFF;
-    Bytes data;
-  };
-
   Status Send(std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command, const Bytes& data) {
     return protocol_.Send(&protocol_, netFunction, lun, command, data.data(),
                           static_cast<std::uint32_t>(data.size()));
   }
-  Answer Receive(std::uint32_t room = 64) {
-    Answer answer;
-    answer.data.resize(room + 1, 0xEE);
+  /// Sends Get Device ID, which is answered with `answer`; its data replace `data_`, its header `header_`.
+  Status Exchange(const Bytes& answer, std::uint32_t room = 64) {
+    machine_.answer = [answer](const Bytes&) { return answer; };
+    EXPECT_EQ(Send(6, 0, 1, {}), kSuccess);
+    data_.assign(room + 1, 0xEE);
     std::uint32_t length = room;
-    answer.status = protocol_.Receive(&protocol_, &answer.netFunction, &answer.lun, &answer.command,
-                                      &answer.completionCode, answer.data.data(), &length);
-    EXPECT_EQ(answer.data[room], 0xEE);
+    Status status = protocol_.Receive(&protocol_, &header_[0], &header_[1], &header_[2], &header_[3],
+                                      data_.data(), &length);
+    EXPECT_EQ(data_[room], 0xEE);
     EXPECT_LE(length, room);
-    answer.data.resize(std::min(length, room));
-    return answer;
+    data_.resize(std::min(length, room));
+    return status;
   }
 
   KcsMachine machine_;
   IpmiService service_{machine_};
   IpmiProtocol& protocol_ = service_;
+  std::array<std::uint8_t, 4> header_{};  // net function, LUN, command, completion code
+  Bytes data_;
 };
 
 TEST_F(IpmiServiceTest, FramesRequestsAndUnpacksResponses) {
   EXPECT_EQ(protocol_.revision, 0x10002u);
-  machine_.answer = [](const Bytes&) { return Bytes{0x2E, 0x11, 0xC9, 1, 2, 3}; };
-  ASSERT_EQ(Send(0x0A, 2, 0x11, {5, 6}), kSuccess);
+  EXPECT_EQ(Send(0x0A, 2, 0x11, {5, 6}), kSuccess);
   EXPECT_THAT(machine_.requests, ElementsAre(Bytes{0x2A, 0x11, 5, 6}));
-  Answer answer = Receive();
-  EXPECT_EQ(answer.status, kSuccess);
-  EXPECT_EQ(answer.netFunction, 0x0B);
-  EXPECT_EQ(answer.lun, 2);
-  EXPECT_EQ(answer.command, 0x11);
-  EXPECT_EQ(answer.completionCode, 0xC9);
-  EXPECT_THAT(answer.data, ElementsAre(1, 2, 3));
+  EXPECT_EQ(Exchange({0x2E, 0x11, 0xC9, 1, 2, 3}), kSuccess);
+  EXPECT_THAT(header_, ElementsAre(0x0B, 2, 0x11, 0xC9));
+  EXPECT_THAT(data_, ElementsAre(1, 2, 3));
 }
 
 TEST_F(IpmiServiceTest, CutsDataToTheCallersRoom) {
-  machine_.answer = [](const Bytes&) { return Bytes{0x1C, 0x01, 0, 1, 2, 3, 4}; };
   for (std::uint32_t room : {0u, 3u}) {
-    ASSERT_EQ(Send(6, 0, 1, {}), kSuccess);
-    Answer answer = Receive(room);
-    EXPECT_EQ(answer.status, kSuccess);
-    EXPECT_EQ(answer.data.size(), room);
+    EXPECT_EQ(Exchange({0x1C, 0x01, 0, 1, 2, 3, 4}, room), kSuccess);
+    EXPECT_EQ(data_.size(), room);
   }
 }
 
 TEST_F(IpmiServiceTest, RefusesWhatIsNoResponse) {
-  for (const Bytes& bytes : {Bytes{}, Bytes{0x1C}, Bytes{0x1C, 0x01}, Bytes{0x18, 0x01, 0x00, 0x20}}) {
-    machine_.answer = [&](const Bytes&) { return bytes; };
-    ASSERT_EQ(Send(6, 0, 1, {}), kSuccess);
-    EXPECT_EQ(Receive().status, uefi_status::kDeviceError) << bytes.size();
-  }
+  for (const Bytes& bytes : {Bytes{}, Bytes{0x1C}, Bytes{0x1C, 0x01}, Bytes{0x18, 0x01, 0x00, 0x20}})
+    EXPECT_EQ(Exchange(bytes), uefi_status::kDeviceError) << bytes.size();
 }
 
 TEST_F(IpmiServiceTest, RefusesBadArguments) {

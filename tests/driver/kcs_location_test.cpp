@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <string_view>
 #include <vector>
 
@@ -19,105 +20,71 @@ Bytes Join(std::initializer_list<Bytes> parts) {
 const Bytes kBiosRecord{0, 6, 0, 0, 1, 2, 'A', 0, 'B', 'C', 0, 0};
 const Bytes kEnd{127, 4, 0xFF, 0, 0, 0};
 
-/// An IPMI device record: interface type, base address, base address modifier.
-Bytes IpmiDevice(std::uint8_t interface, std::uint16_t base, std::uint8_t modifier) {
-  return {38,
-          0x12,
-          5,
-          0,
-          interface,
-          0x20,
-          0x20,
-          0xFF,
-          static_cast<std::uint8_t>(base),
-          static_cast<std::uint8_t>(base >> 8),
-          0,
-          0,
-          0,
-          0,
-          0,
-          0,
-          modifier,
-          0,
-          0,
-          0};
+/// An IPMI device record; without a modifier it is of version 1.0.
+Bytes IpmiDevice(std::uint8_t interface, std::uint16_t base, std::optional<std::uint8_t> modifier) {
+  Bytes record(modifier ? 0x12 : 0x10);
+  record[0x00] = 38;
+  record[0x01] = static_cast<std::uint8_t>(record.size());
+  record[0x04] = interface;
+  record[0x08] = static_cast<std::uint8_t>(base & 0xFF);
+  record[0x09] = static_cast<std::uint8_t>(base >> 8);
+  if (modifier) record[0x10] = *modifier;
+  return Join({record, {0, 0}});
 }
 
-TEST(KcsLocation, ReadsAddressSpaceAndSpacing) {
-  struct Row {
-    std::uint16_t base;
-    std::uint8_t modifier;
-    KcsLocation expected;
+TEST(KcsLocation, IsReadFromTheFirstUsableRecord) {
+  struct Case {
+    const char* name;
+    Bytes structures;
+    std::optional<KcsLocation> expected;
+  } const cases[] = {
+      {"ports", IpmiDevice(1, 0xCA3, 0x00), KcsLocation{0xCA2, 1, true}},
+      {"odd port", IpmiDevice(1, 0xCA3, 0x10), KcsLocation{0xCA3, 1, true}},
+      {"spacing 4", IpmiDevice(1, 0xCA1, 0x40), KcsLocation{0xCA0, 4, true}},
+      {"spacing 16 in memory", IpmiDevice(1, 0x8000, 0x80), KcsLocation{0x8000, 16, false}},
+      {"memory", IpmiDevice(1, 0x8000, 0x0F), KcsLocation{0x8000, 1, false}},
+      {"no modifier", IpmiDevice(1, 0xCA9, {}), KcsLocation{0xCA8, 1, true}},
+      {"other interface, reserved spacing",
+       Join({IpmiDevice(4, 0x40, 0), IpmiDevice(1, 0xCA3, 0xC0), IpmiDevice(1, 0xDA3, 0)}),
+       KcsLocation{0xDA2, 1, true}},
+      {"behind the end", Join({kEnd, IpmiDevice(1, 0xCA3, 0)}), std::nullopt},
+      {"behind a broken length", Join({{1, 3, 0, 0, 0}, IpmiDevice(1, 0xCA3, 0)}), std::nullopt},
+      {"no record", Bytes(64), std::nullopt},
   };
-  const Row rows[] = {
-      {0x0CA3, 0x00, {0xCA2, 1, true}},   {0x0CA3, 0x10, {0xCA3, 1, true}},
-      {0x0CA1, 0x40, {0xCA0, 4, true}},   {0x8000, 0x80, {0x8000, 16, false}},
-      {0x8000, 0x0F, {0x8000, 1, false}},
-  };
-  for (const Row& row : rows)
-    EXPECT_EQ(FindKcs(Join({kBiosRecord, IpmiDevice(1, row.base, row.modifier), kEnd})), row.expected)
-        << row.base;
+  for (const Case& one : cases)
+    EXPECT_EQ(FindKcs(Join({kBiosRecord, one.structures, kEnd})), one.expected) << one.name;
 }
 
-TEST(KcsLocation, ReadsARecordWithoutModifier) {
-  Bytes record = IpmiDevice(1, 0xCA9, 0xFF);
-  record[1] = 0x10;
-  record.resize(0x10);
-  EXPECT_EQ(FindKcs(Join({record, Bytes{0, 0}, kEnd})), (KcsLocation{0xCA8, 1, true}));
-}
-
-TEST(KcsLocation, PassesOverOtherInterfacesAndReservedSpacings) {
-  EXPECT_EQ(
-      FindKcs(Join({IpmiDevice(4, 0x40, 0), IpmiDevice(1, 0xCA3, 0xC0), IpmiDevice(1, 0xDA3, 0), kEnd})),
-      (KcsLocation{0xDA2, 1, true}));
-  EXPECT_EQ(FindKcs(Join({kBiosRecord, kEnd, IpmiDevice(1, 0xCA3, 0)})), std::nullopt);
-}
-
-TEST(KcsLocation, StopsAtBrokenStructures) {
+TEST(KcsLocation, IsNotReadFromACutRecord) {
   Bytes whole = Join({kBiosRecord, IpmiDevice(1, 0xCA3, 0)});
-  for (std::size_t length = 0; length < kBiosRecord.size() + 0x12; ++length)
+  for (std::size_t length = 0; length < whole.size() - 2; ++length)
     EXPECT_EQ(FindKcs(std::span(whole).first(length)), std::nullopt) << length;
-  EXPECT_EQ(FindKcs(Join({Bytes{1, 3, 0, 0, 0, 0}, whole})), std::nullopt);
-  EXPECT_EQ(FindKcs(Bytes(64, 0)), std::nullopt);
 }
 
-Bytes EntryPoint(std::string_view anchor, std::size_t length, std::size_t lengthOffset) {
-  Bytes entry(0x20, 0);
+/// An entry point whose fields behind its head hold their own offsets; the checksum stands before the length.
+Bytes EntryPoint(std::string_view anchor, std::size_t length) {
+  Bytes entry(0x20);
+  std::iota(entry.begin() + 0x0C, entry.begin() + static_cast<std::ptrdiff_t>(length), std::uint8_t{0x0C});
   std::copy(anchor.begin(), anchor.end(), entry.begin());
-  entry[lengthOffset] = static_cast<std::uint8_t>(length);
-  for (std::size_t i = 0x0C; i < length; ++i) entry[i] = static_cast<std::uint8_t>(i);
+  entry[anchor.size() + 1] = static_cast<std::uint8_t>(length);
+  entry[anchor.size()] = static_cast<std::uint8_t>(
+      -std::accumulate(entry.begin(), entry.begin() + static_cast<std::ptrdiff_t>(length), 0));
   return entry;
 }
 
-void Seal(Bytes& entry, std::size_t length, std::size_t checksumOffset) {
-  std::uint8_t sum = 0;
-  entry[checksumOffset] = 0;
-  for (std::size_t i = 0; i < length; ++i) sum = static_cast<std::uint8_t>(sum + entry[i]);
-  entry[checksumOffset] = static_cast<std::uint8_t>(0 - sum);
-}
-
 TEST(SmbiosEntryPoint, ReadsBothForms) {
-  Bytes old = EntryPoint("_SM_", 0x1F, 5);
-  Seal(old, 0x1F, 4);
-  EXPECT_EQ(ReadSmbiosEntryPoint(old), (SmbiosStructures{0x1B1A1918, 0x1716}));
-  Bytes recent = EntryPoint("_SM3_", 0x18, 6);
-  Seal(recent, 0x18, 5);
-  EXPECT_EQ(ReadSmbiosEntryPoint(recent), (SmbiosStructures{0x1716151413121110, 0x0F0E0D0C}));
+  EXPECT_EQ(ReadSmbiosEntryPoint(EntryPoint("_SM_", 0x1F)), (SmbiosStructures{0x1B1A1918, 0x1716}));
+  EXPECT_EQ(ReadSmbiosEntryPoint(EntryPoint("_SM3_", 0x18)),
+            (SmbiosStructures{0x1716151413121110, 0x0F0E0D0C}));
 }
 
 TEST(SmbiosEntryPoint, RefusesWrongAnchorLengthAndChecksum) {
-  Bytes entry = EntryPoint("_SM_", 0x1F, 5);
-  Seal(entry, 0x1F, 4);
+  Bytes entry = EntryPoint("_SM_", 0x1F);
   EXPECT_EQ(ReadSmbiosEntryPoint(std::span(entry).first(0x1E)), std::nullopt);
-  Bytes wrongSum = entry;
-  wrongSum[0x18] ^= 1;
-  EXPECT_EQ(ReadSmbiosEntryPoint(wrongSum), std::nullopt);
-  Bytes shortLength = EntryPoint("_SM_", 0x10, 5);
-  Seal(shortLength, 0x10, 4);
-  EXPECT_EQ(ReadSmbiosEntryPoint(shortLength), std::nullopt);
-  Bytes wrongAnchor = EntryPoint("_SN_", 0x1F, 5);
-  Seal(wrongAnchor, 0x1F, 4);
-  EXPECT_EQ(ReadSmbiosEntryPoint(wrongAnchor), std::nullopt);
+  entry[0x18] ^= 1;
+  EXPECT_EQ(ReadSmbiosEntryPoint(entry), std::nullopt);
+  EXPECT_EQ(ReadSmbiosEntryPoint(EntryPoint("_SM_", 0x10)), std::nullopt);
+  EXPECT_EQ(ReadSmbiosEntryPoint(EntryPoint("_SN_", 0x1F)), std::nullopt);
   EXPECT_EQ(ReadSmbiosEntryPoint({}), std::nullopt);
 }
 

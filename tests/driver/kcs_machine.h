@@ -2,8 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "driver/register_port.h"
@@ -36,28 +36,142 @@ class KcsMachine final : public RegisterPort {
   std::uint64_t clock = 0;
 
   /// Leaves an answer behind, as a user of the interface before this one would.
-  void LeaveAnswer(Bytes bytes);
+  void LeaveAnswer(Bytes bytes) {
+    answer_ = std::move(bytes);
+    StartAnswer();
+  }
   void SetState(State state) { state_ = state; }
   State CurrentState() const { return state_; }
 
-  std::uint8_t ReadStatus() override;
-  std::uint8_t ReadData() override;
-  void WriteCommand(std::uint8_t value) override;
-  void WriteData(std::uint8_t value) override;
+  std::uint8_t ReadStatus() override {
+    if (isAbsent) return 0xFF;
+    Settle();
+    bool waitsForAnswer = answerDue_ && !takesLastByteAtOnce;
+    bool inputFull = inputStuck || clock < inputFullUntil_ || waitsForAnswer;
+    return static_cast<std::uint8_t>(static_cast<unsigned>(state_) << 6 | (inputFull ? 2 : 0) |
+                                     (outputFull_ ? 1 : 0));
+  }
+
+  std::uint8_t ReadData() override {
+    if (isAbsent) return 0xFF;
+    outputFull_ = false;
+    return output_;
+  }
+
+  void WriteCommand(std::uint8_t value) override {
+    if (!Take()) return;
+    answerDue_ = false;
+    switch (value) {
+      case 0x61:  // write start
+        if (outputFull_) hasViolation = true;
+        request_.clear();
+        lastByteNext_ = inAbort_ = false;
+        state_ = State::Write;
+        break;
+      case 0x62:  // write end
+        if (state_ != State::Write) hasViolation = true;
+        lastByteNext_ = true;
+        break;
+      case 0x60:  // get status or abort
+        ++aborts;
+        inAbort_ = true;
+        state_ = State::Error;
+        break;
+      default:
+        Fail();
+    }
+  }
+
+  void WriteData(std::uint8_t value) override {
+    if (!Take()) return;
+    if (inAbort_) return GoOnAborting();
+    if (state_ == State::Read) {
+      if (value != 0x68) hasViolation = true;  // read
+      return OfferNext();
+    }
+    if (state_ != State::Write) {
+      hasViolation = true;
+      return;
+    }
+    if (IsDue(failAfterBytes, request_.size())) return Fail();
+    request_.push_back(value);
+    if (lastByteNext_) TakeRequest();
+  }
+
   void Stall(std::uint32_t microseconds) override { clock += microseconds; }
 
  private:
-  void Take();
-  void Settle();
-  void Offer(std::uint8_t byte);
-  void OfferNext();
-  void Fail();
+  /// Whether a fault's byte has come; it happens once.
+  static bool IsDue(int& fault, std::size_t position) {
+    return fault == static_cast<int>(position) && (fault = -1, true);
+  }
+
+  /// False when nothing takes what is written.
+  bool Take() {
+    if (isAbsent || inputStuck) return false;
+    Settle();
+    if (clock < inputFullUntil_) hasViolation = true;
+    inputFullUntil_ = clock + byteMicroseconds;
+    return true;
+  }
+
+  void TakeRequest() {
+    requests.push_back(request_);
+    if (takesLastByteAtOnce) state_ = State::Read;
+    if (answersNothing) return;
+    answer_ = answer ? answer(request_) : Bytes{};
+    answerDue_ = true;
+    answerAt_ = clock + answerMicroseconds;
+  }
+
+  /// Offers the answer when its time has come.
+  void Settle() {
+    if (answerDue_ && clock >= answerAt_) StartAnswer();
+  }
+
+  void StartAnswer() {
+    answerDue_ = false;
+    position_ = 0;
+    state_ = State::Read;
+    OfferNext();
+  }
+
+  void GoOnAborting() {
+    if (state_ == State::Error) {
+      if (refusedAborts > 0) {
+        --refusedAborts;
+        return Fail();
+      }
+      state_ = State::Read;
+      return Offer(0x01);  // error status code: aborted by command
+    }
+    inAbort_ = false;
+    state_ = State::Idle;
+    Offer(0);
+  }
+
+  void OfferNext() {
+    if (IsDue(breakAnswerAt, position_)) return Fail();
+    if (IsDue(stuckOutputAt, position_)) return;
+    if (position_ < answer_.size()) return Offer(answer_[position_++]);
+    state_ = State::Idle;
+    Offer(0);
+  }
+
+  void Offer(std::uint8_t byte) {
+    output_ = byte;
+    outputFull_ = true;
+  }
+
+  void Fail() {
+    state_ = State::Error;
+    inAbort_ = outputFull_ = false;
+  }
 
   State state_ = State::Idle;
   Bytes request_;
   bool lastByteNext_ = false;
   bool inAbort_ = false;
-  bool abortRead_ = false;
   Bytes answer_;
   std::size_t position_ = 0;
   bool answerDue_ = false;

@@ -6,95 +6,71 @@
 namespace varnok {
 namespace {
 
-using testing::ScriptedIpmi;
-using testing::TestFirmware;
+using namespace testing;
 
-/// A machine whose BMC is never asked; each test says how its protocol is found.
-struct IpmiLoad : ::testing::Test {
-  TestFirmware machine;
-  ScriptedIpmi bmc{machine, /*isLoaded=*/false};
-  std::size_t idleBlocks = machine.poolBlocks;
-};
+enum class Driver { Missing, InstallsNothing, Works };
+enum class Fault { None, OtherRevision, GoneWhenRead, RefusesOpen, NoHandleBuffer, NoWorkBuffer };
 
-TEST_F(IpmiLoad, InstalledProtocolIsUsedWithoutDriver) {
-  EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
-  EXPECT_TRUE(machine.startedDrivers.empty());
-  IpmiReset();
-  EXPECT_EQ(machine.poolBlocks, idleBlocks);
-}
-
-TEST_F(IpmiLoad, MissingProtocolStartsTheDriver) {
-  machine.protocol = nullptr;
-  machine.driver = &bmc.protocol();
-  EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
-  ASSERT_EQ(machine.startedDrivers.size(), 1u);
-  EXPECT_EQ(machine.startedDrivers[0], u".\\ipmi.efi");
-}
-
-TEST_F(IpmiLoad, MissingDriver) {
-  machine.protocol = nullptr;
-  EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kDriverNotStarted);
-}
-
-TEST_F(IpmiLoad, DriverThatInstallsNothing) {
-  machine.protocol = nullptr;
-  machine.driver = nullptr;
-  EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kNotInstalled);
-}
-
-TEST_F(IpmiLoad, OtherRevisionIsRefusedAndItsBufferFreed) {
-  bmc.protocol().revision = 0x10001;
-  machine.driver = &bmc.protocol();
-  EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kNotInstalled);
-  EXPECT_EQ(machine.startedDrivers.size(), 1u);
-  EXPECT_EQ(machine.poolBlocks, idleBlocks);
-}
-
-TEST_F(IpmiLoad, PoolFailuresAreReturnedWithoutTryingTheDriver) {
-  for (int allocation : {1, 2}) {
-    IpmiReset();
-    machine.FailPoolAllocation(allocation);
-    EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kOutOfMemory) << "allocation " << allocation;
-  }
-  EXPECT_TRUE(machine.startedDrivers.empty());
-}
-
-TEST_F(IpmiLoad, RequestBeforeLoadingFails) {
-  IpmiMessage request{.targetAddress = kBmcAddress, .netFunction = 6, .command = 1};
-  IpmiMessage response;
-  EXPECT_EQ(IpmiTransaction(request, response), ipmi_result::kNotInstalled);
-}
-
-/// A firmware whose handle data base changes between the two questions, or whose handle refuses the protocol.
-struct BrokenHandles : TestFirmware {
-  int refusedLocate = 0;  // counted from 1
-  bool refusesOpen = false;
+/// A firmware whose handle data base may change between the two questions, or whose handle refuse the
+/// protocol.
+struct FaultyFirmware : TestFirmware {
+  Fault fault = Fault::None;
   int locates = 0;
 
   Status LocateHandles(const Guid& guid, std::size_t& bytes, Handle* handles) override {
-    if (++locates == refusedLocate) return uefi_status::kNotFound;
+    if (++locates == 2 && fault == Fault::GoneWhenRead) return uefi_status::kNotFound;
     return TestFirmware::LocateHandles(guid, bytes, handles);
   }
   Status OpenProtocol(Handle handle, const Guid& guid, void*& interface) override {
-    return refusesOpen ? uefi_status::kUnsupported : TestFirmware::OpenProtocol(handle, guid, interface);
+    if (fault == Fault::RefusesOpen) return uefi_status::kUnsupported;
+    return TestFirmware::OpenProtocol(handle, guid, interface);
   }
 };
 
-TEST(IpmiLoadBroken, HandleGoneAtTheSecondQuestion) {
-  BrokenHandles machine;
-  ScriptedIpmi bmc(machine, false);
-  machine.refusedLocate = 2;
-  machine.driver = &bmc.protocol();
-  EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess) << "the driver's protocol is found by the next try";
-  EXPECT_EQ(machine.startedDrivers.size(), 1u);
+TEST(IpmiLoad, InstalledProtocolIsTakenOrTheDriverStarted) {
+  struct Case {
+    const char* name;
+    bool isInstalled;
+    Driver driver;
+    Fault fault;
+    IpmiResult result;
+    std::size_t startedDrivers, keptBlocks;
+  } const cases[] = {
+      {"installed", true, Driver::Works, Fault::None, ipmi_result::kSuccess, 0, 2},
+      {"by the driver", false, Driver::Works, Fault::None, ipmi_result::kSuccess, 1, 2},
+      {"no driver", false, Driver::Missing, Fault::None, ipmi_result::kDriverNotStarted, 1, 0},
+      {"idle driver", false, Driver::InstallsNothing, Fault::None, ipmi_result::kNotInstalled, 1, 0},
+      {"revision", true, Driver::Works, Fault::OtherRevision, ipmi_result::kNotInstalled, 1, 0},
+      {"gone when read", true, Driver::Works, Fault::GoneWhenRead, ipmi_result::kSuccess, 1, 2},
+      {"not opened", true, Driver::Works, Fault::RefusesOpen, ipmi_result::kNotInstalled, 1, 1},
+      {"first block", true, Driver::Works, Fault::NoHandleBuffer, ipmi_result::kOutOfMemory, 0, 0},
+      {"second block", true, Driver::Works, Fault::NoWorkBuffer, ipmi_result::kOutOfMemory, 0, 1},
+  };
+  for (const Case& one : cases) {
+    SCOPED_TRACE(one.name);
+    FaultyFirmware machine;
+    ScriptedIpmi bmc(machine, /*isLoaded=*/false);
+    if (one.driver != Driver::Missing)
+      machine.driver = one.driver == Driver::Works ? &bmc.protocol() : nullptr;
+    if (!one.isInstalled) machine.protocol = nullptr;
+    if (one.fault == Fault::OtherRevision) bmc.protocol().revision = 0x10001;
+    machine.fault = one.fault;
+    machine.FailPoolAllocation(one.fault == Fault::NoHandleBuffer ? 1
+                               : one.fault == Fault::NoWorkBuffer ? 2
+                                                                  : 0);
+    EXPECT_EQ(IpmiLoadProtocol(), one.result);
+    EXPECT_EQ(machine.startedDrivers, std::vector<std::u16string>(one.startedDrivers, u".\\ipmi.efi"));
+    EXPECT_EQ(machine.poolBlocks, one.keptBlocks);
+    IpmiReset();
+    EXPECT_EQ(machine.poolBlocks, 0u);
+  }
 }
 
-TEST(IpmiLoadBroken, HandleWithoutInterface) {
-  BrokenHandles machine;
-  ScriptedIpmi bmc(machine, false);
-  machine.refusesOpen = true;
-  machine.driver = &bmc.protocol();
-  EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kNotInstalled);
+TEST(IpmiLoad, RequestBeforeLoadingFails) {
+  TestFirmware machine;
+  IpmiReset();
+  IpmiMessage response;
+  EXPECT_EQ(IpmiTransaction({.targetAddress = kBmcAddress}, response), ipmi_result::kNotInstalled);
 }
 
 }  // namespace

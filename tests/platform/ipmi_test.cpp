@@ -9,33 +9,39 @@
 namespace varnok {
 namespace {
 
+using namespace testing;
 using ::testing::Each;
 using ::testing::ElementsAre;
-using testing::ScriptedIpmi;
-using testing::TestFirmware;
+using ::testing::ElementsAreArray;
 
-IpmiMessage Request(std::uint8_t netFunction, std::uint8_t command,
-                    std::initializer_list<std::uint8_t> data = {}, std::uint8_t lun = 0) {
-  IpmiMessage request;
-  request.targetAddress = kBmcAddress;
-  request.netFunction = netFunction;
-  request.lun = lun;
-  request.command = command;
-  std::copy(data.begin(), data.end(), request.data.begin());
-  request.dataLength = static_cast<std::uint32_t>(data.size());
-  return request;
-}
+constexpr IpmiMessage kRequest = {.targetAddress = kBmcAddress, .netFunction = 6, .command = 1};
 
+/// At the highest trace level: the transport neither traces nor prints, whatever happens.
 struct Ipmi : ::testing::Test {
+  Ipmi() {
+    const char* arguments[] = {"varnok", "-debug3"};
+    TraceSelectLevel(2, arguments);
+  }
+  ~Ipmi() override {
+    EXPECT_EQ(machine.files["DBGLOG.txt"] + machine.console, "");
+    TraceSelectLevel(0, nullptr);
+  }
+  IpmiResult Transact(const IpmiMessage& request = kRequest) { return IpmiTransaction(request, response); }
+
   TestFirmware machine;
   ScriptedIpmi bmc{machine};
   IpmiMessage response;
 };
 
 TEST_F(Ipmi, RequestAndResponse) {
+  const IpmiMessage request = {.targetAddress = kBmcAddress,
+                               .netFunction = 0x0A,
+                               .lun = 1,
+                               .command = 0x11,
+                               .data = {0x00, 0x08, 0x00, 0x02},
+                               .dataLength = 4};
   bmc.Expect(0x0A, 0x11, {0x00, 0x08, 0x00, 0x02}, 1).Reply({0x02, 0xAB, 0xCD});
-  EXPECT_EQ(IpmiTransaction(Request(0x0A, 0x11, {0x00, 0x08, 0x00, 0x02}, 1), response),
-            ipmi_result::kSuccess);
+  EXPECT_EQ(Transact(request), ipmi_result::kSuccess);
   EXPECT_EQ(response.netFunction, 0x0B);
   EXPECT_EQ(response.lun, 1);
   EXPECT_EQ(response.command, 0x11);
@@ -45,45 +51,28 @@ TEST_F(Ipmi, RequestAndResponse) {
   EXPECT_EQ(machine.waitedMicroseconds, 0u);
 }
 
-TEST_F(Ipmi, GetMessageIsNotDelayed) {
+TEST_F(Ipmi, NeitherGetMessageNorARequestWithoutResponseIsDelayed) {
   bmc.Expect(0x06, 0x33).Reply({});
-  EXPECT_EQ(IpmiTransaction(Request(0x06, 0x33), response), ipmi_result::kSuccess);
-  EXPECT_THAT(machine.stalls, ElementsAre(50'000));
+  EXPECT_EQ(Transact({.targetAddress = kBmcAddress, .netFunction = 6, .command = 0x33}),
+            ipmi_result::kSuccess);
+  bmc.Expect(0x06, 0x01);
+  EXPECT_EQ(IpmiTransaction(kRequest, response, /*noResponse=*/true), ipmi_result::kSuccess);
+  EXPECT_THAT(machine.stalls, ElementsAre(50'000, 50'000));
 }
 
-TEST_F(Ipmi, NoResponseFetchesNothing) {
-  bmc.Expect(0x06, 0x02);
-  EXPECT_EQ(IpmiTransaction(Request(0x06, 0x02), response, true), ipmi_result::kSuccess);
-  EXPECT_THAT(machine.stalls, ElementsAre(50'000));
-}
-
-TEST_F(Ipmi, FourRefusedSendsEndTheTransaction) {
+TEST_F(Ipmi, RefusedSendsAndFailedFetchesAreRepeated) {
   for (int i = 0; i < 3; ++i) bmc.ExpectRefused(6, 1);
-  bmc.Expect(6, 1).Reply({0x20});
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
-  EXPECT_THAT(machine.stalls, ElementsAre(50'000, 50'000, 50'000, 50'000, 10'000));
-
-  for (int i = 0; i < 4; ++i) bmc.ExpectRefused(6, 1);
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSendFailed);
-}
-
-TEST_F(Ipmi, ThreeFailedFetchesAreOneAttempt) {
   bmc.Expect(6, 1).ReceiveFails().ReceiveFails().ReceiveFails().Reply({0x20});
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
+  EXPECT_EQ(Transact(), ipmi_result::kSuccess);
+  EXPECT_THAT(machine.stalls, ElementsAre(50'000, 50'000, 50'000, 50'000, 10'000));
 }
 
 TEST_F(Ipmi, ElevenLostAnswers) {
-  for (int i = 0; i < 11; ++i) bmc.Expect(6, 0).Lost();
+  bmc.ExpectSilence(6, 0);
   response.completionCode = 0xC1;  // what an earlier call left is no answer
-  EXPECT_EQ(IpmiTransaction(Request(6, 0), response), ipmi_result::kWrongResponse);
+  EXPECT_EQ(Transact({.targetAddress = kBmcAddress, .netFunction = 6}), ipmi_result::kWrongResponse);
   EXPECT_EQ(response.completionCode, 0);
-  EXPECT_EQ(machine.pacedMicroseconds, 11u * 60'000);
-}
-
-TEST_F(Ipmi, ElevenCompletionCodesAreSeenByTheCaller) {
-  for (int i = 0; i < 11; ++i) bmc.Expect(6, 1).Reply({}, 0xC1);
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kCompletionCode);
-  EXPECT_EQ(response.completionCode, 0xC1);
+  EXPECT_EQ(machine.pacedMicroseconds, kTransactionAttempts * 60'000u);
 }
 
 TEST_F(Ipmi, TheLastAnswerDecidesTheError) {
@@ -100,81 +89,39 @@ TEST_F(Ipmi, TheLastAnswerDecidesTheError) {
   for (const Case& one : cases) {
     for (int i = 0; i < 10; ++i) bmc.Expect(6, 1).ReplyWith(one.answer);
     bmc.Expect(6, 1).Lost();
-    EXPECT_EQ(IpmiTransaction(Request(6, 1), response), one.result) << "case " << &one - cases;
+    EXPECT_EQ(Transact(), one.result) << "case " << &one - cases;
+    EXPECT_EQ(response.completionCode, one.answer.completionCode);
   }
 }
 
-TEST_F(Ipmi, EleventhAttemptMaySucceed) {
-  for (int i = 0; i < 9; ++i) bmc.Expect(6, 1).Reply({}, 0xC0);
-  bmc.Expect(6, 1).ReplyWith({.netFunction = 0x0B, .command = 0x11, .data = {0x55}});
-  bmc.Expect(6, 1).Reply({0x20});
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
-  EXPECT_EQ(response.data[0], 0x20);
-}
-
 TEST_F(Ipmi, LyingLengthsAreHarmless) {
-  bmc.Expect(6, 1).Reply({1, 2, 3, 4});
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
-
-  // Two bytes said, four delivered: only the two that count are data, the rest is not the earlier answer's.
-  bmc.Expect(6, 1).ReplyStating(2, {9, 8, 7, 6});
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
-  EXPECT_EQ(response.dataLength, 2u);
-  EXPECT_THAT(std::vector(response.data.begin(), response.data.begin() + 4), ElementsAre(9, 8, 0, 0));
-
-  // Four said, one delivered: what never came reads as 0, not as an earlier answer's.
-  bmc.Expect(6, 1).ReplyStating(4, {5});
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
-  EXPECT_THAT(std::vector(response.data.begin(), response.data.begin() + 4), ElementsAre(5, 0, 0, 0));
-
+  // What is not counted or never came reads as 0, not as an earlier answer's.
+  struct Case {
+    int stated;
+    ScriptedIpmi::Bytes delivered;
+    std::array<std::uint8_t, 4> data;
+  } const cases[] = {
+      {4, {1, 2, 3, 4}, {1, 2, 3, 4}}, {2, {9, 8, 7, 6}, {9, 8, 0, 0}}, {4, {5}, {5, 0, 0, 0}}};
+  for (const Case& one : cases) {
+    bmc.Expect(6, 1).ReplyStating(one.stated, one.delivered);
+    EXPECT_EQ(Transact(), ipmi_result::kSuccess);
+    EXPECT_EQ(response.dataLength, static_cast<std::uint32_t>(one.stated));
+    EXPECT_THAT(std::span(response.data).first(4), ElementsAreArray(one.data));
+  }
   bmc.Expect(6, 1).ReplyStating(200, ScriptedIpmi::Bytes(100, 0xEE));
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSuccess);
+  EXPECT_EQ(Transact(), ipmi_result::kSuccess);
   EXPECT_EQ(response.dataLength, 64u);
   EXPECT_THAT(response.data, Each(0xEE));
 
-  IpmiMessage request = Request(6, 1);
+  IpmiMessage request = kRequest;
   request.dataLength = 0xFFFFFFFF;
   bmc.Expect(6, 1, ScriptedIpmi::Bytes(64, 0)).Reply({});
-  EXPECT_EQ(IpmiTransaction(request, response), ipmi_result::kSuccess);
+  EXPECT_EQ(Transact(request), ipmi_result::kSuccess);
 }
 
 TEST_F(Ipmi, ClearMessageFlagsIgnoresItsResult) {
-  bmc.Expect(0x06, 0x30, {0x01}).Reply({});
-  IpmiClearMessageFlags(1);
-  for (int i = 0; i < 11; ++i) bmc.Expect(0x06, 0x30, {0x02}).Reply({}, 0xC1);
+  bmc.ExpectFailing(0x06, 0x30, 0xC1, {0x02});
   IpmiClearMessageFlags(2);
-}
-
-TEST_F(Ipmi, NothingIsTracedOrPrinted) {
-  const char* arguments[] = {"varnok", "-debug3"};
-  TraceSelectLevel(2, arguments);
-  IpmiLoadProtocol();
-  for (int i = 0; i < 4; ++i) bmc.ExpectRefused(6, 1);
-  EXPECT_EQ(IpmiTransaction(Request(6, 1), response), ipmi_result::kSendFailed);
-  bmc.ExpectSend(0, 0xB0, 1, 6, 1).Lost();
-  IpmiMessage request = Request(6, 1);
-  request.targetAddress = 0xB0;
-  EXPECT_EQ(IpmiTransaction(request, response), ipmi_result::kReceiveFailed);
-  std::uint32_t type = 0, version = 0;
-  for (int i = 0; i < 11; ++i) bmc.Expect(6, 1).Lost();
-  EXPECT_EQ(GetBmcTypeAndVersion(type, version), ipmi_result::kNoDeviceId);
-  TraceSelectLevel(0, nullptr);
-  EXPECT_EQ(machine.files["DBGLOG.txt"], "");
-  EXPECT_EQ(machine.console, "");
-}
-
-ScriptedIpmi::Bytes DeviceId(std::uint16_t product, std::uint8_t ipmiVersion) {
-  return {0x20,
-          0x01,
-          0x02,
-          0x45,
-          ipmiVersion,
-          0xBF,
-          0x57,
-          0x01,
-          0x00,
-          static_cast<std::uint8_t>(product & 0xFF),
-          static_cast<std::uint8_t>(product >> 8)};
 }
 
 TEST(BmcIdentity, TypeByProductAndVersionByIpmi) {
@@ -187,7 +134,7 @@ TEST(BmcIdentity, TypeByProductAndVersionByIpmi) {
   for (const Case& one : cases) {
     TestFirmware machine;
     ScriptedIpmi bmc(machine);
-    for (int i = 0; i < 2; ++i) bmc.Expect(6, 1).Reply(DeviceId(one.product, one.ipmiVersion));
+    for (int i = 0; i < 2; ++i) bmc.Expect(6, 1).Reply(DeviceId(one.product, 0x02, one.ipmiVersion));
     std::uint32_t type = 99, version = 99;
     for (int i = 0; i < 2; ++i) {  // the second call sends nothing
       EXPECT_EQ(GetBmcTypeAndVersion(type, version), ipmi_result::kSuccess);
@@ -199,13 +146,13 @@ TEST(BmcIdentity, TypeByProductAndVersionByIpmi) {
 
 TEST_F(Ipmi, SilentBmcHasNoIdentity) {
   std::uint32_t type = 99, version = 99;
-  for (int i = 0; i < 11; ++i) bmc.Expect(6, 1).Lost();
+  bmc.ExpectSilence(6, 1);
   EXPECT_EQ(GetBmcTypeAndVersion(type, version), ipmi_result::kNoDeviceId);
   EXPECT_EQ(type, 0u);
 
   // Lost at the second read: that read's own error, and nothing is remembered.
-  bmc.Expect(6, 1).Reply(DeviceId(0x4311, 0x02));
-  for (int i = 0; i < 11; ++i) bmc.Expect(6, 1).Reply({}, 0xC0);
+  bmc.Expect(6, 1).Reply(DeviceId());
+  bmc.ExpectFailing(6, 1, 0xC0);
   EXPECT_EQ(GetBmcTypeAndVersion(type, version), ipmi_result::kCompletionCode);
   EXPECT_EQ(type, 0u);
 

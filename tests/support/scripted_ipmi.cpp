@@ -90,6 +90,17 @@ ScriptedIpmi& ScriptedIpmi::Lost() {
   return ReceiveFails().ReceiveFails().ReceiveFails().ReceiveFails();
 }
 
+ScriptedIpmi& ScriptedIpmi::ExpectFailing(std::uint8_t netFunction, std::uint8_t command,
+                                          std::uint8_t completionCode, const Bytes& data) {
+  for (int i = 0; i < kTransactionAttempts; ++i) Expect(netFunction, command, data).Reply({}, completionCode);
+  return *this;
+}
+
+ScriptedIpmi& ScriptedIpmi::ExpectSilence(std::uint8_t netFunction, std::uint8_t command, const Bytes& data) {
+  for (int i = 0; i < kTransactionAttempts; ++i) Expect(netFunction, command, data).Lost();
+  return *this;
+}
+
 ScriptedIpmi& ScriptedIpmi::Pass(std::uint64_t seconds) {
   steps_.push_back({Step::Kind::Delay, kSuccess, {}, seconds});
   return *this;
@@ -171,6 +182,12 @@ Status ScriptedIpmi::OnReceive(IpmiProtocol* self, std::uint8_t* netFunction, st
   *dataLength = message.statedLength >= 0 ? static_cast<std::uint32_t>(message.statedLength)
                                           : static_cast<std::uint32_t>(message.data.size());
   return kSuccess;
+}
+
+ScriptedIpmi::Bytes DeviceId(std::uint16_t product, std::uint8_t revision, std::uint8_t ipmiVersion) {
+  auto low = static_cast<std::uint8_t>(product & 0xFF);
+  auto high = static_cast<std::uint8_t>(product >> 8);
+  return {0x20, 0x01, revision, 0x45, ipmiVersion, 0xBF, 0x57, 0x01, 0x00, low, high, 0x10, 0x03, 0x0A, 0xBC};
 }
 
 }  // namespace varnok::testing

@@ -17,6 +17,9 @@
 
 namespace varnok::testing {
 
+/// The attempts of one transaction.
+inline constexpr int kTransactionAttempts = 11;
+
 class ScriptedIpmi {
  public:
   using Bytes = std::vector<std::uint8_t>;
@@ -55,6 +58,12 @@ class ScriptedIpmi {
   ScriptedIpmi& ReceiveFails();
   /// The answer is lost: four fetches fail, which is all that one attempt of the transport makes.
   ScriptedIpmi& Lost();
+
+  /// A whole transaction that fails: the eleven attempts of one request, each answered with `completionCode`.
+  ScriptedIpmi& ExpectFailing(std::uint8_t netFunction, std::uint8_t command, std::uint8_t completionCode,
+                              const Bytes& data = {});
+  /// As ExpectFailing; every answer is lost.
+  ScriptedIpmi& ExpectSilence(std::uint8_t netFunction, std::uint8_t command, const Bytes& data = {});
 
   /// Time that passes before the next request or fetch.
   ScriptedIpmi& Pass(std::uint64_t seconds);
@@ -108,5 +117,9 @@ class ScriptedIpmi {
   int sent_ = 0;
   bool isBroken_ = false;
 };
+
+/// What a BMC of this product answers to Get Device ID; bit 7 of the revision: it is in transfer mode.
+ScriptedIpmi::Bytes DeviceId(std::uint16_t product = 0x4311, std::uint8_t revision = 0x02,
+                             std::uint8_t ipmiVersion = 0x02);
 
 }  // namespace varnok::testing

@@ -13,7 +13,7 @@ namespace {
 
 class MemoryFile : public File {
  public:
-  MemoryFile(std::string& bytes, FileMode mode) : bytes_(bytes) {
+  MemoryFile(std::string& bytes, FileMode mode, Status statusAtEnd) : bytes_(bytes), statusAtEnd_(statusAtEnd) {
     if (mode == FileMode::Write) bytes_.clear();
   }
 
@@ -21,7 +21,7 @@ class MemoryFile : public File {
     count = std::min(buffer.size(), bytes_.size() - position_);
     std::memcpy(buffer.data(), bytes_.data() + position_, count);
     position_ += count;
-    return kSuccess;
+    return count == 0 ? statusAtEnd_ : kSuccess;
   }
 
   Status Write(std::span<const std::uint8_t> bytes) override {
@@ -31,6 +31,7 @@ class MemoryFile : public File {
 
  private:
   std::string& bytes_;
+  Status statusAtEnd_;
   std::size_t position_ = 0;
 };
 
@@ -73,7 +74,7 @@ char16_t TestFirmware::ReadKey() {
 
 void TestFirmware::Stall(std::uint64_t microseconds, StallKind kind) {
   (kind == StallKind::Pacing ? pacedMicroseconds : waitedMicroseconds) += microseconds;
-  clockMicroseconds += microseconds;
+  if (!isClockStill) clockMicroseconds += microseconds;
   stalls.push_back(microseconds);
 }
 
@@ -92,7 +93,9 @@ Status TestFirmware::OpenFile(std::u16string_view path, FileMode mode, std::uniq
   file = nullptr;
   if (auto failure = fileFailures.find(name); failure != fileFailures.end()) return failure->second;
   if (mode == FileMode::Read && !files.contains(name)) return uefi_status::kNotFound;
-  file = std::make_unique<MemoryFile>(files[name], mode);
+  auto failure = readFailures.find(name);
+  Status statusAtEnd = failure == readFailures.end() ? kSuccess : failure->second;
+  file = std::make_unique<MemoryFile>(files[name], mode, statusAtEnd);
   return kSuccess;
 }
 

@@ -35,7 +35,9 @@ class TestFirmware : public Firmware {
   std::u16string keys;                                 ///< key strokes to come; a read past them fails the test
   std::map<std::string, std::u16string> environment;
   std::map<std::string, Status> fileFailures;          ///< name -> status of opening it
+  std::map<std::string, Status> readFailures;          ///< name -> status of reading behind the file's bytes
   std::uint64_t clockMicroseconds = 0;                 ///< since midnight of 22 November 2026; stalls advance it
+  bool isClockStill = false;                           ///< stalls leave the clock alone
   IpmiProtocol* protocol = nullptr;                    ///< null: no handle carries it
   /// Answers StartDriver: the protocol that the driver installs, null for a driver that installs none; without it
   /// loading fails with kNotFound.

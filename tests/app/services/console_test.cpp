@@ -2,30 +2,24 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <numeric>
-#include <vector>
 
 #include "tests/support/test_firmware.h"
 
 namespace varnok {
 namespace {
 
-using testing::TestFirmware;
+struct Console : ::testing::Test {
+  testing::TestFirmware machine;
+};
 
-std::vector<std::uint8_t> CountingBytes(std::size_t length, std::uint8_t first) {
-  std::vector<std::uint8_t> bytes(length);
-  std::iota(bytes.begin(), bytes.end(), first);
-  return bytes;
-}
-
-TEST(Console, ShowsNoControlCharacterButLayout) {
-  TestFirmware machine;
+TEST_F(Console, ShowsNoControlCharacterButLayout) {
   PrintText(u"a\x1B[2Jb\x07\b\t\r\n\x7F\x9Bz\xE4");
   EXPECT_EQ(machine.console, "a?[2Jb?\b\t\r\n??z\xE4");
 }
 
-TEST(Console, ProgressStyles) {
-  TestFirmware machine;
+TEST_F(Console, ProgressStyles) {
   using Dornquist::DisplayProgress;
   EXPECT_EQ(DisplayProgress(ProgressStyle::Text, u"Working", 1, 2), 0);
   DisplayProgress(ProgressStyle::CountOfTotal, u"\tRecord ", 3, 60);
@@ -40,8 +34,7 @@ TEST(Console, ProgressStyles) {
   EXPECT_EQ(machine.console, std::string(255, 'p') + "\r");
 }
 
-TEST(Console, KeyIsTakenFromPushBackFirst) {
-  TestFirmware machine;
+TEST_F(Console, KeyIsTakenFromPushBackFirst) {
   machine.keys = u"ab";
   EXPECT_EQ(GetKey(u'x'), u'x');
   EXPECT_EQ(machine.flushes, 0) << "a push reads nothing";
@@ -55,8 +48,7 @@ TEST(Console, KeyIsTakenFromPushBackFirst) {
   EXPECT_EQ(InputChar(character), -1);
 }
 
-TEST(Console, EnvironmentValueIsCutToItsRoom) {
-  TestFirmware machine;
+TEST_F(Console, EnvironmentValueIsCutToItsRoom) {
   machine.environment["SERIAL"] = u"A1234567";
   std::u16string value = u"old";
   EXPECT_TRUE(GetEnvVar(u"SERIAL", value, 4));
@@ -68,9 +60,9 @@ TEST(Console, EnvironmentValueIsCutToItsRoom) {
   EXPECT_EQ(machine.poolBlocks, 0u);
 }
 
-TEST(Console, HexDumpPadsShortRows) {
-  TestFirmware machine;
-  auto bytes = CountingBytes(21, 0x1E);
+TEST_F(Console, HexDumpPadsShortRows) {
+  std::array<std::uint8_t, 21> bytes;
+  std::iota(bytes.begin(), bytes.end(), std::uint8_t{0x1E});
   DisplayHex(bytes.data(), bytes.size(), nullptr);
   EXPECT_EQ(machine.console,
             " 1E 1F 20 21 22 23 24 25 26 27 28 29 2A 2B 2C 2D   ...!\"#$%&'()*+,-\n 2E 2F 30 31 32" +
@@ -83,8 +75,7 @@ TEST(Console, HexDumpPadsShortRows) {
   EXPECT_EQ(machine.TextOf("out"), " 1E" + std::string(45, ' ') + "   ." + std::string(45, ' ') + "\n");
 }
 
-TEST(Console, PagingPromptTakesThreeAnswersInEitherCase) {
-  TestFirmware machine;
+TEST_F(Console, PagingPromptTakesThreeAnswersInEitherCase) {
   SetPaging(true);
   machine.keys = u"x\rm";
   EXPECT_TRUE(PromptMore());

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <memory>
 #include <utility>
 
 #include "tests/support/test_firmware.h"
@@ -54,40 +52,18 @@ TEST(PreparedText, QuotedTextNeedsTwoQuotes) {
 
 TEST(PreparedText, FileThatCannotBeReadHasNoLines) {
   TestFirmware machine;
-  machine.files["a.fru"] = std::string(10000, 'x') + "\ny";
-  PreparedText text;
-  EXPECT_EQ(text.Load("a.fru"), kSuccess);
-  EXPECT_EQ(text.LineCount(), 2u);
-  EXPECT_EQ(text.LineLength(0), 10000u);
-  EXPECT_EQ(text.Load("b.fru"), uefi_status::kNotFound);
-  EXPECT_FALSE(text.IsLoaded());
-  EXPECT_EQ(text.LineCount(), 0u);
-}
-
-/// A disk whose files break off behind their first block.
-struct BrokenDisk : TestFirmware {
-  struct BrokenFile : File {
-    bool isBroken = false;
-    Status Read(std::span<std::uint8_t> buffer, std::size_t& count) override {
-      count = isBroken ? 0 : buffer.size();
-      std::fill_n(buffer.begin(), count, std::uint8_t{'\n'});
-      return std::exchange(isBroken, true) ? uefi_status::kDeviceError : kSuccess;
-    }
-    Status Write(std::span<const std::uint8_t>) override { return uefi_status::kWriteProtected; }
-  };
-  Status OpenFile(std::u16string_view, FileMode, std::unique_ptr<File>& file) override {
-    file = std::make_unique<BrokenFile>();
-    return kSuccess;
+  machine.files["a.fru"] = machine.files["broken.fru"] = std::string(10000, 'x') + "\ny";
+  machine.readFailures["broken.fru"] = uefi_status::kDeviceError;
+  for (auto [name, status] : {std::pair("missing.fru", uefi_status::kNotFound),
+                              std::pair("broken.fru", uefi_status::kDeviceError)}) {
+    PreparedText text;
+    EXPECT_EQ(text.Load("a.fru"), kSuccess);
+    EXPECT_EQ(text.LineCount(), 2u);
+    EXPECT_EQ(text.LineLength(0), 10000u);
+    EXPECT_EQ(text.Load(name), status);
+    EXPECT_FALSE(text.IsLoaded());
+    EXPECT_EQ(text.LineCount(), 0u);
   }
-};
-
-TEST(PreparedText, FileThatBreaksOffHasNoLines) {
-  BrokenDisk machine;
-  PreparedText text;
-  text.Assign("earlier");
-  EXPECT_EQ(text.Load("a.fru"), uefi_status::kDeviceError);
-  EXPECT_FALSE(text.IsLoaded());
-  EXPECT_EQ(text.LineCount(), 0u);
 }
 
 }  // namespace

@@ -13,9 +13,7 @@ namespace {
 /// Short enough that no number overflows.
 std::string RandomText(std::mt19937& engine, const std::string& alphabet) {
   std::string text;
-  std::size_t length = std::uniform_int_distribution<std::size_t>(0, 8)(engine);
-  for (; length > 0; --length)
-    text += alphabet[std::uniform_int_distribution<std::size_t>(0, alphabet.size() - 1)(engine)];
+  for (std::size_t length = engine() % 9; length > 0; --length) text += alphabet[engine() % alphabet.size()];
   return text;
 }
 
@@ -29,7 +27,7 @@ void CompareNumbers(const char* format, const std::string& alphabet, const std::
     // The C library tells the end of the text from a mismatch; no caller does.
     ASSERT_EQ(Scan(text, format, &numbers[0], &numbers[1], &numbers[2], &numbers[3]), std::max(stored, 0))
         << text;
-    for (int i = 0; i < 4; ++i) ASSERT_EQ(numbers[i], expected[i]) << text;
+    ASSERT_TRUE(std::ranges::equal(numbers, expected)) << text;
   }
 }
 

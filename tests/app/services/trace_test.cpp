@@ -28,22 +28,15 @@ class TraceLog : public ::testing::Test {
   TestFirmware machine;
 };
 
-TEST_F(TraceLog, FirstSwitchChoosesTheLevel) {
+TEST_F(TraceLog, FirstSwitchChoosesTheLevelAndEmptiesTheLog) {
+  EXPECT_EQ(kLevelAtStart, 1u);
   EXPECT_EQ(Select({"/d", "-DEBUG2"}), 2u);
+  machine.files["DBGLOG.txt"] = "old";
   EXPECT_EQ(Select({"-debug1", "-debug3"}), 1u);
+  EXPECT_EQ(machine.files["DBGLOG.txt"], "");
   machine.files.clear();
   EXPECT_EQ(Select({"/debug2", "-debug4", "-debug", "debug1", "-debug11"}), 0u);
   EXPECT_TRUE(machine.files.empty()) << "without a level the log is not touched";
-}
-
-TEST_F(TraceLog, FailuresAreTracedBeforeALevelIsChosen) {
-  EXPECT_EQ(kLevelAtStart, 1u);
-}
-
-TEST_F(TraceLog, SelectingEmptiesTheLog) {
-  machine.files["DBGLOG.txt"] = "old";
-  Select({"-debug1"});
-  EXPECT_EQ(machine.files["DBGLOG.txt"], "");
 }
 
 TEST_F(TraceLog, LineIsWrittenAtItsLevelAndAbove) {
@@ -51,9 +44,10 @@ TEST_F(TraceLog, LineIsWrittenAtItsLevelAndAbove) {
     Select({("-debug" + std::to_string(level)).c_str()});
     Trace("one %d", 1, 1);
     Trace("two", 2);
+    TraceHexDump("Title", {}, 0);
     { TraceScope scope("C::M"); }
-    Lines expected{"one 1", "two", "C::M [ENTRY]", "C::M [EXIT]"};
-    expected.resize(level == 3 ? 4 : level);
+    Lines expected{"one 1", "two", "Title", "", "C::M [ENTRY]", "C::M [EXIT]"};
+    expected.resize(level == 1 ? 1 : 2 * level);
     EXPECT_EQ(machine.TraceLines(), expected) << level;
   }
   EXPECT_EQ(machine.files["DBGLOG.txt"].substr(0, 14), std::string("o\0n\0e\0 \0"
@@ -74,17 +68,10 @@ TEST_F(TraceLog, HexDumpFillsItsLastRow) {
   bytes[16] = 0x7F;
   bytes[17] = 0x7E;
   TraceHexDump("Title", bytes, 17);
-  TraceHexDump("Empty", bytes, 0);
   std::string zeros(3 * 13, ' ');
   for (std::size_t i = 0; i < 13; ++i) zeros.replace(3 * i, 3, " 00");
   EXPECT_EQ(machine.TraceLines(), (Lines{"Title", " 41    20" + zeros + "\tA. .............",
-                                         " 7F 7E 00" + zeros + "\t.~..............", "", "Empty", ""}));
-}
-
-TEST_F(TraceLog, HexDumpNeedsLevelTwo) {
-  Select({"-debug1"});
-  TraceHexDump("Title", std::array<std::uint8_t, 1>{1}, 1);
-  EXPECT_EQ(machine.TraceLines(), Lines{});
+                                         " 7F 7E 00" + zeros + "\t.~..............", ""}));
 }
 
 }  // namespace
