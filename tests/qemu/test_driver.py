@@ -39,14 +39,20 @@ class Driver(unittest.TestCase):
             "after cut": "PROBE ipmi send 64 6 1",
             "nothing sent": "PROBE ipmi receive",
             "refused": "PROBE ipmi send 64 6 f0",
-            "echo of data": "PROBE ipmi send 64 6 2e 1f",
+            "unload": "PROBE ipmi unload",
+            "unloaded": "PROBE ipmi handles",
+            "load after unload": "PROBE ipmi load",
+            "identity after unload": "PROBE ipmi send 64 6 1",
         })
         self.assertEqual(self.lines("no driver here"), [DRIVER_NOT_STARTED])
         self.assertEqual(self.lines("load"), ["load: 0"])
         self.assertEqual(self.lines("load again"), ["load: 0"])
         self.assertEqual(self.lines("start again"), ["start: status 8000000000000014"])
         self.assertEqual(self.lines("handles"), ["locate: status 8000000000000005", "handles: 1"])
-        for name in ("identity", "after unread", "after cut"):
+        self.assertEqual(self.lines("unload"), ["unload: status 0"])
+        self.assertEqual(self.lines("unloaded"), ["locate: status 800000000000000E"])
+        self.assertEqual(self.lines("load after unload"), ["load: 0"])
+        for name in ("identity", "after unread", "after cut", "identity after unload"):
             answer = self.lines(name)
             self.assertEqual(answer[0], "send: status 0", name)
             self.assertRegex(answer[1], r"^answer: 07/0 01 00: 20 .* 11 43( 00){0,4}$", name)

@@ -4,6 +4,8 @@
 
 #include "app/services/text.h"
 #include "firmware/ipmi_protocol.h"
+#include "firmware/uefi/platform.h"
+#include "firmware/uefi/runtime.h"
 #include "platform/ipmi.h"
 #include "tests/uefi/probe/probe.h"
 
@@ -17,6 +19,27 @@ IpmiProtocol* FindProtocol() {
   if (TheFirmware().LocateHandles(kIpmiProtocolGuid, bytes, &handle) != kSuccess) return nullptr;
   if (TheFirmware().OpenProtocol(handle, kIpmiProtocolGuid, interface) != kSuccess) return nullptr;
   return static_cast<IpmiProtocol*>(interface);
+}
+
+/// Unloads the image that the protocol is part of.
+Status UnloadDriver() {
+  constexpr Guid kLoadedImageGuid = {
+      0x5B1B31A1, 0x9562, 0x11D2, {0x8E, 0x3F, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
+  EFI_BOOT_SERVICES& services = uefi::BootServices();
+  const auto* protocol = reinterpret_cast<const std::uint8_t*>(FindProtocol());
+  UINTN count = 0;
+  EFI_HANDLE* handles = nullptr;
+  Status status =
+      services.LocateHandleBuffer(ByProtocol, uefi::ToEfi(kLoadedImageGuid), nullptr, &count, &handles);
+  for (UINTN i = 0; status == kSuccess && i < count; ++i) {
+    void* interface = nullptr;
+    if (services.HandleProtocol(handles[i], uefi::ToEfi(kLoadedImageGuid), &interface) != EFI_SUCCESS)
+      continue;
+    const auto& image = *static_cast<EFI_LOADED_IMAGE*>(interface);
+    const auto* base = static_cast<const std::uint8_t*>(image.ImageBase);
+    if (protocol >= base && protocol < base + image.ImageSize) return services.UnloadImage(handles[i]);
+  }
+  return uefi_status::kNotFound;
 }
 
 std::vector<std::uint8_t> ReadBytes(int count, char* words[]) {
@@ -72,6 +95,8 @@ int ProbeIpmi(int count, char* words[]) {
     Status status = TheFirmware().LocateHandles(kIpmiProtocolGuid, bytes, nullptr);
     AnswerStatus(u"locate", status);
     if (status == uefi_status::kBufferTooSmall) Answer(u"handles", bytes / sizeof(Handle));
+  } else if (action == "unload") {
+    AnswerStatus(u"unload", UnloadDriver());
   } else if (action == "receive") {
     if (IpmiProtocol* protocol = FindProtocol()) Receive(*protocol, 64);
   } else if (action == "send") {
