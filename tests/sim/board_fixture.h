@@ -1,4 +1,7 @@
 // A board in a temporary folder, and requests to it over the IPMI protocol's Send and Receive.
+//
+//   OpenBmc(R"("frus": [{"id": 0, "file": "a.bin", "readOnly": true}])");
+//   Converse({{"0A/0 12 00 00 00 58", "80"}, {"0A/0 11 00 00 00 01", "00 01 61"}});
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,10 +10,13 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "sim/board.h"
@@ -29,6 +35,9 @@ struct Reply {
   std::uint8_t completionCode = 0;
   Bytes data;
 };
+
+/// Requests and their answers, as Ask takes and gives them.
+using Conversation = std::vector<std::pair<std::string, std::string>>;
 
 class BoardTest : public ::testing::Test {
  protected:
@@ -51,6 +60,10 @@ class BoardTest : public ::testing::Test {
   void OpenWith(std::string_view json) {
     WriteFile("board.json", json);
     Open();
+  }
+  /// As OpenWith; the BMC has these keys, and the board others besides.
+  void OpenBmc(const std::string& keys, const std::string& others = "") {
+    OpenWith(R"({"smbios": "", "bmc": {)" + keys + "}" + others + "}");
   }
   void OpenDefault() {
     std::string error;
@@ -92,6 +105,46 @@ class BoardTest : public ::testing::Test {
       return refused;
     }
     return Receive();
+  }
+
+  /// A request as the traffic log shows it, net function and LUN first. Gives the completion code and the
+  /// data, or "refused", "lost" or "too long"; an answer to another command names it. "fetch" asks for an
+  /// answer alone; "wait 500" lets so many milliseconds pass and gives nothing.
+  std::string Ask(const std::string& request) {
+    if (request.starts_with("wait ")) {
+      board->Stall(std::stoull(request.substr(5)) * 1000, StallKind::Waiting);
+      return "";
+    }
+    std::istringstream text(request);
+    unsigned netFunction = 0, lun = 0, command = 0, byte = 0;
+    char slash = 0;
+    text >> std::hex >> netFunction >> slash >> lun >> command;
+    auto narrow = [](unsigned number) { return static_cast<std::uint8_t>(number); };
+    Bytes data;
+    while (text >> byte) data.push_back(narrow(byte));
+    const Reply reply = request == "fetch"
+                            ? Receive()
+                            : Exchange(narrow(netFunction), narrow(command), data, narrow(lun));
+    if (reply.sendStatus != kSuccess) return "refused";
+    if (reply.receiveStatus == uefi_status::kBufferTooSmall) return "too long";
+    if (reply.receiveStatus != kSuccess) return "lost";
+    std::ostringstream answer;
+    answer << std::hex << std::uppercase << std::setfill('0');
+    if (request != "fetch") {
+      EXPECT_EQ(reply.netFunction, netFunction + 1) << request;
+      EXPECT_EQ(reply.lun, lun) << request;
+      if (reply.command != command) answer << std::setw(2) << int{reply.command} << ": ";
+    }
+    answer << std::setw(2) << int{reply.completionCode};
+    for (std::uint8_t each : reply.data) answer << ' ' << std::setw(2) << int{each};
+    return answer.str();
+  }
+  void Converse(const Conversation& conversation) {
+    for (const auto& [request, answer] : conversation) EXPECT_EQ(Ask(request), answer) << request;
+  }
+  std::string TextOf(const std::string& name) {
+    const Bytes bytes = ReadFile(name);
+    return std::string(bytes.begin(), bytes.end());
   }
 
   std::filesystem::path folder;
