@@ -12,7 +12,7 @@ namespace {
 
 TEST_F(BoardTest, EmptyConfigurationIsABoard) {
   OpenWith(R"({"smbios": ""})");
-  EXPECT_EQ(Exchange(0x06, 0x01, {}).completionCode, 0);
+  EXPECT_TRUE(Ask("06/0 01").starts_with("00 "));
   EXPECT_TRUE(board->SmbiosEntryPoint().empty());
   const WallClock now = board->Now();
   EXPECT_EQ(now.year, 2026);
@@ -136,7 +136,7 @@ TEST_F(BoardTest, NewProgramSeesWhatTheLastOneWrote) {
   for (int offset = 0; offset < 2048; offset += 8) {
     Bytes data = {2, static_cast<std::uint8_t>(offset), static_cast<std::uint8_t>(offset >> 8)};
     data.resize(11, static_cast<std::uint8_t>(offset / 8));
-    ASSERT_EQ(Exchange(0x0A, 0x12, data).completionCode, 0);
+    ASSERT_EQ(Exchange(0x0A, 0x12, data), "00 08");
   }
   board.reset();
   Open();
