@@ -13,15 +13,8 @@
 #include "tests/sdr/records.h"
 #include "tests/support/test_firmware.h"
 
-namespace varnok {
+namespace varnok::testing {
 namespace {
-
-using testing::Bytes;
-using testing::kAssociationLines;
-using testing::kLocatorLines;
-using testing::kSdrFileHeader;
-using testing::SdrFile;
-using testing::TestFirmware;
 
 /// A file in memory that fails after its last byte.
 class BrokenFile : public File {
@@ -80,7 +73,7 @@ TEST_F(SdrFiles, RecordsGoIntoTheListsOfTheirTypes) {
   EXPECT_EQ(Count(), 3U);
   ASSERT_EQ(lists[3].size(), 1U);
   ASSERT_EQ(lists[6].size(), 2U);
-  EXPECT_EQ(RawOf(lists[3].front()), testing::AssociationRecord());
+  EXPECT_EQ(RawOf(lists[3].front()), AssociationRecord());
   EXPECT_TRUE(lists[3].front()->Tags().empty());
   EXPECT_EQ(lists[6].front()->Tags(), SdrTagList{"RISER"});
   EXPECT_EQ(Message(), "");
@@ -235,4 +228,4 @@ TEST_F(SdrFiles, SearchesEndAtTheBlockTheRecordAndTheFile) {
 }
 
 }  // namespace
-}  // namespace varnok
+}  // namespace varnok::testing

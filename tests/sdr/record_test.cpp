@@ -10,22 +10,13 @@
 #include "tests/sdr/records.h"
 #include "tests/support/test_firmware.h"
 
-namespace varnok {
+namespace varnok::testing {
 namespace {
-
-using testing::AssociationRecord;
-using testing::Bytes;
-using testing::FruLocatorRecord;
-using testing::Joined;
-using testing::kAllTypes;
-using testing::NamedRecord;
-using testing::Record;
-using testing::TemperatureRecord;
 
 constexpr const char* kNoSuchField = "*INTERNAL SDR MANAGER DECODING ERROR*";
 
 struct Records : ::testing::Test {
-  testing::TestFirmware machine;
+  TestFirmware machine;
   PoolPtr<CSdr> record;
 
   Status Decode(const Bytes& bytes) {
@@ -305,7 +296,7 @@ TEST_F(Records, RandomRecordsAreDecodedWithinTheirBytes) {
   for (std::uint8_t type : kAllTypes) {
     for (int round = 0; round < 200; ++round) {
       // The bytes end exactly where the record does, so that a sanitizer sees any step past them.
-      const Bytes bytes = testing::RandomRecord(type, random);
+      const Bytes bytes = RandomRecord(type, random);
       ASSERT_EQ(Decode(bytes), kSuccess);
       std::int64_t count = 0;
       ASSERT_EQ(record->GetNumberOfFields(count), kSuccess);
@@ -322,4 +313,4 @@ TEST_F(Records, RandomRecordsAreDecodedWithinTheirBytes) {
 }
 
 }  // namespace
-}  // namespace varnok
+}  // namespace varnok::testing

@@ -9,14 +9,10 @@
 #include "tests/sdr/records.h"
 #include "tests/support/scripted_ipmi.h"
 
-namespace varnok {
+namespace varnok::testing {
 namespace {
 
 using namespace sdr_status;
-using testing::AssociationRecord;
-using testing::Bytes;
-using testing::Joined;
-using testing::ScriptedIpmi;
 
 /// One request to the repository and what becomes of it.
 struct Step {
@@ -62,7 +58,7 @@ Step Clear(std::uint8_t action, const Bytes& answer) {
 }
 
 struct Repository : ::testing::Test {
-  testing::TestFirmware machine;
+  TestFirmware machine;
   std::array<std::uint8_t, SdrReadSystem::kRecordCapacity> record{};
   std::uint16_t recordId = 0;
 
@@ -100,7 +96,7 @@ TEST_F(Repository, PropertiesAreTakenApart) {
 }
 
 TEST_F(Repository, RecordsAreReadByTheirHeaderAndThenInPieces) {
-  const Bytes named = testing::TemperatureRecord("Inlet");  // 53 bytes
+  const Bytes named = TemperatureRecord("Inlet");  // 53 bytes
   const Bytes bodyless{9, 0, 0x51, 0xC0, 0};
   const Bytes overlong = Joined({9, 0, 0x51, 0xC0, 255}, Bytes(62, 0xAA));
   Bytes padded = Joined(AssociationRecord(), Bytes(46, 0xEE));
@@ -231,8 +227,8 @@ TEST_F(Repository, WalkFollowsTheIdsToTheirEndOrToARecordThatItCannotTake) {
   failing.push_back(Answered(kReserved, {1}));
   const Case cases[] = {
       {"to the end", Reads({{0, 7}, {7, 0xFFFF}}), kSuccess, 2},
-      {"an unknown type", Reads({{0, 7}}, testing::Record(0x04, Bytes(11))), kTypeNotSupported, 0},
-      {"a bad length", Reads({{0, 7}, {7, 8}}, testing::Record(0x13, Bytes(11))), kBadRecordLength, 1},
+      {"an unknown type", Reads({{0, 7}}, Record(0x04, Bytes(11))), kTypeNotSupported, 0},
+      {"a bad length", Reads({{0, 7}, {7, 8}}, Record(0x13, Bytes(11))), kBadRecordLength, 1},
       {"a failed read", failing, kBadReservation, 1},
       {"in a circle", Reads({{0, 7}, {7, 8}, {8, 7}}), kReadFailed, 3},
   };
@@ -247,4 +243,4 @@ TEST_F(Repository, WalkFollowsTheIdsToTheirEndOrToARecordThatItCannotTake) {
 }
 
 }  // namespace
-}  // namespace varnok
+}  // namespace varnok::testing
