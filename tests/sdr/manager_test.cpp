@@ -125,7 +125,7 @@ TEST_F(Manager, CommitsWriteReadBackAndCompare) {
        comparesTwo + "SDR file does not match with what was programmed in the memory.\n\n\n", held},
       {"a bit of the record ID, which is the BMC's own", association, "", Rot(3, 0), kAssociationLines, false,
        kSuccess, writesOne + written, AssociationRecord(0)},
-      {"a bit of the last byte", association, "", Rot(3, 15), kAssociationLines, false,
+      {"a bit of the last byte", association, "", Rot(3, 15), kLocatorLines + kAssociationLines, false,
        sdr_status::kDifferent, writesOne + failed, rotten},
       {"no room for the second record", {}, R"("capacity": 20)", "", twoAssociations, false,
        sdr_status::kDifferent,

@@ -146,13 +146,6 @@ TEST_F(SdrFiles, TagsAreTakenUpToTheirClosingQuote) {
 
 TEST_F(SdrFiles, EveryBrokenRuleHasItsStatusAndMessage) {
   using namespace sdr_status;
-  struct Fault {
-    const char* what;
-    std::string text;
-    Status status;
-    std::string message;
-    std::string trace;
-  };
   const std::string good = SdrFile(kAssociationLines), locator = SdrFile(kLocatorLines);
   const std::string twoBlanks = Replaced(good, "_REC_LEN 0010", "  _REC_LEN  0010");
   const std::string swapped =
@@ -164,7 +157,8 @@ TEST_F(SdrFiles, EveryBrokenRuleHasItsStatusAndMessage) {
   const std::string unusable = "ReadSdrRecordsFromFile - Invalid SDR File";
   const std::string unlike = "ReadRecFromFile - Record Types don't match";
   const std::string unterminated = "ReadRecFromFile - Error - Unterminated String";
-  const Fault faults[] = {
+  // Message and trace line without what all of them begin with.
+  const std::tuple<const char*, std::string, Status, std::string, std::string> faults[] = {
       {"no line at all", "", kHeaderKeyMissing, "Token _LF_NAME not found.", ""},
       {"a header key missing", Replaced(good, "_LF_FMT_VER", "_FORMAT"), kHeaderKeyMissing,
        "Token _LF_FMT_VER not found.", ""},
@@ -188,13 +182,13 @@ TEST_F(SdrFiles, EveryBrokenRuleHasItsStatusAndMessage) {
       {"a comment in a text", Replaced(locator, "'Riser'", "'Ri//r'"), kUnterminatedText, noEnd,
        unterminated},
   };
-  for (const Fault& fault : faults) {
-    SCOPED_TRACE(fault.what);
+  for (const auto& [what, text, status, message, line] : faults) {
+    SCOPED_TRACE(what);
     machine.files.clear();
-    EXPECT_EQ(Read(fault.text), fault.status);
-    EXPECT_EQ(Message(), fault.message.empty() ? "" : "Invalid file: " + fault.message + "\n");
+    EXPECT_EQ(Read(text), status);
+    EXPECT_EQ(Message(), message.empty() ? "" : "Invalid file: " + message + "\n");
     const std::vector<std::string> trace = machine.TraceLines();
-    EXPECT_EQ(trace.empty() ? "" : trace.back(), fault.trace.empty() ? "" : "SdrReadFile::" + fault.trace);
+    EXPECT_EQ(trace.empty() ? "" : trace.back(), line.empty() ? "" : "SdrReadFile::" + line);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <tuple>
 
 #include "app/services/text.h"
 #include "sdr/utility.h"
@@ -119,6 +120,8 @@ TEST_F(Records, ValuesThatDependOnOtherBytes) {
     bytes[byte - 1] = value;
     return bytes;
   };
+  Bytes longOem{0x40, 0xE2, 0x01};
+  for (std::uint8_t letter = 'A'; letter < 'U'; ++letter) longOem.push_back(letter);
   const std::tuple<const char*, Bytes, std::int64_t, const char*> cases[] = {
       {"a sensor that does not initialise its thresholds: one", temperature(11, 0x6F), 34, ""},
       {"the last one", temperature(11, 0x6F), 39, ""},
@@ -129,6 +132,7 @@ TEST_F(Records, ValuesThatDependOnOtherBytes) {
       {"entity 26h", temperature(9, 0x26), 7, "26h - Reserved"},
       {"length 31, which counts as no name", temperature(48, 0xDF, ""), 46, ""},
       {"more than 16 characters", TemperatureRecord("A name of 24 characters."), 46, "A name of 24 cha"},
+      {"OEM data past 16 bytes", Record(0xC0, longOem), 5, "ABCDEFGHIJKLMNOP"},
       {"OEM data that are no text", Record(0xC0, {0x40, 0xE2, 0x01, 0x01, 'A'}), 5, "01 41 "},
   };
   for (const auto& [what, bytes, field, value] : cases) {
@@ -138,19 +142,20 @@ TEST_F(Records, ValuesThatDependOnOtherBytes) {
   ASSERT_EQ(Decode(temperature(48, 0xC0, "")), kSuccess);
   EXPECT_EQ(Text(&CSdr::GetName), " 01h - Temperature (0012h)(Sensor #30h)");
   EXPECT_EQ(Text(&CSdr::GetSdrTitle), "SDR Type01h");
+  // Other types have no OEM data and say nothing.
+  std::span<const std::uint8_t> data;
+  EXPECT_EQ(record->GetOEMData(data), kSuccess);
+  EXPECT_TRUE(data.empty());
+  ASSERT_EQ(Decode(Record(0xC0, longOem)), kSuccess);
+  ASSERT_EQ(record->GetOEMData(data), kSuccess);
+  EXPECT_EQ(std::string(data.begin(), data.end()), "ABCDEFGHIJKLMNOP");
 }
 
 TEST_F(Records, FieldsHaveTitlesAndPlaces) {
   Bytes discrete = TemperatureRecord();
   discrete[11] &= 0xF3;  // no threshold access
   const Bytes event = NamedRecord(0x03, Bytes(11), "Event");
-  struct Case {
-    Bytes bytes;
-    std::int64_t field;
-    const char* title;
-    const char* location;
-  };
-  const Case cases[] = {
+  const std::tuple<Bytes, std::int64_t, const char*, const char*> cases[] = {
       {TemperatureRecord(), 13, "Lower Threshold Reading Mask", "15:16"},
       {TemperatureRecord(), 23, "Accuracy", "28(5:0):29(7:4)"},
       {discrete, 13, "Assertion Event Mask", "15:16"},
@@ -164,26 +169,11 @@ TEST_F(Records, FieldsHaveTitlesAndPlaces) {
       {Record(0x09, Bytes(27)), 21, "Contained Entity 4 Device Address", "23"},
       {FruLocatorRecord(), 15, "Device String", "17 + N"},
   };
-  for (const Case& each : cases) {
-    ASSERT_EQ(Decode(each.bytes), kSuccess);
-    EXPECT_EQ(Field(each.field, &CSdr::GetFieldTitle), each.title);
-    EXPECT_EQ(Field(each.field, &CSdr::GetFieldLocation), each.location) << each.title;
+  for (const auto& [bytes, field, title, location] : cases) {
+    ASSERT_EQ(Decode(bytes), kSuccess);
+    EXPECT_EQ(Field(field, &CSdr::GetFieldTitle), title);
+    EXPECT_EQ(Field(field, &CSdr::GetFieldLocation), location) << title;
   }
-}
-
-TEST_F(Records, OemDataIsKeptUpToSixteenBytes) {
-  std::span<const std::uint8_t> data;
-  Bytes body{0x40, 0xE2, 0x01};
-  for (std::uint8_t letter = 'A'; letter < 'U'; ++letter) body.push_back(letter);
-  ASSERT_EQ(Decode(Record(0xC0, body)), kSuccess);
-  ASSERT_EQ(record->GetOEMData(data), kSuccess);
-  EXPECT_EQ(std::string(data.begin(), data.end()), "ABCDEFGHIJKLMNOP");
-  EXPECT_EQ(Value(5), "ABCDEFGHIJKLMNOP");
-  // Other types have none and say nothing.
-  ASSERT_EQ(Decode(AssociationRecord()), kSuccess);
-  data = {};
-  EXPECT_EQ(record->GetOEMData(data), kSuccess);
-  EXPECT_TRUE(data.empty());
 }
 
 TEST_F(Records, LengthRulesRefuseARecordAByteLongerOrShorter) {
@@ -209,15 +199,13 @@ TEST_F(Records, LengthRulesRefuseARecordAByteLongerOrShorter) {
     EXPECT_EQ(record->GetFieldValue(text), sdr_status::kNotDecoded);
   }
   EXPECT_EQ(Decode(Record(0xC0, Bytes(59, 0x41))), kSuccess);
-}
-
-TEST_F(Records, HeaderFailureIsNamedBeforeTheTypesOwn) {
-  EXPECT_EQ(Decode(Record(0x01, Bytes(4))), sdr_status::kBadRecordLength);
-  EXPECT_EQ(machine.TraceLines(), (std::vector<std::string>{"CSdr::DecodeHeader - Bad Record Length",
-                                                            "CSdrType01::DecodeSDR - Bad Record Length"}));
+  // The header's failure is named before the type's own, where the header is read first.
   machine.files.clear();
+  EXPECT_EQ(Decode(Record(0x01, Bytes(4))), sdr_status::kBadRecordLength);
   EXPECT_EQ(Decode(Record(0x08, Bytes(4))), sdr_status::kBadRecordLength);
-  EXPECT_EQ(machine.TraceLines(), (std::vector<std::string>{"CSdrType08::DecodeSDR - Bad Record Length"}));
+  EXPECT_EQ(machine.TraceLines(), (std::vector<std::string>{"CSdr::DecodeHeader - Bad Record Length",
+                                                            "CSdrType01::DecodeSDR - Bad Record Length",
+                                                            "CSdrType08::DecodeSDR - Bad Record Length"}));
 }
 
 TEST_F(Records, QueriesBeforeADecodeAndWithoutASelection) {
@@ -250,12 +238,8 @@ TEST_F(Records, BinaryFormat) {
 }
 
 TEST_F(Records, DecodeTablesAtTheEndsOfTheirRanges) {
-  struct Table {
-    std::uint32_t table;
-    std::uint8_t deviceType;
-    std::map<int, std::string> texts;
-  };
-  const Table tables[] = {
+  // By table and device type.
+  const std::tuple<std::uint32_t, std::uint8_t, std::map<int, std::string>> tables[] = {
       {0, 0, {{0x27, "LAN"}, {0x28, "Reserved"}, {0xBF, "Reserved"}, {0xC0, "OEM RESERVED"}}},
       {1, 0, {{0xBE, "Reserved"}, {0xBF, "Other / unspecified device"}, {0xC0, "OEM specified device"}}},
       {2, 0x05, {{0x02, "LM80"}, {0x06, "Unknown"}}},
@@ -269,11 +253,11 @@ TEST_F(Records, DecodeTablesAtTheEndsOfTheirRanges) {
       {7, 0, {{0x0F, "0Fh - IRQ 15"}, {0x1F, "Unknown"}, {0x60, "60h - Assigned by ACPI/Plug'n Play BIOS"}}},
       {8, 0, {{0x00, "Unknown"}}},
   };
-  for (const Table& each : tables) {
-    for (const auto& [code, wanted] : each.texts) {
+  for (const auto& [table, deviceType, texts] : tables) {
+    for (const auto& [code, wanted] : texts) {
       std::u16string text;
-      CSdr::DecodeType(each.table, static_cast<std::uint8_t>(code), text, each.deviceType);
-      EXPECT_EQ(Narrow(text), wanted) << each.table << " " << code;
+      CSdr::DecodeType(table, static_cast<std::uint8_t>(code), text, deviceType);
+      EXPECT_EQ(Narrow(text), wanted) << table << " " << code;
     }
   }
 }

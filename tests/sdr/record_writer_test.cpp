@@ -100,7 +100,7 @@ TEST_F(RecordWriter, LinesOfTheOtherTypes) {
       {TemperatureRecord("20\xB0 C"), {"   '20\xB0 C'     // ID String Bytes\n"}},
       {Record(0x02, Bytes(27)), {"// Sensor Number\n" + body}},
       // Its list names the type twice.
-      {Record(0x03, Bytes(12, 0xC0)), {"// Sensor Number\n" + body, "   c0                 // Sensor Type\n"}},
+      {Record(0x03, Bytes(12, 0xC0)), {"Sensor Number\n" + body, "   c0                 // Sensor Type\n"}},
       {Record(0x09, Bytes(27)), {"// Contained Entity 1 Instance / Range 1 first entity instance\n" + body}},
       {Record(0x10, Bytes(11)), {"// Access LUN / Bus ID\n" + body}},
       {Record(0x11, Bytes(11)), {"// Channel Number\n" + body}},

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <map>
+#include <tuple>
 
 #include "platform/ipmi.h"
 #include "sdr/read_system.h"
@@ -78,18 +79,13 @@ struct Repository : ::testing::Test {
 };
 
 TEST_F(Repository, PropertiesAreTakenApart) {
-  SdrRepositoryInfo info;
+  SdrRepositoryInfo info{.extra = 7};
   auto load = [&info] { return SdrReadSystem::LoadSdrProperties(info); };
   const Bytes answer{0x51, 0x02, 0x01, 0x04, 0x03, 0x08, 0x07, 0x06, 0x05, 0x0C, 0x0B, 0x0A, 0x09, 0x22};
-  info.extra = 7;
   ASSERT_EQ(Play({Answered(kInfo, answer)}, load), kSuccess);
-  EXPECT_EQ(info.version, 0x51);
-  EXPECT_EQ(info.recordCount, 0x0102);
-  EXPECT_EQ(info.freeSpace, 0x0304);
-  EXPECT_EQ(info.lastAddition, 0x05060708U);
-  EXPECT_EQ(info.lastErase, 0x090A0B0CU);
-  EXPECT_EQ(info.support, 0x22);
-  EXPECT_EQ(info.extra, 0);
+  EXPECT_EQ(std::tie(info.version, info.recordCount, info.freeSpace, info.support, info.extra),
+            std::tuple(0x51, 0x0102, 0x0304, 0x22, 0));
+  EXPECT_EQ(std::tie(info.lastAddition, info.lastErase), std::tuple(0x05060708U, 0x090A0B0CU));
   ASSERT_EQ(Play({Answered(kInfo, {0x51, 0x02})}, load), kSuccess) << "what does not arrive is 0";
   EXPECT_EQ(info.recordCount, 2);
   EXPECT_EQ(info.support, 0);
@@ -103,12 +99,7 @@ TEST_F(Repository, RecordsAreReadByTheirHeaderAndThenInPieces) {
   Step header = Get(padded, 0, 62), rest = Get(padded, 5, 62);
   header.data[5] = 5;
   rest.data[5] = 11;
-  struct Case {
-    const char* what;
-    Steps steps;
-    Bytes record;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, Steps, Bytes> cases[] = {
       {"four pieces",
        {kReserved, Get(named, 0, 5), Get(named, 5, 16), Get(named, 21, 16), Get(named, 37, 16)},
        named},
@@ -116,11 +107,11 @@ TEST_F(Repository, RecordsAreReadByTheirHeaderAndThenInPieces) {
       {"past 255 bytes, as much as fits", {kReserved, Get(overlong, 0, 5), Get(overlong, 5, 255)}, overlong},
       {"longer answers than asked for", {kReserved, header, rest}, AssociationRecord()},
   };
-  for (const Case& each : cases) {
-    SCOPED_TRACE(each.what);
-    EXPECT_EQ(Play(each.steps, [&] { return SdrReadSystem::ReadRecFromBMC(record, recordId); }), kSuccess);
-    EXPECT_EQ(Bytes(record.begin(), record.begin() + each.record.size()), each.record);
-    EXPECT_EQ(record[each.record.size()], 0);
+  for (const auto& [what, steps, wanted] : cases) {
+    SCOPED_TRACE(what);
+    EXPECT_EQ(Play(steps, [&] { return SdrReadSystem::ReadRecFromBMC(record, recordId); }), kSuccess);
+    EXPECT_EQ(Bytes(record.begin(), record.begin() + wanted.size()), wanted);
+    EXPECT_EQ(record[wanted.size()], 0);
     EXPECT_EQ(recordId, 0x0304);
   }
 }
@@ -149,16 +140,7 @@ TEST_F(Repository, ClearPollsOnceASecondThreeTimesAtMost) {
 }
 
 TEST_F(Repository, EveryFailureHasItsStatusAndTrace) {
-  struct Operation {
-    const char* trace;
-    std::function<Status()> run;
-  };
-  struct Failure {
-    const char* what;
-    Operation operation;
-    Steps steps;
-    Status status;
-  };
+  using Operation = std::pair<std::string, std::function<Status()>>;
   const Bytes plain = AssociationRecord(), longer(17, 0x0A);
   SdrRepositoryInfo info;
   const Operation load{"CountIPMI10SDRTypes", [&] { return SdrReadSystem::LoadSdrProperties(info); }};
@@ -168,7 +150,7 @@ TEST_F(Repository, EveryFailureHasItsStatusAndTrace) {
   const Step header = Get(plain, 0, 5), rest = Get(plain, 5, 11);
   const Step add = Add(0, 0, 0, Bytes(16, 0x0A)), start = Clear(0xAA, {0}), poll = Clear(0x00, {0});
   const Bytes fourBytes = Get(plain, 0, 4).answer, tenBytes = Get(plain, 5, 10).answer;
-  std::vector<Failure> failures{
+  std::vector<std::tuple<const char*, Operation, Steps, Status>> failures{
       {"info refused", load, {Refused(kInfo)}, kCompletionCode},
       {"info not sent", load, {NotSent(kInfo)}, kRequestFailed},
       {"header refused", read, {kReserved, Refused(header)}, kCompletionCode},
@@ -196,12 +178,12 @@ TEST_F(Repository, EveryFailureHasItsStatusAndTrace) {
                                               {kReadFailed, "Error Reading SDR"},
                                               {kReserveFailed, "Error Reading Reserve ID"},
                                               {kBadReservation, "Bad Reserve ID Length"}};
-  for (const Failure& each : failures) {
-    SCOPED_TRACE(std::string(each.operation.trace) + ", " + each.what);
-    EXPECT_EQ(Play(each.steps, each.operation.run), each.status);
+  for (const auto& [what, operation, steps, status] : failures) {
+    SCOPED_TRACE(operation.first + ", " + what);
+    EXPECT_EQ(Play(steps, operation.second), status);
     EXPECT_EQ(machine.TraceLines().back(),
-              std::string("SdrReadSystem::") + each.operation.trace + " - " + reasons.at(each.status));
-    EXPECT_EQ(LastFailingRecordId, each.status == kReadFailed ? 0x0102U : 0U);
+              "SdrReadSystem::" + operation.first + " - " + reasons.at(status));
+    EXPECT_EQ(LastFailingRecordId, status == kReadFailed ? 0x0102U : 0U);
   }
 }
 
@@ -217,26 +199,19 @@ Steps Reads(std::initializer_list<std::pair<int, int>> ids, const Bytes& last = 
 }
 
 TEST_F(Repository, WalkFollowsTheIdsToTheirEndOrToARecordThatItCannotTake) {
-  struct Case {
-    const char* what;
-    Steps steps;
-    Status status;
-    std::size_t count;
-  };
   Steps failing = Reads({{0, 7}});
   failing.push_back(Answered(kReserved, {1}));
-  const Case cases[] = {
+  const std::tuple<const char*, Steps, Status, std::size_t> cases[] = {
       {"to the end", Reads({{0, 7}, {7, 0xFFFF}}), kSuccess, 2},
       {"an unknown type", Reads({{0, 7}}, Record(0x04, Bytes(11))), kTypeNotSupported, 0},
       {"a bad length", Reads({{0, 7}, {7, 8}}, Record(0x13, Bytes(11))), kBadRecordLength, 1},
       {"a failed read", failing, kBadReservation, 1},
       {"in a circle", Reads({{0, 7}, {7, 8}, {8, 7}}), kReadFailed, 3},
   };
-  for (const Case& each : cases) {
-    SCOPED_TRACE(each.what);
+  for (const auto& [what, steps, status, count] : cases) {
     SdrTypeList lists;
-    EXPECT_EQ(Play(each.steps, [&] { return SdrReadSystem::LoadSdrRecordsToList(lists); }), each.status);
-    EXPECT_EQ(lists[3].size(), each.count);
+    EXPECT_EQ(Play(steps, [&] { return SdrReadSystem::LoadSdrRecordsToList(lists); }), status) << what;
+    EXPECT_EQ(lists[3].size(), count) << what;
   }
   EXPECT_EQ(LastFailingRecordId, 8U);
   EXPECT_EQ(machine.TraceLines().back(), "SdrReadSystem::LoadSdrRecordsToList - Error Reading SDR");

@@ -1,4 +1,6 @@
 // What the BMC answers to identity, reset, FRU, private-bus, transfer-mode, sensor, LAN and OEM requests.
+#include <tuple>
+
 #include "tests/sim/board_fixture.h"
 
 namespace varnok::testing {
@@ -7,23 +9,18 @@ namespace {
 const std::string kIdentity = "00 20 81 01 05 02 BF 40 E2 01 11 43 00 00 00 00";
 const std::string kUpdating = "00 20 81 81 05 02 BF 40 E2 01 11 43 00 00 00 00";
 
-struct Case {
-  const char* what;
-  std::string keys;     ///< of the BMC
-  std::string content;  ///< of a.bin
-  Conversation conversation;
-  std::string after;  ///< content of a.bin behind the conversation
-};
+/// What, keys of the BMC, content of a.bin, what is asked, and the content of a.bin behind it.
+using Case = std::tuple<const char*, std::string, std::string, Conversation, std::string>;
 
 class BmcTest : public BoardTest {
  protected:
   void Expect(std::initializer_list<Case> cases) {
-    for (const Case& each : cases) {
-      SCOPED_TRACE(each.what);
-      WriteFile("a.bin", each.content);
-      OpenBmc(each.keys);
-      Converse(each.conversation);
-      EXPECT_EQ(TextOf("a.bin"), each.after);
+    for (const auto& [what, keys, content, conversation, after] : cases) {
+      SCOPED_TRACE(what);
+      WriteFile("a.bin", content);
+      OpenBmc(keys);
+      Converse(conversation);
+      EXPECT_EQ(TextOf("a.bin"), after);
     }
   }
 };

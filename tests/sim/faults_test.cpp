@@ -1,4 +1,6 @@
 // Each fault of board.json, seen from the program's side.
+#include <tuple>
+
 #include "tests/sim/board_fixture.h"
 
 namespace varnok::testing {
@@ -47,13 +49,8 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
   const std::string read4 = "0A/0 11 00 04 00 02";
   const std::string ab = "00 02 61 62", cd = "00 02 63 64", ef = "00 02 65 66";
   const std::string writeX = "0A/0 12 00 00 00 58", writeY = "0A/0 12 00 01 00 59";
-  struct Case {
-    const char* what;
-    std::string rules;
-    Conversation conversation;
-    const char* after;  ///< content of a.bin behind the conversation
-  };
-  const Case cases[] = {
+  // The last one is the content of a.bin behind the conversation.
+  const std::tuple<const char*, std::string, Conversation, const char*> cases[] = {
       {"lost answers and a failed send", R"({"command": "0x12", "nth": 1, "fault": "no-answer"},
          {"command": "0x12", "nth": 2, "fault": "no-answer", "executed": false},
          {"command": "0x12", "nth": 3, "fault": "send-failure"})",
@@ -96,11 +93,11 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
        {{read, ab}, {kBridgedRead, "83"}, {kFetch, "80"}, {kBridgedRead, "00"}, {kFetch, "80"},
         {kBridgedRead, "00"}, {kFetch, kFetched}, {kFetch, kFetched}, {kFetch, "80"}}, "abcdefgh"},
   };
-  for (const Case& each : cases) {
-    SCOPED_TRACE(each.what);
-    OpenWith(Board(each.rules));
-    Converse(each.conversation);
-    EXPECT_EQ(TextOf("a.bin"), each.after);
+  for (const auto& [what, rules, conversation, after] : cases) {
+    SCOPED_TRACE(what);
+    OpenWith(Board(rules));
+    Converse(conversation);
+    EXPECT_EQ(TextOf("a.bin"), after);
   }
 }
 

@@ -1,5 +1,6 @@
 // The simulated SDR repository: reservations, pieces, erase, capacity, and the file behind it.
 #include <set>
+#include <tuple>
 
 #include "sim/default_board.h"
 #include "sim/sdr_repository.h"
@@ -37,14 +38,8 @@ TEST_F(SdrTest, RecordsAreAddedWholeOrInPiecesAndRead) {
   EXPECT_TRUE(Ask("0A/0 20").starts_with("00 51 02 00"));
 }
 
-TEST_F(SdrTest, RequestsThatDoNotFit) {
-  struct Case {
-    const char* what;
-    std::string keys;
-    Conversation conversation;
-    std::string after;
-  };
-  const Case cases[] = {
+TEST_F(SdrTest, LimitsReservationsEraseAndClock) {
+  const std::tuple<const char*, std::string, Conversation, std::string> cases[] = {
       {"reads are bounded as a BMC bounds them", R"("readLimit": 10)",
        {{kAdd, "00 01 00"}, {"0A/0 22", "00 01 00"}, {"0A/0 23 01 00 01 00 00 0B", "CA"},
         {"0A/0 23 01 00 01 00 0C 01", "C9"}, {"0A/0 23 01 00 01 00 0A 05", "00 FF FF 76 31"}}, Under(1)},
@@ -68,23 +63,18 @@ TEST_F(SdrTest, RequestsThatDoNotFit) {
        {{kAdd, "00 01 00"}, {"0A/0 22", "00 01 00"}, {"0A/0 27 01 00 43 4C 52 55", "CC"},
         {"0A/0 27 01 00 43 4C 52 AA", "00 00"}, {kAdd, "C0"}, {"wait 1500", ""},
         {"0A/0 27 01 00 43 4C 52 00", "00 01"}, {kAdd, "00 01 00"}}, Under(1)},
+      {"its clock can be set", "",
+       {{"0A/0 28", "00 80 29 56 69"}, {"0A/0 29 10 20 30 40", "00"}, {"wait 2000", ""},
+        {"0A/0 28", "00 12 20 30 40"}}, ""},
       {"no repository", R"("file": "")", {{"0A/0 20", "C1"}, {"0A/0 22", "C1"}}, ""},
   };
-  for (const Case& each : cases) {
-    SCOPED_TRACE(each.what);
+  for (const auto& [what, keys, conversation, after] : cases) {
+    SCOPED_TRACE(what);
     WriteFile("sdr.bin", "");
-    OpenEmpty(each.keys);
-    Converse(each.conversation);
-    EXPECT_EQ(TextOf("sdr.bin"), each.after);
+    OpenEmpty(keys);
+    Converse(conversation);
+    EXPECT_EQ(TextOf("sdr.bin"), after);
   }
-}
-
-TEST_F(SdrTest, TheClockCanBeSet) {
-  OpenBmc("", R"(, "clock": {"start": "2026-01-01T08:00:00", "exchangeMicroseconds": 0})");
-  Converse({{"0A/0 28", "00 80 29 56 69"},
-            {"0A/0 29 10 20 30 40", "00"},
-            {"wait 2000", ""},
-            {"0A/0 28", "00 12 20 30 40"}});
 }
 
 TEST_F(SdrTest, BadFilesAreNamed) {
