@@ -20,13 +20,9 @@ class Varnok : public BoardTest {
     const std::string command = "cd " + folder.string() + " && env -i " + environment + " " VARNOK_PROGRAM " " +
                                 arguments + " </dev/null 2>error " + console;
     const int status = std::system(command.c_str());
-    output = Text("output");
-    error = Text("error");
+    output = TextOf("output");
+    error = TextOf("error");
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-  std::string Text(const std::string& name) {
-    const Bytes bytes = ReadFile(name);
-    return std::string(bytes.begin(), bytes.end());
   }
 
   std::string output;
@@ -76,7 +72,7 @@ TEST_F(Varnok, ErrorLevelIsTheExitStatusAndNeverASuccess) {
 
 TEST_F(Varnok, TraceLogIsLeftInTheCurrentFolder) {
   EXPECT_EQ(Run("'/?' -debug3"), 1) << "the trace switch is no option of the command line";
-  EXPECT_EQ(Text("DBGLOG.txt").substr(0, 4), std::string("V\0A\0", 4));
+  EXPECT_EQ(TextOf("DBGLOG.txt").substr(0, 4), std::string("V\0A\0", 4));
 }
 
 }  // namespace
