@@ -1,88 +1,78 @@
 // The Linux program as its users run it: a process, its files, its board folder.
-#include <gtest/gtest.h>
+#include <sys/wait.h>
 
-#include <algorithm>
-#include <fstream>
-#include <utility>
+#include <cstdlib>
+#include <numeric>
 
-#include "tests/programs/program_run.h"
+#include "tests/sim/board_fixture.h"
 
 namespace varnok::testing {
 namespace {
 
-const std::string kBanner = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n";
+const std::string kProgramSample = "/fru " VARNOK_SAMPLES "/server-board.fru";
+const std::string kImage = "varnok/board/board.bin";
 
-class Varnok : public ::testing::Test {
+class Varnok : public BoardTest {
  protected:
-  ProgramResult Run(std::vector<std::string> arguments, std::string input = {}) {
-    return ProgramRun{.arguments = std::move(arguments),
-                      .input = std::move(input),
-                      .environment = {"XDG_STATE_HOME=" + folder.Path().string(),
-                                      "VARNOK_TRAFFIC=" + (folder.Path() / "traffic").string()},
-                      .workingFolder = folder.Path()}
-        .Run();
+  /// Runs the program in the folder, which is the place of its state as well; the exit status.
+  int Run(const std::string& arguments, const std::string& environment = "XDG_STATE_HOME=$PWD",
+          const std::string& console = ">output") {
+    const std::string command = "cd " + folder.string() + " && env -i " + environment + " " VARNOK_PROGRAM " " +
+                                arguments + " </dev/null 2>error " + console;
+    const int status = std::system(command.c_str());
+    output = TextOf("output");
+    error = TextOf("error");
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 
-  TemporaryFolder folder;
+  std::string output;
+  std::string error;
 };
 
 TEST_F(Varnok, FirstUseMakesTheDefaultBoardAndSaysSoOnce) {
-  ProgramResult first = Run({"/d", "fru"});
-  EXPECT_EQ(first.status, 0);
-  EXPECT_EQ(std::count(first.error.begin(), first.error.end(), '\n'), 1) << first.error;
-  EXPECT_NE(first.error.find((folder.Path() / "varnok/board").string()), std::string::npos) << first.error;
-  ProgramResult second = Run({"/d", "fru"});
-  EXPECT_EQ(second.error, "");
-  EXPECT_EQ(second.output, first.output);
+  EXPECT_EQ(Run("/d fru"), 0);
+  EXPECT_EQ(std::count(error.begin(), error.end(), '\n'), 1) << error;
+  EXPECT_NE(error.find((folder / "varnok/board").string()), std::string::npos) << error;
+  const std::string first = output;
+  EXPECT_EQ(Run("/d fru"), 0);
+  EXPECT_EQ(error, "");
+  EXPECT_EQ(output, first);
 }
 
 TEST_F(Varnok, BoardThatIsNoneIsSaid) {
-  ProgramResult result =
-      ProgramRun{.arguments = {"/d", "fru"}, .environment = {"VARNOK_BOARD=/nowhere/board"}}.Run();
-  EXPECT_EQ(result.status, 9);
-  EXPECT_EQ(result.output, "");
-  EXPECT_NE(result.error.find("/nowhere/board"), std::string::npos) << result.error;
+  EXPECT_EQ(Run("/d fru", "VARNOK_BOARD=/nowhere/board"), 9);
+  EXPECT_EQ(output, "");
+  EXPECT_NE(error.find("/nowhere/board"), std::string::npos) << error;
 }
 
 TEST_F(Varnok, SampleIsProgrammedVerifiedAndShown) {
-  ProgramResult programmed = Run({"/fru", VARNOK_SAMPLES "/server-board.fru"});
-  EXPECT_EQ(programmed.status, 0) << programmed.output;
-  EXPECT_NE(programmed.output.find("\nFRU File Area(s) successfully loaded into FRU memory.\n"),
-            std::string::npos);
-  EXPECT_TRUE(programmed.output.ends_with("\nA system reset is required for the update to take effect.\n\n"));
-  std::string image = folder.ContentOf("varnok/board/board.bin");
-  std::uint8_t sum = 0;
-  for (char byte : image.substr(0, 8)) sum = static_cast<std::uint8_t>(sum + static_cast<std::uint8_t>(byte));
-  EXPECT_EQ(sum, 0);
-  ProgramResult shown = Run({"/d", "fru"});
-  EXPECT_EQ(shown.status, 0);
-  ProgramResult again = Run({"/fru", VARNOK_SAMPLES "/server-board.fru"});
-  EXPECT_EQ(again.status, 0);
-  EXPECT_EQ(folder.ContentOf("varnok/board/board.bin"), image) << "programming twice changes nothing";
+  EXPECT_EQ(Run(kProgramSample), 0) << output;
+  EXPECT_NE(output.find("\nFRU File Area(s) successfully loaded into FRU memory.\n"), std::string::npos);
+  EXPECT_TRUE(output.ends_with("\nA system reset is required for the update to take effect.\n\n"));
+  const Bytes image = ReadFile(kImage);
+  EXPECT_EQ(std::accumulate(image.begin(), image.begin() + 8, 0) % 256, 0);
+  EXPECT_EQ(Run("/d fru"), 0);
+  EXPECT_EQ(Run(kProgramSample), 0);
+  EXPECT_EQ(ReadFile(kImage), image) << "programming twice changes nothing";
 }
 
 TEST_F(Varnok, ConsoleThatIsGoneDoesNotStopTheProgramming) {
-  Run({"/?"});
-  std::string command = "cd " + folder.Path().string() +
-                        " && XDG_STATE_HOME=$PWD " VARNOK_PROGRAM " /fru " VARNOK_SAMPLES
-                        "/server-board.fru | true";
-  ASSERT_EQ(std::system(command.c_str()), 0);
-  std::string image = folder.ContentOf("varnok/board/board.bin");
-  EXPECT_EQ(Run({"/fru", VARNOK_SAMPLES "/server-board.fru"}).status, 0);
-  EXPECT_EQ(folder.ContentOf("varnok/board/board.bin"), image) << "the first run wrote everything";
+  EXPECT_EQ(Run(kProgramSample, "XDG_STATE_HOME=$PWD", "| true"), 0);
+  const Bytes image = ReadFile(kImage);
+  EXPECT_EQ(Run(kProgramSample), 0);
+  EXPECT_EQ(ReadFile(kImage), image) << "the first run wrote everything";
 }
 
 TEST_F(Varnok, ErrorLevelIsTheExitStatusAndNeverASuccess) {
   for (auto [level, status] : {std::pair("2A", 0x2A), std::pair("FF", 0xFF), std::pair("100", 0xFF)}) {
-    std::ofstream(folder.Path() / "T.CFG") << "ERRORLEVEL " << level << "\n";
-    EXPECT_EQ(Run({"/cfg", "T.CFG"}).status, status) << level;
+    WriteFile("T.CFG", std::string("ERRORLEVEL ") + level + "\n");
+    EXPECT_EQ(Run("/cfg T.CFG"), status) << level;
   }
 }
 
 TEST_F(Varnok, TraceLogIsLeftInTheCurrentFolder) {
-  ProgramResult result = Run({"/?", "-debug3"});
-  EXPECT_EQ(result.status, 1) << "the trace switch is no option of the command line";
-  EXPECT_EQ(folder.ContentOf("DBGLOG.txt").substr(0, 4), std::string("V\0A\0", 4));
+  EXPECT_EQ(Run("'/?' -debug3"), 1) << "the trace switch is no option of the command line";
+  EXPECT_EQ(TextOf("DBGLOG.txt").substr(0, 4), std::string("V\0A\0", 4));
 }
 
 }  // namespace

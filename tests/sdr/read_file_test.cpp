@@ -5,22 +5,16 @@
 
 #include <fstream>
 #include <iterator>
+#include <numeric>
+#include <tuple>
 
 #include "app/services/text.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
 #include "tests/support/test_firmware.h"
 
-namespace varnok {
+namespace varnok::testing {
 namespace {
-
-using testing::Bytes;
-using testing::kAssociationLines;
-using testing::kLocatorLines;
-using testing::kSdrFileEnd;
-using testing::kSdrFileHeader;
-using testing::SdrFile;
-using testing::TestFirmware;
 
 /// A file in memory that fails after its last byte.
 class BrokenFile : public File {
@@ -39,37 +33,39 @@ class BrokenFile : public File {
   std::string text_;
 };
 
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  return text.replace(text.find(from), from.size(), to);
+}
+
 struct SdrFiles : ::testing::Test {
   TestFirmware machine;
   SdrTypeList lists;
+  std::string value;  ///< behind the token that Search found
 
-  void SetUp() override {
-    TheSdr().lineCounter = 0;
-    TheSdr().SetLastError(u"");
-  }
-
-  Status Read(const std::string& text) {
+  SdrFileLines Lines(const std::string& text) {
     machine.files["IN.SDR"] = text;
     std::unique_ptr<File> file;
     EXPECT_EQ(machine.OpenFile(u"IN.SDR", FileMode::Read, file), kSuccess);
-    SdrFileLines lines(*file);
+    return SdrFileLines(*file);
+  }
+  Status Read(const std::string& text) {
+    TheSdr().lineCounter = 0;
+    TheSdr().SetLastError(u"");
+    for (auto& list : lists) list.clear();
+    SdrFileLines lines = Lines(text);
     return SdrReadFile::ReadSdrRecordsFromFile(lines, lists);
+  }
+  Status Search(const std::string& text, std::string_view token, bool withinRecord) {
+    SdrFileLines lines = Lines(text);
+    return withinRecord ? SdrReadFile::FIL_SearchForTokenWithinRecord(lines, token, value)
+                        : SdrReadFile::FIL_SearchForToken(lines, token, value);
   }
   std::string Message() { return Narrow(TheSdr().lastError.data()); }
   std::size_t Count() {
-    std::size_t count = 0;
-    for (const auto& list : lists) count += list.size();
-    return count;
+    return std::accumulate(lists.begin(), lists.end(), std::size_t{0},
+                           [](std::size_t count, const auto& list) { return count + list.size(); });
   }
-  /// The bytes that the lines give to an association record whose first 13 bytes precede them.
-  Bytes LastBytes(const std::string& lines) {
-    for (auto& list : lists) list.clear();
-    EXPECT_EQ(Read(SdrFile("_SDR_TYPE 08\n_REC_LEN 10\n12 00 51 08 0B 17 01 80 03 01 03 02 08\n" + lines)),
-              kSuccess)
-        << Message();
-    if (lists[3].empty()) return {};
-    return Bytes(lists[3].front()->Raw().begin() + 13, lists[3].front()->Raw().end());
-  }
+  static Bytes RawOf(const PoolPtr<CSdr>& record) { return {record->Raw().begin(), record->Raw().end()}; }
 };
 
 TEST_F(SdrFiles, RecordsGoIntoTheListsOfTheirTypes) {
@@ -77,60 +73,68 @@ TEST_F(SdrFiles, RecordsGoIntoTheListsOfTheirTypes) {
   EXPECT_EQ(Count(), 3U);
   ASSERT_EQ(lists[3].size(), 1U);
   ASSERT_EQ(lists[6].size(), 2U);
-  EXPECT_EQ(Bytes(lists[3].front()->Raw().begin(), lists[3].front()->Raw().end()),
-            testing::AssociationRecord());
+  EXPECT_EQ(RawOf(lists[3].front()), AssociationRecord());
   EXPECT_TRUE(lists[3].front()->Tags().empty());
   EXPECT_EQ(lists[6].front()->Tags(), SdrTagList{"RISER"});
   EXPECT_EQ(Message(), "");
+  EXPECT_EQ(Read(SdrFile(kAssociationLines + Replaced(kLocatorLines, " C5", " C6"))),
+            sdr_status::kBadRecordLength);
+  EXPECT_EQ(Count(), 1U) << "records in front of a fault stay";
 }
 
-TEST_F(SdrFiles, LineEndsCommentsAndTextOutsideTheBlockDoNotMatter) {
-  std::string text = "_LF_NAME // _SDR (\n" + SdrFile(kAssociationLines) + "_SDR_TYPE 77 of another day\n";
-  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.insert(at, "\r");
-  EXPECT_EQ(Read(text), kSuccess);
-  EXPECT_EQ(Count(), 1U);
-}
-
-TEST_F(SdrFiles, AHeaderWithoutRecordsIsAFile) {
-  EXPECT_EQ(Read(SdrFile("")), kSuccess);
-  EXPECT_EQ(Count(), 0U);
+TEST_F(SdrFiles, WholeFiles) {
+  std::string crooked = "_LF_NAME // _SDR (\n" + SdrFile(kAssociationLines) + "_SDR_TYPE 77 of another day\n";
+  for (std::size_t at = 0; (at = crooked.find('\n', at)) != std::string::npos; at += 2)
+    crooked.insert(at, "\r");
+  auto sample = [](const char* name) {
+    std::ifstream file(std::string(VARNOK_SOURCE_DIR "/samples/") + name);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  };
+  const std::tuple<const char*, std::string, std::size_t> cases[] = {
+      {"a header without records", SdrFile(""), 0},
+      {"line ends, comments and text outside the block", crooked, 1},
+      {"the minimal sample", sample("minimal.sdr"), 1},
+      {"the sample of a server board", sample("server-board.sdr"), 10},
+  };
+  for (const auto& [what, text, count] : cases) {
+    EXPECT_EQ(Read(text), kSuccess) << what << Message();
+    EXPECT_EQ(Count(), count) << what;
+  }
 }
 
 TEST_F(SdrFiles, BytesAreWrittenInManyWays) {
-  const Bytes abc{0x41, 0x42, 0x43};
-  EXPECT_EQ(LastBytes("01 02 03\n"), (Bytes{1, 2, 3}));
-  EXPECT_EQ(LastBytes("010203\n"), (Bytes{1, 2, 3}));
-  EXPECT_EQ(LastBytes("1 2 3\n"), (Bytes{1, 2, 3}));
-  EXPECT_EQ(LastBytes("1,2;\tzz3\n"), (Bytes{1, 2, 3}));
-  EXPECT_EQ(LastBytes("'ABC' 44 45\n"), abc);
-  EXPECT_EQ(LastBytes("\n  \t 'ABC'\n"), abc);
-  EXPECT_EQ(LastBytes("0x12 FF // 01\n"), (Bytes{0x00, 0x12, 0xFF}));
-  EXPECT_EQ(LastBytes("//1\n0A // )\n\r\n0b0C\n"), (Bytes{0x0A, 0x0B, 0x0C}));
+  const Bytes digits{1, 2, 3}, abc{0x41, 0x42, 0x43};
+  const std::pair<std::string, Bytes> cases[] = {
+      {"01 02 03\n", digits},
+      {"010203\n", digits},
+      {"1 2 3\n", digits},
+      {"1,2;\tzz3\n", digits},
+      {"'ABC' 44 45\n", abc},
+      {"\n  \t 'ABC'\n", abc},
+      {"0x12 FF // 01\n", {0x00, 0x12, 0xFF}},
+      {"//1\n0A // )\n\r\n0b0C\n", {0x0A, 0x0B, 0x0C}},
+      // A long line is read in pieces: the comment of the first one does not reach into the second.
+      {"01 02\n//" + std::string(253, 'x') + " 03\n", digits},
+  };
+  for (const auto& [lines, bytes] : cases) {
+    const std::string start = "_SDR_TYPE 08\n_REC_LEN 10\n12 00 51 08 0B 17 01 80 03 01 03 02 08\n";
+    ASSERT_EQ(Read(SdrFile(start + lines)), kSuccess) << lines << Message();
+    ASSERT_EQ(lists[3].size(), 1U) << lines;
+    const Bytes raw = RawOf(lists[3].front());
+    EXPECT_EQ(Bytes(raw.begin() + 13, raw.end()), bytes) << lines;
+  }
 }
 
 TEST_F(SdrFiles, ValuesBehindBlanks) {
-  auto valueOf = [&](const std::string& line) {
-    machine.files["IN.SDR"] = line + "\n";
-    std::unique_ptr<File> file;
-    EXPECT_EQ(machine.OpenFile(u"IN.SDR", FileMode::Read, file), kSuccess);
-    SdrFileLines lines(*file);
-    std::string value;
-    EXPECT_EQ(SdrReadFile::FIL_SearchForToken(lines, "_REC_LEN", value), kSuccess);
-    return value;
-  };
-  EXPECT_EQ(valueOf("_REC_LEN     0040"), "0040\n");
-  EXPECT_EQ(valueOf("_REC_LEN=0040 // size"), "0040 ");
-  // Behind an indented key only the separator is skipped.
-  EXPECT_EQ(valueOf("   _REC_LEN 0040"), "0040\n");
-  EXPECT_EQ(valueOf("   _REC_LEN  0040"), " 0040\n");
-  EXPECT_EQ(valueOf("_REC_LEN"), "");
-}
-
-TEST_F(SdrFiles, AnIndentedKeyWithTwoBlanksReadsAsZero) {
-  std::string lines = kAssociationLines;
-  lines.replace(lines.find("_REC_LEN 0010"), 13, "  _REC_LEN  0010");
-  EXPECT_EQ(Read(SdrFile(lines)), sdr_status::kBadRecordInFile);
-  EXPECT_EQ(Message(), "");
+  for (const auto& [line, wanted] : {std::pair("_REC_LEN     0040\n", "0040\n"),
+                                     {"_REC_LEN=0040 // size\n", "0040 "},
+                                     // Behind an indented key only the separator is skipped.
+                                     {"   _REC_LEN 0040\n", "0040\n"},
+                                     {"   _REC_LEN  0040\n", " 0040\n"},
+                                     {"_REC_LEN\n", ""}}) {
+    EXPECT_EQ(Search(line, "_REC_LEN", false), kSuccess) << line;
+    EXPECT_EQ(value, wanted) << line;
+  }
 }
 
 TEST_F(SdrFiles, TagsAreTakenUpToTheirClosingQuote) {
@@ -140,88 +144,63 @@ TEST_F(SdrFiles, TagsAreTakenUpToTheirClosingQuote) {
   EXPECT_EQ(lists[3].front()->Tags(), (SdrTagList{"CPU (A)", "B"}));
 }
 
-TEST_F(SdrFiles, LongLinesAreReadInPieces) {
-  // The comment of the first piece does not reach into the second.
-  std::string comment = "//" + std::string(253, 'x') + " 10";
-  std::string lines = kAssociationLines;
-  lines.replace(lines.rfind(" 10\n"), 4, "\n" + comment + "\n");
-  ASSERT_EQ(Read(SdrFile(lines)), kSuccess) << Message();
-  EXPECT_EQ(lists[3].front()->Raw().back(), 0x10);
-}
-
-struct Fault {
-  const char* what;
-  std::string text;
-  Status status;
-  std::string message;
-  std::string trace;
-};
-
-std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-  return text.replace(text.find(from), from.size(), to);
-}
-
 TEST_F(SdrFiles, EveryBrokenRuleHasItsStatusAndMessage) {
-  const std::string good = SdrFile(kAssociationLines);
+  using namespace sdr_status;
+  const std::string good = SdrFile(kAssociationLines), locator = SdrFile(kLocatorLines);
+  const std::string twoBlanks = Replaced(good, "_REC_LEN 0010", "  _REC_LEN  0010");
   const std::string swapped =
       Replaced(Replaced(good, "_DEV_BUS     FF\n", ""), "_NVS_TYPE", "_DEV_BUS FF\n_NVS_TYPE");
-  const Fault faults[] = {
-      {"no line at all", "", sdr_status::kHeaderKeyMissing, "Invalid file: Token _LF_NAME not found.\n", ""},
-      {"a header key missing", Replaced(good, "_LF_FMT_VER", "_FORMAT"), sdr_status::kHeaderKeyMissing,
-       "Invalid file: Token _LF_FMT_VER not found.\n", ""},
-      {"header keys in another order", swapped, sdr_status::kHeaderKeyMissing,
-       "Invalid file: Token _DEV_BUS not found.\n", ""},
-      {"the block not closed", kSdrFileHeader + kAssociationLines, sdr_status::kHeaderKeyMissing, "", ""},
+  const std::string noType = "SDR Record type incorrect line #1.";
+  const std::string badType = "SDR Record type incorrect line #4.";
+  const std::string noLength = "Token _REC_LEN not found.", noEnd = "Missing terminator line #3.";
+  const std::string invalid = "ReadRecFromFile - Invalid SDR File";
+  const std::string unusable = "ReadSdrRecordsFromFile - Invalid SDR File";
+  const std::string unlike = "ReadRecFromFile - Record Types don't match";
+  const std::string unterminated = "ReadRecFromFile - Error - Unterminated String";
+  // Message and trace line without what all of them begin with.
+  const std::tuple<const char*, std::string, Status, std::string, std::string> faults[] = {
+      {"no line at all", "", kHeaderKeyMissing, "Token _LF_NAME not found.", ""},
+      {"a header key missing", Replaced(good, "_LF_FMT_VER", "_FORMAT"), kHeaderKeyMissing,
+       "Token _LF_FMT_VER not found.", ""},
+      {"header keys in another order", swapped, kHeaderKeyMissing, "Token _DEV_BUS not found.", ""},
+      {"the block not closed", kSdrFileHeader + kAssociationLines, kHeaderKeyMissing, "", ""},
       {"an unsupported type in the second record", SdrFile(kAssociationLines + "\n_SDR_TYPE 04\n"),
-       sdr_status::kFileTypeNotSupported, "Invalid file: Unsupported record type line #12.\n",
-       "SdrReadFile::FIL_CountIPMI10SDRTypes - SDR Type Not Supported"},
-      {"a size of 0", Replaced(good, "0010", "0000"), sdr_status::kBadRecordInFile, "",
-       "SdrReadFile::ReadRecFromFile - Invalid SDR File"},
-      {"no size", Replaced(good, "_REC_LEN", "_LENGTH"), sdr_status::kBadRecordInFile,
-       "Invalid file: Token _REC_LEN not found.\n", "SdrReadFile::ReadSdrRecordsFromFile - Invalid SDR File"},
-      {"no size before the next record", SdrFile("_SDR_TYPE 08\n" + kAssociationLines),
-       sdr_status::kBadRecordInFile, "Invalid file: Token _REC_LEN not found.\n",
-       "SdrReadFile::ReadSdrRecordsFromFile - Invalid SDR File"},
-      {"another type than the record's", Replaced(good, "_SDR_TYPE 08", "_SDR_TYPE 02"),
-       sdr_status::kFileType, "Invalid file: SDR Record type incorrect line #4.\n",
-       "SdrReadFile::ReadRecFromFile - Record Types don't match"},
-      {"a record without a type byte", SdrFile("_SDR_TYPE 08\n_REC_LEN 2\n12 00\n"), sdr_status::kFileType,
-       "Invalid file: SDR Record type incorrect line #1.\n",
-       "SdrReadFile::ReadRecFromFile - Record Types don't match"},
-      {"more bytes than the size says", Replaced(good, "0010", "000F"), sdr_status::kFileLength,
-       "Invalid file: SDR Record length incorrect line #4.\n",
-       "SdrReadFile::ReadRecFromFile - Bad Record Length"},
-      {"fewer bytes than the size says", Replaced(good, "0010", "0100"), sdr_status::kCannotReadFile,
-       "Invalid file: Unable to read line #5.\n", "SdrReadFile::ReadRecFromFile - Error Reading File"},
-      {"quoted bytes without the closing quote", Replaced(SdrFile(kLocatorLines), "'Riser' ", "'Riser "),
-       sdr_status::kUnterminatedText, "Invalid file: Missing terminator line #3.\n",
-       "SdrReadFile::ReadRecFromFile - Error - Unterminated String"},
-      {"a comment in a quoted text", Replaced(SdrFile(kLocatorLines), "'Riser'", "'Ri//r'"),
-       sdr_status::kUnterminatedText, "Invalid file: Missing terminator line #3.\n",
-       "SdrReadFile::ReadRecFromFile - Error - Unterminated String"},
-      {"a record that breaks its type's rule", Replaced(SdrFile(kLocatorLines), " C5", " C6"),
-       sdr_status::kBadRecordLength, "", "CSdrType11::DecodeSDR - Bad Record Length"},
+       kFileTypeNotSupported, "Unsupported record type line #12.",
+       "FIL_CountIPMI10SDRTypes - SDR Type Not Supported"},
+      {"a size of 0", Replaced(good, "0010", "0000"), kBadRecordInFile, "", invalid},
+      {"a size that reads as 0", twoBlanks, kBadRecordInFile, "", invalid},
+      {"no size", Replaced(good, "_REC_LEN", "_LENGTH"), kBadRecordInFile, noLength, unusable},
+      {"no size before the next record", SdrFile("_SDR_TYPE 08\n" + kAssociationLines), kBadRecordInFile,
+       noLength, unusable},
+      {"another type than the record's", Replaced(good, "TYPE 08", "TYPE 02"), kFileType, badType, unlike},
+      {"no type byte", SdrFile("_SDR_TYPE 08\n_REC_LEN 2\n12 00\n"), kFileType, noType, unlike},
+      {"more bytes than the size says", Replaced(good, "0010", "000F"), kFileLength,
+       "SDR Record length incorrect line #4.", "ReadRecFromFile - Bad Record Length"},
+      {"fewer bytes than the size says", Replaced(good, "0010", "0100"), kCannotReadFile,
+       "Unable to read line #5.", "ReadRecFromFile - Error Reading File"},
+      {"no closing quote", Replaced(locator, "'Riser' ", "'Riser "), kUnterminatedText, noEnd, unterminated},
+      {"a comment in a text", Replaced(locator, "'Riser'", "'Ri//r'"), kUnterminatedText, noEnd,
+       unterminated},
   };
-  for (const Fault& fault : faults) {
-    SCOPED_TRACE(fault.what);
-    SetUp();
+  for (const auto& [what, text, status, message, line] : faults) {
+    SCOPED_TRACE(what);
     machine.files.clear();
-    EXPECT_EQ(Read(fault.text), fault.status);
-    EXPECT_EQ(Message(), fault.message);
-    std::vector<std::string> trace = machine.TraceLines();
-    EXPECT_EQ(trace.empty() ? "" : trace.back(), fault.trace);
+    EXPECT_EQ(Read(text), status);
+    EXPECT_EQ(Message(), message.empty() ? "" : "Invalid file: " + message + "\n");
+    const std::vector<std::string> trace = machine.TraceLines();
+    EXPECT_EQ(trace.empty() ? "" : trace.back(), line.empty() ? "" : "SdrReadFile::" + line);
   }
 }
 
 TEST_F(SdrFiles, AFileThatFailsHalfWay) {
   BrokenFile inHeader(kSdrFileHeader.substr(0, 40));
   SdrFileLines header(inHeader);
+  TheSdr().lineCounter = 0;
   EXPECT_EQ(SdrReadFile::ReadSdrRecordsFromFile(header, lists), sdr_status::kCannotReadFile);
   EXPECT_EQ(Message(), "Invalid file: Unable to read line #1.\n");
   EXPECT_EQ(machine.TraceLines().back(), "SdrReadFile::FIL_SearchForToken - Error Reading File");
   BrokenFile inRecord("_SDR_TYPE 08\n");
   SdrFileLines record(inRecord);
-  std::string value;
   EXPECT_EQ(SdrReadFile::FIL_SearchForTokenWithinRecord(record, "_SDR_TYPE", value), kSuccess);
   EXPECT_EQ(SdrReadFile::FIL_SearchForTokenWithinRecord(record, "_REC_LEN", value),
             sdr_status::kCannotReadFile);
@@ -229,38 +208,18 @@ TEST_F(SdrFiles, AFileThatFailsHalfWay) {
 }
 
 TEST_F(SdrFiles, SearchesEndAtTheBlockTheRecordAndTheFile) {
-  auto search = [&](const std::string& text, bool withinRecord) {
-    machine.files["IN.SDR"] = text;
-    std::unique_ptr<File> file;
-    EXPECT_EQ(machine.OpenFile(u"IN.SDR", FileMode::Read, file), kSuccess);
-    SdrFileLines lines(*file);
-    std::string value;
-    return withinRecord ? SdrReadFile::FIL_SearchForTokenWithinRecord(lines, "_SDR_TAG", value)
-                        : SdrReadFile::FIL_SearchForToken(lines, "_SDR_TAG", value);
+  const std::tuple<const char*, bool, Status> cases[] = {
+      {"_SDR_TYPE 01\n_SDR_TAG 'A'\n", false, kSuccess},
+      {"_SDR_TYPE 01\n_SDR_TAG 'A'\n", true, sdr_status::kTokenNotFound},
+      {"01\n)\n_SDR_TAG 'A'\n", true, sdr_status::kTokenNotFound},
+      {"01\n)\n_SDR_TAG 'A'\n", false, sdr_status::kTokenNotFound},
+      {"'a)'\n_SDR_TAG 'A'\n", false, kSuccess},
+      {"01\n", true, sdr_status::kHeaderKeyMissing},
+      {"01\n", false, sdr_status::kHeaderKeyMissing},
   };
-  EXPECT_EQ(search("_SDR_TYPE 01\n_SDR_TAG 'A'\n", false), kSuccess);
-  EXPECT_EQ(search("_SDR_TYPE 01\n_SDR_TAG 'A'\n", true), sdr_status::kTokenNotFound);
-  EXPECT_EQ(search("01\n)\n_SDR_TAG 'A'\n", true), sdr_status::kTokenNotFound);
-  EXPECT_EQ(search("01\n)\n_SDR_TAG 'A'\n", false), sdr_status::kTokenNotFound);
-  EXPECT_EQ(search("'a)'\n_SDR_TAG 'A'\n", false), kSuccess);
-  EXPECT_EQ(search("01\n", true), sdr_status::kHeaderKeyMissing);
-  EXPECT_EQ(search("01\n", false), sdr_status::kHeaderKeyMissing);
-}
-
-TEST_F(SdrFiles, SamplesAreRead) {
-  for (auto [name, count] : {std::pair("minimal.sdr", 1U), std::pair("server-board.sdr", 10U)}) {
-    for (auto& list : lists) list.clear();
-    std::ifstream file(std::string(VARNOK_SOURCE_DIR "/samples/") + name);
-    EXPECT_EQ(Read(std::string(std::istreambuf_iterator<char>(file), {})), kSuccess) << name << Message();
-    EXPECT_EQ(Count(), count) << name;
-  }
-}
-
-TEST_F(SdrFiles, RecordsInFrontOfAFaultStay) {
-  EXPECT_EQ(Read(SdrFile(kAssociationLines + Replaced(kLocatorLines, " C5", " C6"))),
-            sdr_status::kBadRecordLength);
-  EXPECT_EQ(Count(), 1U);
+  for (const auto& [text, withinRecord, status] : cases)
+    EXPECT_EQ(Search(text, "_SDR_TAG", withinRecord), status) << text << withinRecord;
 }
 
 }  // namespace
-}  // namespace varnok
+}  // namespace varnok::testing

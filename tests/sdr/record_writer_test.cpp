@@ -10,53 +10,43 @@
 #include "tests/sdr/records.h"
 #include "tests/support/test_firmware.h"
 
-namespace varnok {
+namespace varnok::testing {
 namespace {
 
-using testing::AssociationRecord;
-using testing::Bytes;
-using testing::kAllTypes;
-using testing::kSdrFileEnd;
-using testing::kSdrFileHeader;
-using testing::RandomRecord;
-using testing::TemperatureRecord;
-using testing::TestFirmware;
-
-constexpr char kFile[] = "OUT.SDR";
-
-/// A machine whose files open and take no byte.
+/// A machine whose disk can be full: files open and take no byte.
 struct FullDisk : TestFirmware {
   struct FullFile : File {
     Status Read(std::span<std::uint8_t>, std::size_t&) override { return uefi_status::kDeviceError; }
     Status Write(std::span<const std::uint8_t>) override { return uefi_status::kDeviceError; }
   };
+  bool isFull = false;
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override {
-    if (path != u"OUT.SDR") return TestFirmware::OpenFile(path, mode, file);
+    if (!isFull || path != u"OUT.SDR") return TestFirmware::OpenFile(path, mode, file);
     file = std::make_unique<FullFile>();
     return kSuccess;
   }
 };
 
 struct RecordWriter : ::testing::Test {
-  TestFirmware machine;
+  FullDisk machine;
+  std::string& text = machine.files["OUT.SDR"];
 
-  PoolPtr<CSdr> Decoded(const Bytes& bytes) {
+  Status Write(const Bytes& bytes, const SdrTagList& tags = {}) {
     PoolPtr<CSdr> record;
     EXPECT_EQ(SdrUtility::CreateSDRTypeObject(bytes[3], record), kSuccess);
     EXPECT_EQ(record->DecodeSDR(bytes), kSuccess);
-    return record;
+    EXPECT_EQ(record->AddTags(tags), kSuccess);
+    return record->WriteRecordToFile(u"OUT.SDR");
   }
-
-  Status Write(const Bytes& bytes) { return Decoded(bytes)->WriteRecordToFile(u"OUT.SDR"); }
 
   /// The only record of the written file.
   Bytes ReadBack() {
-    machine.files[kFile] = kSdrFileHeader + machine.files[kFile] + kSdrFileEnd;
+    text = SdrFile(text);
     std::unique_ptr<File> file;
     EXPECT_EQ(machine.OpenFile(u"OUT.SDR", FileMode::Read, file), kSuccess);
     SdrFileLines lines(*file);
     SdrTypeList lists;
-    EXPECT_EQ(SdrReadFile::ReadSdrRecordsFromFile(lines, lists), kSuccess) << machine.files[kFile];
+    EXPECT_EQ(SdrReadFile::ReadSdrRecordsFromFile(lines, lists), kSuccess) << text;
     for (const auto& list : lists)
       if (!list.empty()) return Bytes(list.front()->Raw().begin(), list.front()->Raw().end());
     return {};
@@ -64,10 +54,8 @@ struct RecordWriter : ::testing::Test {
 };
 
 TEST_F(RecordWriter, EntityAssociation) {
-  PoolPtr<CSdr> record = Decoded(AssociationRecord());
-  ASSERT_EQ(record->AddTags({"CPU1", "A tag of more than 17 characters"}), kSuccess);
-  ASSERT_EQ(record->WriteRecordToFile(u"OUT.SDR"), kSuccess);
-  EXPECT_EQ(machine.files[kFile],
+  ASSERT_EQ(Write(AssociationRecord(), {"CPU1", "A tag of more than 17 characters"}), kSuccess);
+  EXPECT_EQ(text,
             "\n"
             "_SDR_TYPE 08\n"
             "_SDR_TAG 'CPU1'\n"
@@ -96,56 +84,41 @@ TEST_F(RecordWriter, EntityAssociation) {
             "   10                 // Contained Entity 4 Instance / Range 2 last entity instance\n");
 }
 
-TEST_F(RecordWriter, FullSensorNamesBothFieldsOfASharedByte) {
-  ASSERT_EQ(Write(TemperatureRecord()), kSuccess);
-  const std::string& text = machine.files[kFile];
-  for (const char* line : {"   21                 // Sensor Owner ID\n",
-                           "   fa95               // Lower Threshold Reading Mask\n",
-                           "   01                 // M\n   aa                 // M, Tolerance\n",
-                           "   02                 // B\n   85                 // B, Accuracy\n",
-                           "   4b                 // Accuracy, Accuracy exponent\n",
-                           "   a1                 // R exponent, B exponent\n",
-                           "   ca                 // ID String Type / Length Code\n",
-                           "   'Inlet Temp'     // ID String Bytes\n"})
-    EXPECT_NE(text.find(line), std::string::npos) << line << text;
-}
-
-TEST_F(RecordWriter, ControllerConfirmationOemAndChannels) {
-  Bytes body(27, 0xAB);
-  ASSERT_EQ(Write(testing::Record(0x13, body)), kSuccess);
-  ASSERT_EQ(Write(testing::Record(0xC0, {0x40, 0xE2, 0x01, 0x02, 0x41})), kSuccess);
-  ASSERT_EQ(Write(testing::Record(0xC0, {0x40, 0xE2, 0x01, 'T', '2'})), kSuccess);
-  ASSERT_EQ(Write(testing::Record(0x14, Bytes(11, 0x01))), kSuccess);
-  const std::string& text = machine.files[kFile];
-  for (
-      const char* line :
-      {"   ababab             // Manufacturer ID\n   abab               // Product ID\n",
-       "   ab ab ab ab ab ab ab ab ab ab ab ab ab ab ab ab        // Device GUID\n",
-       "   01e240             // Manufacturer ID\n\n   // Record Body Bytes\n   02 41        // OEM Data\n",
-       "   'T2'     // OEM Data\n",
-       "   0b                 // Record Length\n\n   // Record Body Bytes\n   01                 // Message Channel 0 info\n"})
-    EXPECT_NE(text.find(line), std::string::npos) << line << text;
-}
-
-TEST_F(RecordWriter, KeyBytesStandInASectionOfTheirOwn) {
-  // Type -> lines of its key section, by the type's table in IPMI v2.0, section 43.
-  const std::map<int, std::ptrdiff_t> keyLines{{0x01, 3}, {0x02, 3}, {0x03, 3}, {0x08, 5},
-                                               {0x09, 9}, {0x10, 3}, {0x11, 4}, {0x12, 2},
-                                               {0x13, 3}, {0x14, 0}, {0xC0, 1}};
-  std::mt19937 random(44);
-  for (std::uint8_t type : kAllTypes) {
-    machine.files.clear();
-    ASSERT_EQ(Write(RandomRecord(type, random)), kSuccess);
-    const std::string& text = machine.files[kFile];
-    std::size_t start = text.find("   // Record Key Bytes\n");
-    ASSERT_EQ(start == std::string::npos, type == 0x14) << text;
-    if (start == std::string::npos) continue;
-    std::size_t end = text.find("\n\n   // Record Body Bytes\n", start);
-    ASSERT_NE(end, std::string::npos) << text;
-    EXPECT_EQ(std::count(text.begin() + static_cast<std::ptrdiff_t>(start),
-                         text.begin() + static_cast<std::ptrdiff_t>(end), '\n'),
-              keyLines.at(type))
-        << text;
+TEST_F(RecordWriter, LinesOfTheOtherTypes) {
+  // Stands behind the last key byte.
+  const std::string body = "\n   // Record Body Bytes\n";
+  const std::pair<Bytes, std::vector<std::string>> cases[] = {
+      {TemperatureRecord(),
+       {"   21                 // Sensor Owner ID\n", "// Sensor Number\n" + body,
+        "   fa95               // Lower Threshold Reading Mask\n",
+        // A byte that fields share names them all.
+        "   01                 // M\n   aa                 // M, Tolerance\n",
+        "   02                 // B\n   85                 // B, Accuracy\n",
+        "   4b                 // Accuracy, Accuracy exponent\n",
+        "   a1                 // R exponent, B exponent\n",
+        "   ca                 // ID String Type / Length Code\n   'Inlet Temp'     // ID String Bytes\n"}},
+      {TemperatureRecord("20\xB0 C"), {"   '20\xB0 C'     // ID String Bytes\n"}},
+      {Record(0x02, Bytes(27)), {"// Sensor Number\n" + body}},
+      // Its list names the type twice.
+      {Record(0x03, Bytes(12, 0xC0)), {"Sensor Number\n" + body, "   c0                 // Sensor Type\n"}},
+      {Record(0x09, Bytes(27)), {"// Contained Entity 1 Instance / Range 1 first entity instance\n" + body}},
+      {Record(0x10, Bytes(11)), {"// Access LUN / Bus ID\n" + body}},
+      {Record(0x11, Bytes(11)), {"// Channel Number\n" + body}},
+      {Record(0x12, Bytes(11)), {"// Channel Number\n" + body}},
+      {Record(0x13, Bytes(27, 0xAB)),
+       {"// Device Revision\n" + body,
+        "   ababab             // Manufacturer ID\n   abab               // Product ID\n",
+        "   ab ab ab ab ab ab ab ab ab ab ab ab ab ab ab ab        // Device GUID\n"}},
+      {Record(0xC0, {0x40, 0xE2, 0x01, 0x02, 0x41}),
+       {"   01e240             // Manufacturer ID\n" + body + "   02 41        // OEM Data\n"}},
+      {Record(0xC0, {0x40, 0xE2, 0x01, 'T', '2'}), {"   'T2'     // OEM Data\n"}},
+      {Record(0x14, Bytes(11, 0x01)),
+       {"// Record Length\n" + body + "   01                 // Message Channel 0 info\n"}},
+  };
+  for (const auto& [bytes, lines] : cases) {
+    text.clear();
+    ASSERT_EQ(Write(bytes), kSuccess);
+    for (const std::string& line : lines) EXPECT_NE(text.find(line), std::string::npos) << line << text;
   }
 }
 
@@ -160,38 +133,27 @@ TEST_F(RecordWriter, EveryRecordReadsBackWithItsWordsReversed) {
   for (std::uint8_t type : kAllTypes) {
     for (int round = 0; round < 100; ++round) {
       Bytes expected = RandomRecord(type, random);
-      machine.files.clear();
+      text.clear();
       ASSERT_EQ(Write(expected), kSuccess);
       std::swap(expected[0], expected[1]);
       if (auto places = reversed.find(type); places != reversed.end())
         for (auto [first, count] : places->second)
           std::reverse(expected.begin() + first - 1, expected.begin() + first - 1 + count);
-      ASSERT_EQ(ReadBack(), expected) << machine.files[kFile];
+      ASSERT_EQ(ReadBack(), expected) << text;
     }
   }
 }
 
-TEST_F(RecordWriter, NamesBeyondAsciiAreQuotedToo) {
-  ASSERT_EQ(Write(TemperatureRecord("20\xB0 C")), kSuccess);
-  EXPECT_NE(machine.files[kFile].find("   '20\xB0 C'     // ID String Bytes\n"), std::string::npos);
-}
-
 TEST_F(RecordWriter, AFileThatCannotBeWritten) {
-  machine.fileFailures[kFile] = uefi_status::kWriteProtected;
+  const std::string trace = "CSdrType08::WriteRecordToFile - Error Writing File";
+  machine.isFull = true;
   EXPECT_EQ(Write(AssociationRecord()), sdr_status::kCannotWriteFile);
-  EXPECT_EQ(machine.TraceLines().back(), "CSdrType08::WriteRecordToFile - Error Writing File");
-}
-
-TEST(RecordWriterOnAFullDisk, NamesTheWriteThenTheRecord) {
-  FullDisk machine;
-  PoolPtr<CSdr> record;
-  ASSERT_EQ(SdrUtility::CreateSDRTypeObject(0x08, record), kSuccess);
-  ASSERT_EQ(record->DecodeSDR(AssociationRecord()), kSuccess);
-  EXPECT_EQ(record->WriteRecordToFile(u"OUT.SDR"), sdr_status::kCannotWriteFile);
-  EXPECT_EQ(machine.TraceLines(),
-            (std::vector<std::string>{"CSdr::wfprintf - Error Writing File",
-                                      "CSdrType08::WriteRecordToFile - Error Writing File"}));
+  EXPECT_EQ(machine.TraceLines(), (std::vector<std::string>{"CSdr::wfprintf - Error Writing File", trace}));
+  machine.isFull = false;
+  machine.fileFailures["OUT.SDR"] = uefi_status::kWriteProtected;
+  EXPECT_EQ(Write(AssociationRecord()), sdr_status::kCannotWriteFile);
+  EXPECT_EQ(machine.TraceLines().back(), trace);
 }
 
 }  // namespace
-}  // namespace varnok
+}  // namespace varnok::testing

@@ -1,8 +1,14 @@
 #include "tests/sdr/records.h"
 
 #include <algorithm>
+#include <map>
 
 namespace varnok::testing {
+
+Bytes Joined(Bytes head, const Bytes& tail) {
+  head.insert(head.end(), tail.begin(), tail.end());
+  return head;
+}
 
 Bytes Record(std::uint8_t type, const Bytes& body, std::uint16_t id) {
   Bytes record(body.size() + 5);
@@ -39,27 +45,9 @@ Bytes AssociationRecord(std::uint16_t id) {
 
 Bytes RandomRecord(std::uint8_t type, std::mt19937& random) {
   auto below = [&random](unsigned limit) { return static_cast<std::uint8_t>(random() % limit); };
-  auto sizeOf = [&](std::uint8_t code) -> std::size_t {
-    switch (code) {
-      case 0x01:
-        return 48;
-      case 0x02:
-        return 32;
-      case 0x03:
-        return 17;
-      case 0x08:
-      case 0x14:
-        return 16;
-      case 0x09:
-      case 0x13:
-        return 32;
-      case 0xC0:
-        return 10U + below(55);
-      default:
-        return 16;
-    }
-  };
-  std::size_t size = sizeOf(type);
+  const std::map<int, std::size_t> sizes{{0x01, 48}, {0x02, 32}, {0x03, 17}, {0x09, 32}, {0x13, 32}};
+  auto found = sizes.find(type);
+  std::size_t size = found != sizes.end() ? found->second : type == 0xC0 ? 10U + below(55) : 16;
   bool isNamed = type <= 0x03 || (type >= 0x10 && type <= 0x12);
   std::size_t nameLength = isNamed ? below(31) : 0;
   Bytes record(size + nameLength);

@@ -12,6 +12,9 @@ namespace varnok::testing {
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// One behind the other.
+Bytes Joined(Bytes head, const Bytes& tail);
+
 /// Header and body; the record length follows from them.
 Bytes Record(std::uint8_t type, const Bytes& body, std::uint16_t id = 0x0012);
 /// A record whose ID string follows `body` and its type/length byte.

@@ -2,360 +2,220 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
+#include <tuple>
 
-#include "app/services/text.h"
 #include "platform/ipmi.h"
 #include "sdr/read_system.h"
-#include "sdr/utility.h"
 #include "tests/sdr/records.h"
 #include "tests/support/scripted_ipmi.h"
 
-namespace varnok {
+namespace varnok::testing {
 namespace {
 
-using testing::AssociationRecord;
-using testing::Bytes;
-using testing::ScriptedIpmi;
-using testing::TestFirmware;
+using namespace sdr_status;
 
-constexpr std::uint8_t kStorage = 0x0A;
-// One transaction gives up after so many attempts.
-constexpr int kAttempts = 11;
+/// One request to the repository and what becomes of it.
+struct Step {
+  std::uint8_t command;
+  Bytes data;
+  Bytes answer;
+  std::uint8_t code = 0;
+  bool isSent = true;
+};
+using Steps = std::vector<Step>;
+
+const Step kInfo{0x20, {}, {}};
+const Step kReserved{0x22, {}, {0xCD, 0xAB}};
+
+Step Answered(Step step, const Bytes& answer) {
+  step.answer = answer;
+  return step;
+}
+Step Refused(Step step) {
+  step.code = 0xC1;
+  return step;
+}
+Step NotSent(Step step) {
+  step.isSent = false;
+  return step;
+}
+
+/// A part of the record `asked`, answered with the ID of the record behind it.
+Step Get(const Bytes& record, std::size_t offset, std::size_t count, std::uint16_t asked = 0x0102,
+         std::uint16_t next = 0x0304) {
+  auto byte = [](std::size_t number) { return static_cast<std::uint8_t>(number); };
+  const Bytes part(record.begin() + offset, record.begin() + std::min(offset + count, record.size()));
+  return {0x23,
+          {0xCD, 0xAB, byte(asked), byte(asked >> 8), byte(offset), byte(count)},
+          Joined({byte(next), byte(next >> 8)}, part)};
+}
+Step Add(std::uint8_t id, std::uint8_t offset, std::uint8_t isLast, const Bytes& bytes,
+         const Bytes& answer = {}) {
+  return {0x25, Joined({0xCD, 0xAB, id, 0, offset, isLast}, bytes), answer};
+}
+Step Clear(std::uint8_t action, const Bytes& answer) {
+  return {0x27, {0xCD, 0xAB, 'C', 'L', 'R', action}, answer};
+}
 
 struct Repository : ::testing::Test {
   TestFirmware machine;
   std::array<std::uint8_t, SdrReadSystem::kRecordCapacity> record{};
-  std::uint16_t recordId = 0x0102;
+  std::uint16_t recordId = 0;
 
-  /// The last trace line.
-  std::string Failure() { return machine.TraceLines().empty() ? "" : machine.TraceLines().back(); }
-  static void Refuse(ScriptedIpmi& bmc, std::uint8_t command, const Bytes& data, std::uint8_t code) {
-    for (int i = 0; i < kAttempts; ++i) bmc.Expect(kStorage, command, data).Reply({}, code);
-  }
-  static void LoseSend(ScriptedIpmi& bmc, std::uint8_t command, const Bytes& data) {
-    for (int i = 0; i < 4; ++i) bmc.ExpectRefused(kStorage, command, data);
+  Status Play(const Steps& steps, const std::function<Status()>& operation) {
+    ScriptedIpmi bmc(machine);
+    for (const Step& step : steps) {
+      // One transaction gives up after so many attempts.
+      for (int i = 0; i < (step.code == 0 ? 1 : 11) && step.isSent; ++i)
+        bmc.Expect(0x0A, step.command, step.data).Reply(step.answer, step.code);
+      for (int i = 0; i < 4 && !step.isSent; ++i) bmc.ExpectRefused(0x0A, step.command, step.data);
+    }
+    record.fill(0);
+    recordId = 0x0102;
+    LastFailingRecordId = 0;
+    return operation();
   }
 };
 
-Bytes Joined(Bytes head, const Bytes& tail) {
-  head.insert(head.end(), tail.begin(), tail.end());
-  return head;
-}
-
-/// A part of a record behind its next-record ID.
-Bytes Part(const Bytes& record, std::size_t offset, std::size_t count) {
-  return Joined({0x04, 0x03}, Bytes(record.begin() + offset, record.begin() + offset + count));
-}
-
 TEST_F(Repository, PropertiesAreTakenApart) {
-  ScriptedIpmi bmc(machine);
-  bmc.Expect(kStorage, 0x20)
-      .Reply({0x51, 0x02, 0x01, 0x04, 0x03, 0x08, 0x07, 0x06, 0x05, 0x0C, 0x0B, 0x0A, 0x09, 0x22});
-  SdrRepositoryInfo info;
-  info.extra = 7;
-  ASSERT_EQ(SdrReadSystem::LoadSdrProperties(info), kSuccess);
-  EXPECT_EQ(info.version, 0x51);
-  EXPECT_EQ(info.recordCount, 0x0102);
-  EXPECT_EQ(info.freeSpace, 0x0304);
-  EXPECT_EQ(info.lastAddition, 0x05060708U);
-  EXPECT_EQ(info.lastErase, 0x090A0B0CU);
-  EXPECT_EQ(info.support, 0x22);
-  EXPECT_EQ(info.extra, 0);
-}
-
-TEST_F(Repository, PropertiesThatDoNotArriveAreZero) {
-  ScriptedIpmi bmc(machine);
-  // The bytes of a longer answer that was not accepted do not shine through.
-  bmc.Expect(kStorage, 0x20).Reply(Bytes(14, 0xEE), 0xC0);
-  bmc.Expect(kStorage, 0x20).Reply({0x51, 0x02});
-  SdrRepositoryInfo info;
-  ASSERT_EQ(SdrReadSystem::LoadSdrProperties(info), kSuccess);
+  SdrRepositoryInfo info{.extra = 7};
+  auto load = [&info] { return SdrReadSystem::LoadSdrProperties(info); };
+  const Bytes answer{0x51, 0x02, 0x01, 0x04, 0x03, 0x08, 0x07, 0x06, 0x05, 0x0C, 0x0B, 0x0A, 0x09, 0x22};
+  ASSERT_EQ(Play({Answered(kInfo, answer)}, load), kSuccess);
+  EXPECT_EQ(std::tie(info.version, info.recordCount, info.freeSpace, info.support, info.extra),
+            std::tuple(0x51, 0x0102, 0x0304, 0x22, 0));
+  EXPECT_EQ(std::tie(info.lastAddition, info.lastErase), std::tuple(0x05060708U, 0x090A0B0CU));
+  ASSERT_EQ(Play({Answered(kInfo, {0x51, 0x02})}, load), kSuccess) << "what does not arrive is 0";
   EXPECT_EQ(info.recordCount, 2);
   EXPECT_EQ(info.support, 0);
 }
 
-TEST_F(Repository, ReadsHeaderThenPieces) {
-  ScriptedIpmi bmc(machine);
-  const Bytes bytes = testing::TemperatureRecord("Inlet");  // 53 bytes
-  bmc.Expect(kStorage, 0x22).Reply({0xCD, 0xAB});
-  bmc.Expect(kStorage, 0x23, {0xCD, 0xAB, 0x02, 0x01, 0, 5}).Reply(Part(bytes, 0, 5));
-  bmc.Expect(kStorage, 0x23, {0xCD, 0xAB, 0x02, 0x01, 5, 16}).Reply(Part(bytes, 5, 16));
-  bmc.Expect(kStorage, 0x23, {0xCD, 0xAB, 0x02, 0x01, 21, 16}).Reply(Part(bytes, 21, 16));
-  bmc.Expect(kStorage, 0x23, {0xCD, 0xAB, 0x02, 0x01, 37, 16}).Reply(Part(bytes, 37, 16));
-  ASSERT_EQ(SdrReadSystem::ReadRecFromBMC(record, recordId), kSuccess);
-  EXPECT_EQ(recordId, 0x0304);
-  EXPECT_EQ(Bytes(record.begin(), record.begin() + 53), bytes);
-  EXPECT_EQ(record[53], 0);
-}
-
-TEST_F(Repository, ARecordWithoutABodyIsReadByItsHeader) {
-  ScriptedIpmi bmc(machine);
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x23, {1, 0, 0x02, 0x01, 0, 5}).Reply({0xFF, 0xFF, 9, 0, 0x51, 0xC0, 0});
-  EXPECT_EQ(SdrReadSystem::ReadRecFromBMC(record, recordId), kSuccess);
-  EXPECT_EQ(recordId, 0xFFFF);
-}
-
-TEST_F(Repository, ARecordPast255BytesTakesOneRequestAndStaysInItsBuffer) {
-  ScriptedIpmi bmc(machine);
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x23, {1, 0, 0x02, 0x01, 0, 5}).Reply({0xFF, 0xFF, 9, 0, 0x51, 0xC0, 255});
-  bmc.Expect(kStorage, 0x23, {1, 0, 0x02, 0x01, 5, 255}).Reply(Bytes(64, 0xAA));
-  ASSERT_EQ(SdrReadSystem::ReadRecFromBMC(record, recordId), kSuccess);
-  EXPECT_EQ(record[5 + 61], 0xAA);
-  EXPECT_EQ(record[5 + 62], 0x00);
-}
-
-TEST_F(Repository, AnAnswerLongerThanAskedForIsCut) {
-  ScriptedIpmi bmc(machine);
-  const Bytes bytes = AssociationRecord();
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x23, {1, 0, 0x02, 0x01, 0, 5}).Reply(Joined(Part(bytes, 0, 5), Bytes(57, 0xEE)));
-  bmc.Expect(kStorage, 0x23, {1, 0, 0x02, 0x01, 5, 11}).Reply(Joined(Part(bytes, 5, 11), Bytes(51, 0xEE)));
-  ASSERT_EQ(SdrReadSystem::ReadRecFromBMC(record, recordId), kSuccess);
-  EXPECT_EQ(Bytes(record.begin(), record.begin() + 16), bytes);
-  EXPECT_EQ(record[16], 0);
-}
-
-struct ReadFault {
-  const char* what;
-  std::function<void(ScriptedIpmi&)> script;
-  Status status;
-  const char* reason;
-};
-
-TEST_F(Repository, EveryFailedReadHasItsStatusAndTrace) {
-  const Bytes bytes = AssociationRecord();
-  const Bytes header{1, 0, 0x02, 0x01, 0, 5};
-  const Bytes rest{1, 0, 0x02, 0x01, 5, 11};
-  auto reserved = [](ScriptedIpmi& bmc) -> ScriptedIpmi& { return bmc.Expect(kStorage, 0x22).Reply({1, 0}); };
-  auto headerRead = [&](ScriptedIpmi& bmc) {
-    reserved(bmc).Expect(kStorage, 0x23, header).Reply(Part(bytes, 0, 5));
+TEST_F(Repository, RecordsAreReadByTheirHeaderAndThenInPieces) {
+  const Bytes named = TemperatureRecord("Inlet");  // 53 bytes
+  const Bytes bodyless{9, 0, 0x51, 0xC0, 0};
+  const Bytes overlong = Joined({9, 0, 0x51, 0xC0, 255}, Bytes(62, 0xAA));
+  Bytes padded = Joined(AssociationRecord(), Bytes(46, 0xEE));
+  Step header = Get(padded, 0, 62), rest = Get(padded, 5, 62);
+  header.data[5] = 5;
+  rest.data[5] = 11;
+  const std::tuple<const char*, Steps, Bytes> cases[] = {
+      {"four pieces",
+       {kReserved, Get(named, 0, 5), Get(named, 5, 16), Get(named, 21, 16), Get(named, 37, 16)},
+       named},
+      {"no body", {kReserved, Get(bodyless, 0, 5)}, bodyless},
+      {"past 255 bytes, as much as fits", {kReserved, Get(overlong, 0, 5), Get(overlong, 5, 255)}, overlong},
+      {"longer answers than asked for", {kReserved, header, rest}, AssociationRecord()},
   };
-  const ReadFault faults[] = {
-      {"reserve refused", [](ScriptedIpmi& bmc) { Refuse(bmc, 0x22, {}, 0xC1); }, sdr_status::kCompletionCode,
-       "BMC Completion Code Error"},
-      {"reserve not sent", [](ScriptedIpmi& bmc) { LoseSend(bmc, 0x22, {}); }, sdr_status::kReserveFailed,
-       "Error Reading Reserve ID"},
-      {"reservation of 3 bytes",
-       [](ScriptedIpmi& bmc) {
-         bmc.Expect(kStorage, 0x22).Reply({1, 0, 0});
-       },
-       sdr_status::kBadReservation, "Bad Reserve ID Length"},
-      {"reservation empty", [](ScriptedIpmi& bmc) { bmc.Expect(kStorage, 0x22).Reply({}); },
-       sdr_status::kBadReservation, "Bad Reserve ID Length"},
-      {"header refused", [&](ScriptedIpmi& bmc) { Refuse(reserved(bmc), 0x23, header, 0xC5); },
-       sdr_status::kCompletionCode, "BMC Completion Code Error"},
-      {"header not sent", [&](ScriptedIpmi& bmc) { LoseSend(reserved(bmc), 0x23, header); },
-       sdr_status::kReadFailed, "Error Reading SDR"},
-      {"header empty", [&](ScriptedIpmi& bmc) { reserved(bmc).Expect(kStorage, 0x23, header).Reply({}); },
-       sdr_status::kReadFailed, "Error Reading SDR"},
-      {"header a byte short",
-       [&](ScriptedIpmi& bmc) { reserved(bmc).Expect(kStorage, 0x23, header).Reply(Part(bytes, 0, 4)); },
-       sdr_status::kReadFailed, "Error Reading SDR"},
-      {"piece refused", [&](ScriptedIpmi& bmc) { headerRead(bmc), Refuse(bmc, 0x23, rest, 0xCA); },
-       sdr_status::kCompletionCode, "BMC Completion Code Error"},
-      {"piece not sent", [&](ScriptedIpmi& bmc) { headerRead(bmc), LoseSend(bmc, 0x23, rest); },
-       sdr_status::kReadFailed, "Error Reading SDR"},
-      {"piece a byte short",
-       [&](ScriptedIpmi& bmc) {
-         headerRead(bmc), bmc.Expect(kStorage, 0x23, rest).Reply(Part(bytes, 5, 10));
-       },
-       sdr_status::kReadFailed, "Error Reading SDR"},
-      {"piece empty", [&](ScriptedIpmi& bmc) { headerRead(bmc), bmc.Expect(kStorage, 0x23, rest).Reply({}); },
-       sdr_status::kReadFailed, "Error Reading SDR"},
-  };
-  for (const ReadFault& fault : faults) {
-    SCOPED_TRACE(fault.what);
-    ScriptedIpmi bmc(machine);
-    fault.script(bmc);
-    recordId = 0x0102;
-    LastFailingRecordId = 0;
-    EXPECT_EQ(SdrReadSystem::ReadRecFromBMC(record, recordId), fault.status);
-    EXPECT_EQ(Failure(), std::string("SdrReadSystem::ReadRecFromBMC - ") + fault.reason);
-    EXPECT_EQ(LastFailingRecordId, fault.status == sdr_status::kReadFailed ? 0x0102U : 0U);
+  for (const auto& [what, steps, wanted] : cases) {
+    SCOPED_TRACE(what);
+    EXPECT_EQ(Play(steps, [&] { return SdrReadSystem::ReadRecFromBMC(record, recordId); }), kSuccess);
+    EXPECT_EQ(Bytes(record.begin(), record.begin() + wanted.size()), wanted);
+    EXPECT_EQ(record[wanted.size()], 0);
+    EXPECT_EQ(recordId, 0x0304);
   }
 }
 
-TEST_F(Repository, WritesInPiecesOfSixteen) {
-  ScriptedIpmi bmc(machine);
-  Bytes bytes(21);
-  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i + 1);
-  bmc.Expect(kStorage, 0x22).Reply({0xCD, 0xAB});
-  bmc.Expect(kStorage, 0x25, Joined({0xCD, 0xAB, 0, 0, 0, 0}, Bytes(bytes.begin(), bytes.begin() + 16)))
-      .Reply({0x34, 0x12});
-  // The ID that later answers name does not matter.
-  bmc.Expect(kStorage, 0x25, Joined({0xCD, 0xAB, 0x34, 0x12, 16, 1}, Bytes(bytes.begin() + 16, bytes.end())))
-      .Reply({0x99, 0x99});
-  EXPECT_EQ(SdrReadSystem::SendRecordToBMC(bytes), kSuccess);
+TEST_F(Repository, RecordsAreWrittenInPiecesOfSixteenUnderTheIdOfTheFirstAnswer) {
+  const Bytes first(16, 0x0A), second(16, 0x0B), third(5, 0x0C);
+  auto write = [&](const Bytes& bytes) { return [bytes] { return SdrReadSystem::SendRecordToBMC(bytes); }; };
+  EXPECT_EQ(Play({kReserved, Add(0, 0, 1, first)}, write(first)), kSuccess) << "one piece needs no ID";
+  EXPECT_EQ(Play({kReserved, Add(0, 0, 0, first, {0x34, 0}), Add(0x34, 16, 0, second, {0x99, 0x99}),
+                  Add(0x34, 32, 1, third)},
+                 write(Joined(first, Joined(second, third)))),
+            kSuccess);
 }
 
-TEST_F(Repository, ARecordOfSixteenBytesIsOneLastPiece) {
-  ScriptedIpmi bmc(machine);
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x25, Joined({1, 0, 0, 0, 0, 1}, AssociationRecord())).Reply({5, 0});
-  EXPECT_EQ(SdrReadSystem::SendRecordToBMC(AssociationRecord()), kSuccess);
-}
-
-TEST_F(Repository, EveryFailedWriteHasItsStatusAndTrace) {
-  const Bytes bytes = AssociationRecord();
-  const Bytes add = Joined({1, 0, 0, 0, 0, 1}, bytes);
-  auto reserved = [](ScriptedIpmi& bmc) -> ScriptedIpmi& { return bmc.Expect(kStorage, 0x22).Reply({1, 0}); };
-  const ReadFault faults[] = {
-      {"reserve refused", [](ScriptedIpmi& bmc) { Refuse(bmc, 0x22, {}, 0xC1); }, sdr_status::kCompletionCode,
-       "BMC Completion Code Error"},
-      {"reserve not sent", [](ScriptedIpmi& bmc) { LoseSend(bmc, 0x22, {}); }, sdr_status::kReserveFailed,
-       "Error Reading Reserve ID"},
-      {"reservation of a byte", [](ScriptedIpmi& bmc) { bmc.Expect(kStorage, 0x22).Reply({1}); },
-       sdr_status::kBadReservation, "Bad Reserve ID Length"},
-      {"piece refused", [&](ScriptedIpmi& bmc) { Refuse(reserved(bmc), 0x25, add, 0xC4); },
-       sdr_status::kCompletionCode, "BMC Completion Code Error"},
-      {"piece not sent", [&](ScriptedIpmi& bmc) { LoseSend(reserved(bmc), 0x25, add); },
-       sdr_status::kRequestFailed, "Error Reading SDR Info"},
-  };
-  for (const ReadFault& fault : faults) {
-    SCOPED_TRACE(fault.what);
-    ScriptedIpmi bmc(machine);
-    fault.script(bmc);
-    EXPECT_EQ(SdrReadSystem::SendRecordToBMC(bytes), fault.status);
-    EXPECT_EQ(Failure(), std::string("SdrReadSystem::SendRecordToBMC - ") + fault.reason);
+TEST_F(Repository, ClearPollsOnceASecondThreeTimesAtMost) {
+  const Step inProgress = Clear(0x00, {0x10});
+  for (const auto& [steps, seconds] :
+       {std::pair<Steps, unsigned>{{kReserved, Clear(0xAA, {0}), inProgress, Clear(0x00, {1})}, 2},
+        {{kReserved, Clear(0xAA, {}), inProgress, inProgress, inProgress}, 3}}) {
+    machine.console.clear();
+    machine.waitedMicroseconds = 0;
+    EXPECT_EQ(Play(steps, SdrReadSystem::ClearSDRRepository), kSuccess);
+    EXPECT_EQ(machine.console, "\n\nClearing SDR repository\n\n");
+    EXPECT_EQ(machine.waitedMicroseconds, seconds * 1'000'000U);
   }
 }
 
-TEST_F(Repository, OnlyMorePiecesNeedTheRecordsId) {
-  ScriptedIpmi bmc(machine);
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x25, Joined({1, 0, 0, 0, 0, 1}, AssociationRecord())).Reply({});
-  EXPECT_EQ(SdrReadSystem::SendRecordToBMC(AssociationRecord()), kSuccess);
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x25, Joined({1, 0, 0, 0, 0, 0}, Bytes(16, 0xAA))).Reply({5});
-  EXPECT_EQ(SdrReadSystem::SendRecordToBMC(Bytes(17, 0xAA)), sdr_status::kRequestFailed);
-  EXPECT_EQ(Failure(), "SdrReadSystem::SendRecordToBMC - Error Reading SDR Info");
-}
-
-const Bytes kStartErase{1, 0, 'C', 'L', 'R', 0xAA};
-const Bytes kEraseState{1, 0, 'C', 'L', 'R', 0x00};
-
-TEST_F(Repository, ClearPollsOnceASecondUntilErased) {
-  ScriptedIpmi bmc(machine);
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x27, kStartErase).Reply({0});
-  bmc.Expect(kStorage, 0x27, kEraseState).Reply({0x11});  // in progress, whatever the other bits say
-  bmc.Expect(kStorage, 0x27, kEraseState).Reply({1});
-  EXPECT_EQ(SdrReadSystem::ClearSDRRepository(), kSuccess);
-  EXPECT_EQ(machine.console, "\n\nClearing SDR repository\n\n");
-  EXPECT_EQ(machine.waitedMicroseconds, 2'000'000U);
-}
-
-TEST_F(Repository, ClearThatNeverEndsCountsAsDoneAfterThreePolls) {
-  ScriptedIpmi bmc(machine);
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x27, kStartErase).Reply({});
-  for (int poll = 0; poll < 3; ++poll) bmc.Expect(kStorage, 0x27, kEraseState).Reply({0});
-  EXPECT_EQ(SdrReadSystem::ClearSDRRepository(), kSuccess);
-  EXPECT_EQ(machine.waitedMicroseconds, 3'000'000U);
-}
-
-TEST_F(Repository, EveryFailedClearHasItsStatusAndTrace) {
-  auto reserved = [](ScriptedIpmi& bmc) -> ScriptedIpmi& { return bmc.Expect(kStorage, 0x22).Reply({1, 0}); };
-  auto started = [&](ScriptedIpmi& bmc) -> ScriptedIpmi& {
-    return reserved(bmc).Expect(kStorage, 0x27, kStartErase).Reply({0});
-  };
-  const ReadFault faults[] = {
-      {"reserve refused", [](ScriptedIpmi& bmc) { Refuse(bmc, 0x22, {}, 0xC1); }, sdr_status::kCompletionCode,
-       "BMC Completion Code Error"},
-      {"reserve not sent", [](ScriptedIpmi& bmc) { LoseSend(bmc, 0x22, {}); }, sdr_status::kReserveFailed,
-       "Error Reading Reserve ID"},
-      {"reservation of 3 bytes",
-       [](ScriptedIpmi& bmc) {
-         bmc.Expect(kStorage, 0x22).Reply({1, 0, 0});
-       },
-       sdr_status::kBadReservation, "Bad Reserve ID Length"},
-      {"start refused", [&](ScriptedIpmi& bmc) { Refuse(reserved(bmc), 0x27, kStartErase, 0xC5); },
-       sdr_status::kCompletionCode, "BMC Completion Code Error"},
-      {"start not sent", [&](ScriptedIpmi& bmc) { LoseSend(reserved(bmc), 0x27, kStartErase); },
-       sdr_status::kRequestFailed, "Error Reading SDR Info"},
-      {"poll refused", [&](ScriptedIpmi& bmc) { Refuse(started(bmc), 0x27, kEraseState, 0xC5); },
-       sdr_status::kRequestFailed, "Error Reading SDR Info"},
-  };
-  for (const ReadFault& fault : faults) {
-    SCOPED_TRACE(fault.what);
-    ScriptedIpmi bmc(machine);
-    fault.script(bmc);
-    EXPECT_EQ(SdrReadSystem::ClearSDRRepository(), fault.status);
-    EXPECT_EQ(Failure(), std::string("SdrReadSystem::ClearSDRRepository - ") + fault.reason);
-  }
-}
-
-TEST_F(Repository, FailedPropertiesAreTracedUnderAnotherName) {
+TEST_F(Repository, EveryFailureHasItsStatusAndTrace) {
+  using Operation = std::pair<std::string, std::function<Status()>>;
+  const Bytes plain = AssociationRecord(), longer(17, 0x0A);
   SdrRepositoryInfo info;
-  {
-    ScriptedIpmi bmc(machine);
-    Refuse(bmc, 0x20, {}, 0xC1);
-    EXPECT_EQ(SdrReadSystem::LoadSdrProperties(info), sdr_status::kCompletionCode);
-    EXPECT_EQ(Failure(), "SdrReadSystem::CountIPMI10SDRTypes - BMC Completion Code Error");
+  const Operation load{"CountIPMI10SDRTypes", [&] { return SdrReadSystem::LoadSdrProperties(info); }};
+  const Operation read{"ReadRecFromBMC", [&] { return SdrReadSystem::ReadRecFromBMC(record, recordId); }};
+  const Operation write{"SendRecordToBMC", [&] { return SdrReadSystem::SendRecordToBMC(longer); }};
+  const Operation clear{"ClearSDRRepository", SdrReadSystem::ClearSDRRepository};
+  const Step header = Get(plain, 0, 5), rest = Get(plain, 5, 11);
+  const Step add = Add(0, 0, 0, Bytes(16, 0x0A)), start = Clear(0xAA, {0}), poll = Clear(0x00, {0});
+  const Bytes fourBytes = Get(plain, 0, 4).answer, tenBytes = Get(plain, 5, 10).answer;
+  std::vector<std::tuple<const char*, Operation, Steps, Status>> failures{
+      {"info refused", load, {Refused(kInfo)}, kCompletionCode},
+      {"info not sent", load, {NotSent(kInfo)}, kRequestFailed},
+      {"header refused", read, {kReserved, Refused(header)}, kCompletionCode},
+      {"header not sent", read, {kReserved, NotSent(header)}, kReadFailed},
+      {"header empty", read, {kReserved, Answered(header, {})}, kReadFailed},
+      {"header a byte short", read, {kReserved, Answered(header, fourBytes)}, kReadFailed},
+      {"rest refused", read, {kReserved, header, Refused(rest)}, kCompletionCode},
+      {"rest not sent", read, {kReserved, header, NotSent(rest)}, kReadFailed},
+      {"rest a byte short", read, {kReserved, header, Answered(rest, tenBytes)}, kReadFailed},
+      {"piece refused", write, {kReserved, Refused(add)}, kCompletionCode},
+      {"piece not sent", write, {kReserved, NotSent(add)}, kRequestFailed},
+      {"half an ID for the second piece", write, {kReserved, Answered(add, {5})}, kRequestFailed},
+      {"start refused", clear, {kReserved, Refused(start)}, kCompletionCode},
+      {"start not sent", clear, {kReserved, NotSent(start)}, kRequestFailed},
+      {"poll refused", clear, {kReserved, start, Refused(poll)}, kRequestFailed},
+  };
+  for (const Operation& each : {read, write, clear}) {
+    failures.push_back({"reserve refused", each, {Refused(kReserved)}, kCompletionCode});
+    failures.push_back({"reserve not sent", each, {NotSent(kReserved)}, kReserveFailed});
+    failures.push_back({"ID of 3 bytes", each, {Answered(kReserved, {1, 0, 0})}, kBadReservation});
+    failures.push_back({"ID of 1 byte", each, {Answered(kReserved, {1})}, kBadReservation});
   }
-  ScriptedIpmi bmc(machine);
-  LoseSend(bmc, 0x20, {});
-  EXPECT_EQ(SdrReadSystem::LoadSdrProperties(info), sdr_status::kRequestFailed);
-  EXPECT_EQ(Failure(), "SdrReadSystem::CountIPMI10SDRTypes - Error Reading SDR Info");
+  const std::map<Status, std::string> reasons{{kCompletionCode, "BMC Completion Code Error"},
+                                              {kRequestFailed, "Error Reading SDR Info"},
+                                              {kReadFailed, "Error Reading SDR"},
+                                              {kReserveFailed, "Error Reading Reserve ID"},
+                                              {kBadReservation, "Bad Reserve ID Length"}};
+  for (const auto& [what, operation, steps, status] : failures) {
+    SCOPED_TRACE(operation.first + ", " + what);
+    EXPECT_EQ(Play(steps, operation.second), status);
+    EXPECT_EQ(machine.TraceLines().back(),
+              "SdrReadSystem::" + operation.first + " - " + reasons.at(status));
+    EXPECT_EQ(LastFailingRecordId, status == kReadFailed ? 0x0102U : 0U);
+  }
 }
 
-/// Expects the read of a record of 16 bytes under `asked`, whose successor is `next`.
-void ExpectRecord(ScriptedIpmi& bmc, std::uint8_t asked, std::uint16_t next, const Bytes& bytes) {
-  const Bytes nextId{static_cast<std::uint8_t>(next), static_cast<std::uint8_t>(next >> 8)};
-  bmc.Expect(kStorage, 0x22).Reply({1, 0});
-  bmc.Expect(kStorage, 0x23, {1, 0, asked, 0, 0, 5})
-      .Reply(Joined(nextId, Bytes(bytes.begin(), bytes.begin() + 5)));
-  bmc.Expect(kStorage, 0x23, {1, 0, asked, 0, 5, 11})
-      .Reply(Joined(nextId, Bytes(bytes.begin() + 5, bytes.end())));
+/// Reads of records of 16 bytes, each given by its ID and the next one: associations, and one more.
+Steps Reads(std::initializer_list<std::pair<int, int>> ids, const Bytes& last = AssociationRecord()) {
+  Steps steps;
+  for (const auto& each : ids) {
+    const Bytes record = &each == ids.end() - 1 ? last : AssociationRecord();
+    const auto asked = static_cast<std::uint16_t>(each.first), next = static_cast<std::uint16_t>(each.second);
+    steps.insert(steps.end(), {kReserved, Get(record, 0, 5, asked, next), Get(record, 5, 11, asked, next)});
+  }
+  return steps;
 }
 
-TEST_F(Repository, WalkStartsAtRecord0AndFollowsTheIds) {
-  ScriptedIpmi bmc(machine);
-  ExpectRecord(bmc, 0, 7, AssociationRecord(3));
-  ExpectRecord(bmc, 7, 0xFFFF, AssociationRecord(7));
-  SdrTypeList lists;
-  EXPECT_EQ(SdrReadSystem::LoadSdrRecordsToList(lists), kSuccess);
-  ASSERT_EQ(lists[3].size(), 2U);
-  EXPECT_EQ(lists[3].back()->Header().recordId, 7);
-}
-
-TEST_F(Repository, WalkEndsWhereNextIdsGoRound) {
-  ScriptedIpmi bmc(machine);
-  ExpectRecord(bmc, 0, 7, AssociationRecord(3));
-  ExpectRecord(bmc, 7, 8, AssociationRecord(7));
-  ExpectRecord(bmc, 8, 7, AssociationRecord(8));
-  SdrTypeList lists;
-  EXPECT_EQ(SdrReadSystem::LoadSdrRecordsToList(lists), sdr_status::kReadFailed);
-  EXPECT_EQ(lists[3].size(), 3U);
-  EXPECT_EQ(LastFailingRecordId, 8U);
-  EXPECT_EQ(Failure(), "SdrReadSystem::LoadSdrRecordsToList - Error Reading SDR");
-}
-
-TEST_F(Repository, WalkEndsAtARecordThatItCannotTake) {
-  {
-    ScriptedIpmi bmc(machine);
-    ExpectRecord(bmc, 0, 7, testing::Record(0x04, Bytes(11)));
+TEST_F(Repository, WalkFollowsTheIdsToTheirEndOrToARecordThatItCannotTake) {
+  Steps failing = Reads({{0, 7}});
+  failing.push_back(Answered(kReserved, {1}));
+  const std::tuple<const char*, Steps, Status, std::size_t> cases[] = {
+      {"to the end", Reads({{0, 7}, {7, 0xFFFF}}), kSuccess, 2},
+      {"an unknown type", Reads({{0, 7}}, Record(0x04, Bytes(11))), kTypeNotSupported, 0},
+      {"a bad length", Reads({{0, 7}, {7, 8}}, Record(0x13, Bytes(11))), kBadRecordLength, 1},
+      {"a failed read", failing, kBadReservation, 1},
+      {"in a circle", Reads({{0, 7}, {7, 8}, {8, 7}}), kReadFailed, 3},
+  };
+  for (const auto& [what, steps, status, count] : cases) {
     SdrTypeList lists;
-    EXPECT_EQ(SdrReadSystem::LoadSdrRecordsToList(lists), sdr_status::kTypeNotSupported);
+    EXPECT_EQ(Play(steps, [&] { return SdrReadSystem::LoadSdrRecordsToList(lists); }), status) << what;
+    EXPECT_EQ(lists[3].size(), count) << what;
   }
-  ScriptedIpmi bmc(machine);
-  ExpectRecord(bmc, 0, 7, AssociationRecord());
-  ExpectRecord(bmc, 7, 8, testing::Record(0x13, Bytes(11)));
-  SdrTypeList lists;
-  EXPECT_EQ(SdrReadSystem::LoadSdrRecordsToList(lists), sdr_status::kBadRecordLength);
-  EXPECT_EQ(lists[3].size(), 1U);
-}
-
-TEST_F(Repository, WalkReturnsTheStatusOfAFailedRead) {
-  ScriptedIpmi bmc(machine);
-  ExpectRecord(bmc, 0, 7, AssociationRecord());
-  bmc.Expect(kStorage, 0x22).Reply({1});
-  SdrTypeList lists;
-  EXPECT_EQ(SdrReadSystem::LoadSdrRecordsToList(lists), sdr_status::kBadReservation);
-  EXPECT_EQ(lists[3].size(), 1U);
+  EXPECT_EQ(LastFailingRecordId, 8U);
+  EXPECT_EQ(machine.TraceLines().back(), "SdrReadSystem::LoadSdrRecordsToList - Error Reading SDR");
 }
 
 }  // namespace
-}  // namespace varnok
+}  // namespace varnok::testing

@@ -1,16 +1,24 @@
 // A board in a temporary folder, and requests to it over the IPMI protocol's Send and Receive.
+//
+//   OpenBmc(R"("frus": [{"id": 0, "file": "a.bin", "readOnly": true}])");
+//   Converse({{"0A/0 12 00 00 00 58", "80"}, {"0A/0 11 00 00 00 01", "00 01 61"}});
 #pragma once
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
 #include <memory>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "sim/board.h"
@@ -19,16 +27,8 @@ namespace varnok::testing {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// What Send and Receive gave.
-struct Reply {
-  Status sendStatus = kSuccess;
-  Status receiveStatus = kSuccess;
-  std::uint8_t netFunction = 0;
-  std::uint8_t lun = 0;
-  std::uint8_t command = 0;
-  std::uint8_t completionCode = 0;
-  Bytes data;
-};
+/// Requests and their answers, as Ask takes and gives them.
+using Conversation = std::vector<std::pair<std::string, std::string>>;
 
 class BoardTest : public ::testing::Test {
  protected:
@@ -52,6 +52,10 @@ class BoardTest : public ::testing::Test {
     WriteFile("board.json", json);
     Open();
   }
+  /// As OpenWith; the BMC has these keys, and the board others besides.
+  void OpenBmc(const std::string& keys, const std::string& others = "") {
+    OpenWith(R"({"smbios": "", "bmc": {)" + keys + "}" + others + "}");
+  }
   void OpenDefault() {
     std::string error;
     ASSERT_TRUE(sim::Board::CreateDefault(folder, error)) << error;
@@ -70,28 +74,55 @@ class BoardTest : public ::testing::Test {
     return error;
   }
 
-  Status Send(std::uint8_t netFunction, std::uint8_t command, const Bytes& data, std::uint8_t lun = 0) {
+  /// The answer that waits: completion code and data, or "lost" or "too long"; behind a request, an answer to
+  /// another command names that.
+  std::string Receive(std::optional<std::array<std::uint8_t, 3>> asked = {}) {
     IpmiProtocol* ipmi = board->InstalledIpmi();
-    return ipmi->Send(ipmi, netFunction, lun, command, data.data(), static_cast<std::uint32_t>(data.size()));
+    std::uint8_t netFunction = 0, lun = 0, command = 0, code = 0;
+    Bytes data(64);
+    auto length = static_cast<std::uint32_t>(data.size());
+    const Status status = ipmi->Receive(ipmi, &netFunction, &lun, &command, &code, data.data(), &length);
+    if (status != kSuccess) return status == uefi_status::kBufferTooSmall ? "too long" : "lost";
+    data.resize(length);
+    std::ostringstream answer;
+    answer << std::hex << std::uppercase << std::setfill('0');
+    if (asked && *asked != std::array{netFunction, lun, command})
+      answer << std::setw(2) << int{command} << ": ";
+    answer << std::setw(2) << int{code};
+    for (std::uint8_t byte : data) answer << ' ' << std::setw(2) << int{byte};
+    return answer.str();
   }
-  Reply Receive() {
+  /// As Receive, behind a request; "refused" when it is not sent.
+  std::string Exchange(int netFunction, int command, const Bytes& data, int lun = 0) {
+    auto narrow = [](int number) { return static_cast<std::uint8_t>(number); };
     IpmiProtocol* ipmi = board->InstalledIpmi();
-    Reply reply;
-    reply.data.resize(64);
-    auto length = static_cast<std::uint32_t>(reply.data.size());
-    reply.receiveStatus = ipmi->Receive(ipmi, &reply.netFunction, &reply.lun, &reply.command,
-                                        &reply.completionCode, reply.data.data(), &length);
-    reply.data.resize(reply.receiveStatus == kSuccess ? length : 0);
-    return reply;
+    const Status status = ipmi->Send(ipmi, narrow(netFunction), narrow(lun), narrow(command), data.data(),
+                                     static_cast<std::uint32_t>(data.size()));
+    if (status != kSuccess) return "refused";
+    return Receive({{narrow(netFunction + 1), narrow(lun), narrow(command)}});
   }
-  Reply Exchange(std::uint8_t netFunction, std::uint8_t command, const Bytes& data, std::uint8_t lun = 0) {
-    const Status status = Send(netFunction, command, data, lun);
-    if (status != kSuccess) {
-      Reply refused;
-      refused.sendStatus = status;
-      return refused;
+  /// A request as the traffic log shows it, net function and LUN first. "fetch" is Receive alone; "wait 500"
+  /// lets so many milliseconds pass and gives nothing.
+  std::string Ask(const std::string& request) {
+    if (request == "fetch") return Receive();
+    if (request.starts_with("wait ")) {
+      board->Stall(std::stoull(request.substr(5)) * 1000, StallKind::Waiting);
+      return "";
     }
-    return Receive();
+    std::istringstream text(request);
+    int netFunction = 0, lun = 0, command = 0, byte = 0;
+    char slash = 0;
+    text >> std::hex >> netFunction >> slash >> lun >> command;
+    Bytes data;
+    while (text >> byte) data.push_back(static_cast<std::uint8_t>(byte));
+    return Exchange(netFunction, command, data, lun);
+  }
+  void Converse(const Conversation& conversation) {
+    for (const auto& [request, answer] : conversation) EXPECT_EQ(Ask(request), answer) << request;
+  }
+  std::string TextOf(const std::string& name) {
+    const Bytes bytes = ReadFile(name);
+    return std::string(bytes.begin(), bytes.end());
   }
 
   std::filesystem::path folder;

@@ -10,85 +10,71 @@
 namespace varnok::testing {
 namespace {
 
-/// The error without the path of board.json in front.
-std::string Behind(const std::filesystem::path& folder, const std::string& error) {
-  const std::string prefix = (folder / "board.json").string() + ": ";
-  return error.starts_with(prefix) ? error.substr(prefix.size()) : error;
-}
-
-TEST_F(BoardTest, EmptyConfigurationIsABoard) {
-  OpenWith(R"({"smbios": ""})");
-  EXPECT_EQ(Exchange(0x06, 0x01, {}).completionCode, 0);
-  EXPECT_TRUE(board->SmbiosEntryPoint().empty());
-  const WallClock now = board->Now();
-  EXPECT_EQ(now.year, 2026);
-  EXPECT_EQ(now.hour, 8);
-}
-
 TEST_F(BoardTest, EveryErrorNamesItsKey) {
   WriteFile("a.bin", "abcdefgh");
   std::filesystem::create_directory(folder / "d");
-  const std::map<std::string, std::string> cases = {
-      {R"([])", "the whole: must be an object"},
-      {R"({"smbios": "", "extra": 1})", "extra: unknown key"},
-      {R"({"smbios": "", "bmc": {"identity": {"deviceID": 1}}})", "bmc.identity.deviceID: unknown key"},
-      {R"({"smbios": "", "bmc": {"identity": {"deviceId": 256}}})",
-       "bmc.identity.deviceId: 256 is not a number from 0 to 255"},
-      {R"({"smbios": "", "bmc": {"identity": {"deviceId": -1}}})",
-       "bmc.identity.deviceId: -1 is not a number from 0 to 255"},
-      {R"({"smbios": "", "bmc": {"identity": {"productId": "0xZZ"}}})",
-       "bmc.identity.productId: \"0xZZ\" is not a number from 0 to 65535"},
-      {R"({"smbios": "", "bmc": {"identity": {"ipmiVersion": "2"}}})",
-       "bmc.identity.ipmiVersion: \"2\" is not a version like \"2.0\""},
-      {R"({"smbios": "", "bmc": {"identity": {"auxiliary": [1]}}})",
-       "bmc.identity.auxiliary: must be an array of 4 bytes"},
-      {R"({"smbios": "", "bmc": {"identity": {"providesSdrs": 1}}})",
-       "bmc.identity.providesSdrs: must be true or false"},
-      {R"({"smbios": "", "bmc": {"frus": {}}})", "bmc.frus: must be an array of objects"},
-      {R"({"smbios": "", "bmc": {"frus": [{"id": 0}]}})", "bmc.frus[0].file: is missing"},
-      {R"({"smbios": "", "bmc": {"frus": [{"file": "a.bin"}]}})", "bmc.frus[0].id: is missing"},
-      {R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": 7}]}})", "bmc.frus[0].file: must be a text"},
-      {R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": "a.bin"}, {"id": 0, "file": "a.bin"}]}})",
-       "bmc.frus[1].id: is taken by another device of this controller"},
-      {R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": "a.bin", "access": "bit"}]}})",
-       "bmc.frus[0].access: must be \"byte\" or \"word\""},
-      {R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": "a.bin", "size": 4}]}})",
-       "bmc.frus[0].file: a.bin holds 8 bytes, the device 4"},
-      {R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": "../a.bin"}]}})",
-       "bmc.frus[0].file: \"../a.bin\" is not the name of a file inside the folder"},
-      {R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": "gone.bin"}]}})",
-       "bmc.frus[0].file: " + (folder / "gone.bin").string() + ": cannot be read: No such file or directory"},
-      {R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": "d"}]}})",
-       "bmc.frus[0].file: " + (folder / "d").string() + ": is a folder, not a file"},
-      {R"({"smbios": "", "bmc": {"eeproms": [{"kind": "24C02"}]}})",
-       "bmc.eeproms[0].kind: must be \"AT24C02\" or \"DS1624S\""},
-      {R"({"smbios": "", "bmc": {"eeproms": [{"kind": "AT24C02", "bus": 1, "address": 161, "file": "a.bin"}]}})",
-       "bmc.eeproms[0].address: must be even: bit 0 is the read/write bit"},
-      {R"({"smbios": "", "controllers": [{"address": 32}]})", "controllers[0].address: is the BMC's own"},
-      {R"({"smbios": "", "controllers": [{"address": 192}, {"address": 192}]})",
-       "controllers[1].address: is taken by another controller of this channel"},
-      {R"({"smbios": "", "controllers": [{"address": 192, "transferMode": {}}]})",
-       "controllers[0].transferMode: unknown key"},
-      {R"({"smbios": "", "bmc": {"sensors": [{"reading": [0]}]}})", "bmc.sensors[0].number: is missing"},
-      {R"({"smbios": "", "bmc": {"sensors": [{"number": 1, "reading": [0, 256]}]}})",
-       "bmc.sensors[0].reading[1]: 256 is not a number from 0 to 255"},
-      {R"({"smbios": "", "bmc": {"lanParameters": [{"parameter": 3, "channel": 16}]}})",
-       "bmc.lanParameters[0].channel: 16 is not a number from 0 to 15"},
-      {R"({"smbios": "", "bmc": {"oem": [{"command": "0x15"}]}})",
-       "bmc.oem[0].command: must be 0x14, 0x93, 0x94 or 0x97"},
-      {R"({"smbios": "", "bmc": {"keyValues": [{"key": "", "value": "x"}]}})",
-       "bmc.keyValues[0].key: must have 1 to 56 bytes"},
-      {R"({"smbios": "", "controllers": [{"address": 192, "sensors": []}]})",
-       "controllers[0].sensors: unknown key"},
-      {R"({"smbios": "", "clock": {"start": "2026-02-29T00:00:00"}})",
-       "clock.start: \"2026-02-29T00:00:00\" is neither \"now\" nor like 2026-01-01T08:00:00"},
-      {R"({})",
-       "smbios: " + (folder / "smbios.bin").string() + ": cannot be read: No such file or directory"},
-      {R"({"smbios": "a.bin"})",
-       "smbios: a.bin: does not begin with an SMBIOS entry point as dmidecode --dump-bin writes it"},
+  using Rows = std::vector<std::pair<std::string, std::string>>;
+  /// `front` and `back` are said around what the rows hold, `place` in front of their errors.
+  auto expect = [this](const std::string& front, const std::string& back, const std::string& place,
+                       const Rows& rows) {
+    for (const auto& [json, error] : rows)
+      EXPECT_EQ(ErrorOf(front + json + back), (folder / "board.json: ").string() + place + error) << json;
   };
-  for (const auto& [json, wanted] : cases) EXPECT_EQ(Behind(folder, ErrorOf(json)), wanted) << json;
+  const std::string missing = ": cannot be read: No such file or directory";
+  expect("", "", "",
+         {{R"([])", "the whole: must be an object"},
+          {R"({})", "smbios: " + (folder / "smbios.bin").string() + missing},
+          {R"({"smbios": "a.bin"})",
+           "smbios: a.bin: does not begin with an SMBIOS entry point as dmidecode --dump-bin writes it"}});
+  expect(R"({"smbios": "", )", "}", "",
+         {{R"("extra": 1)", "extra: unknown key"},
+          {R"("controllers": [{"address": 32}])", "controllers[0].address: is the BMC's own"},
+          {R"("controllers": [{"address": 192}, {"address": 192}])",
+           "controllers[1].address: is taken by another controller of this channel"},
+          {R"("controllers": [{"address": 192, "transferMode": {}}])",
+           "controllers[0].transferMode: unknown key"},
+          {R"("controllers": [{"address": 192, "sensors": []}])", "controllers[0].sensors: unknown key"},
+          {R"("clock": {"start": "2026-02-29T00:00:00"})",
+           "clock.start: \"2026-02-29T00:00:00\" is neither \"now\" nor like 2026-01-01T08:00:00"}});
+  expect(R"({"smbios": "", "bmc": {"identity": {)", "}}}", "bmc.identity.",
+         {{R"("deviceID": 1)", "deviceID: unknown key"},
+          {R"("deviceId": 256)", "deviceId: 256 is not a number from 0 to 255"},
+          {R"("deviceId": -1)", "deviceId: -1 is not a number from 0 to 255"},
+          {R"("productId": "0xZZ")", "productId: \"0xZZ\" is not a number from 0 to 65535"},
+          {R"("ipmiVersion": "2")", "ipmiVersion: \"2\" is not a version like \"2.0\""},
+          {R"("auxiliary": [1])", "auxiliary: must be an array of 4 bytes"},
+          {R"("providesSdrs": 1)", "providesSdrs: must be true or false"}});
+  expect(R"({"smbios": "", "bmc": {"frus": [)", "]}}", "bmc.frus[0].",
+         {{R"({"id": 0})", "file: is missing"},
+          {R"({"file": "a.bin"})", "id: is missing"},
+          {R"({"id": 0, "file": 7})", "file: must be a text"},
+          {R"({"id": 0, "file": "a.bin", "access": "bit"})", "access: must be \"byte\" or \"word\""},
+          {R"({"id": 0, "file": "a.bin", "size": 4})", "file: a.bin holds 8 bytes, the device 4"},
+          {R"({"id": 0, "file": "../a.bin"})",
+           "file: \"../a.bin\" is not the name of a file inside the folder"},
+          {R"({"id": 0, "file": "gone.bin"})", "file: " + (folder / "gone.bin").string() + missing},
+          {R"({"id": 0, "file": "d"})", "file: " + (folder / "d").string() + ": is a folder, not a file"}});
+  expect(R"({"smbios": "", "bmc": {)", "}}", "bmc.",
+         {{R"("frus": {})", "frus: must be an array of objects"},
+          {R"("frus": [{"id": 0, "file": "a.bin"}, {"id": 0, "file": "a.bin"}])",
+           "frus[1].id: is taken by another device of this controller"},
+          {R"("eeproms": [{"kind": "24C02"}])", "eeproms[0].kind: must be \"AT24C02\" or \"DS1624S\""},
+          {R"("eeproms": [{"kind": "AT24C02", "bus": 1, "address": 161, "file": "a.bin"}])",
+           "eeproms[0].address: must be even: bit 0 is the read/write bit"},
+          {R"("sensors": [{"reading": [0]}])", "sensors[0].number: is missing"},
+          {R"("sensors": [{"number": 1, "reading": [0, 256]}])",
+           "sensors[0].reading[1]: 256 is not a number from 0 to 255"},
+          {R"("lanParameters": [{"parameter": 3, "channel": 16}])",
+           "lanParameters[0].channel: 16 is not a number from 0 to 15"},
+          {R"("oem": [{"command": "0x15"}])", "oem[0].command: must be 0x14, 0x93, 0x94 or 0x97"},
+          {R"("keyValues": [{"key": "", "value": "x"}])", "keyValues[0].key: must have 1 to 56 bytes"}});
+  OpenWith(R"({"smbios": ""})");
+  EXPECT_TRUE(board->SmbiosEntryPoint().empty()) << "nothing else is needed";
   EXPECT_NE(ErrorOf("{\"smbios\": ").find("board.json: "), std::string::npos);
+  std::filesystem::remove(folder / "board.json");
+  std::string error;
+  EXPECT_EQ(sim::Board::Open(folder, error), nullptr);
+  EXPECT_EQ(error, (folder / "board.json").string() + missing);
 }
 
 TEST_F(BoardTest, DocumentedExamplesAreAccepted) {
@@ -109,29 +95,20 @@ TEST_F(BoardTest, DocumentedExamplesAreAccepted) {
   EXPECT_EQ(examples, 2);
 }
 
-TEST_F(BoardTest, FolderWithoutBoardJsonIsAnError) {
-  std::string error;
-  EXPECT_EQ(sim::Board::Open(folder, error), nullptr);
-  EXPECT_EQ(error, (folder / "board.json").string() + ": cannot be read: No such file or directory");
-}
-
 TEST_F(BoardTest, ImageThatCannotBeWrittenKeepsItsContent) {
   std::filesystem::create_directory(folder / "sub");
   WriteFile("sub/a.bin", "abcd");
-  OpenWith(R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": "sub/a.bin"}]}})");
+  OpenBmc(R"("frus": [{"id": 0, "file": "sub/a.bin"}])");
   ASSERT_TRUE(board->OpenTrafficLog((folder / "log").string()));
   std::filesystem::rename(folder / "sub", folder / "moved");
-  EXPECT_EQ(Exchange(0x0A, 0x12, {0, 0, 0, 'X'}).completionCode, 0xFF);
-  EXPECT_EQ(Exchange(0x0A, 0x11, {0, 0, 0, 1}).data, (Bytes{1, 'a'}));
-  const Bytes log = ReadFile("log");
-  EXPECT_NE(std::string(log.begin(), log.end())
-                .find("! " + (folder / "sub/a.bin").string() + ": cannot be written"),
+  Converse({{"0A/0 12 00 00 00 58", "FF"}, {"0A/0 11 00 00 00 01", "00 01 61"}});
+  EXPECT_NE(TextOf("log").find("! " + (folder / "sub/a.bin").string() + ": cannot be written"),
             std::string::npos);
 }
 
 TEST_F(BoardTest, KilledProgramLeavesAWholeImage) {
   WriteFile("a.bin", std::string(2048, 0));
-  OpenWith(R"({"smbios": "", "bmc": {"frus": [{"id": 0, "file": "a.bin"}]}})");
+  OpenBmc(R"("frus": [{"id": 0, "file": "a.bin"}])");
   for (int round = 0; round < 12; ++round) {
     const pid_t child = fork();
     if (child == 0) {
@@ -152,12 +129,11 @@ TEST_F(BoardTest, NewProgramSeesWhatTheLastOneWrote) {
   for (int offset = 0; offset < 2048; offset += 8) {
     Bytes data = {2, static_cast<std::uint8_t>(offset), static_cast<std::uint8_t>(offset >> 8)};
     data.resize(11, static_cast<std::uint8_t>(offset / 8));
-    ASSERT_EQ(Exchange(0x0A, 0x12, data).completionCode, 0);
+    ASSERT_EQ(Exchange(0x0A, 0x12, data), "00 08");
   }
   board.reset();
   Open();
-  EXPECT_EQ(Exchange(0x0A, 0x11, {2, 0xF8, 0x07, 2}).data, (Bytes{2, 0xFF, 0xFF}));
-  EXPECT_EQ(Exchange(0x0A, 0x11, {2, 0x10, 0x00, 2}).data, (Bytes{2, 2, 2}));
+  Converse({{"0A/0 11 02 F8 07 02", "00 02 FF FF"}, {"0A/0 11 02 10 00 02", "00 02 02 02"}});
 }
 
 class BoardSourceTest : public BoardTest {
@@ -177,17 +153,18 @@ class BoardSourceTest : public BoardTest {
 TEST_F(BoardSourceTest, FolderComesFromTheEnvironment) {
   EXPECT_FALSE(sim::FindBoard(Variables(), error));
   EXPECT_EQ(error, "no board: neither VARNOK_BOARD nor XDG_STATE_HOME nor HOME has a value");
-  variables["HOME"] = "/home/u";
-  EXPECT_EQ(sim::FindBoard(Variables(), error)->folder, "/home/u/.local/state/varnok/board");
-  variables["XDG_STATE_HOME"] = "relative";
-  EXPECT_EQ(sim::FindBoard(Variables(), error)->folder, "/home/u/.local/state/varnok/board");
-  variables["XDG_STATE_HOME"] = "/state";
-  EXPECT_EQ(sim::FindBoard(Variables(), error)->folder, "/state/varnok/board");
-  variables["VARNOK_BOARD"] = "";
-  EXPECT_TRUE(sim::FindBoard(Variables(), error)->isDefault);
-  variables["VARNOK_BOARD"] = "mine";
-  EXPECT_EQ(sim::FindBoard(Variables(), error)->folder, "mine");
-  EXPECT_FALSE(sim::FindBoard(Variables(), error)->isDefault);
+  const std::tuple<const char*, const char*, const char*> settings[] = {
+      {"HOME", "/home/u", "/home/u/.local/state/varnok/board"},
+      {"XDG_STATE_HOME", "relative", "/home/u/.local/state/varnok/board"},
+      {"XDG_STATE_HOME", "/state", "/state/varnok/board"},
+      {"VARNOK_BOARD", "", "/state/varnok/board"},
+      {"VARNOK_BOARD", "mine", "mine"},
+  };
+  for (const auto& [name, value, where] : settings) {
+    variables[name] = value;
+    EXPECT_EQ(sim::FindBoard(Variables(), error)->folder, where);
+    EXPECT_EQ(sim::FindBoard(Variables(), error)->isDefault, variables["VARNOK_BOARD"].empty()) << where;
+  }
 }
 
 TEST_F(BoardSourceTest, DefaultBoardIsMadeAtFirstUseOnly) {
@@ -198,13 +175,13 @@ TEST_F(BoardSourceTest, DefaultBoardIsMadeAtFirstUseOnly) {
   board = sim::OpenBoard(Variables(), notice, error);
   ASSERT_NE(board, nullptr) << error;
   EXPECT_EQ(notice, "created the default simulated board in " + where.string());
-  EXPECT_EQ(Exchange(0x0A, 0x12, {1, 0, 0, 0x42}).completionCode, 0);
+  EXPECT_EQ(Ask("0A/0 12 01 00 00 42"), "00 01");
   notice.clear();
   variables["VARNOK_TRAFFIC"] = (folder / "log").string();
   board = sim::OpenBoard(Variables(), notice, error);
   ASSERT_NE(board, nullptr) << error;
   EXPECT_EQ(notice, "");
-  EXPECT_EQ(Exchange(0x0A, 0x11, {1, 0, 0, 1}).data, (Bytes{1, 0x42}));
+  EXPECT_EQ(Ask("0A/0 11 01 00 00 01"), "00 01 42");
   EXPECT_FALSE(ReadFile("log").empty());
 }
 
