@@ -15,11 +15,7 @@ IpmiResult SendSdrRequest(std::uint8_t command, std::span<const std::uint8_t> da
   std::copy(data.begin(), data.end(), request.data.begin());
   request.dataLength = static_cast<std::uint32_t>(data.size());
   response = {};
-  IpmiResult result = IpmiSendToController(request, response, kTimeout);
-  // An earlier answer to the same request may have left bytes behind the end of this one.
-  response.dataLength = std::min(response.dataLength, IpmiMessage::kCapacity);
-  std::fill(response.data.begin() + response.dataLength, response.data.end(), std::uint8_t{0});
-  return result;
+  return IpmiSendToController(request, response, kTimeout);
 }
 
 Status SdrFailure(const char* operation, const char* reason, Status status) {
