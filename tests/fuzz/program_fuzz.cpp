@@ -113,8 +113,9 @@ class FuzzMachine : public testing::BoardMachine {
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override {
     std::string name = Narrow(path);
     if (mode == FileMode::Read && !files.contains(name)) {
-      std::string sample = Content(fs::path(VARNOK_SAMPLES) / name.substr(name.find_last_of("\\/") + 1));
-      files[name] = sample.empty() ? fileText : sample;
+      fs::path sample = fs::path(VARNOK_SAMPLES) / name.substr(name.find_last_of("\\/") + 1);
+      std::error_code error;
+      files[name] = fs::is_regular_file(sample, error) ? Content(sample) : fileText;
     }
     return BoardMachine::OpenFile(path, mode, file);
   }
