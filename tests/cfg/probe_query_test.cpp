@@ -93,6 +93,7 @@ TEST_F(ProbeQuery, UnusualAnswers) {
        {kOem, 0x93, {}},
        {0},
        "C000000000090026 Invalid Base board product ID '0' detected."},
+      {"BASEBOARD_REVID 103", revision, {3}, "yes"},  // a number is cut to its byte
       {"BASEBOARD_REVID 0", revision, {0}, bad},
       {"BASEBOARD_REVID 3", revision, {}, bad},
       {"FAN_SIGNAL 1 2", {kOem, 0x14, {15, 1, 0}}, {0xFF}, bad},
