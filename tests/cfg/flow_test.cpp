@@ -1,4 +1,4 @@
-// SET, CLEAR, IFSET, ELSE, ENDIF, ERRORLEVEL, CONFIGURATION, BOOT and BMC_REFRESH.
+// SET, CLEAR, IFSET, ELSE, ENDIF, ERRORLEVEL, CONFIGURATION and BOOT.
 #include "cfg/block_commands.h"
 #include "tests/cfg/script_test.h"
 
@@ -67,8 +67,9 @@ TEST_F(Flow, ErrorLevelStopsTheScript) {
   ExpectStopped("ERRORLEVEL", 0xC0000000000903E8, exiting + "00.");
   ExpectStopped("ERRORLEVEL FFFFFFFF", 0xC0000000000903E7, exiting + "FFFFFFFF.");
   EXPECT_EQ(machine.console, "");
-  ExpectRefused("ERRORLEVEL 1G", 1, kBadLine,
-                "1G is not a valid error level, it must be a valid hexidecimal number.");
+  for (std::string level : {"1G", "1F h"})
+    ExpectRefused("ERRORLEVEL \"" + level + "\"", 1, kBadLine,
+                  level + " is not a valid error level, it must be a valid hexidecimal number.");
 }
 
 TEST_F(Flow, ConfigurationIsShownOnTheConsoleItself) {
@@ -77,12 +78,6 @@ TEST_F(Flow, ConfigurationIsShownOnTheConsoleItself) {
   EXPECT_EQ(machine.console,
             "Update File Configuration: Hearth S2 S2 third\nUpdate File Configuration: Other Later\n");
   EXPECT_EQ(parser.TargetPlatformInfo(), u"S2");
-}
-
-TEST_F(Flow, RefreshRegistersItselfAndReadsNothing) {
-  EXPECT_EQ(Run("BMC_REFRESH \"any thing\nbmc_refresh"), kSuccess);
-  EXPECT_EQ(parser.UpdateCount(), 2u);
-  EXPECT_EQ(parser.UpdateFileCount(), 0u);
 }
 
 TEST_F(Flow, BlockThatLosesACommandToTheFullPoolDoesNotRun) {
