@@ -44,6 +44,17 @@ TEST_F(SdrCommands, FileThatCannotBeLoadedStopsTheScript) {
   ExpectStopped("SDRNAME A.SDR", kLoadFailed, "The file '.\\A.SDR' was not found.");
 }
 
+TEST_F(SdrCommands, LastFileThatIsReachedIsRegistered) {
+  AnswerInfo();
+  AnswerInfo();
+  ASSERT_EQ(Load("SDRNAME A.SDR\nIFSET never\nSDRNAME C.SDR\nENDIF\nSDRNAME A.SDR\nBMC_REFRESH"), kSuccess);
+  EXPECT_EQ(parser.UpdateFileCount(), 3u);
+  ASSERT_EQ(parser.Process(), kSuccess) << Message();
+  EXPECT_EQ(parser.UpdateFileCount(), 1u);
+  EXPECT_EQ(parser.UpdateCount(), 2u);
+  EXPECT_FALSE(parser.HasFruUpdate());
+}
+
 TEST_F(SdrCommands, CommitFailsOnAnEmptyTagOrWithoutALoadedFile) {
   AnswerInfo();
   ASSERT_EQ(Run("SET \"\"\nSDRNAME A.SDR"), kSuccess) << Message();
