@@ -21,9 +21,7 @@ class FruSyntax : public testing::ScriptTest {
   }
   bool IsAddress(const std::string& parameters, const FruDeviceAddress& expected) {
     EXPECT_EQ(Load("FRUNAME SYSTEM\nFRUADDRESS " + parameters), kSuccess) << parameters << Message();
-    return static_cast<const CCfgFruAddress&>(*parser.Commands().back())
-        .GetAddress()
-        .IsSameDevice(expected);
+    return static_cast<const CCfgFruAddress&>(*parser.Commands().back()).GetAddress().IsSameDevice(expected);
   }
 };
 
@@ -31,6 +29,7 @@ TEST_F(FruSyntax, InputFilesAreCountedWhenLoaded) {
   ASSERT_EQ(Load("SDRNAME a.sdr\nSDRNAME b.sdr\nFRUNAME a.fru\nFRUNAME system"), kSuccess);
   EXPECT_EQ(parser.UpdateFileCount(), 3u);
   EXPECT_EQ(parser.UpdateCount(), 4u);
+  EXPECT_TRUE(parser.HasFruUpdate());
 }
 
 TEST_F(FruSyntax, AddressHasThreeForms) {
@@ -57,7 +56,8 @@ TEST_F(FruSyntax, AddressIsRefused) {
   ExpectLine(name + " AT24CO2 3 A0", 0xC000000000090018, "AT24CO2 is not a valid NVS type.");
   ExpectLine(name + " IMBDEVICE", kBadLine, Invalid("IMBDEVICE", name));
   ExpectLine(name + " AT24C02 3 G0", kBadLine, Invalid("G0", name));
-  ExpectLine(name + " AT24C02 FF A0", kBadValue, "The bus address FF is not valid with the slave address A0.");
+  ExpectLine(name + " AT24C02 FF A0", kBadValue,
+             "The bus address FF is not valid with the slave address A0.");
   ExpectRefused("FRUADDRESS 0", 1, kOutOfBlock, "FRUAREA command found without matching FRUNAME.");
   ExpectRefused("FRUNAME a\nFRUADDRESS 0\nIFSET x\nFRUADDRESS 1\nENDIF", 4, 0xC000000000090035,
                 "Multiple 'FRUADDRESS' commands cannot be given after 'FRUNAME'.\n");
@@ -97,15 +97,14 @@ TEST_F(FruSyntax, FieldIsRefused) {
 }
 
 TEST_F(FruSyntax, RedirectionIsRefused) {
-  ExpectField("S# @ENV", kBadLine,
-              "Unable to determine FRU field redirection type from string:\n   '@ENV'.");
+  const std::string unable = "Unable to determine ";
+  ExpectField("S# @ENV", kBadLine, unable + "FRU field redirection type from string:\n   '@ENV'.");
   ExpectField("S# @FOO:ASCII", kBadLine, "FOO is not a valid FRU redirection type.");
-  ExpectField("S# @ENV:ASCII", kBadLine,
-              "Unable to determine FRU field input type from string:\n'@ENV:ASCII'.");
+  ExpectField("S# @ENV:ASCII", kBadLine, unable + "FRU field input type from string:\n'@ENV:ASCII'.");
   ExpectField("S# @ENV:TEXT:SN", kBadLine, "TEXT is not a valid FRU input type.");
   ExpectField("S# @STDIN:BCD", kBadField, "BCD is an unsupported FRU input type.");
   ExpectField("S# @FILE:ASCII:SN.TXT", kBadLine,
-              "Unable to determine environment variable name from string: '@FILE:ASCII:SN.TXT'.");
+              unable + "environment variable name from string: '@FILE:ASCII:SN.TXT'.");
   ExpectField(
       "S# @ENVFILE:ASCII:SN:x", kBadLine,
       "Unable to read the FRU field file redirection line number from string:\n   '@ENVFILE:ASCII:SN:x'");
