@@ -21,21 +21,6 @@ TEST_F(Command, ArgumentsAreSplitAtBlanksAndQuotes) {
   EXPECT_EQ(machine.TraceLines().back(), "CCfgCommand::GetNextInput - Buffer parser error(2)");
 }
 
-TEST_F(Command, HexadecimalNumbersStandAloneAndDecimalOnesNeedNot) {
-  std::uint32_t number = 0;
-  EXPECT_TRUE(CCfgCommand::StringToInt("1F", number));
-  EXPECT_EQ(number, 31u);
-  for (const char* text : {"1F h", "1Ax", "x", ""})
-    EXPECT_FALSE(CCfgCommand::StringToInt(text, number)) << text;
-  std::uint8_t byte = 0;
-  EXPECT_TRUE(CCfgCommand::StringToInt("1AB", byte));
-  EXPECT_EQ(byte, 0xAB);
-  std::int32_t decimal = 0;
-  EXPECT_TRUE(CCfgCommand::StringToDec("12abc", decimal));
-  EXPECT_EQ(decimal, 12);
-  EXPECT_FALSE(CCfgCommand::StringToDec("abc", decimal));
-}
-
 TEST_F(Command, CharacterIsFoundByItsOccurrence) {
   EXPECT_EQ(CCfgCommand::FindCharacter("a,b,c", ',', 2, 5), 3);
   EXPECT_EQ(CCfgCommand::FindCharacter("a,b,c", ',', 2, 3), -1);
@@ -105,6 +90,7 @@ TEST_F(Command, FilesAreInTheScriptsDirectory) {
   std::u16string path;
   EXPECT_FALSE(command.GetFile(u"A.FRU", path, 256)) << "no script, no directory";
   ASSERT_EQ(parser.ParseFile(u"fs0:\\kit/T.CFG", nullptr), kSuccess);
+  EXPECT_EQ(parser.ConfigNames()->name, u"T.CFG");
   ASSERT_TRUE(command.GetFile(u"A.FRU", path, 15));
   EXPECT_EQ(path, u"fs0:\\kit/A.FRU");
   ASSERT_TRUE(command.GetFile(u"fs1:A.FRU", path, 256));

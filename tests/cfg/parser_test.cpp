@@ -31,16 +31,6 @@ TEST_F(Parser, FileMustBeNamedThereAndNotTooLong) {
   EXPECT_EQ(parser.ParseFile(name.c_str() + 1, nullptr), kSuccess);
 }
 
-TEST_F(Parser, ConfigurationNamesAreRootedInTheScript) {
-  machine.files["a/b\\T.CFG"] = "";
-  ASSERT_EQ(parser.ParseFile(u"a/b\\T.CFG", nullptr), kSuccess);
-  EXPECT_EQ(parser.Directory(), u"a/b\\");
-  ASSERT_NE(parser.ConfigNames(), nullptr);
-  EXPECT_EQ(parser.ConfigNames()->name, u"T.CFG");
-  parser.ClearConfigNameList();
-  EXPECT_EQ(parser.ConfigNames(), nullptr);
-}
-
 TEST_F(Parser, LineOfAFailureIsNamedAndTheMessageIsBounded) {
   ExpectRefused("SET a\nSET b\n// c\n\nSET d\n\nFOO%d%s", 7, kUnknown, "FOO%d%s is not a valid command.");
   for (const char* line : {"CCfgCommand::CreateCommand - FOO%d%s is not a valid command",
@@ -59,6 +49,8 @@ TEST_F(Parser, LoadingAgainForgetsTheScript) {
   EXPECT_EQ(parser.UpdateCount(), 0u);
   EXPECT_EQ(parser.TargetPlatformInfo(), u"second");
   EXPECT_EQ(parser.Execute(), 0xC000000000090011) << "not processed";
+  parser.ClearConfigNameList();
+  EXPECT_EQ(parser.ConfigNames(), nullptr);
 }
 
 TEST_F(Parser, TagsKeepTheirOrder) {
@@ -77,20 +69,6 @@ TEST_F(Parser, TagsKeepTheirOrder) {
   }
   parser.SetTag("One");
   EXPECT_EQ(parser.FindTag("one"), 2) << "set again, it is the last";
-}
-
-TEST_F(Parser, OnlyOneSdrFileStaysRegistered) {
-  CCfgFileInputCommand first(InputFileKind::Sdr), second(InputFileKind::Sdr), fru(InputFileKind::Fru);
-  CCfgCommand sdr1(CommandType::SdrName), sdr2(CommandType::SdrName), fruName(CommandType::FruName);
-  parser.AddUpdateCommand(sdr1, &first, false);
-  parser.AddUpdateCommand(sdr1, &first, false);
-  EXPECT_EQ(parser.UpdateFileCount(), 2u);
-  parser.AddUpdateCommand(sdr2, &second, true);
-  EXPECT_EQ(parser.UpdateFileCount(), 2u) << "the first of the earlier ones is replaced";
-  EXPECT_FALSE(parser.HasFruUpdate());
-  parser.AddUpdateCommand(fruName, &fru, true);
-  EXPECT_TRUE(parser.HasFruUpdate());
-  EXPECT_EQ(parser.UpdateCount(), 3u);
 }
 
 TEST_F(Parser, LinesReadAreEchoedIntoTheOutputFile) {
