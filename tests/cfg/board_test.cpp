@@ -231,7 +231,7 @@ TEST_F(Board, ScriptThatFailsInProcessingWritesNothing) {
 }
 
 TEST_F(Board, BmcIsRefreshedOnceAtTheEnd) {
-  EXPECT_EQ(Run("BMC_REFRESH\n" + kChange + "BMC_REFRESH\n"), 0) << message;
+  EXPECT_EQ(Run("bmc_refresh \"any thing\n" + kChange + "BMC_REFRESH\n"), 0) << message;
   EXPECT_EQ(machine.console, kWritten + kRefreshed);
   EXPECT_EQ(RequestCount("06/0 02"), 1);
 }
