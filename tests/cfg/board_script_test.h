@@ -1,6 +1,7 @@
 // Scripts over the simulated default board: transcript, exit status and images.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include "app/services/trace.h"
 #include "app/varnok.h"
 #include "platform/ipmi.h"
+#include "tests/cfg/split.h"
 #include "tests/support/board_machine.h"
 
 namespace varnok::testing {
@@ -22,12 +24,18 @@ const std::string kUpdated =
     "\nThe system has been updated successfully.\n"
     "\nA system reset is required for the update to take effect.\n\n";
 
+/// A change of the system board's own FRU.
+const std::string kAssetTag = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT ";
+const std::string kChange = kAssetTag + "ASSET-000500\n";
+
 class BoardScript : public ::testing::Test {
  protected:
   void SetUp() override {
     std::string pattern = (std::filesystem::temp_directory_path() / "varnok-script-XXXXXX").string();
     ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     folder_ = pattern;
+    for (const char* name : {"HEARTHS2.FRU", "HEARTHS2.SDR"})
+      machine.files[std::string(".\\") + name] = Sample(name);
     std::string error;
     ASSERT_TRUE(sim::Board::CreateDefault(folder_, error)) << error;
     machine.Install(sim::Board::Open(folder_, error));
@@ -77,7 +85,6 @@ class BoardScript : public ::testing::Test {
     return count;
   }
 
-  std::string Image(const std::string& name) { return ReadHostFile(folder_ / name); }
   std::string Traffic() { return ReadHostFile(folder_ / "traffic.txt"); }
   static std::string ReadHostFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);

@@ -1,6 +1,3 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "cfg/cfg_command.h"
 #include "cfg/flow_commands.h"
 #include "tests/cfg/script_test.h"
@@ -8,6 +5,7 @@
 namespace varnok {
 namespace {
 
+using ::testing::ElementsAre;
 using Command = testing::ScriptTest;
 
 std::vector<std::string> Tokens(std::string_view text) {
@@ -17,42 +15,10 @@ std::vector<std::string> Tokens(std::string_view text) {
   return tokens;
 }
 
-TEST_F(Command, NamesFollowTheTypeCodes) {
-  EXPECT_STREQ(CommandName(CommandType::Boot), "BOOT");
-  EXPECT_STREQ(CommandName(CommandType::FruName), "FRUNAME");
-  EXPECT_STREQ(CommandName(CommandType::SdrName), "SDRNAME");
-  EXPECT_STREQ(CommandName(CommandType::Yes), "YES");
-  EXPECT_STREQ(CommandName(CommandType::BmcRefresh), "INVLALID_COMMAND_TYPE");
-  EXPECT_EQ(CommandName(CommandType::Skip), nullptr);
-}
-
 TEST_F(Command, ArgumentsAreSplitAtBlanksAndQuotes) {
-  using ::testing::ElementsAre;
-  EXPECT_THAT(Tokens("  a\tb\"c \"d e\" \"\"f"), ElementsAre("a", "b\"c", "d e", "", "f"));
-  EXPECT_THAT(Tokens("a \"b"), ElementsAre("a"));
-  EXPECT_THAT(Tokens("a \xE9"), ElementsAre("a"));
-  EXPECT_THAT(Tokens("a //b"), ElementsAre("a"));
-}
-
-TEST_F(Command, ArgumentThatCannotBeReadIsLogged) {
-  Tokens("//");
-  EXPECT_THAT(machine.TraceLines(),
-              ::testing::ElementsAre("CCfgCommand::GetNextInput - Buffer parser error(2)"));
-}
-
-TEST_F(Command, HexadecimalNumbersStandAloneAndDecimalOnesNeedNot) {
-  std::uint32_t number = 0;
-  EXPECT_TRUE(CCfgCommand::StringToInt("1F", number));
-  EXPECT_EQ(number, 31u);
-  for (const char* text : {"1F h", "1Ax", "x", ""})
-    EXPECT_FALSE(CCfgCommand::StringToInt(text, number)) << text;
-  std::uint8_t byte = 0;
-  EXPECT_TRUE(CCfgCommand::StringToInt("1AB", byte));
-  EXPECT_EQ(byte, 0xAB);
-  std::int32_t decimal = 0;
-  EXPECT_TRUE(CCfgCommand::StringToDec("12abc", decimal));
-  EXPECT_EQ(decimal, 12);
-  EXPECT_FALSE(CCfgCommand::StringToDec("abc", decimal));
+  EXPECT_THAT(Tokens("  a\tb\"c~ \"d e\" \"\"f"), ElementsAre("a", "b\"c~", "d e", "", "f"));
+  for (const char* text : {"a \"b", "a \xE9", "a //b"}) EXPECT_THAT(Tokens(text), ElementsAre("a"));
+  EXPECT_EQ(machine.TraceLines().back(), "CCfgCommand::GetNextInput - Buffer parser error(2)");
 }
 
 TEST_F(Command, CharacterIsFoundByItsOccurrence) {
@@ -61,10 +27,7 @@ TEST_F(Command, CharacterIsFoundByItsOccurrence) {
   EXPECT_EQ(CCfgCommand::FindCharacter(std::string_view("a\0,", 3), ',', 1, 3), -1);
 }
 
-TEST_F(Command, DisplayedTextIsBoundedAndHarmlessAsAFormat) {
-  CCfgCommand::Display("%s %d 50%%\n");
-  EXPECT_EQ(machine.console, "%s %d 50%\n");
-  machine.console.clear();
+TEST_F(Command, DisplayedTextIsBounded) {
   CCfgCommand::Display("%hs", std::string(600, 'x'));
   CCfgCommand::DisplayWide("%ls", std::u16string(2000, u'y'));
   EXPECT_EQ(machine.console, std::string(511, 'x') + std::string(1023, 'y'));
@@ -75,61 +38,49 @@ TEST_F(Command, DisplayedTextIsBoundedAndHarmlessAsAFormat) {
 
 TEST_F(Command, InputIsEditedEchoedAndBounded) {
   std::u16string text;
-  machine.keys =
-      u"ab\b\x01"
-      u"cdef\r";
+  machine.keys = u"ab\b\1\177cdef\r\b\n";
   ASSERT_TRUE(CCfgCommand::GetInputString(text, 5, true));
   EXPECT_EQ(text, u"acde");
   EXPECT_EQ(machine.console, "ab\b \bcde");
-  machine.keys = u"\b\n";
   ASSERT_TRUE(CCfgCommand::GetInputString(text, 5, true));
   EXPECT_EQ(text, u"");
   EXPECT_FALSE(CCfgCommand::GetInputString(text, 0, true));
-}
-
-TEST_F(Command, InputWithoutEchoIsReadAndNotKept) {
-  std::u16string text = u"old";
+  // Without echo it is read and not kept.
+  machine.console.clear();
   machine.keys = u"abc\r";
   EXPECT_TRUE(CCfgCommand::GetInputString(text, 16, false));
-  EXPECT_EQ(text, u"");
-  EXPECT_EQ(machine.console, "");
+  EXPECT_EQ(Narrow(text) + machine.console, "");
   CCfgCommand::Callbacks().inputChar = nullptr;
   EXPECT_FALSE(CCfgCommand::GetInputString(text, 16, true));
 }
 
-TEST_F(Command, ValueIsALineOfAFile) {
-  machine.files["V.TXT"] = "first\r\nsecond\n\nlast";
-  std::string value;
-  ASSERT_TRUE(CCfgCommand::GetStringFromFile("V.TXT", value, 64, 2));
-  EXPECT_EQ(value, "second");
-  ASSERT_TRUE(CCfgCommand::GetStringFromFile("V.TXT", value, 64, 4));
-  EXPECT_EQ(value, "last");
-  EXPECT_FALSE(CCfgCommand::GetStringFromFile("V.TXT", value, 64, 5));
-  EXPECT_EQ(value, "");
-  EXPECT_EQ(Message(), "Unable to read the FRU field value from the file 'V.TXT' at line number: 5");
-}
-
-TEST_F(Command, ValueMustBeTwoShorterThanItsBufferAndLongLinesCountTwice) {
-  machine.files["V.TXT"] = std::string(62, 'x') + "\n" + std::string(63, 'y') + "\n" + std::string(260, 'z');
-  std::string value;
-  EXPECT_TRUE(CCfgCommand::GetStringFromFile("V.TXT", value, 64, 1));
-  EXPECT_FALSE(CCfgCommand::GetStringFromFile("V.TXT", value, 64, 2));
-  EXPECT_TRUE(CCfgCommand::GetStringFromFile("V.TXT", value, 64, 4));
-  EXPECT_EQ(value, "zzzz");
+TEST_F(Command, ValueIsALineOfAFileAndTwoShorterThanItsBuffer) {
+  machine.files["V.TXT"] = "first\r\nsecond\n\n" + std::string(62, 'x') + "\n" + std::string(63, 'y') + "\n" +
+                           std::string(260, 'z') + "\nlast";
+  auto read = [](const char* name, int line) {
+    std::string value = "kept";
+    return CCfgCommand::GetStringFromFile(name, value, 64, line) ? value : "-" + value;
+  };
+  EXPECT_EQ(read("V.TXT", 2), "second");
+  EXPECT_EQ(read("V.TXT", 4), std::string(62, 'x'));
+  EXPECT_EQ(read("V.TXT", 5), "-kept");
+  EXPECT_EQ(read("V.TXT", 7), "zzzz") << "a line of more than 256 characters counts twice";
+  EXPECT_EQ(read("V.TXT", 8), "last");
+  EXPECT_EQ(read("V.TXT", 9), "-");
+  EXPECT_EQ(Message(), "Unable to read the FRU field value from the file 'V.TXT' at line number: 9");
   EngineMessage().Reset();
-  EXPECT_FALSE(CCfgCommand::GetStringFromFile("MISSING", value, 64, 1));
+  EXPECT_EQ(read("MISSING", 1), "-kept");
   EXPECT_EQ(Message(), "");
 }
 
 TEST_F(Command, VariableOfTheEnvironmentIsCutToItsBuffer) {
   machine.environment["SN"] = u"12345";
   std::string value;
+  EXPECT_FALSE(CCfgCommand::GetEnvVariable("NONE", value, 3));
   EXPECT_TRUE(CCfgCommand::GetEnvVariable("SN", value, 3));
   EXPECT_EQ(value, "123");
-  EXPECT_FALSE(CCfgCommand::GetEnvVariable("NONE", value, 3));
-  value = "kept";
   EXPECT_TRUE(CCfgCommand::GetEnvVariable(std::string(1023, 'N'), value, 64));
-  EXPECT_EQ(value, "kept");
+  EXPECT_EQ(value, "123") << "kept";
 }
 
 TEST_F(Command, FilesAreInTheScriptsDirectory) {
@@ -139,7 +90,8 @@ TEST_F(Command, FilesAreInTheScriptsDirectory) {
   std::u16string path;
   EXPECT_FALSE(command.GetFile(u"A.FRU", path, 256)) << "no script, no directory";
   ASSERT_EQ(parser.ParseFile(u"fs0:\\kit/T.CFG", nullptr), kSuccess);
-  ASSERT_TRUE(command.GetFile(u"A.FRU", path, 256));
+  EXPECT_EQ(parser.ConfigNames()->name, u"T.CFG");
+  ASSERT_TRUE(command.GetFile(u"A.FRU", path, 15));
   EXPECT_EQ(path, u"fs0:\\kit/A.FRU");
   ASSERT_TRUE(command.GetFile(u"fs1:A.FRU", path, 256));
   EXPECT_EQ(path, u"fs1:A.FRU");
@@ -153,7 +105,7 @@ TEST_F(Command, FactoryNeedsAParserAndAFile) {
   PoolPtr<CCfgCommand> command;
   EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, nullptr), 0xC00000000009001C);
   EXPECT_THAT(Message(), ::testing::StartsWith("Unrecoverable interanl error in 'cfgfile.dll' - command "));
-  EXPECT_EQ(CCfgCommand::CreateCommand(nullptr, command, &parser), 0xC00000000009000D);
+  EXPECT_EQ(CCfgCommand::CreateCommand(nullptr, command, &parser), kBadLine);
   EXPECT_EQ(Message(), "Internal file error in 'cfgfile.dll'.");
   EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, &parser), kSuccess);
   EXPECT_EQ(command->Type(), CommandType::Set);
@@ -164,21 +116,54 @@ TEST_F(Command, LinesOfASmallerControllerArePassedOver) {
   EXPECT_EQ(Run("PEFNAME any \"thing\nmbmc_pgm x\nMBMC_RMW\nTableName " + std::string(400, 'x')), kSuccess);
   EXPECT_EQ(parser.Commands().size(), 4u);
   EXPECT_EQ(parser.Commands().front()->GetDisplayName(), nullptr);
+  EXPECT_STREQ(CommandName(CommandType::BmcRefresh), "INVLALID_COMMAND_TYPE");
 }
 
 TEST_F(Command, LineIsRefused) {
-  constexpr Status kBadLine = 0xC00000000009000D;
-  ExpectRefused("SET a\n\nNOSUCH x", 3, 0xC000000000090016, "NOSUCH is not a valid command.");
-  ExpectRefused("MENUPROMPT", 1, 0xC000000000090016, "MENUPROMPT is not a valid command.");
+  ExpectRefused("SET a\n\nNOSUCH x", 3, kUnknown, "NOSUCH is not a valid command.");
+  ExpectRefused("MENUPROMPT", 1, kUnknown, "MENUPROMPT is not a valid command.");
   ExpectRefused("DISPLAY " + std::string(292, 'x'), 1, kBadLine,
                 "Too many characters on the line: 300.  Must be less than 255.");
-  ExpectRefused("DISPLAY \"a", 1, kBadLine, "Invalid number of quotes in line.");
-  ExpectRefused("DISPLAY \"a // b\"", 1, kBadLine, "Invalid number of quotes in line.");
+  for (const char* line : {"DISPLAY \"a", "DISPLAY \"a // b\""})
+    ExpectRefused(line, 1, kBadLine, "Invalid number of quotes in line.");
   // Commands that read nothing of their own report it in other words.
   ExpectRefused("ENDIF \"", 1, kBadLine, "Reading from file failed.");
   ExpectRefused("SET a\n" + std::string(300, 'K'), 2, kBadLine, "");
   EXPECT_EQ(Load("DISPLAY \"" + std::string(252, 'x') + "\""), kSuccess)
       << "255 characters behind the keyword";
+}
+
+TEST_F(Command, TooFewOrTooManyParametersAreRefused) {
+  struct {
+    const char* command;
+    Status missing;      ///< status without a parameter; kSuccess where none is asked for
+    const char* most;    ///< as many parameters as are taken
+    Status extra;        ///< status with one more; kSuccess where there is no limit
+    const char* before;  ///< the line in front
+  } const cases[] = {
+      {"SET", kBadLine, " a", kTooMany, "BOOT"},
+      {"CLEAR", kBadLine, " a", kTooMany, "BOOT"},
+      {"IFSET", kBadLine, "", kSuccess, "BOOT"},
+      {"ELSE", kSuccess, "", kBadLine, "IFSET a"},
+      {"ERRORLEVEL", kSuccess, " 1", kTooMany, "BOOT"},
+      {"CONFIGURATION", kBadLine, " a b c", kTooMany, "BOOT"},
+      {"BOOT", kSuccess, "", kTooMany, "BOOT"},
+      {"DISPLAY", kBadLine, " a", kTooMany, "BOOT"},
+      {"PROMPT", kBadLine, " a", kBadLine, "BOOT"},
+      {"MENUTITLE", kBadLine, " a", kTooMany, "BOOT"},
+      {"FOUND", kBadLine, " a b", kTooMany, "PROBE HWID a"},
+      {"FRUNAME", kBadLine, " a", kTooMany, "BOOT"},
+      {"FRUAREA", kBadLine, " Board COMPARE", kTooMany, "FRUNAME a"},
+      {"FRUFIELD", kBadLine, "", kSuccess, "FRUNAME a"},
+      {"SDRNAME", kBadLine, " a.sdr last COMPARE First", kTooMany, "BOOT"},
+      {"CLEARSDR", kSuccess, "", kTooMany, "BOOT"},
+  };
+  for (const auto& each : cases) {
+    std::string line = std::string(each.before) + "\n" + each.command;
+    if (each.missing != kSuccess) ExpectRefused(line, 2, each.missing, Missing(each.command));
+    if (each.extra != kSuccess)
+      ExpectRefused(line + each.most + " now  \"x\"", 2, each.extra, Extra(each.command, "now  \"x\""));
+  }
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 // The engine's front.
-#include <gmock/gmock.h>
-
 #include "cfg/cfg_main.h"
 #include "platform/ipmi.h"
 #include "tests/cfg/script_test.h"
@@ -10,7 +8,9 @@ namespace varnok {
 namespace {
 
 using testing::ScriptedIpmi;
-using testing::TestFirmware;
+
+constexpr Status kNotLoaded = 0xC000000000090001;
+constexpr Status kRefused = 0xC000000000090011;
 
 /// An engine on a BMC that has answered Get Device ID.
 class Engine : public ::testing::Test {
@@ -27,16 +27,17 @@ class Engine : public ::testing::Test {
     machine.files[".\\T.CFG"] = std::move(script);
     return CfgMain::LoadConfigurationFromFile(u"T.CFG", nullptr);
   }
-  TestFirmware machine;
+  testing::TestFirmware machine;
+  std::uint64_t level = 99;
+  const char16_t* text = nullptr;
 };
 
 TEST(EngineStart, FailsWithoutMemoryOrBmc) {
-  constexpr Status kNotInitialized = 0xC000000000090005;
-  TestFirmware machine;
+  testing::TestFirmware machine;
   const char* arguments[] = {"varnok", "-debug1"};
   TraceSelectLevel(2, arguments);
   machine.FailPoolAllocation(1);
-  EXPECT_EQ(CfgMain::Initialize(), 0xC000000000090001);
+  EXPECT_EQ(CfgMain::Initialize(), kNotLoaded);
   machine.FailPoolAllocation(2);
   EXPECT_EQ(CfgMain::Initialize(), 0xC000000000090032);
   const char16_t* text = nullptr;
@@ -48,7 +49,7 @@ TEST(EngineStart, FailsWithoutMemoryOrBmc) {
         CfgFile::SetDisplayCallback(nullptr), CfgFile::SetInputCharCallback(nullptr),
         CfgFile::SetGetEnvVarCallback(nullptr), CfgFile::SetOutputFile("x"), CfgFile::ProcessCommands(),
         CfgFile::GetErrorLevel(level), CfgFile::GetNumberOfInputFiles(count)})
-    EXPECT_EQ(status, kNotInitialized);
+    EXPECT_EQ(status, 0xC000000000090005);
   EXPECT_THAT(
       machine.TraceLines(),
       ::testing::Contains(
@@ -59,40 +60,38 @@ TEST(EngineStart, FailsWithoutMemoryOrBmc) {
             "CfgMain::Initialize - Unable to read BMC type and version resource for this module");
 }
 
-TEST_F(Engine, KnowsItsBmc) {
+TEST_F(Engine, StepsNeedTheOnesBefore) {
   EXPECT_EQ(CfgMain::GetBmcIdentity().type, 2u);
   EXPECT_EQ(CfgMain::GetBmcIdentity().ipmiVersion, 2u);
-}
-
-TEST_F(Engine, StepsNeedTheOnesBefore) {
-  std::uint64_t level = 0;
-  EXPECT_EQ(CfgFile::ProcessCommands(), 0xC000000000090001);
-  EXPECT_EQ(CfgFile::GetErrorLevel(level), 0xC000000000090001);
-  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), 0xC000000000090011);
-  ASSERT_EQ(Load("SET a"), kSuccess);
-  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), 0xC000000000090011);
-  ASSERT_EQ(CfgFile::ProcessCommands(), kSuccess);
+  EXPECT_EQ(CfgFile::ProcessCommands(), kNotLoaded);
+  EXPECT_EQ(CfgFile::GetErrorLevel(level), kNotLoaded);
+  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), kRefused);
+  EXPECT_EQ(Load("SET a"), kSuccess);
+  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), kRefused);
+  EXPECT_EQ(CfgFile::ProcessCommands(), kSuccess);
   EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), kSuccess);
 }
 
 TEST_F(Engine, LevelIsTakenOffTheStatus) {
-  std::uint64_t level = 99;
-  ASSERT_EQ(Load("ERRORLEVEL 3"), kSuccess);
-  EXPECT_EQ(CfgFile::ProcessCommands(), 0xC0000000000903E8);
-  EXPECT_EQ(CfgFile::GetErrorLevel(level), kSuccess);
-  EXPECT_EQ(level, 3u);
-  EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), 0xC000000000090011);
-  ASSERT_EQ(Load("ERRORLEVEL 0"), kSuccess);
-  EXPECT_EQ(CfgFile::ProcessCommands(), 0xC0000000000903E8);
-  CfgFile::GetErrorLevel(level);
-  EXPECT_EQ(level, 3u) << "level 0 leaves the earlier one";
+  // Level 0 leaves the earlier one.
+  for (const char* script : {"ERRORLEVEL 3", "ERRORLEVEL 0"}) {
+    EXPECT_EQ(Load(script), kSuccess);
+    EXPECT_EQ(CfgFile::ProcessCommands(), 0xC0000000000903E8);
+    EXPECT_EQ(CfgFile::GetErrorLevel(level), kSuccess);
+    EXPECT_EQ(level, 3u);
+    EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), kRefused);
+  }
 }
 
 TEST_F(Engine, MessageIsHandedOutOnce) {
   EXPECT_EQ(CfgMain::LoadConfigurationFromFile(u"T.TXT", nullptr), 0xC000000000090008);
-  const char16_t* text = nullptr;
   EXPECT_EQ(CfgMain::GetLastErrorMessage(text), kSuccess);
-  EXPECT_EQ(std::u16string_view(text), u"T.TXT is an invalid file type, the extension must be '.CFG'.");
+  const std::u16string_view first = text;
+  CCfgParser::SetLastError("second");
+  EXPECT_EQ(first, u"T.TXT is an invalid file type, the extension must be '.CFG'.")
+      << "valid until the next call";
+  EXPECT_EQ(CfgMain::GetLastErrorMessage(text), kSuccess);
+  EXPECT_EQ(std::u16string_view(text), u"second");
   EXPECT_EQ(CfgMain::GetLastErrorMessage(text), kSuccess);
   EXPECT_EQ(text, nullptr);
 }

@@ -7,87 +7,73 @@
 namespace varnok {
 namespace {
 
-class FileCfgTest : public ::testing::Test {
+class FileCfg : public ::testing::Test {
  protected:
-  CFileCfg Read(std::string text) {
+  void Read(std::string text) {
     machine.files["S.CFG"] = std::move(text);
-    return CFileCfg("S.CFG");
+    file = CFileCfg("S.CFG");
   }
+  // What is read, "-" for nothing.
+  std::string Keyword(std::size_t size = 256) { return file.GetFirstInput(text_, size) ? text_ : "-"; }
+  std::string Argument(std::size_t size = 256) { return file.GetNextInput(text_, size) ? text_ : "-"; }
+  std::string Rest(std::size_t size = 256) { return file.GetRemainingLine(text_, size) ? text_ : "-"; }
+
   testing::TestFirmware machine;
+  CFileCfg file{"MISSING.CFG"};
+
+ private:
+  std::string text_;
 };
 
-TEST_F(FileCfgTest, FileThatCannotBeReadHasNoLines) {
-  CFileCfg file("MISSING.CFG");
+TEST_F(FileCfg, FileThatCannotBeReadHasNoLines) {
   EXPECT_FALSE(file.IsLoaded());
   EXPECT_TRUE(file.EndOfFile());
 }
 
-TEST_F(FileCfgTest, KeywordsComeFromTrimmedLinesOfAnyLineEnd) {
-  CFileCfg file = Read(" \tSET a \rCLEAR\tb\n\r// note\r\n\n  ENDIF");
-  std::string text;
-  for (const char* keyword : {"SET", "CLEAR", "ENDIF"}) {
-    ASSERT_TRUE(file.GetFirstInput(text, 256));
-    EXPECT_EQ(text, keyword);
-  }
+TEST_F(FileCfg, KeywordsComeFromTrimmedLinesOfAnyLineEnd) {
+  Read(" \tSET a \rCLEAR\tb\n\r// note\r\n\n  ENDIF");
+  for (const char* keyword : {"SET", "CLEAR", "ENDIF"}) EXPECT_EQ(Keyword(), keyword);
   EXPECT_EQ(file.GetCurrentLineNumber(), 4u);
-  EXPECT_FALSE(file.GetFirstInput(text, 256));
+  EXPECT_EQ(Keyword(), "-");
   EXPECT_TRUE(file.EndOfFile());
+  Read("DISPLAY \"see http://x\"");
+  EXPECT_EQ(file.CurrentLine(), "DISPLAY \"see http:") << "a comment is cut inside quotes, too";
 }
 
-TEST_F(FileCfgTest, CommentIsCutInsideQuotesToo) {
-  CFileCfg file = Read("DISPLAY \"see http://x\"");
-  EXPECT_EQ(file.CurrentLine(), "DISPLAY \"see http:");
-}
-
-TEST_F(FileCfgTest, KeywordMustBeShorterThanItsBuffer) {
-  CFileCfg file = Read("ABCD x");
-  std::string text;
-  EXPECT_FALSE(file.GetFirstInput(text, 4));
+TEST_F(FileCfg, RoomIsTestedAgainstTheKeywordAndTheArgumentsColumn) {
+  Read("PROBE ab");
+  EXPECT_EQ(Keyword(5), "-");
   file.SetCurrentLineNumber(0);
-  EXPECT_TRUE(file.GetFirstInput(text, 5));
-}
-
-TEST_F(FileCfgTest, ArgumentsAreWordsOrQuotedTexts) {
-  CFileCfg file = Read("PROBE  one \"two words\"three \"\" x");
-  std::string text;
-  ASSERT_TRUE(file.GetFirstInput(text, 256));
-  for (const char* argument : {"one", "two words", "three"}) {
-    ASSERT_TRUE(file.GetNextInput(text, 256));
-    EXPECT_EQ(text, argument);
-  }
-  EXPECT_FALSE(file.GetNextInput(text, 256)) << "two adjacent quotes are no argument";
-}
-
-TEST_F(FileCfgTest, RoomForAnArgumentIsTestedAgainstItsColumn) {
-  CFileCfg file = Read("PROBE ab");
-  std::string text;
-  ASSERT_TRUE(file.GetFirstInput(text, 256));
-  EXPECT_FALSE(file.GetNextInput(text, 8));
+  EXPECT_EQ(Keyword(6), "PROBE");
+  EXPECT_EQ(Argument(8), "-");
   file.SetCurrentLineNumber(0);
-  ASSERT_TRUE(file.GetFirstInput(text, 256));
-  EXPECT_TRUE(file.GetNextInput(text, 9));
+  Keyword();
+  EXPECT_EQ(Argument(9), "ab");
 }
 
-TEST_F(FileCfgTest, RestOfALineKeepsItsLeadingBlanks) {
-  CFileCfg file = Read("SET   a b\n\n");
-  std::string text;
-  ASSERT_TRUE(file.GetFirstInput(text, 256));
-  EXPECT_FALSE(file.GetRemainingLine(text, 6));
-  ASSERT_TRUE(file.GetRemainingLine(text, 7));
-  EXPECT_EQ(text, "   a b");
+TEST_F(FileCfg, ArgumentsAreWordsOrQuotedTexts) {
+  Read("PROBE  one \"two words\"three \"\" x");
+  Keyword();
+  // Two adjacent quotes are no argument.
+  for (const char* argument : {"one", "two words", "three", "-"}) EXPECT_EQ(Argument(), argument);
+}
+
+TEST_F(FileCfg, RestOfALineKeepsItsLeadingBlanks) {
+  Read("SET   a b\n\n");
+  Keyword();
+  EXPECT_EQ(Rest(6), "-");
+  EXPECT_EQ(Rest(7), "   a b");
   file.SetCurrentLineNumber(1);
   EXPECT_TRUE(file.IsLineEmpty());
-  EXPECT_FALSE(file.GetRemainingLine(text, 256));
+  EXPECT_EQ(Rest(), "-");
 }
 
-TEST_F(FileCfgTest, LineNumberPastTheEndOnlyGoesBackToTheLinesStart) {
-  CFileCfg file = Read("SET a\nCLEAR a");
-  std::string text;
-  ASSERT_TRUE(file.GetFirstInput(text, 256));
-  ASSERT_TRUE(file.GetFirstInput(text, 256));
+TEST_F(FileCfg, LineNumberPastTheEndOnlyGoesBackToTheLinesStart) {
+  Read("SET a\nCLEAR a");
+  Keyword();
+  EXPECT_EQ(Keyword(), "CLEAR");
   file.SetCurrentLineNumber(2);
-  ASSERT_TRUE(file.GetFirstInput(text, 256));
-  EXPECT_EQ(text, "CLEAR");
+  EXPECT_EQ(Keyword(), "CLEAR");
 }
 
 }  // namespace

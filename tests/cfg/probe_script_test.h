@@ -30,6 +30,10 @@ class ProbeScript : public ScriptTest {
     EXPECT_FALSE(isYes || isNo) << "a failed query must not change a tag";
     return Format("%X", status) + (Message().empty() ? "" : " " + Message());
   }
+  /// Expects the same answer of each probe of a list ("a; b; c").
+  void ExpectAnswers(const std::string& probes, const std::string& answer) {
+    for (const std::string& probe : Split(probes)) EXPECT_EQ(Ask(probe), answer) << probe;
+  }
 
   /// A request that the BMC answers with a completion code until the transport gives up.
   static void Refuse(ScriptedIpmi& bmc, std::uint8_t netFunction, std::uint8_t command,

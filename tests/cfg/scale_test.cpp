@@ -11,8 +11,20 @@ namespace varnok {
 namespace {
 
 using Scale = testing::ScriptTest;
+using Timed = testing::ScriptTest;
 
-/// Blocks of nine lines that set, test and clear tags of their own, in nested blocks, with distinct tags.
+/// Processor time of a job, the best of three.
+double Seconds(const std::function<void()>& job) {
+  double best = 1e9;
+  for (int i = 0; i < 3; ++i) {
+    std::clock_t start = std::clock();
+    job();
+    best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+  }
+  return best;
+}
+
+/// Blocks of ten lines that set, test and clear tags of their own, in nested blocks, with distinct tags.
 std::string LongScript(int lines, int tags) {
   std::string script;
   for (int block = 0; block < lines / 10; ++block) {
@@ -24,74 +36,52 @@ std::string LongScript(int lines, int tags) {
   return script;
 }
 
-class Timed : public Scale {
- protected:
-  /// Processor time of loading and running a script, the best of three.
-  double Seconds(const std::string& script) {
-    double best = 1e9;
-    for (int i = 0; i < 3; ++i) {
-      std::clock_t start = std::clock();
-      EXPECT_EQ(Run(script), kSuccess);
-      best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
-    }
-    return best;
-  }
-};
-
 TEST_F(Timed, TimeGrowsWithTheLengthOfTheScript) {
-  double quarter = Seconds(LongScript(25'000, 2'500));
-  double whole = Seconds(LongScript(100'000, 10'000));
+  double quarter = Seconds([&] { EXPECT_EQ(Run(LongScript(25'000, 2'500)), kSuccess); });
+  double whole = Seconds([&] { EXPECT_EQ(Run(LongScript(100'000, 10'000)), kSuccess); });
   EXPECT_EQ(parser.TagCount(), 10'000u);
   EXPECT_LT(whole, 10 * quarter) << "four times the lines; a square law would take sixteen times as long";
 }
 
 TEST_F(Timed, SdrFileIsReplacedWithoutASearch) {
-  CCfgCommand refresh(CommandType::BmcRefresh);
-  CCfgCommand sdrName(CommandType::SdrName);
+  CCfgCommand refresh(CommandType::BmcRefresh), sdrName(CommandType::SdrName);
   CCfgFileInputCommand file(InputFileKind::Sdr);
-  auto secondsFor = [&](int count) {
-    std::clock_t start = std::clock();
+  auto fill = [&](int count) {
     for (int i = 0; i < count; ++i) parser.AddUpdateCommand(refresh, nullptr, true);
     for (int i = 0; i < count; ++i) parser.AddUpdateCommand(sdrName, &file, true);
     parser.Free();
-    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
   };
-  double best = 1e9;
-  for (int i = 0; i < 3; ++i) best = std::min(best, secondsFor(5'000));
-  EXPECT_LT(secondsFor(50'000), 40 * best) << "ten times the lines; a square law would take a hundred times";
-}
-
-/// Runs `body` on a thread whose stack is as small as a firmware application's.
-void OnSmallStack(std::function<void()> body) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 128 * 1024), 0);
-  auto run = [](void* data) -> void* {
-    (*static_cast<std::function<void()>*>(data))();
-    return nullptr;
-  };
-  pthread_t thread;
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
-  pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
+  EXPECT_LT(Seconds([&] { fill(50'000); }), 40 * Seconds([&] { fill(5'000); }))
+      << "ten times the lines; a square law would take a hundred times";
 }
 
 TEST_F(Scale, NestingCostsNoStack) {
   constexpr int kDepth = 50'000;
-  std::string open;
-  std::string close;
+  std::string open, close;
   for (int i = 0; i < kDepth; ++i) {
     open += i % 2 == 0 ? "IFSET a\n" : "IFSET b\nELSE\n";
     close += "ENDIF\n";
   }
-  OnSmallStack([&] {
+  std::function<void()> body = [&] {
     EXPECT_EQ(Run("SET a\n" + open + "DISPLAY inner\n" + close), kSuccess);
     parser.DebugPrint();
     EXPECT_EQ(machine.console.substr(0, 6), "inner\n");
     EXPECT_EQ(Load(open), 0xC000000000090013);
-    EXPECT_EQ(Load("SET a\n" + open + "NOSUCH\n" + close), 0xC000000000090016);
+    EXPECT_EQ(Load("SET a\n" + open + "NOSUCH\n" + close), kUnknown);
     parser.Free();
-  });
+  };
+  auto run = [](void* job) -> void* {
+    (*static_cast<std::function<void()>*>(job))();
+    return nullptr;
+  };
+  // A stack as small as a firmware application's.
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 128 * 1024), 0);
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &body), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
 }
 
 }  // namespace

@@ -1,21 +1,29 @@
 // Scripts in memory, loaded and processed by the parser on a machine without a board.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 
 #include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
+#include "tests/cfg/split.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok::testing {
 
 class ScriptTest : public ::testing::Test {
  protected:
+  static constexpr Status kTooMany = 0xC00000000009000B;
+  static constexpr Status kBadValue = 0xC00000000009000C;
+  static constexpr Status kBadLine = 0xC00000000009000D;
+  static constexpr Status kOutOfPlace = 0xC000000000090015;
+  static constexpr Status kUnknown = 0xC000000000090016;
+  static constexpr Status kOutOfBlock = 0xC000000000090017;
+
   ScriptTest() {
     CCfgCommand::Callbacks() = {Dornquist::DisplayProgress, DisplayText, InputChar, GetEnvVar};
     EngineMessage().Reset();
@@ -35,6 +43,21 @@ class ScriptTest : public ::testing::Test {
     return parser.Process();
   }
   std::string Message() const { return Narrow(CCfgParser::GetLastError()); }
+
+  // What several commands say of their parameters.
+  static std::string Missing(const std::string& command, const std::string& which = "first") {
+    return "The " + command + " command is missing its " + which + " parameter.";
+  }
+  static std::string Extra(const std::string& command, const std::string& rest) {
+    return "Too many parameters for the " + command + " command.\n   The parameters '" + rest +
+           "' were not accepted.";
+  }
+  static std::string Invalid(const std::string& text, const std::string& command) {
+    return text + " is not a valid input for the " + command + " command.";
+  }
+  static std::string NotHex(const std::string& text, const std::string& command) {
+    return Invalid(text, command) + "  The value must be a valid hexidecimal number.";
+  }
 
   /// Expects a script to be refused while it is read, with this message for this line (from 1).
   void ExpectRefused(std::string script, int line, Status status, const std::string& message) {
