@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <source_location>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -33,9 +32,9 @@ inline std::string LastFruError() {
 
 /// The status, with the text that belongs to it.
 inline void ExpectFailure(Status status, Status expected, std::string_view text = kUnexpectedText,
-                          std::source_location place = std::source_location::current()) {
-  EXPECT_EQ(status, expected) << "line " << place.line();
-  EXPECT_EQ(LastFruError(), text) << "line " << place.line();
+                          int line = __builtin_LINE()) {
+  EXPECT_EQ(status, expected) << "line " << line;
+  EXPECT_EQ(LastFruError(), text) << "line " << line;
 }
 
 /// The address of a device; with no more than its kind, of the BMC's own inventory device.
