@@ -19,7 +19,7 @@ constexpr const char* kConfigName = "board.json";
 struct Board::State {
   State(const std::filesystem::path& folder, const BoardConfig& config)
       : images(folder), bmc(config, images, clock), adapter(bmc) {
-    if (!config.clockStart.empty() && !clock.SetStart(config.clockStart)) {
+    if (!clock.SetStart(config.clockStart)) {
       throw BoardError("clock.start: \"" + config.clockStart +
                        "\" is neither \"now\" nor like 2026-01-01T08:00:00");
     }

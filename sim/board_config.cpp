@@ -1,7 +1,9 @@
 #include "sim/board_config.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
+#include <vector>
 
 #include "sim/image.h"
 #include "sim/json_object.h"
@@ -209,7 +211,7 @@ ControllerConfig ReadIpmbController(JsonObject& object) {
 }
 
 void ReadClock(JsonObject object, BoardConfig& config) {
-  config.clockStart = object.Text("start", "");
+  config.clockStart = object.Text("start", config.clockStart);
   config.exchangeMicroseconds =
       object.Number("exchangeMicroseconds", config.exchangeMicroseconds, 0, 1'000'000);
   object.Finish();
@@ -247,10 +249,20 @@ BoardConfig ReadRoot(JsonObject root) {
   return config;
 }
 
-/// Comments are taken, so that a board can say why it is as it is.
+/// Comments are taken, so that a board can say why it is as it is. Of a key that stands twice the first value
+/// would be lost.
 nlohmann::json Parse(const Bytes& text) {
+  using Event = nlohmann::json::parse_event_t;
+  std::vector<std::set<std::string>> open;  // the keys of each object that has not ended
+  const auto watch = [&open](int, Event event, const nlohmann::json& parsed) {
+    if (event == Event::object_start) open.emplace_back();
+    if (event == Event::object_end) open.pop_back();
+    if (event == Event::key && !open.back().insert(parsed.get<std::string>()).second)
+      throw BoardError(parsed.dump() + " stands twice in one object");
+    return true;
+  };
   try {
-    return nlohmann::json::parse(text.begin(), text.end(), nullptr, true, true);
+    return nlohmann::json::parse(text.begin(), text.end(), watch, true, true);
   } catch (const nlohmann::json::exception& complaint) {
     throw BoardError(complaint.what());
   }

@@ -127,7 +127,7 @@ struct SdrConfig {
 };
 
 struct BoardConfig {
-  std::string clockStart;                     ///< empty: the default date
+  std::string clockStart = "2026-01-01T08:00:00";
   std::uint32_t exchangeMicroseconds = 1000;  ///< what one request and its answer take
   TransferModeConfig transferMode;
   SdrConfig sdrs;

@@ -21,7 +21,7 @@ class VirtualClock {
   WallClock Now() const;
 
  private:
-  std::int64_t startSeconds_ = 1767254400;  // 2026-01-01T08:00:00
+  std::int64_t startSeconds_ = 0;
   std::uint64_t elapsed_ = 0;
 };
 

@@ -28,6 +28,9 @@ TEST_F(BoardTest, EveryErrorNamesItsKey) {
            "smbios: a.bin: does not begin with an SMBIOS entry point as dmidecode --dump-bin writes it"}});
   expect(R"({"smbios": "", )", "}", "",
          {{R"("extra": 1)", "extra: unknown key"},
+          {R"("bmc": {"frus": []}, "faults": [], "faults": [])", "\"faults\" stands twice in one object"},
+          {R"("clock": {"start": ""})",
+           "clock.start: \"\" is neither \"now\" nor like 2026-01-01T08:00:00"},
           {R"("controllers": [{"address": 32}])", "controllers[0].address: is the BMC's own"},
           {R"("controllers": [{"address": 192}, {"address": 192}])",
            "controllers[1].address: is taken by another controller of this channel"},
