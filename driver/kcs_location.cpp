@@ -45,7 +45,8 @@ std::optional<KcsLocation> ReadIpmiDevice(Bytes record) {
   // Version 1.0 of the record ends with the address.
   unsigned modifier = record.size() > kModifierOffset ? record[kModifierOffset] : 0u;
   std::size_t spacing = modifier >> 6;
-  if (spacing >= std::size(kSpacings)) return {};
+  // Some firmware leaves the address empty; nothing may be written to the first bytes of memory.
+  if (spacing >= std::size(kSpacings) || base <= 1) return {};
   bool isIo = (base & 1) != 0;
   // Bit 0 tells the address space; the address's own lowest bit is kept in the modifier.
   return KcsLocation{(base & ~std::uint64_t{1}) | (modifier >> 4 & 1), kSpacings[spacing], isIo};

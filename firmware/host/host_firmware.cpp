@@ -1,5 +1,6 @@
 #include "firmware/host/host_firmware.h"
 
+#include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -21,7 +22,12 @@ void HostFirmware::WriteConsole(std::u16string_view text) {
   // A console that is gone must not stop a board from being programmed to the end.
   for (std::size_t done = 0; done < bytes.size();) {
     ssize_t result = write(STDOUT_FILENO, bytes.data() + done, bytes.size() - done);
-    if (result < 0 && errno == EINTR) continue;
+    if (result < 0 && (errno == EINTR || errno == EAGAIN)) {
+      // Others who share the console may have made it one that does not wait.
+      pollfd output{STDOUT_FILENO, POLLOUT, 0};
+      poll(&output, 1, -1);
+      continue;
+    }
     if (result < 0) return;
     done += static_cast<std::size_t>(result);
   }

@@ -36,8 +36,13 @@ void HandleStop(int) {
   raise(SIGTSTP);
 }
 
+/// A signal that the program was started to ignore, as under nohup, stays ignored.
+void Catch(int number, void (*handler)(int)) {
+  if (signal(number, handler) == SIG_IGN) signal(number, SIG_IGN);
+}
+
 void HandleContinue(int) {
-  signal(SIGTSTP, HandleStop);
+  Catch(SIGTSTP, HandleStop);
   if (isRaw) tcsetattr(STDIN_FILENO, TCSANOW, &keyMode);
 }
 
@@ -49,8 +54,8 @@ void EnterRawMode() {
   keyMode.c_cc[VTIME] = 0;
   isRaw = true;
   std::atexit(LeaveRawMode);
-  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGABRT, SIGSEGV}) signal(number, HandleDeadlySignal);
-  signal(SIGTSTP, HandleStop);
+  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGABRT, SIGSEGV}) Catch(number, HandleDeadlySignal);
+  Catch(SIGTSTP, HandleStop);
   signal(SIGCONT, HandleContinue);
   tcsetattr(STDIN_FILENO, TCSANOW, &keyMode);
 }
@@ -58,8 +63,11 @@ void EnterRawMode() {
 std::optional<char> ReadByte() {
   char byte = 0;
   ssize_t count = 0;
-  do count = read(STDIN_FILENO, &byte, 1);
-  while (count < 0 && errno == EINTR);
+  while ((count = read(STDIN_FILENO, &byte, 1)) < 0 && (errno == EINTR || errno == EAGAIN)) {
+    // Others who share the console may have made it one that does not wait.
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    poll(&input, 1, -1);
+  }
   if (count <= 0) return std::nullopt;
   return byte;
 }

@@ -11,6 +11,9 @@ namespace {
 // An input file of the shell begins with it; no key does.
 constexpr char16_t kByteOrderMark = 0xFEFF;
 constexpr UINTN kTabWidth = 8;
+// A keyboard hardly ever reports a key that is none. Input from a place without characters, as the shell's
+// NUL, does nothing else.
+constexpr int kMostMisses = 1000;
 
 // Under redirection the shell puts its own output in this place, so that the text reaches the file.
 void Put(const std::u16string& text) {
@@ -53,16 +56,17 @@ void Console::Write(std::u16string_view text) {
 
 char16_t Console::ReadKey() {
   SIMPLE_INPUT_INTERFACE* input = SystemTable().ConIn;
-  for (;;) {
-    if (shell_.InputFileHasEnded()) EndProgram(u"\r\nThe input has ended.\r\n", kInputEndedStatus);
+  for (int misses = 0;; ++misses) {
+    if (misses == kMostMisses || shell_.InputFileHasEnded())
+      EndProgram(u"\r\nThe input has ended.\r\n", kInputEndedStatus);
     UINTN index = 0;
     if (IsError(BootServices().WaitForEvent(1, &input->WaitForKey, &index)))
       EndProgram(u"\r\nThe console cannot wait for a key.\r\n", uefi_status::kDeviceError);
     EFI_INPUT_KEY key{};
     Status status = input->ReadKeyStroke(input, &key);
-    if (status == kSuccess && key.UnicodeChar == kByteOrderMark) continue;
-    if (status == kSuccess) return key.UnicodeChar;
-    if (status != uefi_status::kNotReady)
+    bool isKey = key.UnicodeChar != kByteOrderMark && (key.UnicodeChar != 0 || key.ScanCode != 0);
+    if (status == kSuccess && isKey) return key.UnicodeChar;
+    if (IsError(status) && status != uefi_status::kNotReady)
       EndProgram(u"\r\nThe console gives no key.\r\n", uefi_status::kDeviceError);
   }
 }

@@ -20,12 +20,21 @@ UefiFirmware::~UefiFirmware() {
 }
 
 void UefiFirmware::Stall(std::uint64_t microseconds, StallKind) {
+  stalled_ += microseconds;
   BootServices().Stall(microseconds);
 }
 
 WallClock UefiFirmware::Now() {
   EFI_TIME time{};
-  if (IsError(SystemTable().RuntimeServices->GetTime(&time, nullptr))) return {};
+  if (IsError(SystemTable().RuntimeServices->GetTime(&time, nullptr))) {
+    // Waits are measured by the clock: where it is broken, what was stalled goes on counting.
+    std::uint64_t seconds = stalled_ / 1'000'000;
+    WallClock clock;
+    clock.hour = static_cast<std::uint8_t>(seconds / 3600 % 24);
+    clock.minute = static_cast<std::uint8_t>(seconds / 60 % 60);
+    clock.second = static_cast<std::uint8_t>(seconds % 60);
+    return clock;
+  }
   return {time.Year, time.Month, time.Day, time.Hour, time.Minute, time.Second};
 }
 

@@ -39,6 +39,7 @@ class UefiFirmware : public Firmware {
   Console console_{shell_};
   MemoryMap memoryMap_;
   Firmware* previous_;
+  std::uint64_t stalled_ = 0;  ///< microseconds
 };
 
 }  // namespace varnok::uefi

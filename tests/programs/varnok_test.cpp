@@ -1,6 +1,10 @@
 // The Linux program as its users run it: a process, its files, its board folder.
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 #include <numeric>
 
@@ -61,6 +65,31 @@ TEST_F(Varnok, ConsoleThatIsGoneDoesNotStopTheProgramming) {
   const Bytes image = ReadFile(kImage);
   EXPECT_EQ(Run(kProgramSample), 0);
   EXPECT_EQ(ReadFile(kImage), image) << "the first run wrote everything";
+}
+
+TEST_F(Varnok, ConsoleThatDoesNotWaitLosesNothing) {
+  EXPECT_EQ(Run("/d sdr"), 0);
+  int console[2];
+  ASSERT_EQ(pipe2(console, O_NONBLOCK | O_CLOEXEC), 0);
+  ASSERT_EQ(fcntl(console[1], F_SETPIPE_SZ, 4096), 4096);
+  if (fork() == 0) {
+    dup2(console[1], STDOUT_FILENO);
+    const std::string home = "XDG_STATE_HOME=" + folder.string();
+    const char* const environment[] = {home.c_str(), nullptr};
+    execle(VARNOK_PROGRAM, "varnok", "/d", "sdr", nullptr, environment);
+  }
+  close(console[1]);
+  usleep(100'000);  // the console is full by now
+  std::string shown;
+  std::array<char, 512> part;
+  pollfd ready{console[0], POLLIN, 0};
+  while (poll(&ready, 1, 10'000) > 0) {
+    const ssize_t count = read(console[0], part.data(), part.size());
+    if (count <= 0) break;
+    shown.append(part.data(), static_cast<std::size_t>(count));
+  }
+  wait(nullptr);
+  EXPECT_TRUE(shown == output) << shown.size() << " of " << output.size();
 }
 
 TEST_F(Varnok, ErrorLevelIsTheExitStatusAndNeverASuccess) {

@@ -42,6 +42,7 @@ class Facade(unittest.TestCase):
             "keys": Command("PROBE keys 3", [("keys?", "xY\x1b[A")]),
             "prompt": Command("PROBE prompt", [("[M]ore", "qm"), ("[M]ore", "S"), ("[M]ore", "x\x1b[An")]),
             "keys from file": "PROBE keys 3 < keys.txt",
+            "keys from nowhere": "PROBE keys 1 < NUL",
             "variable": "PROBE variable board",
             "no variable": "PROBE variable nothing",
             "clock": "PROBE clock",
@@ -99,17 +100,19 @@ class Facade(unittest.TestCase):
 
     def test_input_from_a_file_ends_the_program_at_its_end(self):
         self.assertEqual(self.lines("keys from file")[:3], ["keys?", "key: 97", "key: 98"])
-        self.assertIn("The input has ended.", self.lines("keys from file"))
-        self.assertEqual(self.boot.results["keys from file"].status, INPUT_ENDED)
+        for name in ("keys from file", "keys from nowhere"):
+            self.assertIn("The input has ended.", self.lines(name))
+            self.assertEqual(self.boot.results[name].status, INPUT_ENDED)
 
     def test_environment(self):
         self.assertEqual(self.lines("variable"), ["value: VARNOK-1"])
         self.assertEqual(self.lines("no variable"), ["no variable"])
 
     def test_clock_and_stall(self):
-        year, seconds = self.lines("clock")
+        year, seconds, without_clock = self.lines("clock")
         self.assertGreaterEqual(int(year.split()[1]), 2024)
         self.assertIn(int(seconds.split()[1]), (2, 3))
+        self.assertEqual(without_clock, "seconds without a clock: 2")
 
     def test_tables_and_physical_memory(self):
         self.assertEqual(self.lines("tables"), ["SMBIOS: found", "unknown: missing", "readable: 31",

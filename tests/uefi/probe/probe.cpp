@@ -1,10 +1,12 @@
 #include "tests/uefi/probe/probe.h"
 
 #include <list>
+#include <utility>
 #include <vector>
 
 #include "app/services/text.h"
 #include "firmware/entry.h"
+#include "firmware/uefi/runtime.h"
 #include "platform/smbios.h"
 
 namespace varnok {
@@ -55,12 +57,24 @@ std::uint32_t SecondOfDay(const WallClock& clock) {
   return (clock.hour * 60u + clock.minute) * 60u + clock.second;
 }
 
-int ProbeClock(int, char*[]) {
+void ShowTwoSeconds(std::u16string_view name) {
   WallClock before = TheFirmware().Now();
   TheFirmware().Stall(2'000'000, StallKind::Waiting);
   WallClock after = TheFirmware().Now();
-  Answer(u"year", std::uint32_t{before.year});
-  Answer(u"seconds", (SecondOfDay(after) + 86400 - SecondOfDay(before)) % 86400);
+  Answer(name, (SecondOfDay(after) + 86400 - SecondOfDay(before)) % 86400);
+}
+
+EFI_STATUS EFIAPI BrokenGetTime(EFI_TIME*, EFI_TIME_CAPABILITIES*) {
+  return EFI_DEVICE_ERROR;
+}
+
+int ProbeClock(int, char*[]) {
+  Answer(u"year", std::uint32_t{TheFirmware().Now().year});
+  ShowTwoSeconds(u"seconds");
+  EFI_RUNTIME_SERVICES& services = *uefi::SystemTable().RuntimeServices;
+  auto getTime = std::exchange(services.GetTime, BrokenGetTime);
+  ShowTwoSeconds(u"seconds without a clock");
+  services.GetTime = getTime;
   return 0;
 }
 

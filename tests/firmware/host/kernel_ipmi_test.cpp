@@ -1,0 +1,85 @@
+// What the kernel's IPMI device may hand out, through an ioctl of our own.
+#include "firmware/host/kernel_ipmi.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <linux/ipmi.h>
+#include <sys/ioctl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <deque>
+
+namespace varnok::host {
+namespace {
+
+using ::testing::ElementsAre;
+
+struct Message {
+  int type;
+  long age;  ///< in requests
+  std::vector<std::uint8_t> bytes;
+};
+
+ipmi_req_settime sent;
+std::deque<Message> queue;
+
+int HandOut(ipmi_recv& received) {
+  Message message = queue.front();
+  queue.pop_front();
+  received.recv_type = message.type;
+  received.msgid = sent.req.msgid - message.age;
+  received.msg.netfn = sent.req.msg.netfn | 1;
+  received.msg.cmd = sent.req.msg.cmd;
+  std::size_t count = std::min<std::size_t>(received.msg.data_len, message.bytes.size());
+  std::copy_n(message.bytes.begin(), count, received.msg.data);
+  received.msg.data_len = static_cast<unsigned short>(count);
+  errno = EMSGSIZE;
+  return count < message.bytes.size() ? -1 : 0;
+}
+
+}  // namespace
+
+extern "C" int ioctl(int, unsigned long request, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, request);
+  void* argument = va_arg(arguments, void*);
+  va_end(arguments);
+  if (request == IPMICTL_RECEIVE_MSG_TRUNC) return HandOut(*static_cast<ipmi_recv*>(argument));
+  sent = {*static_cast<ipmi_req*>(argument), -1, 0};
+  if (request == IPMICTL_SEND_COMMAND_SETTIME) sent = *static_cast<ipmi_req_settime*>(argument);
+  return 0;
+}
+
+// /dev/zero is always ready to be read.
+TEST(KernelIpmi, TakesTheAnswerToItsLastRequestOnly) {
+  KernelIpmi kernel(open("/dev/zero", O_RDWR | O_CLOEXEC));
+  KernelIpmi::Answer answer;
+  EXPECT_EQ(kernel.Receive(answer), uefi_status::kNotReady);
+  EXPECT_EQ(kernel.Send(6, 0, 1, {}), kSuccess);
+  EXPECT_EQ(kernel.Send(6, 2, 1, {}), kSuccess);
+  queue = {{IPMI_RESPONSE_RECV_TYPE, 1, {1}},
+           {IPMI_ASYNC_EVENT_RECV_TYPE, 0, {2}},
+           {IPMI_CMD_RECV_TYPE, 0, {3}},
+           {IPMI_RESPONSE_RECV_TYPE, 0, {0, 4}}};
+  EXPECT_EQ(kernel.Receive(answer), kSuccess);
+  EXPECT_THAT(answer.bytes, ElementsAre(0, 4));
+  EXPECT_EQ(answer.lun, 2);
+  EXPECT_EQ(kernel.Receive(answer), uefi_status::kNotReady);
+  EXPECT_EQ(kernel.Send(6, 0, 1, {}), kSuccess);
+  queue = {{IPMI_RESPONSE_RECV_TYPE, 0, std::vector<std::uint8_t>(300)}};
+  EXPECT_EQ(kernel.Receive(answer), kSuccess);
+  EXPECT_EQ(answer.bytes.size(), 272u) << "the kernel cut it";
+}
+
+TEST(KernelIpmi, WaitsForAControllerAsLongAsItsCaller) {
+  KernelIpmi kernel(open("/dev/zero", O_RDWR | O_CLOEXEC));
+  const std::vector<std::uint8_t> sendMessage{0, 0xB4, 0x18, 0x34, 0x20, 0x06, 0x01, 0xD9};
+  EXPECT_EQ(kernel.Send(6, 0, 0x34, sendMessage), kSuccess);
+  EXPECT_GE((sent.retries + 1) * static_cast<int>(sent.retry_time_ms), 5'000);
+  EXPECT_LT((sent.retries + 1) * static_cast<int>(sent.retry_time_ms), 8'000)
+      << "the device is given up after 10 seconds";
+}
+
+}  // namespace varnok::host
