@@ -77,6 +77,7 @@ TEST_F(Varnok, ConsoleThatDoesNotWaitLosesNothing) {
     const std::string home = "XDG_STATE_HOME=" + folder.string();
     const char* const environment[] = {home.c_str(), nullptr};
     execle(VARNOK_PROGRAM, "varnok", "/d", "sdr", nullptr, environment);
+    _exit(127);
   }
   close(console[1]);
   usleep(100'000);  // the console is full by now
