@@ -24,9 +24,6 @@ constinit EFI_HANDLE serviceHandle = nullptr;
 constinit EFI_BOOT_SERVICES* bootServices = nullptr;
 
 constexpr Guid kSmbios3Guid = {0xF2FD1544, 0x9794, 0x4A2C, {0x99, 0x2E, 0xE5, 0xBB, 0xCF, 0x20, 0xE3, 0x94}};
-constexpr Guid kSmbiosGuid = {0xEB9D2D31, 0x2D88, 0x11D3, {0x9A, 0x16, 0x00, 0x90, 0x27, 0x3F, 0xC1, 0x4D}};
-constexpr Guid kLoadedImageGuid = {
-    0x5B1B31A1, 0x9562, 0x11D2, {0x8E, 0x3F, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
 constexpr std::size_t kEntryPointRoom = 0x20;
 
 /// Looks for the interface in the structures behind one entry point.
@@ -56,11 +53,11 @@ Status Start(EFI_HANDLE image, const EFI_SYSTEM_TABLE& system) {
   if (bootServices->LocateProtocol(ToEfi(kIpmiProtocolGuid), nullptr, &installed) == EFI_SUCCESS)
     return uefi_status::kAlreadyStarted;
   KcsLocation location = kUsualKcs;
-  if (!FindByTable(system, kSmbios3Guid, location)) (void)FindByTable(system, kSmbiosGuid, location);
+  if (!FindByTable(system, kSmbios3Guid, location)) (void)FindByTable(system, kSmbiosTableGuid, location);
   port.Connect(location, *bootServices);
   if (!service.FindBmc()) return uefi_status::kNotFound;
   void* loadedImage = nullptr;
-  if (bootServices->HandleProtocol(image, ToEfi(kLoadedImageGuid), &loadedImage) == EFI_SUCCESS)
+  if (bootServices->HandleProtocol(image, ToEfi(uefi::kLoadedImageGuid), &loadedImage) == EFI_SUCCESS)
     static_cast<EFI_LOADED_IMAGE*>(loadedImage)->Unload = Unload;
   return bootServices->InstallProtocolInterface(&serviceHandle, ToEfi(kIpmiProtocolGuid),
                                                 EFI_NATIVE_INTERFACE, static_cast<IpmiProtocol*>(&service));

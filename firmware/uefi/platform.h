@@ -18,6 +18,10 @@ namespace varnok::uefi {
 static_assert(sizeof(EFI_GUID) == sizeof(Guid) && sizeof(CHAR16) == sizeof(char16_t));
 static_assert(sizeof(EFI_STATUS) == sizeof(Status));
 
+/// The image that a handle stands for (UEFI 2.10, section 9.1).
+inline constexpr Guid kLoadedImageGuid{
+    0x5B1B31A1, 0x9562, 0x11D2, {0x8E, 0x3F, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
+
 inline bool IsError(Status status) {
   return (status & uefi_status::kError) != 0;
 }

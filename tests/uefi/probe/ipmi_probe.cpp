@@ -23,17 +23,15 @@ IpmiProtocol* FindProtocol() {
 
 /// Unloads the image that the protocol is part of.
 Status UnloadDriver() {
-  constexpr Guid kLoadedImageGuid = {
-      0x5B1B31A1, 0x9562, 0x11D2, {0x8E, 0x3F, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
   EFI_BOOT_SERVICES& services = uefi::BootServices();
   const auto* protocol = reinterpret_cast<const std::uint8_t*>(FindProtocol());
   UINTN count = 0;
   EFI_HANDLE* handles = nullptr;
   Status status =
-      services.LocateHandleBuffer(ByProtocol, uefi::ToEfi(kLoadedImageGuid), nullptr, &count, &handles);
+      services.LocateHandleBuffer(ByProtocol, uefi::ToEfi(uefi::kLoadedImageGuid), nullptr, &count, &handles);
   for (UINTN i = 0; status == kSuccess && i < count; ++i) {
     void* interface = nullptr;
-    if (services.HandleProtocol(handles[i], uefi::ToEfi(kLoadedImageGuid), &interface) != EFI_SUCCESS)
+    if (services.HandleProtocol(handles[i], uefi::ToEfi(uefi::kLoadedImageGuid), &interface) != EFI_SUCCESS)
       continue;
     const auto& image = *static_cast<EFI_LOADED_IMAGE*>(interface);
     const auto* base = static_cast<const std::uint8_t*>(image.ImageBase);
