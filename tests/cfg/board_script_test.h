@@ -3,11 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -15,8 +11,9 @@
 #include "app/services/trace.h"
 #include "app/varnok.h"
 #include "platform/ipmi.h"
-#include "tests/cfg/split.h"
 #include "tests/support/board_machine.h"
+#include "tests/support/host_files.h"
+#include "tests/support/split.h"
 
 namespace varnok::testing {
 
@@ -31,15 +28,12 @@ const std::string kChange = kAssetTag + "ASSET-000500\n";
 class BoardScript : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "varnok-script-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
     for (const char* name : {"HEARTHS2.FRU", "HEARTHS2.SDR"})
       machine.files[std::string(".\\") + name] = Sample(name);
     std::string error;
-    ASSERT_TRUE(sim::Board::CreateDefault(folder_, error)) << error;
-    machine.Install(sim::Board::Open(folder_, error));
-    machine.board->OpenTrafficLog(folder_ / "traffic.txt");
+    ASSERT_TRUE(sim::Board::CreateDefault(folder_.Path(), error)) << error;
+    machine.Install(sim::Board::Open(folder_.Path(), error));
+    machine.board->OpenTrafficLog(folder_.Path() / "traffic.txt");
     IpmiReset();
     // Without one of its switches the trace log is off.
     const char* name = "varnok";
@@ -48,7 +42,6 @@ class BoardScript : public ::testing::Test {
   void TearDown() override {
     machine.board = nullptr;
     IpmiReset();
-    std::filesystem::remove_all(folder_);
   }
 
   /// Runs a script of this text; the exit status. The message, when there is one, is in `message`.
@@ -70,7 +63,7 @@ class BoardScript : public ::testing::Test {
   }
 
   static std::string Sample(const std::string& name) {
-    return ReadHostFile(std::filesystem::path(VARNOK_SAMPLES) / name);
+    return ContentOf(std::filesystem::path(VARNOK_SAMPLES) / name);
   }
   /// The bytes of one of the board's images.
   std::string Content(const std::string& image) {
@@ -85,17 +78,13 @@ class BoardScript : public ::testing::Test {
     return count;
   }
 
-  std::string Traffic() { return ReadHostFile(folder_ / "traffic.txt"); }
-  static std::string ReadHostFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-  }
+  std::string Traffic() { return ContentOf(folder_.Path() / "traffic.txt"); }
 
   BoardMachine machine;
   std::string message;
 
  private:
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
 };
 
 }  // namespace varnok::testing

@@ -69,7 +69,7 @@ TEST_F(ProbeQuery, OneRequest) {
     EXPECT_EQ(Ask(probe), "yes");
     bmc.Expect(query.netFunction, query.command, query.data).Reply(no);
     EXPECT_EQ(Ask(probe), "no");
-    Refuse(bmc, query.netFunction, query.command, query.data, 0x83);
+    bmc.ExpectFailing(query.netFunction, query.command, 0x83, query.data);
     EXPECT_EQ(Ask(probe), failure == "no" ? failure : "FFFFFE05" + failure);
     for (int i = 0; i < 4; ++i) bmc.ExpectRefused(query.netFunction, query.command, query.data);
     EXPECT_EQ(Ask(probe), failure == "no" ? failure : "FFFFFE09" + failure);
@@ -136,12 +136,12 @@ TEST_F(ProbeQuery, KeyAndValueHaveTheirLengths) {
 TEST_F(ProbeQuery, DeviceThatDoesNotAnswerIsAskedAgain) {
   const Bytes ping = {0x03, 0xA0, 0x00};
   ScriptedIpmi bmc(machine);
-  Refuse(bmc, kApp, 0x52, ping, 0x83);
+  bmc.ExpectFailing(kApp, 0x52, 0x83, ping);
   bmc.Expect(kApp, 0x52, ping).Reply({});
   EXPECT_EQ(Ask("PING 03 A0"), "yes");
-  for (int i = 0; i < 10; ++i) Refuse(bmc, kApp, 0x52, ping, 0x83);
+  for (int i = 0; i < 10; ++i) bmc.ExpectFailing(kApp, 0x52, 0x83, ping);
   EXPECT_EQ(Ask("PING 03 A0"), "no");
-  Refuse(bmc, kApp, 0x52, ping, 0x81);
+  bmc.ExpectFailing(kApp, 0x52, 0x81, ping);
   EXPECT_EQ(Ask("PING 03 A0"), "no") << "any other code is an answer";
   for (int i = 0; i < 4; ++i) bmc.ExpectRefused(kApp, 0x52, ping);
   EXPECT_EQ(Ask("PING 03 A0"), "no");
@@ -158,7 +158,7 @@ TEST_F(ProbeQuery, BmcTypeIsTheOneReadAtTheStart) {
     EXPECT_EQ(parser.TargetPlatformInfo(), platform);
   }
   ScriptedIpmi bmc(machine);
-  Refuse(bmc, kApp, kDeviceId, {}, 0xC1);
+  bmc.ExpectFailing(kApp, kDeviceId, 0xC1, {});
   EXPECT_NE(CfgMain::Initialize(), kSuccess);
   EXPECT_EQ(Ask("BMC_TYPE"), "no");
 }
@@ -179,7 +179,7 @@ TEST_F(ProbeQuery, FirmwareVersion) {
       bmc.Expect(kApp, kDeviceId).Reply(Identity(0x11, 0x43));
       EXPECT_EQ(Ask(keyword + specs), answer) << keyword << specs;
     }
-    Refuse(bmc, kApp, kDeviceId, {}, 0xC1);
+    bmc.ExpectFailing(kApp, kDeviceId, 0xC1, {});
     EXPECT_EQ(Ask(keyword + "01.05"), "C0000000000A0019 Unable to read FW version from the BMC.");
     FwUpdate::DeInitialize();
     EXPECT_EQ(Ask(keyword + "01.05"), "C0000000000A0008");
@@ -193,11 +193,11 @@ TEST_F(ProbeQuery, ControllerBehindABridge) {
   bmc.ExpectFetch().ReplyBridged(0x2C, 1, kApp, kDeviceId, Identity(0x01, 0x0B));
   EXPECT_EQ(Ask("DEVICE_ID 2C 0 B01"), "yes");
   // One BMC that shows everything: a NAK, an empty queue, a busy fetch, a stale and a short answer.
-  Refuse(bmc, kApp, kSend, {3, 0x30, 0x18, 0xB8, 0x20, 0x06, 0x01, 0xD9}, 0x83);
+  bmc.ExpectFailing(kApp, kSend, 0x83, {3, 0x30, 0x18, 0xB8, 0x20, 0x06, 0x01, 0xD9});
   bmc.ExpectSend(3, 0x30, 1, kApp, kDeviceId).Reply({});
-  Refuse(bmc, kApp, kFetch, {}, 0x80);
+  bmc.ExpectFailing(kApp, kFetch, 0x80, {});
   bmc.ExpectSend(3, 0x30, 1, kApp, kDeviceId).Reply({});
-  Refuse(bmc, kApp, kFetch, {}, 0x83);
+  bmc.ExpectFailing(kApp, kFetch, 0x83, {});
   bmc.ExpectFetch().ReplyBridged(0x30, 9, kApp, kDeviceId, Identity(0xFF, 0xFF));
   bmc.ExpectFetch().Reply({0x03, 0x1C, 0x00, 0x30, 0x04});
   bmc.ExpectFetch().ReplyBridged(0x30, 1, kApp, kDeviceId, Identity(0x34, 0x12));
@@ -207,10 +207,10 @@ TEST_F(ProbeQuery, ControllerBehindABridge) {
   bmc.ExpectFetch().ReplyBridged(0x30, 2, kApp, kDeviceId, {}, 0xC1);
   EXPECT_EQ(Ask("DEVICE_ID 30 3"), "no");
   // A known controller on another channel is bridged as well; a code that is no NAK ends it.
-  Refuse(bmc, kApp, kSend, {1, 0xC0, 0x18, 0x28, 0x20, 0x0E, 0x01, 0xD1}, 0xCC);
+  bmc.ExpectFailing(kApp, kSend, 0xCC, {1, 0xC0, 0x18, 0x28, 0x20, 0x0E, 0x01, 0xD1});
   EXPECT_EQ(Ask("DEVICE_ID C0 1"), "no");
   bmc.ExpectSend(3, 0x30, 4, kApp, kDeviceId).Reply({});
-  Refuse(bmc, kApp, kFetch, {}, 0xC1);
+  bmc.ExpectFailing(kApp, kFetch, 0xC1, {});
   EXPECT_EQ(Ask("DEVICE_ID 30 3"), "no");
 }
 
@@ -223,7 +223,7 @@ TEST_F(ProbeQuery, BridgeGivesUp) {
   request.command = kDeviceId;
   for (int i = 0; i < 50; ++i) {
     bmc.ExpectSend(3, 0x30, 1, kApp, kDeviceId).Reply({});
-    Refuse(bmc, kApp, kFetch, {}, 0x80);
+    bmc.ExpectFailing(kApp, kFetch, 0x80, {});
   }
   EXPECT_EQ(probe.ProcessSendMessage(request, response, 3, 0x30), 0xC000000000090004);
   bmc.ExpectSend(3, 0x30, 2, kApp, kDeviceId).Reply({});

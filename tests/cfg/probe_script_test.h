@@ -34,13 +34,6 @@ class ProbeScript : public ScriptTest {
   void ExpectAnswers(const std::string& probes, const std::string& answer) {
     for (const std::string& probe : Split(probes)) EXPECT_EQ(Ask(probe), answer) << probe;
   }
-
-  /// A request that the BMC answers with a completion code until the transport gives up.
-  static void Refuse(ScriptedIpmi& bmc, std::uint8_t netFunction, std::uint8_t command,
-                     const ScriptedIpmi::Bytes& data, std::uint8_t code) {
-    constexpr int kAttempts = 11;
-    for (int i = 0; i < kAttempts; ++i) bmc.Expect(netFunction, command, data).Reply({}, code);
-  }
 };
 
 }  // namespace varnok::testing

@@ -128,7 +128,7 @@ TEST_F(ProbeSmbios, ProcessorTdcAsksTheBmcToo) {
   EXPECT_EQ(Ask("PROCESSOR_TDC 1 5A"), "no");
   bmc.Expect(0x30, 0x97, {2}).Reply({0x5A});
   EXPECT_EQ(Ask("PROCESSOR_TDC 2 5A"), "no") << "not populated";
-  Refuse(bmc, 0x30, 0x97, {1}, 0xC1);
+  bmc.ExpectFailing(0x30, 0x97, 0xC1, {1});
   EXPECT_EQ(Ask("PROCESSOR_TDC 1 5A"), "FFFFFE05");
   EXPECT_EQ(Ask("PROCESSOR_TDC 3 5A"), "no") << "nothing is asked for a socket without a record";
 }

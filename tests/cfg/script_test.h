@@ -10,7 +10,7 @@
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
-#include "tests/cfg/split.h"
+#include "tests/support/split.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok::testing {

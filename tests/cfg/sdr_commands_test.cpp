@@ -26,10 +26,6 @@ class SdrCommands : public testing::ScriptTest {
   void AnswerInfo() {
     bmc.Expect(kStorage, 0x20).Reply({0x51, 0, 0, 0x00, 0x10, 0, 0, 0, 0, 0, 0, 0, 0, 0x22});
   }
-  /// A request is refused until the transport gives up.
-  void Refuse(std::uint8_t command) {
-    for (int i = 0; i < 11; ++i) bmc.Expect(kStorage, command).Reply({}, 0xC1);
-  }
 
   ScriptedIpmi bmc{machine};
 };
@@ -40,7 +36,7 @@ TEST_F(SdrCommands, FileThatCannotBeLoadedStopsTheScript) {
   ExpectStopped("SDRNAME \"\"", kBadValue, "SDR file name is null.");
   // A file that is right is of no use without the BMC, which leaves no words of its own.
   SdrData::Initialize();
-  Refuse(0x20);
+  bmc.ExpectFailing(kStorage, 0x20, 0xC1);
   ExpectStopped("SDRNAME A.SDR", kLoadFailed, "The file '.\\A.SDR' was not found.");
 }
 
@@ -67,7 +63,7 @@ TEST_F(SdrCommands, CommitFailsOnAnEmptyTagOrWithoutALoadedFile) {
 }
 
 TEST_F(SdrCommands, ClearingHappensAtOnceAndItsStatusPassesThrough) {
-  Refuse(0x22);
+  bmc.ExpectFailing(kStorage, 0x22, 0xC1);
   EXPECT_EQ(Run("CLEARSDR\nERRORLEVEL 1") >> 16, 0xC00000000006u);
 }
 

@@ -13,15 +13,13 @@ using namespace testing;
 class FruOnBoard : public FruTestOn<BoardTest> {
  protected:
   void SetUp() override {
-    BoardTest::SetUp();
     OpenDefault();
     machine.protocol = board->InstalledIpmi();
     ASSERT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
     ASSERT_EQ(FruData::Initialize(), kSuccess);
   }
   void Program(const std::string& sample) {
-    std::ifstream file(VARNOK_SAMPLES "/" + sample, std::ios::binary);
-    machine.files[sample] = std::string(std::istreambuf_iterator<char>(file), {});
+    machine.files[sample] = ContentOf(VARNOK_SAMPLES "/" + sample);
     ASSERT_EQ(FruData::LoadConfigurationFromFile(sample), kSuccess) << LastFruError();
     ASSERT_EQ(FruData::CommitConfigurationToSystem(true), kSuccess) << machine.console << LastFruError();
   }

@@ -23,34 +23,26 @@
 #include "firmware/entry.h"
 #include "platform/ipmi.h"
 #include "tests/support/board_machine.h"
+#include "tests/support/host_files.h"
 #include "tests/support/smbios_builder.h"
+#include "tests/support/split.h"
 
 namespace {
 
 using namespace varnok;
 namespace fs = std::filesystem;
 
-constexpr char kSeparator = 0x1E;
+constexpr std::string_view kSeparator = "\x1E";
 enum Part : std::size_t { CommandLine, FileText, Answers, FruImage, SmbiosTable, Keys, PartCount };
 
-std::string Content(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// The default board, made once; each run works on a copy.
+/// The default board, made once; each run works on a copy. Kept in memory where there is room for that.
 struct Folders {
   Folders() {
-    fs::path memory = "/dev/shm";
-    std::string pattern = (fs::exists(memory) ? memory : fs::temp_directory_path()) / "varnok-fuzz-XXXXXX";
     std::string error;
-    if (mkdtemp(pattern.data()) == nullptr) std::abort();
-    root = pattern;
-    if (!sim::Board::CreateDefault(root / "default", error)) std::abort();
+    if (!sim::Board::CreateDefault(root.Path() / "default", error)) std::abort();
   }
-  ~Folders() { fs::remove_all(root); }
 
-  fs::path root;
+  testing::TemporaryFolder root{fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path()};
 };
 
 /// A simulated BMC whose answers are changed on their way: byte b of the script stands for the next answer.
@@ -115,7 +107,7 @@ class FuzzMachine : public testing::BoardMachine {
     if (mode == FileMode::Read && !files.contains(name)) {
       fs::path sample = fs::path(VARNOK_SAMPLES) / name.substr(name.find_last_of("\\/") + 1);
       std::error_code error;
-      files[name] = fs::is_regular_file(sample, error) ? Content(sample) : fileText;
+      files[name] = fs::is_regular_file(sample, error) ? testing::ContentOf(sample) : fileText;
     }
     return BoardMachine::OpenFile(path, mode, file);
   }
@@ -123,23 +115,13 @@ class FuzzMachine : public testing::BoardMachine {
     return memory.empty() ? BoardMachine::PhysicalMemory(address, length)
                           : TestFirmware::PhysicalMemory(address, length);
   }
-  /// The keys of the input, then ones that answer every question in the end: a menu's first item, a chassis type,
-  /// an empty field, each with a yes.
+  /// The keys of the input, then ones that answer every question in the end: a menu's first item, a chassis
+  /// type, an empty field, each with a yes.
   char16_t ReadKey() override {
     if (keys.empty()) keys = u"1\ry\r11\ry\r\ryy\r";
     return BoardMachine::ReadKey();
   }
 };
-
-std::vector<std::string> Split(std::string_view text, char separator) {
-  std::vector<std::string> parts;
-  for (std::size_t start = 0; start <= text.size();) {
-    std::size_t end = std::min(text.find(separator, start), text.size());
-    parts.emplace_back(text.substr(start, end - start));
-    start = end + 1;
-  }
-  return parts;
-}
 
 void Run(const std::vector<std::string>& parts, const fs::path& folder) {
   if (std::string image = parts[FruImage]; !image.empty()) {
@@ -162,7 +144,7 @@ void Run(const std::vector<std::string>& parts, const fs::path& folder) {
   machine.keys = Widen(parts[Keys]);
 
   IpmiReset();
-  std::vector<std::string> arguments = Split("VARNOK " + parts[CommandLine], ' ');
+  std::vector<std::string> arguments = testing::Split("VARNOK " + parts[CommandLine], " ");
   std::vector<char*> vector;
   for (std::string& argument : arguments) vector.push_back(argument.data());
   vector.push_back(nullptr);
@@ -174,11 +156,11 @@ void Run(const std::vector<std::string>& parts, const fs::path& folder) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static Folders folders;
-  std::vector<std::string> parts = Split({reinterpret_cast<const char*>(data), size}, kSeparator);
+  std::vector<std::string> parts = testing::Split({reinterpret_cast<const char*>(data), size}, kSeparator);
   parts.resize(PartCount);
-  fs::path folder = folders.root / "board";
+  fs::path folder = folders.root.Path() / "board";
   fs::remove_all(folder);
-  fs::copy(folders.root / "default", folder);
+  fs::copy(folders.root.Path() / "default", folder);
   Run(parts, folder);
   return 0;
 }

@@ -21,12 +21,13 @@ class Varnok : public BoardTest {
   /// Runs the program in the folder, which is the place of its state as well; the exit status.
   int Run(const std::string& arguments, const std::string& environment = "XDG_STATE_HOME=$PWD",
           const std::string& console = ">output") {
-    const std::string command = "cd " + folder.string() + " && env -i " + environment + " " VARNOK_PROGRAM " " +
-                                arguments + " </dev/null 2>error " + console;
-    const int status = std::system(command.c_str());
+    const std::string command = "cd " + folder.string() + " && { env -i " + environment +
+                                " " VARNOK_PROGRAM " " + arguments +
+                                " </dev/null 2>error; echo $? >status; } " + console;
+    EXPECT_EQ(std::system(command.c_str()), 0);
     output = TextOf("output");
     error = TextOf("error");
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return std::stoi(TextOf("status"));
   }
 
   std::string output;

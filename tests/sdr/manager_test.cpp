@@ -29,7 +29,6 @@ class BoardMachine : public TestFirmware {
 class Manager : public BoardTest {
  protected:
   void SetUp() override {
-    BoardTest::SetUp();
     StartBoard({});
     StartManager();
   }
@@ -38,7 +37,6 @@ class Manager : public BoardTest {
     TheSdr().isDisplaying = false;
     SdrData::SetPaging(false);
     IpmiReset();
-    BoardTest::TearDown();
   }
 
   /// A board whose repository holds these bytes.
@@ -117,8 +115,14 @@ TEST_F(Manager, CommitsWriteReadBackAndCompare) {
   const Case cases[] = {
       // The third question for the properties is the read-back's.
       {"a tag that is not set: nothing to write, and the read-back finds no first record",
-       held, "", "", kLocatorLines, false, kSuccess,
-       kClearing + kPleaseWait + "\n" + Reading(1, 0) + "\n\n" + written, {}},
+       held,
+       "",
+       "",
+       kLocatorLines,
+       false,
+       kSuccess,
+       kClearing + kPleaseWait + "\n" + Reading(1, 0) + "\n\n" + written,
+       {}},
       {"compare alike", held, "", "", kAssociationLines, true, kSuccess,
        comparesTwo + "SDR file was compared successfully!\n", held},
       {"compare different", held, "", "", twoAssociations, true, sdr_status::kDifferent,
@@ -127,12 +131,23 @@ TEST_F(Manager, CommitsWriteReadBackAndCompare) {
        kSuccess, writesOne + written, AssociationRecord(0)},
       {"a bit of the last byte", association, "", Rot(3, 15), kLocatorLines + kAssociationLines, false,
        sdr_status::kDifferent, writesOne + failed, rotten},
-      {"no room for the second record", {}, R"("capacity": 20)", "", twoAssociations, false,
+      {"no room for the second record",
+       {},
+       R"("capacity": 20)",
+       "",
+       twoAssociations,
+       false,
        sdr_status::kDifferent,
        kClearing + kPleaseWait + Updating(1, 2) + "\n SendRecordToBMC failed\n" + Updating(2, 2) + "\n" +
            Reading(1, 1) + "\n\n" + failed,
        association},
-      {"a clear that fails", {}, "", Fault("0x27", kRefusal), kAssociationLines, false, kSuccess,
+      {"a clear that fails",
+       {},
+       "",
+       Fault("0x27", kRefusal),
+       kAssociationLines,
+       false,
+       kSuccess,
        kClearing + "\n\nClearSDR repository failed\n\n\n" + writesOne.substr(kClearing.size()) + written,
        association},
   };

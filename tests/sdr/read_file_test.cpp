@@ -3,35 +3,17 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <numeric>
 #include <tuple>
 
 #include "app/services/text.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
+#include "tests/support/host_files.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok::testing {
 namespace {
-
-/// A file in memory that fails after its last byte.
-class BrokenFile : public File {
- public:
-  explicit BrokenFile(std::string text) : text_(std::move(text)) {}
-  Status Read(std::span<std::uint8_t> buffer, std::size_t& count) override {
-    count = std::min(buffer.size(), text_.size());
-    if (count == 0) return uefi_status::kDeviceError;
-    std::copy_n(text_.begin(), count, buffer.begin());
-    text_.erase(0, count);
-    return kSuccess;
-  }
-  Status Write(std::span<const std::uint8_t>) override { return uefi_status::kWriteProtected; }
-
- private:
-  std::string text_;
-};
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
   return text.replace(text.find(from), from.size(), to);
@@ -86,10 +68,7 @@ TEST_F(SdrFiles, WholeFiles) {
   std::string crooked = "_LF_NAME // _SDR (\n" + SdrFile(kAssociationLines) + "_SDR_TYPE 77 of another day\n";
   for (std::size_t at = 0; (at = crooked.find('\n', at)) != std::string::npos; at += 2)
     crooked.insert(at, "\r");
-  auto sample = [](const char* name) {
-    std::ifstream file(std::string(VARNOK_SOURCE_DIR "/samples/") + name);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-  };
+  auto sample = [](const char* name) { return ContentOf(std::string(VARNOK_SOURCE_DIR "/samples/") + name); };
   const std::tuple<const char*, std::string, std::size_t> cases[] = {
       {"a header without records", SdrFile(""), 0},
       {"line ends, comments and text outside the block", crooked, 1},
@@ -193,14 +172,13 @@ TEST_F(SdrFiles, EveryBrokenRuleHasItsStatusAndMessage) {
 }
 
 TEST_F(SdrFiles, AFileThatFailsHalfWay) {
-  BrokenFile inHeader(kSdrFileHeader.substr(0, 40));
-  SdrFileLines header(inHeader);
+  machine.readFailures["IN.SDR"] = uefi_status::kDeviceError;
+  SdrFileLines header = Lines(kSdrFileHeader.substr(0, 40));
   TheSdr().lineCounter = 0;
   EXPECT_EQ(SdrReadFile::ReadSdrRecordsFromFile(header, lists), sdr_status::kCannotReadFile);
   EXPECT_EQ(Message(), "Invalid file: Unable to read line #1.\n");
   EXPECT_EQ(machine.TraceLines().back(), "SdrReadFile::FIL_SearchForToken - Error Reading File");
-  BrokenFile inRecord("_SDR_TYPE 08\n");
-  SdrFileLines record(inRecord);
+  SdrFileLines record = Lines("_SDR_TYPE 08\n");
   EXPECT_EQ(SdrReadFile::FIL_SearchForTokenWithinRecord(record, "_SDR_TYPE", value), kSuccess);
   EXPECT_EQ(SdrReadFile::FIL_SearchForTokenWithinRecord(record, "_REC_LEN", value),
             sdr_status::kCannotReadFile);

@@ -5,14 +5,11 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <iomanip>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -22,6 +19,7 @@
 #include <vector>
 
 #include "sim/board.h"
+#include "tests/support/host_files.h"
 
 namespace varnok::testing {
 
@@ -32,19 +30,12 @@ using Conversation = std::vector<std::pair<std::string, std::string>>;
 
 class BoardTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = (std::filesystem::temp_directory_path() / "varnok-board-XXXXXX").string();
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    folder = pattern;
-  }
-  void TearDown() override { std::filesystem::remove_all(folder); }
-
   void WriteFile(const std::string& name, std::string_view content) {
     std::ofstream(folder / name, std::ios::binary) << content;
   }
   Bytes ReadFile(const std::string& name) {
-    std::ifstream file(folder / name, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(file), {});
+    const std::string text = TextOf(name);
+    return Bytes(text.begin(), text.end());
   }
 
   /// Opens the folder with this board.json; the test fails when that does not work.
@@ -120,12 +111,10 @@ class BoardTest : public ::testing::Test {
   void Converse(const Conversation& conversation) {
     for (const auto& [request, answer] : conversation) EXPECT_EQ(Ask(request), answer) << request;
   }
-  std::string TextOf(const std::string& name) {
-    const Bytes bytes = ReadFile(name);
-    return std::string(bytes.begin(), bytes.end());
-  }
+  std::string TextOf(const std::string& name) { return ContentOf(folder / name); }
 
-  std::filesystem::path folder;
+  TemporaryFolder temporary;
+  const std::filesystem::path& folder = temporary.Path();
   std::unique_ptr<sim::Board> board;
 };
 

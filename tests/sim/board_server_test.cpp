@@ -59,7 +59,6 @@ class Line {
 class BoardServerTest : public BoardTest {
  protected:
   void SetUp() override {
-    BoardTest::SetUp();
     OpenDefault();
     server_.emplace(*board);
     std::string error;
@@ -72,7 +71,6 @@ class BoardServerTest : public BoardTest {
     thread_.join();
     close(stop_[0]);
     close(stop_[1]);
-    BoardTest::TearDown();
   }
 
   std::optional<sim::BoardServer> server_;

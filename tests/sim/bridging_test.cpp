@@ -30,10 +30,7 @@ Bytes Build(const Frame& frame) {
 
 class BridgingTest : public BoardTest {
  protected:
-  void SetUp() override {
-    BoardTest::SetUp();
-    OpenDefault();
-  }
+  void SetUp() override { OpenDefault(); }
   std::string Bridge(const Frame& frame) { return Exchange(0x06, 0x34, Build(frame)); }
   /// Some bytes of the answer to Get Message, the completion code being number 0; all of a shorter one.
   std::string Fetch(std::size_t first = 0, std::size_t count = 1) {

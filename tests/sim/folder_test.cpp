@@ -29,8 +29,7 @@ TEST_F(BoardTest, EveryErrorNamesItsKey) {
   expect(R"({"smbios": "", )", "}", "",
          {{R"("extra": 1)", "extra: unknown key"},
           {R"("bmc": {"frus": []}, "faults": [], "faults": [])", "\"faults\" stands twice in one object"},
-          {R"("clock": {"start": ""})",
-           "clock.start: \"\" is neither \"now\" nor like 2026-01-01T08:00:00"},
+          {R"("clock": {"start": ""})", "clock.start: \"\" is neither \"now\" nor like 2026-01-01T08:00:00"},
           {R"("controllers": [{"address": 32}])", "controllers[0].address: is the BMC's own"},
           {R"("controllers": [{"address": 192}, {"address": 192}])",
            "controllers[1].address: is taken by another controller of this channel"},
@@ -47,16 +46,16 @@ TEST_F(BoardTest, EveryErrorNamesItsKey) {
           {R"("ipmiVersion": "2")", "ipmiVersion: \"2\" is not a version like \"2.0\""},
           {R"("auxiliary": [1])", "auxiliary: must be an array of 4 bytes"},
           {R"("providesSdrs": 1)", "providesSdrs: must be true or false"}});
-  expect(R"({"smbios": "", "bmc": {"frus": [)", "]}}", "bmc.frus[0].",
-         {{R"({"id": 0})", "file: is missing"},
-          {R"({"file": "a.bin"})", "id: is missing"},
-          {R"({"id": 0, "file": 7})", "file: must be a text"},
-          {R"({"id": 0, "file": "a.bin", "access": "bit"})", "access: must be \"byte\" or \"word\""},
-          {R"({"id": 0, "file": "a.bin", "size": 4})", "file: a.bin holds 8 bytes, the device 4"},
-          {R"({"id": 0, "file": "../a.bin"})",
-           "file: \"../a.bin\" is not the name of a file inside the folder"},
-          {R"({"id": 0, "file": "gone.bin"})", "file: " + (folder / "gone.bin").string() + missing},
-          {R"({"id": 0, "file": "d"})", "file: " + (folder / "d").string() + ": is a folder, not a file"}});
+  expect(
+      R"({"smbios": "", "bmc": {"frus": [)", "]}}", "bmc.frus[0].",
+      {{R"({"id": 0})", "file: is missing"},
+       {R"({"file": "a.bin"})", "id: is missing"},
+       {R"({"id": 0, "file": 7})", "file: must be a text"},
+       {R"({"id": 0, "file": "a.bin", "access": "bit"})", "access: must be \"byte\" or \"word\""},
+       {R"({"id": 0, "file": "a.bin", "size": 4})", "file: a.bin holds 8 bytes, the device 4"},
+       {R"({"id": 0, "file": "../a.bin"})", "file: \"../a.bin\" is not the name of a file inside the folder"},
+       {R"({"id": 0, "file": "gone.bin"})", "file: " + (folder / "gone.bin").string() + missing},
+       {R"({"id": 0, "file": "d"})", "file: " + (folder / "d").string() + ": is a folder, not a file"}});
   expect(R"({"smbios": "", "bmc": {)", "}}", "bmc.",
          {{R"("frus": {})", "frus: must be an array of objects"},
           {R"("frus": [{"id": 0, "file": "a.bin"}, {"id": 0, "file": "a.bin"}])",
@@ -81,8 +80,7 @@ TEST_F(BoardTest, EveryErrorNamesItsKey) {
 }
 
 TEST_F(BoardTest, DocumentedExamplesAreAccepted) {
-  std::ifstream file(std::string(VARNOK_SOURCE_DIR) + "/docs/board.md");
-  const std::string text(std::istreambuf_iterator<char>(file), {});
+  const std::string text = ContentOf(VARNOK_SOURCE_DIR "/docs/board.md");
   const std::string opening = "```json\n", closing = "\n```";
   int examples = 0;
   for (std::size_t at = text.find(opening); at != std::string::npos; at = text.find(opening, at + 1)) {

@@ -1,4 +1,4 @@
-// Lists in the tests of scripts.
+// Lists that tests write as one text.
 #pragma once
 
 #include <string>
@@ -7,13 +7,13 @@
 
 namespace varnok::testing {
 
-/// The parts of a list that is written as "a; b; c".
-inline std::vector<std::string> Split(std::string_view list) {
+/// The parts of a list; of an empty one an empty part.
+inline std::vector<std::string> Split(std::string_view list, std::string_view separator = "; ") {
   std::vector<std::string> parts;
-  for (std::size_t end = 0; end != list.npos; list.remove_prefix(end == list.npos ? 0 : end + 2)) {
-    end = list.find("; ");
+  for (std::size_t end = 0; (end = list.find(separator)) != list.npos;
+       list.remove_prefix(end + separator.size()))
     parts.emplace_back(list.substr(0, end));
-  }
+  parts.emplace_back(list);
   return parts;
 }
 

@@ -8,22 +8,16 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tests/support/host_files.h"
+
 namespace varnok::host {
 namespace {
 
 /// Runs in a folder of its own.
 class FileSystem : public ::testing::Test {
  protected:
-  FileSystem() {
-    char pattern[] = "/tmp/varnok-test-XXXXXX";
-    folder_ = mkdtemp(pattern);
-    before_ = std::filesystem::current_path();
-    std::filesystem::current_path(folder_);
-  }
-  ~FileSystem() override {
-    std::filesystem::current_path(before_);
-    std::filesystem::remove_all(folder_);
-  }
+  FileSystem() { std::filesystem::current_path(folder_.Path()); }
+  ~FileSystem() override { std::filesystem::current_path(before_); }
 
   static std::string ContentOf(std::u16string_view path) {
     std::unique_ptr<File> file;
@@ -42,8 +36,8 @@ class FileSystem : public ::testing::Test {
   }
 
  private:
-  std::filesystem::path folder_;
-  std::filesystem::path before_;
+  testing::TemporaryFolder folder_;
+  std::filesystem::path before_ = std::filesystem::current_path();
 };
 
 TEST_F(FileSystem, NameIsFoundWithoutRegardToCase) {
