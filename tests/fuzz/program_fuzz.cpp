@@ -7,15 +7,10 @@
 //
 // A file of the samples keeps its content, any other name that is read has the second part. What counts as a
 // fault is what the sanitizers find, and a run that does not end.
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
