@@ -10,10 +10,18 @@
 #include <string>
 #include <vector>
 
+#include "boards/board_data.h"
+
 namespace varnok::boards {
 
-using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<const std::uint8_t>;
+
+/// What a field is to a person.
+enum class Role {
+  Content,
+  Layout,       ///< versions, lengths and places: compared, but seldom worth a line
+  Consequence,  ///< checksums, padding and their like: of interest when nothing else differs
+};
 
 struct Field {
   std::string label;
@@ -23,8 +31,7 @@ struct Field {
   std::size_t length = 0;
   std::optional<double> number;  ///< the value where it is a quantity, in `unit`
   std::string unit;
-  /// Lengths, checksums and padding: consequences of the other fields, of interest when they are wrong.
-  bool isFraming = false;
+  Role role = Role::Content;
 };
 
 struct Problem {

@@ -96,15 +96,18 @@ class FruDecoder {
     field.length = length;
     return field;
   }
-  static void AddFraming(Section& section, std::string label, std::string value, std::size_t offset,
-                         std::size_t length = 1) {
-    Add(section, std::move(label), std::move(value), offset, length).isFraming = true;
+  static void AddLayout(Section& section, std::string label, std::string value, std::size_t offset) {
+    Add(section, std::move(label), std::move(value), offset, 1).role = Role::Layout;
+  }
+  static void AddConsequence(Section& section, std::string label, std::string value, std::size_t offset,
+                             std::size_t length = 1) {
+    Add(section, std::move(label), std::move(value), offset, length).role = Role::Consequence;
   }
 
   /// The format version in the low four bits of an area's first byte.
   void AddVersion(Section& section, const std::string& what) {
     const std::uint8_t version = At(section.offset);
-    AddFraming(section, "Format Version", Hex(version), section.offset);
+    AddLayout(section, "Format Version", Hex(version), section.offset);
     if ((version & 0x0F) != 1) Complain(section.offset, what + ": format version " + Hex(version) + " instead of 01h");
   }
 
@@ -113,7 +116,7 @@ class FruDecoder {
     const std::size_t last = section.End() - 1;
     const std::uint8_t sum = SumOf(View(section.offset, section.length));
     section.isChecksumGood = sum == 0;
-    AddFraming(section, "Checksum", Hex(At(last)), last);
+    AddConsequence(section, "Checksum", Hex(At(last)), last);
     if (sum != 0)
       Complain(last, what + ": checksum " + Hex(At(last)) + ", the bytes ask for " +
                          Hex(static_cast<std::uint8_t>(At(last) - sum)));
@@ -127,9 +130,9 @@ class FruDecoder {
     Section& header = Open("header", "Common Header", 0, kFruHeaderLength);
     AddVersion(header, header.title);
     for (std::size_t row = 0; row < std::size(kFruAreas); ++row)
-      AddFraming(header, std::string(kFruAreas[row].title) + " Offset",
+      AddLayout(header, std::string(kFruAreas[row].title) + " Offset",
                  StartOf(row) == 0 ? "none" : std::to_string(StartOf(row)), 1 + row);
-    AddFraming(header, "Pad", Hex(At(6)), 6);
+    AddLayout(header, "Pad", Hex(At(6)), 6);
     AddChecksum(header, header.title);
   }
 
@@ -165,7 +168,7 @@ class FruDecoder {
     Section& section = Open(kFruAreas[row].id, title, start, std::min(stated == 0 ? room : stated, room));
     AddVersion(section, title);
     if (room < 2) return Complain(start, title + ": the image ends behind its first byte");
-    AddFraming(section, "Area Length", Plural(stated, "byte"), start + 1);
+    AddLayout(section, "Area Length", Plural(stated, "byte"), start + 1);
     if (stated == 0) Complain(start + 1, title + ": its length is 0");
     if (stated > room)
       Complain(start + 1, title + ": its length is " + std::to_string(stated) + ", the image ends " +
@@ -212,7 +215,7 @@ class FruDecoder {
       const std::uint8_t typeLength = At(position);
       if (typeLength == kFruEndOfFields) {
         if (!isCustom) Complain(position, section.title + ": the fields end before the " + label);
-        AddFraming(section, "End of Fields", Hex(typeLength), position++);
+        AddConsequence(section, "End of Fields", Hex(typeLength), position++);
         return true;
       }
       const std::size_t length = typeLength & 0x3F;
@@ -234,7 +237,7 @@ class FruDecoder {
     if (end == position) return;
     ByteView padding = View(position, end - position);
     const auto first = std::find_if(padding.begin(), padding.end(), [](std::uint8_t byte) { return byte != 0; });
-    AddFraming(section, "Padding", first == padding.end() ? Plural(padding.size(), "zero byte") : HexBytes(padding),
+    AddConsequence(section, "Padding", first == padding.end() ? Plural(padding.size(), "zero byte") : HexBytes(padding),
                position, padding.size());
     if (first != padding.end())
       Complain(position + static_cast<std::size_t>(first - padding.begin()),
@@ -267,9 +270,9 @@ class FruDecoder {
   bool AddRecordHeader(Section& section, const std::string& title) {
     const std::size_t offset = section.offset;
     Add(section, "Record Type", Hex(At(offset)) + ", " + RecordTypeName(At(offset)), offset, 1);
-    AddFraming(section, "Format Version", Hex(At(offset + 1) & 0x7F) + ((At(offset + 1) & 0x80) != 0 ? ", last record" : ""),
+    AddLayout(section, "Format Version", Hex(At(offset + 1) & 0x7F) + ((At(offset + 1) & 0x80) != 0 ? ", last record" : ""),
                offset + 1);
-    AddFraming(section, "Data Length", Plural(At(offset + 2), "byte"), offset + 2);
+    AddConsequence(section, "Data Length", Plural(At(offset + 2), "byte"), offset + 2);
     const std::uint8_t sum = SumOf(View(offset, 5));
     if ((At(offset + 1) & 0x0F) != 2)
       Complain(offset + 1, title + ": format version " + Hex(At(offset + 1) & 0x0F) + " instead of 02h");
@@ -287,8 +290,8 @@ class FruDecoder {
     const std::size_t offset = section.offset;
     ByteView data = View(offset + 5, section.length - 5);
     const std::uint8_t sum = static_cast<std::uint8_t>(At(offset + 3) + SumOf(data));
-    AddFraming(section, "Data Checksum", Hex(At(offset + 3)), offset + 3);
-    AddFraming(section, "Header Checksum", Hex(At(offset + 4)), offset + 4);
+    AddConsequence(section, "Data Checksum", Hex(At(offset + 3)), offset + 3);
+    AddConsequence(section, "Header Checksum", Hex(At(offset + 4)), offset + 4);
     if (sum != 0) {
       section.isChecksumGood = false;
       Complain(offset + 3, title + ": data checksum " + Hex(At(offset + 3)) + ", the bytes ask for " +

@@ -24,8 +24,8 @@ Field& SdrDecoder::Put(std::string label, std::size_t byte, std::size_t length, 
   return field;
 }
 
-void SdrDecoder::PutFraming(std::string label, std::size_t byte, std::size_t length, std::string value) {
-  Put(std::move(label), byte, length, std::move(value)).isFraming = true;
+void SdrDecoder::PutQuiet(std::string label, std::size_t byte, std::size_t length, std::string value) {
+  Put(std::move(label), byte, length, std::move(value)).role = Role::Layout;
 }
 
 void SdrDecoder::PutCode(std::string label, std::size_t byte, std::string text) {
@@ -57,7 +57,7 @@ Decoded SdrDecoder::Finish() {
     bool isZero = std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; });
     // Reserved bytes are zero and of no interest then.
     Field& field = Put("Bytes " + std::to_string(i + 1) + "-" + std::to_string(end), i + 1, end - i, HexBytes(bytes));
-    field.isFraming = isZero;
+    if (isZero) field.role = Role::Layout;
   }
   return std::move(result_);
 }

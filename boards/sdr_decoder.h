@@ -19,7 +19,8 @@ class SdrDecoder {
   std::uint32_t Word(std::size_t byte) const { return At(byte) | static_cast<std::uint32_t>(At(byte + 1)) << 8; }
 
   Field& Put(std::string label, std::size_t byte, std::size_t length, std::string value);
-  void PutFraming(std::string label, std::size_t byte, std::size_t length, std::string value);
+  /// A field that is seldom worth a line.
+  void PutQuiet(std::string label, std::size_t byte, std::size_t length, std::string value);
   void PutCode(std::string label, std::size_t byte, std::string text);
   void PutEntity(const char* label, std::size_t byte);
   void Complain(std::size_t offset, std::string text);

@@ -64,7 +64,7 @@ void DecodeHeader(SdrDecoder& decoder) {
   const std::uint8_t version = decoder.At(3);
   decoder.Put("SDR Version", 3, 1, std::to_string(version & 0xF) + "." + std::to_string(version >> 4));
   decoder.Put("Record Type", 4, 1, Hex(decoder.At(4)) + ", " + SdrCodeText(SdrCode::RecordType, decoder.At(4)));
-  decoder.PutFraming("Record Length", 5, 1, Plural(decoder.At(5), "byte"));
+  decoder.Put("Record Length", 5, 1, Plural(decoder.At(5), "byte")).role = Role::Consequence;
 }
 
 void DecodeIdString(SdrDecoder& decoder, std::size_t at) {

@@ -139,7 +139,7 @@ void PutValues(SdrDecoder& decoder, const SensorConversion& conversion, std::spa
     if (row.bit == kAlways || (present >> row.bit & 1) != 0)
       PutValue(decoder, row.label, row.byte, conversion.Convert(decoder.At(row.byte)));
     else
-      decoder.PutFraming(row.label, row.byte, 1, "none (raw " + Hex(decoder.At(row.byte)) + ")");
+      decoder.PutQuiet(row.label, row.byte, 1, "none (raw " + Hex(decoder.At(row.byte)) + ")");
   }
 }
 

@@ -49,9 +49,11 @@ struct Command {
 };
 
 // Each in its own file of this folder.
+extern const Command kFruText;
 extern const Command kNew;
+extern const Command kSdrText;
 extern const Command kServe;
 
-inline constexpr const Command* kCommands[] = {&kNew, &kServe};
+inline constexpr const Command* kCommands[] = {&kNew, &kServe, &kFruText, &kSdrText};
 
 }  // namespace varnok::companion
