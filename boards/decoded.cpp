@@ -5,7 +5,8 @@
 namespace varnok::boards {
 
 const Section* Decoded::Find(const std::string& id) const {
-  auto found = std::find_if(sections.begin(), sections.end(), [&](const Section& section) { return section.id == id; });
+  auto found = std::find_if(sections.begin(), sections.end(),
+                            [&](const Section& section) { return section.id == id; });
   return found == sections.end() ? nullptr : &*found;
 }
 

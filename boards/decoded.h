@@ -1,6 +1,6 @@
-// What a FRU image, a sensor data record or an SMBIOS table says, read by the public standards: sections of labelled
-// fields with the bytes that they stand in, and what is wrong with them. Whatever shows, compares or writes text works
-// on this one shape.
+// What a FRU image, a sensor data record or an SMBIOS table says, read by the public standards: sections of
+// labelled fields with the bytes that they stand in, and what is wrong with them. Whatever shows, compares or
+// writes text works on this one shape.
 #pragma once
 
 #include <cstddef>
@@ -25,8 +25,8 @@ enum class Role {
 
 struct Field {
   std::string label;
-  std::string value;     ///< UTF-8 without control characters
-  std::string encoding;  ///< "text", "6-bit", "BCD plus", "Unicode", "binary"; empty for what has none
+  std::string value;       ///< UTF-8 without control characters
+  std::string encoding;    ///< "text", "6-bit", "BCD plus", "Unicode", "binary"; empty for what has none
   std::size_t offset = 0;  ///< from the start of the decoded bytes
   std::size_t length = 0;
   std::optional<double> number;  ///< the value where it is a quantity, in `unit`

@@ -176,8 +176,9 @@ std::string DateFromMinutes(std::uint32_t minutes) {
   if (minutes == 0) return "not given";
   sys_days day = sys_days(year(1996) / January / 1) + days(minutes / (24 * 60));
   year_month_day date(day);
-  return Format("%04d-%02u-%02u %02u:%02u", static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()), minutes / 60 % 24, minutes % 60);
+  return Format("%04d-%02u-%02u %02u:%02u", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), minutes / 60 % 24,
+                minutes % 60);
 }
 
 std::string NumberText(double value) {

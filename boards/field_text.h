@@ -1,5 +1,5 @@
-// Text of type/length fields by the standards (FRU storage definition v1.0, section 13; IPMI v2.0, section 43.15), and
-// bytes, numbers and dates for people. All results are UTF-8 that a terminal can take.
+// Text of type/length fields by the standards (FRU storage definition v1.0, section 13; IPMI v2.0,
+// section 43.15), and bytes, numbers and dates for people. All results are UTF-8 that a terminal can take.
 #pragma once
 
 #include <string>

@@ -8,7 +8,8 @@ namespace varnok::boards {
 namespace {
 
 constexpr std::size_t kBytesPerLine = 16;
-// A line of an SDR file has at most 255 bytes; what is longer would be read as a second line, outside its comment.
+// A line of an SDR file has at most 255 bytes; what is longer would be read as a second line, outside its
+// comment.
 constexpr std::size_t kLongestComment = 180;
 
 bool IsPlain(std::uint8_t byte) {

@@ -12,7 +12,8 @@ namespace varnok::boards {
 class FileWriter {
  public:
   /// `indent` blanks in front of data lines, comments at column `commentColumn`.
-  FileWriter(std::size_t indent, std::size_t commentColumn) : indent_(indent), commentColumn_(commentColumn) {}
+  FileWriter(std::size_t indent, std::size_t commentColumn)
+      : indent_(indent), commentColumn_(commentColumn) {}
 
   /// A line as it stands.
   void Line(std::string_view text = {});
@@ -38,6 +39,7 @@ bool IsQuotable(ByteView bytes);
 /// `text` for a quoted value: what quotes cannot hold becomes "_".
 std::string QuotedValue(std::string_view text);
 /// The remarks at the head of a load file.
-void PutHeadRemarks(FileWriter& file, const std::vector<std::string>& losses, const std::vector<std::string>& remarks);
+void PutHeadRemarks(FileWriter& file, const std::vector<std::string>& losses,
+                    const std::vector<std::string>& remarks);
 
 }  // namespace varnok::boards

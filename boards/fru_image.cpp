@@ -27,9 +27,10 @@ constexpr InfoFieldRow kBoardFields[] = {{"Board Manufacturer"},
                                          {"Board Serial Number", true},
                                          {"Board Part Number", true},
                                          {"Board FRU File ID", true}};
-constexpr InfoFieldRow kProductFields[] = {
-    {"Product Manufacturer"},        {"Product Name"},      {"Product Part/Model Number"}, {"Product Version"},
-    {"Product Serial Number", true}, {"Product Asset Tag"}, {"Product FRU File ID", true}};
+constexpr InfoFieldRow kProductFields[] = {{"Product Manufacturer"},        {"Product Name"},
+                                           {"Product Part/Model Number"},   {"Product Version"},
+                                           {"Product Serial Number", true}, {"Product Asset Tag"},
+                                           {"Product FRU File ID", true}};
 /// By row of kFruAreas less one.
 constexpr InfoAreaRow kInfoAreas[] = {
     {"Chassis", 1, kChassisFields}, {"Board", 4, kBoardFields}, {"Product", 1, kProductFields}};
@@ -37,8 +38,9 @@ constexpr std::size_t kChassisRow = 1;
 constexpr std::size_t kBoardRow = 2;
 
 std::uint8_t SumOf(ByteView bytes) {
-  return std::accumulate(bytes.begin(), bytes.end(), std::uint8_t{0},
-                         [](std::uint8_t sum, std::uint8_t byte) { return static_cast<std::uint8_t>(sum + byte); });
+  return std::accumulate(
+      bytes.begin(), bytes.end(), std::uint8_t{0},
+      [](std::uint8_t sum, std::uint8_t byte) { return static_cast<std::uint8_t>(sum + byte); });
 }
 
 bool IsEnglish(std::uint8_t language) {
@@ -75,9 +77,13 @@ class FruDecoder {
   std::size_t Size() const { return result_.bytes.size(); }
   std::uint8_t At(std::size_t offset) const { return result_.bytes[offset]; }
   ByteView View(std::size_t offset, std::size_t length) const { return Part(result_.bytes, offset, length); }
-  void Complain(std::size_t offset, std::string text) { result_.problems.push_back({offset, std::move(text)}); }
+  void Complain(std::size_t offset, std::string text) {
+    result_.problems.push_back({offset, std::move(text)});
+  }
   /// The first byte of an area by the header; 0: absent.
-  std::size_t StartOf(std::size_t row) const { return Size() < kFruHeaderLength ? 0 : At(1 + row) * kFruUnit; }
+  std::size_t StartOf(std::size_t row) const {
+    return Size() < kFruHeaderLength ? 0 : At(1 + row) * kFruUnit;
+  }
 
   Section& Open(std::string id, std::string title, std::size_t offset, std::size_t length) {
     Section& section = result_.sections.emplace_back();
@@ -88,7 +94,8 @@ class FruDecoder {
     return section;
   }
 
-  static Field& Add(Section& section, std::string label, std::string value, std::size_t offset, std::size_t length) {
+  static Field& Add(Section& section, std::string label, std::string value, std::size_t offset,
+                    std::size_t length) {
     Field& field = section.fields.emplace_back();
     field.label = std::move(label);
     field.value = std::move(value);
@@ -108,7 +115,8 @@ class FruDecoder {
   void AddVersion(Section& section, const std::string& what) {
     const std::uint8_t version = At(section.offset);
     AddLayout(section, "Format Version", Hex(version), section.offset);
-    if ((version & 0x0F) != 1) Complain(section.offset, what + ": format version " + Hex(version) + " instead of 01h");
+    if ((version & 0x0F) != 1)
+      Complain(section.offset, what + ": format version " + Hex(version) + " instead of 01h");
   }
 
   /// The checksum in the section's last byte, over all of it.
@@ -131,7 +139,7 @@ class FruDecoder {
     AddVersion(header, header.title);
     for (std::size_t row = 0; row < std::size(kFruAreas); ++row)
       AddLayout(header, std::string(kFruAreas[row].title) + " Offset",
-                 StartOf(row) == 0 ? "none" : std::to_string(StartOf(row)), 1 + row);
+                StartOf(row) == 0 ? "none" : std::to_string(StartOf(row)), 1 + row);
     AddLayout(header, "Pad", Hex(At(6)), 6);
     AddChecksum(header, header.title);
   }
@@ -146,8 +154,8 @@ class FruDecoder {
     Add(section, "Internal Use Data", HexBytes(View(start + 1, end - start - 1)), start + 1, end - start - 1);
   }
 
-  /// One wrong byte, the format version, leaves the rest of an area readable. What is also wrong in other ways is no
-  /// such area, and its "fields" would be noise.
+  /// One wrong byte, the format version, leaves the rest of an area readable. What is also wrong in other
+  /// ways is no such area, and its "fields" would be noise.
   void DecodeInfoArea(std::size_t row) {
     const std::size_t start = StartOf(row);
     const std::size_t problems = result_.problems.size();
@@ -156,8 +164,8 @@ class FruDecoder {
     if ((At(start) & 0x0F) == 1 || result_.problems.size() <= problems + kVersionAndChecksum) return;
     result_.sections.pop_back();
     result_.problems.resize(problems);
-    Complain(start, std::string(kFruAreas[row].title) + ": not read, these bytes are no such area (format version " +
-                        Hex(At(start)) + ")");
+    Complain(start, std::string(kFruAreas[row].title) +
+                        ": not read, these bytes are no such area (format version " + Hex(At(start)) + ")");
   }
 
   void ReadInfoArea(std::size_t row) {
@@ -182,8 +190,10 @@ class FruDecoder {
     position += layout.fixedLength;
     // The last byte of a whole area is its checksum.
     const std::size_t end = section.End() - (isWhole ? 1 : 0);
-    if (AddFields(section, layout, isEnglish, position, end)) AddPadding(section, position, end);
-    else if (position < end) Add(section, "Unread Bytes", HexBytes(View(position, end - position)), position, end - position);
+    if (AddFields(section, layout, isEnglish, position, end))
+      AddPadding(section, position, end);
+    else if (position < end)
+      Add(section, "Unread Bytes", HexBytes(View(position, end - position)), position, end - position);
     if (isWhole) AddChecksum(section, title);
   }
 
@@ -202,7 +212,8 @@ class FruDecoder {
   }
 
   /// Fields up to the end marker, which `position` then stands behind. False when there is none.
-  bool AddFields(Section& section, const InfoAreaRow& layout, bool isEnglish, std::size_t& position, std::size_t end) {
+  bool AddFields(Section& section, const InfoAreaRow& layout, bool isEnglish, std::size_t& position,
+                 std::size_t end) {
     for (std::size_t index = 0;; ++index) {
       const bool isCustom = index >= layout.fields.size();
       std::string label = isCustom ? std::string(layout.name) + " Custom Field " +
@@ -236,9 +247,11 @@ class FruDecoder {
     section.freeBytes = end - position;
     if (end == position) return;
     ByteView padding = View(position, end - position);
-    const auto first = std::find_if(padding.begin(), padding.end(), [](std::uint8_t byte) { return byte != 0; });
-    AddConsequence(section, "Padding", first == padding.end() ? Plural(padding.size(), "zero byte") : HexBytes(padding),
-               position, padding.size());
+    const auto first =
+        std::find_if(padding.begin(), padding.end(), [](std::uint8_t byte) { return byte != 0; });
+    AddConsequence(section, "Padding",
+                   first == padding.end() ? Plural(padding.size(), "zero byte") : HexBytes(padding), position,
+                   padding.size());
     if (first != padding.end())
       Complain(position + static_cast<std::size_t>(first - padding.begin()),
                section.title + ": its padding is not zero");
@@ -252,7 +265,8 @@ class FruDecoder {
       const std::string title = "Multi-Record " + std::to_string(number);
       constexpr std::size_t kHeader = 5;
       if (position + kHeader > Size())
-        return Complain(position, title + ": the image ends before its header, and no record is marked as the last");
+        return Complain(position,
+                        title + ": the image ends before its header, and no record is marked as the last");
       const std::size_t length = At(position + 2);
       Section& section = Open(id, title + ": " + RecordTypeName(At(position)), position, kHeader);
       isLast = (At(position + 1) & 0x80) != 0;
@@ -270,8 +284,8 @@ class FruDecoder {
   bool AddRecordHeader(Section& section, const std::string& title) {
     const std::size_t offset = section.offset;
     Add(section, "Record Type", Hex(At(offset)) + ", " + RecordTypeName(At(offset)), offset, 1);
-    AddLayout(section, "Format Version", Hex(At(offset + 1) & 0x7F) + ((At(offset + 1) & 0x80) != 0 ? ", last record" : ""),
-               offset + 1);
+    AddLayout(section, "Format Version",
+              Hex(At(offset + 1) & 0x7F) + ((At(offset + 1) & 0x80) != 0 ? ", last record" : ""), offset + 1);
     AddConsequence(section, "Data Length", Plural(At(offset + 2), "byte"), offset + 2);
     const std::uint8_t sum = SumOf(View(offset, 5));
     if ((At(offset + 1) & 0x0F) != 2)

@@ -22,16 +22,11 @@ struct NumberRow {
 };
 
 constexpr NumberRow kPowerSupplyRows[] = {
-    {"Overall Capacity", 0, 2, 1, "W", false, 0x0FFF},
-    {"Peak VA", 2, 2, 1, "VA", false, 0xFFFF, 0xFFFF},
-    {"Inrush Current", 4, 1, 1, "A", false, 0xFF, 0xFF},
-    {"Inrush Interval", 5, 1, 1, "ms"},
-    {"Low End Input Voltage 1", 6, 2, 0.01, "V"},
-    {"High End Input Voltage 1", 8, 2, 0.01, "V"},
-    {"Low End Input Voltage 2", 10, 2, 0.01, "V"},
-    {"High End Input Voltage 2", 12, 2, 0.01, "V"},
-    {"Low End Input Frequency", 14, 1, 1, "Hz"},
-    {"High End Input Frequency", 15, 1, 1, "Hz"},
+    {"Overall Capacity", 0, 2, 1, "W", false, 0x0FFF},   {"Peak VA", 2, 2, 1, "VA", false, 0xFFFF, 0xFFFF},
+    {"Inrush Current", 4, 1, 1, "A", false, 0xFF, 0xFF}, {"Inrush Interval", 5, 1, 1, "ms"},
+    {"Low End Input Voltage 1", 6, 2, 0.01, "V"},        {"High End Input Voltage 1", 8, 2, 0.01, "V"},
+    {"Low End Input Voltage 2", 10, 2, 0.01, "V"},       {"High End Input Voltage 2", 12, 2, 0.01, "V"},
+    {"Low End Input Frequency", 14, 1, 1, "Hz"},         {"High End Input Frequency", 15, 1, 1, "Hz"},
     {"A/C Dropout Tolerance", 16, 1, 1, "ms"},
 };
 constexpr std::size_t kPowerSupplyLength = 24;
@@ -45,12 +40,9 @@ constexpr NumberRow kOutputRows[] = {
     {"Maximum Current Draw", 11, 2, 0.001, "A"},
 };
 constexpr NumberRow kLoadRows[] = {
-    {"Nominal Voltage", 1, 2, 0.01, "V", true},
-    {"Minimum Voltage", 3, 2, 0.01, "V", true},
-    {"Maximum Voltage", 5, 2, 0.01, "V", true},
-    {"Ripple and Noise", 7, 2, 1, "mV"},
-    {"Minimum Current Load", 9, 2, 0.001, "A"},
-    {"Maximum Current Load", 11, 2, 0.001, "A"},
+    {"Nominal Voltage", 1, 2, 0.01, "V", true}, {"Minimum Voltage", 3, 2, 0.01, "V", true},
+    {"Maximum Voltage", 5, 2, 0.01, "V", true}, {"Ripple and Noise", 7, 2, 1, "mV"},
+    {"Minimum Current Load", 9, 2, 0.001, "A"}, {"Maximum Current Load", 11, 2, 0.001, "A"},
 };
 constexpr std::size_t kOutputLength = 13;
 
@@ -66,7 +58,8 @@ constexpr std::uint8_t kSystemUniqueId = 7;
 
 class RecordDecoder {
  public:
-  RecordDecoder(ByteView data, std::size_t offset, Section& section) : data_(data), offset_(offset), section_(section) {}
+  RecordDecoder(ByteView data, std::size_t offset, Section& section)
+      : data_(data), offset_(offset), section_(section) {}
 
   std::size_t Size() const { return data_.size(); }
   std::uint8_t At(std::size_t at) const { return data_[at]; }
@@ -105,7 +98,8 @@ class RecordDecoder {
 };
 
 std::string FlagNames(std::uint8_t flags) {
-  constexpr const char* kNames[] = {"predictive fail pin", "power factor correction", "autoswitch", "hot swap"};
+  constexpr const char* kNames[] = {"predictive fail pin", "power factor correction", "autoswitch",
+                                    "hot swap"};
   std::string names;
   for (std::size_t bit = 0; bit < std::size(kNames); ++bit)
     if ((flags >> bit & 1) != 0) names += std::string(names.empty() ? "" : ", ") + kNames[bit];
@@ -122,7 +116,9 @@ void DecodePowerSupply(RecordDecoder& record) {
   const std::uint8_t voltages = record.At(20);
   const std::uint32_t combined = LittleEndian(record.From(21).first(2));
   constexpr const char* kVoltages[] = {"12 V", "-12 V", "5 V", "3.3 V"};
-  auto name = [&](std::uint8_t code) { return code < 4 ? std::string(kVoltages[code]) : "voltage " + Hex(code, 1); };
+  auto name = [&](std::uint8_t code) {
+    return code < 4 ? std::string(kVoltages[code]) : "voltage " + Hex(code, 1);
+  };
   record.Add("Combined Wattage",
              voltages == 0 && combined == 0
                  ? "none"
@@ -175,8 +171,10 @@ struct RecordTypeRow {
 };
 constexpr RecordTypeRow kRecordTypes[] = {
     {0x00, 0x00, "Power Supply Information", kPowerSupplyLength, DecodePowerSupply},
-    {0x01, 0x01, "DC Output", kOutputLength, [](RecordDecoder& record) { DecodeOutput(record, kOutputRows, true); }},
-    {0x02, 0x02, "DC Load", kOutputLength, [](RecordDecoder& record) { DecodeOutput(record, kLoadRows, false); }},
+    {0x01, 0x01, "DC Output", kOutputLength,
+     [](RecordDecoder& record) { DecodeOutput(record, kOutputRows, true); }},
+    {0x02, 0x02, "DC Load", kOutputLength,
+     [](RecordDecoder& record) { DecodeOutput(record, kLoadRows, false); }},
     {0x03, 0x03, "Management Access Record", 1, DecodeAccess},
     {0x04, 0x04, "Base Compatibility Record", 6, DecodeCompatibility},
     {0x05, 0x05, "Extended Compatibility Record", 6, DecodeCompatibility},

@@ -15,7 +15,8 @@ namespace {
 constexpr std::size_t kLargestArea = 512;  ///< that a block and the program can hold
 constexpr std::size_t kIndent = 4;
 constexpr std::size_t kCommentColumn = 40;
-constexpr const char* kBlockTags[] = {"_SEE_INTERNAL", "_SEE_CHASSIS", "_SEE_BOARD", "_SEE_PRODUCT", "_SEE_MULTIREC"};
+constexpr const char* kBlockTags[] = {"_SEE_INTERNAL", "_SEE_CHASSIS", "_SEE_BOARD", "_SEE_PRODUCT",
+                                      "_SEE_MULTIREC"};
 
 /// A piece of a block: bytes with what they are, or a field that begins with its type/length byte.
 struct Piece {
@@ -85,8 +86,8 @@ class FruTextMaker {
       blocks_.push_back(std::move(block));
       return;
     }
-    Lose(std::string(kFruAreas[row].title) + " at byte " + std::to_string(block.imageOffset) + ": left out, " +
-         (block.length > kLargestArea ? "it has more than 512 bytes" : "it cannot be read"));
+    Lose(std::string(kFruAreas[row].title) + " at byte " + std::to_string(block.imageOffset) +
+         ": left out, " + (block.length > kLargestArea ? "it has more than 512 bytes" : "it cannot be read"));
   }
 
   bool AddInternalUse(Block& block) {
@@ -107,15 +108,17 @@ class FruTextMaker {
       block.length += section.length;
       block.pieces.push_back({Copy(section.offset, 5), section.title});
       for (const Field& field : section.fields)
-        if (field.offset >= section.offset + 5) block.pieces.push_back({Copy(field.offset, field.length), Commented(field)});
+        if (field.offset >= section.offset + 5)
+          block.pieces.push_back({Copy(field.offset, field.length), Commented(field)});
       if (section.isChecksumGood == false)
-        Remark(section.title + ": its checksum is wrong and stays so; a device with it fails its verification");
+        Remark(section.title +
+               ": its checksum is wrong and stays so; a device with it fails its verification");
     }
     return !block.pieces.empty();
   }
 
-  /// The area up to its end of fields. One that the program would refuse is mended: fields that are missing come as
-  /// empty ones, padding as zeros, the checksum right.
+  /// The area up to its end of fields. One that the program would refuse is mended: fields that are missing
+  /// come as empty ones, padding as zeros, the checksum right.
   bool AddInfoArea(Block& block) {
     const Section* section = image_.Find(kFruAreas[block.row].id);
     if (section == nullptr || section->length < kFruUnit) return false;
@@ -132,8 +135,8 @@ class FruTextMaker {
     const bool hasStatedLength = section->freeBytes.has_value() && section->isChecksumGood.has_value();
     block.length = std::max(needed, hasStatedLength ? section->length : 0);
     block.pieces[0].bytes[1] = static_cast<std::uint8_t>(block.length / kFruUnit);
-    block.pieces[0].comment = "format version, length: " + std::to_string(block.length / kFruUnit) + " x 8 = " +
-                              std::to_string(block.length) + " bytes";
+    block.pieces[0].comment = "format version, length: " + std::to_string(block.length / kFruUnit) +
+                              " x 8 = " + std::to_string(block.length) + " bytes";
     block.pieces.push_back({{kFruEndOfFields}, "end of the fields: padding and checksum are added"});
     if (HasProblem(*section)) Lose(section->title + ": mended, the program would refuse it as it stands");
     return true;
@@ -142,7 +145,8 @@ class FruTextMaker {
   /// Empty fields for those that the area ends before; returns their bytes.
   static std::size_t AddMissingFields(Block& block) {
     constexpr std::size_t kFieldCounts[] = {0, 2, 5, 7, 0};
-    auto fields = std::count_if(block.pieces.begin(), block.pieces.end(), [](const Piece& piece) { return piece.isField; });
+    auto fields = std::count_if(block.pieces.begin(), block.pieces.end(),
+                                [](const Piece& piece) { return piece.isField; });
     std::size_t missing = 0;
     for (auto count = static_cast<std::size_t>(fields); count < kFieldCounts[block.row]; ++count, ++missing)
       block.pieces.push_back({{0xC0}, "a field that was missing: empty", true});
@@ -156,8 +160,9 @@ class FruTextMaker {
     std::fill(header_.begin() + 1, header_.begin() + 6, std::uint8_t{0});
     for (const Block& block : blocks_) {
       if (position != block.imageOffset)
-        Lose(std::string(kFruAreas[block.row].title) + ": moved from byte " + std::to_string(block.imageOffset) + " to " +
-             std::to_string(position) + ", since the areas are written one behind the other in the header's order");
+        Lose(std::string(kFruAreas[block.row].title) + ": moved from byte " +
+             std::to_string(block.imageOffset) + " to " + std::to_string(position) +
+             ", since the areas are written one behind the other in the header's order");
       header_[1 + block.row] = static_cast<std::uint8_t>(position / kFruUnit);
       position += block.length;
     }
@@ -173,17 +178,20 @@ class FruTextMaker {
   /// What the written bytes do not have of the image.
   void Compare(const Bytes& written) {
     const std::size_t common = std::min(written.size(), image_.bytes.size());
-    const auto [first, _] = std::mismatch(written.begin(), written.begin() + static_cast<std::ptrdiff_t>(common), image_.bytes.begin());
+    const auto [first, _] = std::mismatch(
+        written.begin(), written.begin() + static_cast<std::ptrdiff_t>(common), image_.bytes.begin());
     std::size_t different = 0;
     for (std::size_t i = 0; i < common; ++i) different += written[i] != image_.bytes[i] ? 1 : 0;
     if (different != 0)
       Lose(Plural(different, "byte") + " of the image come out different, the first at byte " +
            std::to_string(first - written.begin()));
     if (written.size() > image_.bytes.size())
-      Lose("the file writes " + Plural(written.size(), "byte") + ", the image has " + std::to_string(image_.bytes.size()));
+      Lose("the file writes " + Plural(written.size(), "byte") + ", the image has " +
+           std::to_string(image_.bytes.size()));
     ByteView rest = View(written.size(), image_.bytes.size());
     if (rest.empty()) return;
-    const std::string where = Plural(rest.size(), "byte") + " behind the last area, from byte " + std::to_string(written.size()) + " on";
+    const std::string where = Plural(rest.size(), "byte") + " behind the last area, from byte " +
+                              std::to_string(written.size()) + " on";
     if (IsFill(rest))
       Remark(where + ", are all " + Hex(rest[0]) + "; the device keeps what it has there.");
     else
@@ -214,7 +222,9 @@ class FruTextMaker {
   }
 
   void PutAddress(FileWriter& file) const {
-    auto key = [&](const char* name, std::uint8_t value) { file.Line(std::string("  ") + name + HexBytes({&value, 1})); };
+    auto key = [&](const char* name, std::uint8_t value) {
+      file.Line(std::string("  ") + name + HexBytes({&value, 1}));
+    };
     if (address_.kind == DeviceKind::Fru) {
       file.Line("  _NVS_TYPE    'IMBDEVICE'");
       key("_DEV_ID      ", address_.id);
@@ -227,7 +237,8 @@ class FruTextMaker {
       return;
     }
     // In a file the name has the letter O.
-    file.Line(std::string("  _NVS_TYPE    ") + (address_.kind == DeviceKind::At24c02 ? "'AT24CO2'" : "'DS1624S'"));
+    file.Line(std::string("  _NVS_TYPE    ") +
+              (address_.kind == DeviceKind::At24c02 ? "'AT24CO2'" : "'DS1624S'"));
     if (address_.controller != kBmc) key("_DEV_CNTR    ", address_.controller);
     key("_DEV_BUS     ", address_.bus);
     key("_DEV_ADDRESS ", address_.slave);
@@ -239,7 +250,9 @@ class FruTextMaker {
     file.Data(ByteView(header_).first(1), "format version");
     for (std::size_t row = 0; row < std::size(kFruAreas); ++row) {
       const std::uint8_t offset = header_[1 + row];
-      const std::string place = offset == 0 ? ": none" : " at " + std::to_string(offset) + " x 8 = " + std::to_string(offset * kFruUnit);
+      const std::string place =
+          offset == 0 ? ": none"
+                      : " at " + std::to_string(offset) + " x 8 = " + std::to_string(offset * kFruUnit);
       file.Data({&header_[1 + row], 1}, kFruAreas[row].title + place);
     }
     file.Data(ByteView(header_).subspan(6, 1), "pad");
@@ -251,8 +264,8 @@ class FruTextMaker {
     file.Line(std::string("  ") + kBlockTags[block.row]);
     for (const Piece& piece : block.pieces) {
       ByteView bytes(piece.bytes);
-      // Text in quotes stands on a line of its own, its label beside the type/length byte. What has no type/length byte
-      // is text only where its comment would say the same.
+      // Text in quotes stands on a line of its own, its label beside the type/length byte. What has no
+      // type/length byte is text only where its comment would say the same.
       const bool isText = piece.isField && piece.bytes[0] >> 6 == 3 && IsQuotable(bytes.subspan(1));
       if (!piece.isField) {
         file.Data(bytes, piece.comment);
@@ -278,7 +291,8 @@ class FruTextMaker {
 
 }  // namespace
 
-LoadText FruLoadText(std::span<const std::uint8_t> image, const DeviceAddress& address, const std::string& name) {
+LoadText FruLoadText(std::span<const std::uint8_t> image, const DeviceAddress& address,
+                     const std::string& name) {
   return FruTextMaker(image, address, name).Make();
 }
 

@@ -123,7 +123,8 @@ bool IsRecordForFile(std::span<const std::uint8_t> record) {
   DeskMachine machine(kNoFile);
   PoolPtr<CSdr> object;
   return record.size() >= SdrRecordHeader::kSize && record.size() <= 0xFF &&
-         SdrUtility::CreateSDRTypeObject(record[3], object) == kSuccess && object->DecodeSDR(record) == kSuccess;
+         SdrUtility::CreateSDRTypeObject(record[3], object) == kSuccess &&
+         object->DecodeSDR(record) == kSuccess;
 }
 
 std::size_t WritingOrder(std::uint8_t recordType) {

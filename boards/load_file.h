@@ -1,5 +1,5 @@
-// Load files as the program reads them: FRU and SDR files go through its own readers, so that what the companion says
-// of a file is what the program makes of it.
+// Load files as the program reads them: FRU and SDR files go through its own readers, so that what the
+// companion says of a file is what the program makes of it.
 #pragma once
 
 #include <optional>
@@ -10,12 +10,12 @@
 
 namespace varnok::boards {
 
-/// The bytes that programming the FRU file `text` writes, from the first byte of the device on. Nothing, with the
-/// program's message in `error`, for a file that it refuses.
+/// The bytes that programming the FRU file `text` writes, from the first byte of the device on. Nothing, with
+/// the program's message in `error`, for a file that it refuses.
 std::optional<Bytes> ReadFruFile(const std::string& text, std::string& error);
 
-/// The records of the SDR file `text` in the order in which they are written. False, with the program's message in
-/// `error`, for a file that it refuses.
+/// The records of the SDR file `text` in the order in which they are written. False, with the program's
+/// message in `error`, for a file that it refuses.
 bool ReadSdrFile(const std::string& text, std::vector<Bytes>& records, std::string& error);
 
 /// True when an SDR file can hold the record: its type and its length are ones that the program takes.

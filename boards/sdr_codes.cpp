@@ -72,8 +72,9 @@ struct CodeTable {
 };
 
 CodeTable TableOf(SdrCode table) {
-  static constexpr SdrTable kPrograms[] = {SdrTable::SensorType, SdrTable::EventType, SdrTable::EntityId,
-                                           SdrTable::Unit,       SdrTable::DeviceType, SdrTable::InterruptType};
+  static constexpr SdrTable kPrograms[] = {SdrTable::SensorType, SdrTable::EventType,
+                                           SdrTable::EntityId,   SdrTable::Unit,
+                                           SdrTable::DeviceType, SdrTable::InterruptType};
   switch (table) {
     case SdrCode::SensorType:
       return {kSensorTypes, &kPrograms[0]};

@@ -1,5 +1,5 @@
-// What the codes of sensor data records mean by IPMI v2.0 and its errata: the program's own tables, and what those
-// leave out because its display ends earlier.
+// What the codes of sensor data records mean by IPMI v2.0 and its errata: the program's own tables, and what
+// those leave out because its display ends earlier.
 #pragma once
 
 #include <cstdint>

@@ -56,7 +56,8 @@ Decoded SdrDecoder::Finish() {
     ByteView bytes = record_.subspan(i, end - i);
     bool isZero = std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; });
     // Reserved bytes are zero and of no interest then.
-    Field& field = Put("Bytes " + std::to_string(i + 1) + "-" + std::to_string(end), i + 1, end - i, HexBytes(bytes));
+    Field& field =
+        Put("Bytes " + std::to_string(i + 1) + "-" + std::to_string(end), i + 1, end - i, HexBytes(bytes));
     if (isZero) field.role = Role::Layout;
   }
   return std::move(result_);

@@ -15,8 +15,12 @@ class SdrDecoder {
   ByteView Record() const { return record_; }
   std::size_t Size() const { return record_.size(); }
   /// 0 behind the record's end.
-  std::uint8_t At(std::size_t byte) const { return byte <= record_.size() ? record_[byte - 1] : std::uint8_t{0}; }
-  std::uint32_t Word(std::size_t byte) const { return At(byte) | static_cast<std::uint32_t>(At(byte + 1)) << 8; }
+  std::uint8_t At(std::size_t byte) const {
+    return byte <= record_.size() ? record_[byte - 1] : std::uint8_t{0};
+  }
+  std::uint32_t Word(std::size_t byte) const {
+    return At(byte) | static_cast<std::uint32_t>(At(byte + 1)) << 8;
+  }
 
   Field& Put(std::string label, std::size_t byte, std::size_t length, std::string value);
   /// A field that is seldom worth a line.

@@ -49,11 +49,13 @@ struct Command {
 };
 
 // Each in its own file of this folder.
+extern const Command kDiff;
 extern const Command kFruText;
 extern const Command kNew;
 extern const Command kSdrText;
 extern const Command kServe;
+extern const Command kShow;
 
-inline constexpr const Command* kCommands[] = {&kNew, &kServe, &kFruText, &kSdrText};
+inline constexpr const Command* kCommands[] = {&kNew, &kServe, &kShow, &kDiff, &kFruText, &kSdrText};
 
 }  // namespace varnok::companion
