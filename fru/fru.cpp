@@ -70,8 +70,7 @@ void CFru::ComputeAreaLengths(std::uint32_t total) {
 
 bool CFru::IsSkippedAreaValid() {
   TraceScope scope("CFru::IsSkippedAreaValid");
-  // The header of a FRU that could not be read is all zeros, which would sum to 0.
-  if (headerWriteMode_ == FruWriteMode::Skip) return header_.IsIpmiFru() && header_.IsValid();
+  if (headerWriteMode_ == FruWriteMode::Skip) return header_.IsValid();
   for (FruAreaId area : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea}) {
     InfoArea& info = *FindInfoArea(area);
     if (info.WriteMode() != FruWriteMode::Skip) continue;

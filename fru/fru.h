@@ -65,7 +65,8 @@ class CFru {
   Status SerializeCommonHeader(std::uint8_t* output) const;
   /// Appends the records in `bytes` (kAllMultiRecords; the end-of-list bit is not consulted), or replaces the
   /// header of record `number`, counted from 0. kMultiRecordMemory, or kMultiRecordArea when there is no such
-  /// record or a record reaches past the bytes.
+  /// record or a record reaches past the bytes. One to four bytes at the end make a header with zeros for the
+  /// rest, and zeros for its data.
   Status DecodeMultiRecArea(std::span<const std::uint8_t> bytes, std::uint32_t number);
   /// DecodeMultiRecArea on a fresh list (kAllMultiRecords) or on the present one; sets the area's length.
   Status SetMultiRecArea(std::span<const std::uint8_t> bytes, bool isModified, std::uint32_t number);

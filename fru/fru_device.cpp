@@ -1,6 +1,7 @@
 // The bytes of a FRU device: Read and Write FRU Data (IPMI v2.0, section 34) for a controller's inventory
 // device, Master Write-Read (section 22.11) for storage on a private bus.
 #include <algorithm>
+#include <optional>
 
 #include "app/services/trace.h"
 #include "fru/fru.h"
@@ -76,17 +77,18 @@ Status Send(const FruDeviceAddress& address, const IpmiMessage& request, IpmiMes
   return response.command == request.command ? kSuccess : refused;
 }
 
-/// The bytes that an answer delivers for a chunk of `count`; empty when it has fewer, or says that it has
-/// fewer.
-std::span<const std::uint8_t> DeliveredBytes(const FruDeviceAddress& address, const IpmiMessage& response,
-                                             std::size_t count) {
+/// The bytes that an answer delivers for a chunk of `count`; nothing when it has fewer, or counts another
+/// number of them: it is then the answer to another request.
+std::optional<std::span<const std::uint8_t>> DeliveredBytes(const FruDeviceAddress& address,
+                                                            const IpmiMessage& response, std::size_t count) {
   std::span<const std::uint8_t> data =
       std::span(response.data).first(std::min<std::size_t>(response.dataLength, response.data.size()));
   if (IsInventoryDevice(address)) {
-    if (data.empty() || data[0] < count) return {};
+    if (data.empty() || data[0] != count) return std::nullopt;
     data = data.subspan(1);
   }
-  return data.size() < count ? std::span<const std::uint8_t>{} : data.first(count);
+  if (data.size() < count) return std::nullopt;
+  return data.first(count);
 }
 
 }  // namespace
@@ -114,11 +116,11 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
       return fail(status);
     switch (response.completionCode) {
       case completion_code::kSuccess: {
-        std::span<const std::uint8_t> delivered = DeliveredBytes(address, response, bytes);
+        std::optional<std::span<const std::uint8_t>> delivered = DeliveredBytes(address, response, bytes);
         // Bytes that did not arrive are an error, not data.
-        if (delivered.size() != bytes) return fail(fru_status::kReadFailed);
-        std::copy(delivered.begin(), delivered.end(), buffer.begin() + static_cast<std::ptrdiff_t>(count));
-        count += delivered.size();
+        if (!delivered) return fail(fru_status::kReadFailed);
+        std::copy(delivered->begin(), delivered->end(), buffer.begin() + static_cast<std::ptrdiff_t>(count));
+        count += delivered->size();
         // An accepted chunk of 0 delivers nothing; asked again it would never end.
         if (chunk == 0) chunk = 1;
         break;

@@ -19,6 +19,11 @@ struct FruDeviceAddress {
   std::uint32_t nvsType = nvs_type::kImbDevice;
   std::optional<std::u16string> displayName;  ///< the title that a FRU file gives
 
+  /// The same device without the title of a file.
+  FruDeviceAddress Untitled() const {
+    return {deviceAddress, bus, deviceId, controller, lun, nvsType, std::nullopt};
+  }
+
   /// True when both name the same device; the display name does not count.
   bool IsSameDevice(const FruDeviceAddress& other) const {
     return nvsType == other.nvsType && lun == other.lun && deviceAddress == other.deviceAddress &&

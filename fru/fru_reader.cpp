@@ -132,9 +132,11 @@ Status CFru::GetInternalUseArea() {
              static_cast<std::int64_t>(FruDefs::kUnit);
     break;
   }
+  // An area placed behind that one has no length by this rule; boards in the field have it there.
+  length = std::max<std::int64_t>(length, 0);
   std::array<std::uint8_t, kMaxAreaLength> bytes{};
   bool isRead = false;
-  if (length < 0 || length > static_cast<std::int64_t>(bytes.size())) {
+  if (length > static_cast<std::int64_t>(bytes.size())) {
     isImageInvalid_ = true;
   } else {
     std::span<std::uint8_t> area = std::span(bytes).first(static_cast<std::size_t>(length));
