@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "fru/pool_text.h"
+#include "firmware/pool_text.h"
 
 namespace varnok {
 

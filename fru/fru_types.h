@@ -37,6 +37,7 @@ enum class FruFieldId : std::uint32_t {
   ProductSerialNumber = 15,
   ProductAssetTag = 16,
   ProductFruFileId = 17,
+  End,  ///< behind the last number
 };
 
 /// Bits 7-6 of a type/length byte (FRU storage definition v1.0, section 13).
