@@ -49,11 +49,11 @@ class CFru {
 
   /// True when the header gives the area an offset; always for the common header.
   bool HasArea(FruAreaId area) const;
-  bool HasInternalArea() const { return HasArea(FruAreaId::InternalUseArea); }
-  bool HasChassisArea() const { return HasArea(FruAreaId::ChassisInfoArea); }
-  bool HasBoardArea() const { return HasArea(FruAreaId::BoardInfoArea); }
-  bool HasProductArea() const { return HasArea(FruAreaId::ProductInfoArea); }
-  bool HasMultiRecArea() const { return HasArea(FruAreaId::MultiRecordArea); }
+  bool HasInternalArea() const;
+  bool HasChassisArea() const;
+  bool HasBoardArea() const;
+  bool HasProductArea() const;
+  bool HasMultiRecArea() const;
 
   // --- Bytes ---
 
@@ -128,7 +128,11 @@ class CFru {
  private:
   Status ReadFruFromSystem();
   Status GetCommonHeader();
-  Status GetInfoArea(FruAreaId area);
+  Status GetBoardArea();
+  Status GetProductArea();
+  Status GetChassisArea();
+  struct InfoAreaReading;
+  Status GetInfoArea(const InfoAreaReading& reading);
   /// Cuts `bytes` to the area's length.
   Status ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes);
   Status GetInternalUseArea();

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "fru/fru_types.h"
+#include "fru/nvs_type.h"
 #include "platform/ipmi_message.h"
 
 namespace varnok {

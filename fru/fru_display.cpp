@@ -108,7 +108,7 @@ Status PrintFields(const InfoArea& info) {
 
 void ShowHeader(const CFruHeader& header) {
   PrintText("\nDisplaying Header Area \n");
-  Print("Common Header Area (Version %d, Length %d)\n", header.FormatVersion(), CFruHeader::GetLength());
+  Print("Common Header Area (Version %d, Length %d)\n", header.FormatVersion(), header.GetLength());
   for (const HeaderLine& line : kHeaderLines)
     Print("%-31s= %02Xh\n", line.label, header.GetData()[line.index]);
 }

@@ -42,10 +42,6 @@ constexpr AddressKey kAddressKeys[] = {
     {"_DEV_ADDRESS", "_DEV_ADDRESS %x", "Device Address", &FruDeviceAddress::deviceAddress},
 };
 
-/// By NVS type. A file spells the first with the letter O, the command line with a zero; files in use rely on
-/// it.
-constexpr std::string_view kNvsTypeNames[] = {"AT24CO2", "DS1624S", "IMBDEVICE"};
-
 struct AreaBlock {
   FruAreaId area;
   std::string_view tag;
@@ -255,9 +251,10 @@ class FruFileReader {
   Status TakeAddressKey(const AddressKey& key) {
     if (key.format.empty()) {
       std::optional<std::string_view> value = lines_.QuotedText(line_);
-      auto name = std::find(std::begin(kNvsTypeNames), std::end(kNvsTypeNames), value.value_or(""));
-      if (name == std::end(kNvsTypeNames)) return FailKey(key.name);
-      fru_.address_.nvsType = static_cast<std::uint32_t>(name - std::begin(kNvsTypeNames));
+      auto row = std::find_if(std::begin(kNvsTypes), std::end(kNvsTypes),
+                              [&](const NvsTypeRow& candidate) { return candidate.fileName == value; });
+      if (row == std::end(kNvsTypes)) return FailKey(key.name);
+      fru_.address_.nvsType = row->type;
       return kSuccess;
     }
     std::uint32_t number = 0;

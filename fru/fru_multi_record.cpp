@@ -87,6 +87,7 @@ Status CFru::SerializeMultiRecArea(std::uint8_t* output, std::uint32_t& size, st
 }
 
 bool CFru::IsValid(const MultiRecord& record) {
+  TraceScope scope("CFru::IsValid");
   return SumOf(record.header) == 0 && static_cast<std::uint8_t>(record.header[3] + SumOf(record.Data())) == 0;
 }
 
