@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "app/services/console.h"
 #include "app/services/scan.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
@@ -66,7 +67,11 @@ class BlockBytes {
     bytes_.fill(0);
     count_ = 0;
     highNibble_.reset();
+    isCut_ = false;
   }
+  /// The block has data lines behind the last that fits.
+  bool IsCut() const { return isCut_; }
+  void SetCut(bool isCut) { isCut_ = isCut; }
   bool IsFull() const { return count_ >= bytes_.size(); }
   std::span<const std::uint8_t> Bytes() const { return std::span(bytes_).first(count_); }
 
@@ -98,6 +103,7 @@ class BlockBytes {
   std::array<std::uint8_t, kMaxAreaLength> bytes_{};
   std::size_t count_ = 0;
   std::optional<int> highNibble_;
+  bool isCut_ = false;
 };
 
 constinit BlockBytes blockBytes;
@@ -105,6 +111,12 @@ constinit BlockBytes blockBytes;
 bool EndsBlock(const PreparedText& lines, std::size_t index) {
   if (lines.LineContains(index, "'")) return false;
   return lines.LineContains(index, ")") || lines.LineContains(index, "_SEE_");
+}
+
+bool HasDataFrom(const PreparedText& lines, std::size_t index) {
+  for (; index < lines.LineCount() && !EndsBlock(lines, index); ++index)
+    if (!lines.Line(index).empty()) return true;
+  return false;
 }
 
 /// The line behind the block whose tag stands on line `index`.
@@ -138,6 +150,7 @@ Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t in
       return status;
     }
   }
+  blockBytes.SetCut(HasDataFrom(lines, index));
   bytes = blockBytes.Bytes();
   return kSuccess;
 }
@@ -306,6 +319,9 @@ class FruFileReader {
       CFru::SetParseAreaErrorMessage(status, block.name, fileName_);
       return Fail("Area Parse Error", fru_status::kFileNotParsed);
     }
+    if (blockBytes.IsCut())
+      Warn("%s: the %s ends after %d bytes; the lines behind them are not read", fileName_, block.name,
+           kMaxAreaLength);
     blockEnd_ = SkipBlock(lines_, line_);
     return kSuccess;
   }

@@ -68,6 +68,23 @@ TEST_F(FruRequests, ShrinkReadsTo8And4And0And1) {
   EXPECT_EQ(Read(kBridged, 0, 2), kReadFailed);
 }
 
+TEST_F(FruRequests, ADeviceBusyForMoreThanTenSecondsIsToldOnce) {
+  machine.clockMicroseconds = 86'397'000'000;  // three seconds before midnight
+  auto busy = [&, sequence = std::uint8_t{0}](std::uint8_t code) mutable {
+    Bridge(++sequence, 0x11, {0, 0, 0, 1}, {1, 7}, code);
+  };
+  busy(0xC0), bmc.Pass(9), busy(0xC0), busy(0);
+  EXPECT_EQ(Read(kBridged, 0, 1), kSuccess);
+  EXPECT_EQ(machine.errors, "");
+  for (int time = 0; time < 2; ++time) {
+    busy(0xC0), bmc.Pass(12), busy(0xC0), bmc.Pass(20), busy(0xC0), busy(0);
+    EXPECT_EQ(Read(kBridged, 0, 1), kSuccess);
+    EXPECT_EQ(machine.errors,
+              "varnok: FRU ID(0) Addr(20) SlaveAddr(C0) Bus(3) has been busy for 10 seconds; it is asked until it "
+              "answers\n");
+  }
+}
+
 TEST_F(FruRequests, ShrinkWritesTo8And4And0AndEnd) {
   Bridge(1, 0x12, {0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8}, {}, 0xC7);
   Bridge(2, 0x12, {0, 0, 0, 1, 2, 3, 4}, {}, 0xC7);
