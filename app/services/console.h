@@ -1,4 +1,4 @@
-// Console services: printed text, progress, keys, hex dumps and the paging prompt.
+// Console services: printed text, progress, keys, hex dumps and the paging prompt. Showing text takes no memory.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +24,15 @@ template <class... Arguments>
 void Print(const char* format, const Arguments&... arguments) {
   const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
   PrintWith(format, list.data(), list.size());
+}
+
+/// Tells the operator what the console's text does not say, on the error output. Begin with the name of what it is
+/// about and end with a line end; of the control characters only TAB and LF get through.
+void PrintErrorWith(const char* format, const FormatArgument* arguments, std::size_t count);
+template <class... Arguments>
+void PrintError(const char* format, const Arguments&... arguments) {
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  PrintErrorWith(format, list.data(), list.size());
 }
 
 /// The paging flag: long displays stop at every page while it is set. No option sets it today.

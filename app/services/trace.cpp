@@ -2,7 +2,7 @@
 
 #include <array>
 #include <memory>
-#include <string>
+#include <span>
 
 #include "app/services/text.h"
 #include "app/services/text_output.h"
@@ -18,10 +18,26 @@ constexpr std::uint8_t kFillPattern = 0xCC;
 
 std::uint32_t currentLevel = 1;
 
-void AppendToLog(std::u16string_view text) {
-  std::unique_ptr<File> log;
-  if (TheFirmware().OpenFile(kLogName, FileMode::Append, log) == kSuccess) WriteText(*log, text);
+/// A log that cannot be opened or is full loses what does not fit.
+void AppendToLog(std::span<char16_t> gathered) {
+  (void)PutTextBytes({gathered.data(), gathered.size()}, [](std::span<const std::uint8_t> bytes) {
+    return TheFirmware().AppendToFile(kLogName, bytes);
+  });
 }
+
+/// One opening of the log for as much text as its room holds: a line, or some rows of a dump.
+class LogText {
+ public:
+  template <class... Arguments>
+  void Put(const char* format, const Arguments&... arguments) {
+    const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+    FormatTo(text_, format, list.data(), list.size());
+  }
+  TextSink& Sink() { return text_; }
+
+ private:
+  GatheredText<decltype(&AppendToLog)> text_{AppendToLog};
+};
 
 }  // namespace
 
@@ -42,7 +58,10 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
 }
 
 void TraceWith(const char* format, std::uint32_t level, const FormatArgument* arguments, std::size_t count) {
-  if (level <= currentLevel) AppendToLog(FormatWideWith(format, arguments, count) + u"\r\n");
+  if (level > currentLevel) return;
+  LogText line;
+  FormatTo(line.Sink(), format, arguments, count);
+  line.Put("\r\n");
 }
 
 void Trace(const char* text, std::uint32_t level) {
@@ -68,17 +87,18 @@ void TraceScope::Write(const char* way) const {
 
 void TraceHexDump(const char* title, std::span<const std::uint8_t> buffer, std::size_t length) {
   if (currentLevel < 2) return;
-  std::u16string dump = FormatWide("%s\r\n", title);
+  LogText log;
+  log.Put("%s\r\n", title);
   for (std::size_t start = 0; start < length; start += kRowLength) {
-    std::u16string characters;
-    for (std::size_t i = start; i < start + kRowLength; ++i) {
-      std::uint8_t byte = i < buffer.size() ? buffer[i] : std::uint8_t{0};
-      dump += byte == kFillPattern ? std::u16string(3, u' ') : FormatWide(" %02X", byte);
-      characters += byte >= 32 && byte <= 126 ? static_cast<char16_t>(byte) : u'.';
-    }
-    dump += u'\t' + characters + u"\r\n";
+    auto byteAt = [buffer](std::size_t i) { return i < buffer.size() ? buffer[i] : std::uint8_t{0}; };
+    for (std::size_t i = start; i < start + kRowLength; ++i)
+      byteAt(i) == kFillPattern ? log.Put("   ") : log.Put(" %02X", byteAt(i));
+    log.Put("\t");
+    for (std::size_t i = start; i < start + kRowLength; ++i)
+      log.Put("%c", byteAt(i) >= 32 && byteAt(i) <= 126 ? static_cast<char>(byteAt(i)) : '.');
+    log.Put("\r\n");
   }
-  AppendToLog(dump + u"\r\n");
+  log.Put("\r\n");
 }
 
 }  // namespace varnok

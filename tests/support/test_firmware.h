@@ -24,6 +24,7 @@ class TestFirmware : public Firmware {
 
   // What the program did.
   std::string console;                                 ///< all console text, narrowed to Latin-1
+  std::string errorOutput;                             ///< the same of the error output
   std::map<std::string, std::string> files;            ///< name as given -> bytes
   std::uint64_t pacedMicroseconds = 0;                 ///< sum of pacing stalls
   std::uint64_t waitedMicroseconds = 0;                ///< sum of waiting stalls
@@ -55,11 +56,13 @@ class TestFirmware : public Firmware {
   std::string TextOf(const std::string& name) const;
 
   void WriteConsole(std::u16string_view text) override;
+  void WriteErrorOutput(std::u16string_view text) override;
   void FlushConsole() override { ++flushes; }
   char16_t ReadKey() override;
   void Stall(std::uint64_t microseconds, StallKind kind) override;
   WallClock Now() override;
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
+  Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) override;
   bool GetEnvironmentVariable(std::string_view name, std::u16string& value) override;
   Status LocateHandles(const Guid& guid, std::size_t& bytes, Handle* handles) override;
   Status OpenProtocol(Handle handle, const Guid& guid, void*& interface) override;
