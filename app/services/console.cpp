@@ -8,6 +8,7 @@
 #include "app/services/text_output.h"
 #include "app/services/trace.h"
 #include "firmware/firmware.h"
+#include "firmware/lasting.h"
 #include "firmware/pool.h"
 
 namespace varnok {
@@ -15,8 +16,15 @@ namespace {
 
 constexpr std::size_t kProgressLength = 255;
 
-bool pagingOn = false;
-char16_t pushedKey = 0;
+struct ConsoleState {
+  bool isPagingOn = false;
+  bool isTemporaryFileOn = false;
+  char16_t pushedKey = 0;
+};
+
+ConsoleState& TheConsole() {
+  return Lasting<ConsoleState>();
+}
 
 bool IsControl(char16_t character) {
   return character < 0x20 || (character >= 0x7F && character <= 0x9F);
@@ -86,10 +94,17 @@ void PrintErrorWith(const char* format, const FormatArgument* arguments, std::si
 }
 
 bool IsPagingOn() {
-  return pagingOn;
+  return TheConsole().isPagingOn;
 }
 void SetPaging(bool on) {
-  pagingOn = on;
+  TheConsole().isPagingOn = on;
+}
+
+bool IsTemporaryFileOn() {
+  return TheConsole().isTemporaryFileOn;
+}
+void SetTemporaryFile(bool on) {
+  TheConsole().isTemporaryFileOn = on;
 }
 
 void DisplayText(std::u16string_view text) {
@@ -97,18 +112,18 @@ void DisplayText(std::u16string_view text) {
 }
 
 char16_t GetKey(char16_t push) {
-  if (push != 0) return pushedKey = push;
+  char16_t& pushed = TheConsole().pushedKey;
+  if (push != 0) return pushed = push;
   TheFirmware().FlushConsole();
-  char16_t key = pushedKey != 0 ? pushedKey : TheFirmware().ReadKey();
-  pushedKey = 0;
+  char16_t key = pushed != 0 ? pushed : TheFirmware().ReadKey();
+  pushed = 0;
   TheFirmware().FlushConsole();
   return key;
 }
 
 int InputChar(char& character) {
   char16_t key = GetKey(0);
-  if (key > 0xFF) return -1;
-  character = static_cast<char>(key);
+  character = key > 0xFF ? '\0' : static_cast<char>(key);
   return 1;
 }
 

@@ -7,6 +7,7 @@
 #include "app/services/text.h"
 #include "app/services/text_output.h"
 #include "firmware/firmware.h"
+#include "firmware/lasting.h"
 
 namespace varnok {
 namespace {
@@ -16,7 +17,13 @@ constexpr std::size_t kRowLength = 16;
 // The fill pattern of uninitialised memory, blanked so that data stands out.
 constexpr std::uint8_t kFillPattern = 0xCC;
 
-std::uint32_t currentLevel = 1;
+struct TraceState {
+  std::uint32_t level = 1;
+};
+
+std::uint32_t& CurrentLevel() {
+  return Lasting<TraceState>().level;
+}
 
 /// A log that cannot be opened or is full loses what does not fit.
 void AppendToLog(std::span<char16_t> gathered) {
@@ -42,23 +49,24 @@ class LogText {
 }  // namespace
 
 std::uint32_t TraceLevel() {
-  return currentLevel;
+  return CurrentLevel();
 }
 
 std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   static constexpr std::array<std::string_view, 3> kSwitches{"-debug1", "-debug2", "-debug3"};
-  currentLevel = 0;
-  for (int i = 1; i < argc && currentLevel == 0; ++i) {
+  std::uint32_t& chosen = CurrentLevel();
+  chosen = 0;
+  for (int i = 1; i < argc && chosen == 0; ++i) {
     for (std::uint32_t level = 1; level <= kSwitches.size(); ++level)
-      if (EqualsIgnoreCase(argv[i], kSwitches[level - 1])) currentLevel = level;
+      if (EqualsIgnoreCase(argv[i], kSwitches[level - 1])) chosen = level;
   }
   std::unique_ptr<File> log;
-  if (currentLevel != 0) (void)TheFirmware().OpenFile(kLogName, FileMode::Write, log);
-  return currentLevel;
+  if (chosen != 0) (void)TheFirmware().OpenFile(kLogName, FileMode::Write, log);
+  return chosen;
 }
 
 void TraceWith(const char* format, std::uint32_t level, const FormatArgument* arguments, std::size_t count) {
-  if (level > currentLevel) return;
+  if (level > CurrentLevel()) return;
   LogText line;
   FormatTo(line.Sink(), format, arguments, count);
   line.Put("\r\n");
@@ -86,7 +94,7 @@ void TraceScope::Write(const char* way) const {
 }
 
 void TraceHexDump(const char* title, std::span<const std::uint8_t> buffer, std::size_t length) {
-  if (currentLevel < 2) return;
+  if (CurrentLevel() < 2) return;
   LogText log;
   log.Put("%s\r\n", title);
   for (std::size_t start = 0; start < length; start += kRowLength) {

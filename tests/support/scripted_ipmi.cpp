@@ -33,7 +33,6 @@ ScriptedIpmi::ScriptedIpmi(TestFirmware& machine, bool isLoaded) : machine_(mach
   wire_.Receive = OnReceive;
   wire_.script = this;
   machine_.protocol = &wire_;
-  IpmiReset();
   if (isLoaded) {
     EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
   }
@@ -45,7 +44,7 @@ ScriptedIpmi::~ScriptedIpmi() {
     ADD_FAILURE() << steps_.size() << " steps left over; next: "
                   << (step.kind == Step::Kind::Request ? "request " : "response ") << Describe(step.message);
   }
-  IpmiReset();
+  ForgetProgramState();
   machine_.protocol = nullptr;
 }
 

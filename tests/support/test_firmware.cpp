@@ -40,7 +40,10 @@ class MemoryFile : public File {
 
 TestFirmware::TestFirmware() : previous_(InstallFirmware(this)) {}
 
-TestFirmware::~TestFirmware() { InstallFirmware(previous_); }
+TestFirmware::~TestFirmware() {
+  ForgetProgramState();
+  InstallFirmware(previous_);
+}
 
 std::string TestFirmware::TextOf(const std::string& name) const {
   auto found = files.find(name);
