@@ -46,9 +46,8 @@ void ShowOnConsole(std::span<char16_t> text) {
   Show<&Firmware::WriteConsole>(text, u"\b\t\n\r");
 }
 
-/// Text of errors stays where it is put: it moves no cursor back.
 void ShowAsError(std::span<char16_t> text) {
-  Show<&Firmware::WriteErrorOutput>(text, u"\t\n");
+  Show<&Firmware::WriteErrorOutput>(text, {});
 }
 
 void FormatByte(TextSink& sink, const char* format, FormatArgument byte) {
@@ -73,6 +72,11 @@ void PutHexRows(TextSink& sink, std::span<const std::uint8_t> bytes) {
   }
 }
 
+std::u16string WithoutControls(std::u16string text) {
+  std::replace_if(text.begin(), text.end(), [](char16_t character) { return !IsHarmless(character); }, u'?');
+  return text;
+}
+
 }  // namespace
 
 void PrintText(std::u16string_view text) {
@@ -88,9 +92,13 @@ void PrintWith(const char* format, const FormatArgument* arguments, std::size_t 
   FormatTo(console, format, arguments, count);
 }
 
-void PrintErrorWith(const char* format, const FormatArgument* arguments, std::size_t count) {
-  GatheredText output(ShowAsError);
-  FormatTo(output, format, arguments, count);
+void WarnWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  TheFirmware().WriteErrorOutput(u"varnok: ");
+  {
+    GatheredText line(ShowAsError);
+    FormatTo(line, format, arguments, count);
+  }
+  TheFirmware().WriteErrorOutput(u"\n");
 }
 
 bool IsPagingOn() {

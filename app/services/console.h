@@ -26,13 +26,13 @@ void Print(const char* format, const Arguments&... arguments) {
   PrintWith(format, list.data(), list.size());
 }
 
-/// Tells the operator what the console's text does not say, on the error output. Begin with the name of what it is
-/// about and end with a line end; of the control characters only TAB and LF get through.
-void PrintErrorWith(const char* format, const FormatArgument* arguments, std::size_t count);
+/// Formats and shows one line on the error output, with the program's name in front: what the operator must know and
+/// the console's own texts do not say. Control characters show as '?'.
+void WarnWith(const char* format, const FormatArgument* arguments, std::size_t count);
 template <class... Arguments>
-void PrintError(const char* format, const Arguments&... arguments) {
+void Warn(const char* format, const Arguments&... arguments) {
   const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
-  PrintErrorWith(format, list.data(), list.size());
+  WarnWith(format, list.data(), list.size());
 }
 
 /// The paging flag: long displays stop at every page while it is set. No option sets it today.

@@ -14,8 +14,8 @@ class HostFirmware : public Firmware {
   explicit HostFirmware(Machine& machine) : machine_(machine) {}
 
   void WriteConsole(std::u16string_view text) override;
-  void WriteErrorOutput(std::u16string_view text) override;
   void FlushConsole() override {}
+  void WriteErrorOutput(std::u16string_view text) override;
   char16_t ReadKey() override;
   void Stall(std::uint64_t microseconds, StallKind kind) override { machine_.Stall(microseconds, kind); }
   WallClock Now() override { return machine_.Now(); }

@@ -71,7 +71,7 @@ void TestFirmware::WriteConsole(std::u16string_view text) {
 
 void TestFirmware::WriteErrorOutput(std::u16string_view text) {
   Uncounted own;
-  errorOutput += Narrow(text);
+  errors += Narrow(text);
 }
 
 char16_t TestFirmware::ReadKey() {

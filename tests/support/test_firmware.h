@@ -32,7 +32,7 @@ class TestFirmware : public Firmware {
 
   // What the program did.
   std::string console;                                 ///< all console text, narrowed to Latin-1
-  std::string errorOutput;                             ///< the same of the error output
+  std::string errors;                                  ///< all text of the error output
   std::map<std::string, std::string> files;            ///< name as given -> bytes
   std::uint64_t pacedMicroseconds = 0;                 ///< sum of pacing stalls
   std::uint64_t waitedMicroseconds = 0;                ///< sum of waiting stalls
@@ -64,8 +64,8 @@ class TestFirmware : public Firmware {
   std::string TextOf(const std::string& name) const;
 
   void WriteConsole(std::u16string_view text) override;
-  void WriteErrorOutput(std::u16string_view text) override;
   void FlushConsole() override { ++flushes; }
+  void WriteErrorOutput(std::u16string_view text) override;
   char16_t ReadKey() override;
   void Stall(std::uint64_t microseconds, StallKind kind) override;
   WallClock Now() override;

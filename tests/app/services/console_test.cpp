@@ -19,8 +19,8 @@ TEST_F(Console, ShowsNoControlCharacterButLayout) {
   constexpr std::u16string_view kText = u"a\x1B[2Jb\x07\b\t\r\n\x7F\x9Bz\xE4";
   PrintText(kText);
   EXPECT_EQ(machine.console, "a?[2Jb?\b\t\r\n??z\xE4");
-  PrintError("%s", kText);
-  EXPECT_EQ(machine.errorOutput, "a?[2Jb??\t?\n??z\xE4") << "an error moves no cursor back";
+  Warn("%s", kText);
+  EXPECT_EQ(machine.errors, "varnok: a?[2Jb????????z\xE4\n") << "a warning is one line";
 }
 
 TEST_F(Console, TakesNoMemoryAndKeepsTheHalvesOfACharacterTogether) {
@@ -36,11 +36,11 @@ TEST_F(Console, TakesNoMemoryAndKeepsTheHalvesOfACharacterTogether) {
   const std::array<std::uint8_t, 100> bytes{};
   const std::size_t allocations = testing::HeapAllocations();
   PrintText(text);
-  PrintError("%s", text);
+  Warn("%s", text);
   DisplayHex(bytes.data(), bytes.size(), nullptr);
   Dornquist::DisplayProgress(ProgressStyle::CountOfTotal, u"Record ", 1, 2);
   EXPECT_EQ(testing::HeapAllocations(), allocations);
-  EXPECT_EQ(narrow.errorOutput.size(), text.size());
+  EXPECT_EQ(narrow.errors.size(), 9 + text.size());
 }
 
 TEST_F(Console, ProgressStyles) {
