@@ -12,7 +12,7 @@ namespace varnok {
 namespace {
 
 constexpr const char* kOperation = "SdrData::CommitConfigurationToSystem";
-constexpr const char* kUpdateFailed = "Unable to update SDRs";
+constexpr std::u16string_view kUpdateFailed = u"Unable to update SDRs";
 constexpr std::size_t kBufferSize = 256;
 
 using RecordBuffer = std::array<std::uint8_t, kBufferSize>;

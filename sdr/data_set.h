@@ -67,7 +67,6 @@ struct SdrState {
   std::array<char16_t, kMessageCapacity> lastError{u"ERROR: DLL not initialized."};
 
   void SetLastError(std::u16string_view text);
-  void SetLastError(const char* text);
 };
 
 /// The state of this process.

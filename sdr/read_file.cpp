@@ -4,6 +4,7 @@
 
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "platform/smbios.h"
 #include "sdr/file_keys.h"
 #include "sdr/utility.h"
 
@@ -14,11 +15,11 @@ constexpr std::string_view kCommentMarker = "//";
 constexpr char kQuote = '\'';
 
 void SetMessage(const char* format, std::uint32_t line) {
-  TheSdr().SetLastError(FormatWide(format, line));
+  SmbiosFormat(TheSdr().lastError, format, line);
 }
 
 void SetNotFound(std::string_view token) {
-  TheSdr().SetLastError(FormatWide("Invalid file: Token %s not found.\n", token));
+  SmbiosFormat(TheSdr().lastError, "Invalid file: Token %s not found.\n", token);
 }
 
 /// Puts the last-error text back: a search that may well find nothing is no error of the file.
@@ -44,13 +45,14 @@ bool ReadLine(SdrFileLines& file, const char* operation, std::string_view& line)
   return true;
 }
 
-/// The value behind a token that stands at `found`. Blanks are skipped as long as the line has a blank as far
-/// from its own start as they are from the token's: any number of them for a key that starts its line, seldom
-/// more than the separator for an indented one. Files are written with that in mind.
+/// The value behind a token that stands at `found`. Behind the separator a blank is skipped only while the line
+/// has a blank as far from its own start as it stands from the token's: any number of them for a key that starts
+/// its line, seldom one for an indented key. Files are written with that in mind.
 std::string ValueBehind(std::string_view line, std::size_t found, std::size_t tokenLength) {
+  std::string_view fromToken = line.substr(found);
   std::size_t start = tokenLength + 1;
-  while (start < line.size() && IsBlank(line[start])) ++start;
-  return found + start < line.size() ? std::string(line.substr(found + start)) : std::string();
+  while (start < fromToken.size() && IsBlank(fromToken[start]) && IsBlank(line[start])) ++start;
+  return start < fromToken.size() ? std::string(fromToken.substr(start)) : std::string();
 }
 
 bool EndsBlock(std::string_view line) {
@@ -90,12 +92,11 @@ bool ScanBytes(std::string_view line, std::vector<std::uint8_t>& bytes) {
   }
   std::size_t i = 0;
   while (i < line.size()) {
-    if (HexDigitValue(line[i]) < 0) {
-      ++i;
-      continue;
-    }
-    bytes.push_back(static_cast<std::uint8_t>(SdrUtility::AHextoUINT32(line.substr(i, 2))));
-    i += 2;
+    int digit = HexDigitValue(line[i++]);
+    if (digit < 0) continue;
+    int next = i < line.size() ? HexDigitValue(line[i]) : -1;
+    bytes.push_back(static_cast<std::uint8_t>(next < 0 ? digit : digit << 4 | next));
+    ++i;
   }
   return true;
 }

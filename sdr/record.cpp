@@ -86,15 +86,12 @@ Status CSdr::BinaryFormat(std::uint32_t value, unsigned width, std::u16string& t
   return isTooWide ? sdr_status::kValueTooWide : kSuccess;
 }
 
-const char16_t* CSdr::StoreText(const char* text) {
-  return StoreText(Widen(text));
-}
-
 const char16_t* CSdr::StoreText(std::u16string_view text) {
   std::size_t length = std::min(text.size(), kTextCapacity - 1);
-  std::copy_n(text.begin(), length, text_.begin());
-  text_[length] = 0;
-  return text_.data();
+  if (text_ == nullptr) text_ = std::make_unique<std::array<char16_t, kTextCapacity>>();
+  std::copy_n(text.begin(), length, text_->begin());
+  (*text_)[length] = 0;
+  return text_->data();
 }
 
 }  // namespace varnok

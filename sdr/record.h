@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <limits>
 #include <list>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -36,7 +37,8 @@ std::size_t SdrRecordSize(std::span<const std::uint8_t> raw);
 /// The record ID of the last failed read or decode.
 inline std::uint32_t LastFailingRecordId = 0;
 
-/// Base of all record classes. Texts that it hands out stay valid until the next call that builds one.
+/// Base of all record classes. Values, names and titles of records stay valid until the object builds the next
+/// one; titles and locations of fields for ever.
 class CSdr {
  public:
   static constexpr std::int64_t FieldNotSelected = std::numeric_limits<std::int64_t>::max();
@@ -91,13 +93,13 @@ class CSdr {
   Status WriteRecHdr(File& file) const;
   static Status wfprintf(File& file, std::string_view text);
   const char16_t* StoreText(std::u16string_view text);
-  const char16_t* StoreText(const char* text);
 
   std::uint8_t rawLength_ = 0;
   SdrTagList tags_;
   bool isDecoded_ = false;
   std::int64_t selectedField_ = FieldNotSelected;
-  std::array<char16_t, kTextCapacity> text_{};
+  /// Made with the first text: most records of a repository are never asked for one.
+  std::unique_ptr<std::array<char16_t, kTextCapacity>> text_;
   std::vector<std::uint8_t> raw_;
   SdrRecordHeader header_;
 };
@@ -132,17 +134,17 @@ class CSdrByRows : public CSdr {
   bool HasLegalLength(std::span<const std::uint8_t> raw) const;
   bool HasTitlesOfItsOwn() const;
   std::uint32_t Number(const SdrPlace& place) const;
-  const char* TitleOf(const SdrFieldRow& row) const;
+  const char16_t* TitleOf(const SdrFieldRow& row) const;
   std::u16string ValueOf(const SdrFieldRow& row) const;
   std::u16string ValueOfField(std::size_t field) const { return ValueOf(type_.rows[field]); }
   std::u16string IdString() const;
-  std::u16string OemText() const;
+  bool IsOemText() const;
   std::span<const std::uint8_t> BytesFrom(std::size_t byte) const;
 
   // The file writer, in record_writer.cpp.
   Status WriteBytes(File& file) const;
   Status WriteRowAt(File& file, std::size_t& byte) const;
-  std::string LabelOfByte(std::size_t byte) const;
+  std::u16string LabelOfByte(std::size_t byte) const;
 
   std::array<std::uint8_t, kLargestRecord> decoded_{};
   std::size_t decodedSize_ = 0;

@@ -12,7 +12,7 @@ namespace {
 constexpr const char* kNotDecodedText = "SDR Type Not Decoded";
 constexpr const char* kNotSelectedText = "SDR Type Field Not Selected";
 constexpr const char* kBadLengthText = "Bad Record Length";
-constexpr const char* kNoSuchField = "*INTERNAL SDR MANAGER DECODING ERROR*";
+constexpr const char16_t* kNoSuchField = u"*INTERNAL SDR MANAGER DECODING ERROR*";
 
 constexpr std::size_t kShownIdLength = 16;
 constexpr std::size_t kKeptOemLength = 16;
@@ -110,9 +110,9 @@ std::span<const std::uint8_t> CSdrByRows::OemData() const {
   return bytes.first(std::min(bytes.size(), kKeptOemLength));
 }
 
-std::u16string CSdrByRows::OemText() const {
+bool CSdrByRows::IsOemText() const {
   std::span<const std::uint8_t> data = OemData();
-  return !data.empty() && IsPrintable(data[0]) ? TextOf(data) : HexGroups(data);
+  return !data.empty() && IsPrintable(data[0]);
 }
 
 bool CSdrByRows::HasTitlesOfItsOwn() const {
@@ -121,7 +121,7 @@ bool CSdrByRows::HasTitlesOfItsOwn() const {
   });
 }
 
-const char* CSdrByRows::TitleOf(const SdrFieldRow& row) const {
+const char16_t* CSdrByRows::TitleOf(const SdrFieldRow& row) const {
   bool isMask = row.show == SdrShow::Mask || row.show == SdrShow::SettableMask;
   return isMask && Bits(kThresholdAccess) == 0 ? row.alternative : row.title;
 }
@@ -149,7 +149,7 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
     case SdrShow::SettableMask:
       return FormatWide("%04xh", number & (Bits(kThresholdAccess) != 0 ? kThresholdBits : kMaskBits));
     case SdrShow::SensorNumber:
-      return number == kUnspecifiedSensor ? Widen(row.alternative) : FormatWide("%02xh", number);
+      return number == kUnspecifiedSensor ? row.alternative : FormatWide("%02xh", number);
     case SdrShow::Entity:
       return Decoded(number <= kLastDecimalEntity ? "%d - %s" : "%02xh - %s", number,
                      TableIndex(SdrTable::EntityId), 0);
@@ -172,7 +172,7 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
     case SdrShow::Guid:
       return HexGroups(BytesFrom(row.place[0].byte).first(kGuidLength));
     case SdrShow::OemData:
-      return OemText();
+      return IsOemText() ? TextOf(OemData()) : HexGroups(OemData());
   }
   return text;
 }
@@ -200,7 +200,7 @@ Status CSdrByRows::GetFieldTitle(const char16_t*& text) {
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = StoreText(row == nullptr ? kNoSuchField : TitleOf(*row));
+  text = row == nullptr ? kNoSuchField : TitleOf(*row);
   return kSuccess;
 }
 
@@ -209,7 +209,7 @@ Status CSdrByRows::GetFieldLocation(const char16_t*& text) {
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = StoreText(row == nullptr ? kNoSuchField : row->location);
+  text = row == nullptr ? kNoSuchField : row->location;
   return kSuccess;
 }
 
@@ -218,7 +218,7 @@ Status CSdrByRows::GetFieldValue(const char16_t*& text) {
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = StoreText(row == nullptr ? Widen(kNoSuchField) : ValueOf(*row));
+  text = StoreText(row == nullptr ? kNoSuchField : ValueOf(*row));
   return kSuccess;
 }
 
@@ -268,7 +268,7 @@ Status CSdrByRows::GetSdrTitle(const char16_t*& text) {
       text = StoreText(FormatWide(kPair, type_.title, ValueOfField(type_.namedField)));
       break;
     case SdrTitleForm::Fixed:
-      text = StoreText(type_.title);
+      text = StoreText(Widen(type_.title));
       break;
   }
   return kSuccess;

@@ -21,18 +21,13 @@ constexpr const char* kTextLine = "   '%s'     %s %s\n";
 constexpr const char* kBytesLine = "   %s       %s %s\n";
 constexpr const char* kComment = "//";
 
-/// Whether the reader takes the bytes back from between quotes: no quote, no comment, no line end or other
-/// control character among them.
+/// Whether the reader takes the bytes back from between quotes: no quote, line end or comment among them.
 bool CanBeQuoted(std::span<const std::uint8_t> bytes) {
   std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  bool isPrintable = std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) {
-    bool isControl = byte < 0x20 || (byte >= 0x7F && byte <= 0x9F);
-    return !isControl && byte != '\'';
-  });
-  return isPrintable && text.find("//") == std::string_view::npos;
+  return text.find_first_of("'\n") == std::string_view::npos && text.find("//") == std::string_view::npos;
 }
 
-std::string BytesLine(std::span<const std::uint8_t> bytes, const char* label, bool isText) {
+std::string BytesLine(std::span<const std::uint8_t> bytes, const char16_t* label, bool isText) {
   if (isText && CanBeQuoted(bytes))
     return Format(kTextLine, std::string(bytes.begin(), bytes.end()), kComment, label);
   std::string groups;
@@ -78,14 +73,14 @@ Status CSdr::WriteRecHdr(File& file) const {
 }
 
 /// The titles of all fields that share the byte, reserved bits left out.
-std::string CSdrByRows::LabelOfByte(std::size_t byte) const {
-  std::string label;
-  std::string_view last;
+std::u16string CSdrByRows::LabelOfByte(std::size_t byte) const {
+  std::u16string label;
+  std::u16string_view last;
   for (const SdrFieldRow& row : type_.rows) {
     bool isNamed = HoldsByte(row, byte) && (row.show != SdrShow::Reserved || row.place[0].IsWholeByte());
     // A field that the type's list names twice is one byte of the record all the same.
     if (!isNamed || row.title == last) continue;
-    if (!label.empty()) label += ", ";
+    if (!label.empty()) label += u", ";
     label += last = row.title;
   }
   return label;
@@ -117,7 +112,7 @@ Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
     case SdrShow::IdString:
     case SdrShow::OemData:
       count = BytesFrom(byte).size();
-      line = BytesLine(BytesFrom(byte), row->title, true);
+      line = BytesLine(BytesFrom(byte), row->title, row->show == SdrShow::IdString || IsOemText());
       break;
     default:
       line = Format(kByteLine, decoded_[byte - 1], kComment, LabelOfByte(byte));

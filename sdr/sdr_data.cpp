@@ -5,6 +5,7 @@
 
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "platform/smbios.h"
 #include "sdr/commit.h"
 #include "sdr/data_set.h"
 #include "sdr/file_lines.h"
@@ -78,7 +79,7 @@ Status SdrData::Initialize() {
     Trace("SdrData::Initialize - Error Loading SDRDATA", 1);
     return sdr_status::kNoDataSet;
   }
-  state.SetLastError("");
+  state.SetLastError(u"");
   return kSuccess;
 }
 
@@ -219,7 +220,7 @@ Status SdrData::LoadConfigurationFromFile(std::u16string_view fileName) {
   std::unique_ptr<File> file;
   if (TheFirmware().OpenFile(Widen(Narrow(fileName)), FileMode::Read, file) != kSuccess) {
     Trace("SdrData::LoadConfigurationFromFile - Error Writing File", 1);
-    TheSdr().SetLastError(FormatWide("Could not open file %s", fileName));
+    SmbiosFormat(TheSdr().lastError, "Could not open file %s", fileName);
     return sdr_status::kCannotOpenFile;
   }
   if (Status status = LoadFile(*file, set); status != kSuccess) return status;

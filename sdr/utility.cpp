@@ -27,14 +27,14 @@ static_assert(std::size(kFactories) == kSdrTypeOrder.size());
 
 Status SdrUtility::InitializeSdrList(PoolPtr<SdrTypeList>& lists) {
   TraceScope scope("SdrUtility::InitializeSdrList");
-  TheSdr().SetLastError("Unable to initialize SDR list");
+  TheSdr().SetLastError(u"Unable to initialize SDR list");
   if (lists != nullptr) DeInitializeSdrList(lists);
   lists = MakeInPool<SdrTypeList>();
   if (lists == nullptr) {
     Trace("SdrUtility::InitializeSdrList - Error Allocating Memory", 1);
     return sdr_status::kOutOfMemory;
   }
-  TheSdr().SetLastError("");
+  TheSdr().SetLastError(u"");
   return kSuccess;
 }
 
@@ -82,6 +82,7 @@ Status SdrUtility::CreateSDRTypeObject(std::uint8_t type, PoolPtr<CSdr>& object)
 }
 
 std::uint32_t SdrUtility::AHextoUINT32(std::string_view text) {
+  TraceScope scope("SdrUtility::AHextoUINT32");
   std::uint32_t number = 0;
   for (char character : text) {
     int digit = HexDigitValue(character);
