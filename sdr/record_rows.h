@@ -95,11 +95,10 @@ enum class SdrTitleForm : std::uint8_t {
 };
 
 struct SdrTypeRows {
-  std::uint8_t code;
   const char* className;
   /// The fields, in order, then rows that are only written to files.
   std::span<const SdrFieldRow> rows;
-  std::size_t fieldCount;
+  std::size_t fileOnlyRows = 0;
   SdrLength lengthRule;
   std::uint8_t size;
   /// The last key byte; 0 for a type without keys.
@@ -109,6 +108,8 @@ struct SdrTypeRows {
   const char* nameFormat;
   SdrTitleForm titleForm;
   const char* title;
+
+  constexpr std::size_t FieldCount() const { return rows.size() - fileOnlyRows; }
 };
 
 /// Bits of the sensor types that govern how other fields are shown.
@@ -139,7 +140,6 @@ constexpr std::uint8_t TableIndex(SdrTable table) {
   return static_cast<std::uint8_t>(table);
 }
 
-/// The rows of the eleven types.
 extern const SdrTypeRows kSdrType01, kSdrType02, kSdrType03;  // record_rows_sensor.cpp
 extern const SdrTypeRows kSdrType08, kSdrType09;              // record_rows_association.cpp
 extern const SdrTypeRows kSdrType10, kSdrType11, kSdrType12;  // record_rows_locator.cpp

@@ -63,10 +63,8 @@ static_assert(kType08Rows.size() == 15 && kType09Rows.size() == 31);
 
 }  // namespace
 
-constexpr SdrTypeRows kSdrType08{.code = 0x08,
-                                 .className = "CSdrType08",
+constexpr SdrTypeRows kSdrType08{.className = "CSdrType08",
                                  .rows = kType08Rows,
-                                 .fieldCount = 15,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 16,
                                  .lastKeyByte = 10,
@@ -76,10 +74,8 @@ constexpr SdrTypeRows kSdrType08{.code = 0x08,
                                  .titleForm = SdrTitleForm::RecordId,
                                  .title = "SDR Type08h"};
 
-constexpr SdrTypeRows kSdrType09{.code = 0x09,
-                                 .className = "CSdrType09",
+constexpr SdrTypeRows kSdrType09{.className = "CSdrType09",
                                  .rows = kType09Rows,
-                                 .fieldCount = 31,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 32,
                                  .lastKeyByte = 14,

@@ -46,10 +46,8 @@ static_assert(kType13Rows.size() == 13 && kType14Rows.size() == 15 && kTypeC0Row
 
 }  // namespace
 
-constexpr SdrTypeRows kSdrType13{.code = 0x13,
-                                 .className = "CSdrType13",
+constexpr SdrTypeRows kSdrType13{.className = "CSdrType13",
                                  .rows = kType13Rows,
-                                 .fieldCount = 13,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 32,
                                  .lastKeyByte = 8,
@@ -59,10 +57,8 @@ constexpr SdrTypeRows kSdrType13{.code = 0x13,
                                  .titleForm = SdrTitleForm::Guid,
                                  .title = "SDR Type13h"};
 
-constexpr SdrTypeRows kSdrType14{.code = 0x14,
-                                 .className = "CSdrType14",
+constexpr SdrTypeRows kSdrType14{.className = "CSdrType14",
                                  .rows = kType14Rows,
-                                 .fieldCount = 15,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 16,
                                  .lastKeyByte = 0,
@@ -72,10 +68,8 @@ constexpr SdrTypeRows kSdrType14{.code = 0x14,
                                  .titleForm = SdrTitleForm::Fixed,
                                  .title = "SDR Type14h"};
 
-constexpr SdrTypeRows kSdrTypeC0{.code = 0xC0,
-                                 .className = "CSdrTypeC0",
+constexpr SdrTypeRows kSdrTypeC0{.className = "CSdrTypeC0",
                                  .rows = kTypeC0Rows,
-                                 .fieldCount = 6,
                                  .lengthRule = SdrLength::AtMost,
                                  .size = 64,
                                  .lastKeyByte = 8,

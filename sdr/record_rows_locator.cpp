@@ -62,10 +62,8 @@ static_assert(kType10Rows.size() == 16 && kType11Rows.size() == 16 && kType12Row
 
 }  // namespace
 
-constexpr SdrTypeRows kSdrType10{.code = 0x10,
-                                 .className = "CSdrType10",
+constexpr SdrTypeRows kSdrType10{.className = "CSdrType10",
                                  .rows = kType10Rows,
-                                 .fieldCount = 16,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,
                                  .lastKeyByte = 8,
@@ -75,10 +73,8 @@ constexpr SdrTypeRows kSdrType10{.code = 0x10,
                                  .titleForm = SdrTitleForm::IdString,
                                  .title = "SDR Type10h"};
 
-constexpr SdrTypeRows kSdrType11{.code = 0x11,
-                                 .className = "CSdrType11",
+constexpr SdrTypeRows kSdrType11{.className = "CSdrType11",
                                  .rows = kType11Rows,
-                                 .fieldCount = 16,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,
                                  .lastKeyByte = 9,
@@ -89,10 +85,8 @@ constexpr SdrTypeRows kSdrType11{.code = 0x11,
                                  .title = "SDR Type11h"};
 
 // A controller has no device type: its entity is what it is named after.
-constexpr SdrTypeRows kSdrType12{.code = 0x12,
-                                 .className = "CSdrType12",
+constexpr SdrTypeRows kSdrType12{.className = "CSdrType12",
                                  .rows = kType12Rows,
-                                 .fieldCount = 16,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,
                                  .lastKeyByte = 7,

@@ -106,10 +106,8 @@ static_assert(kType01Rows.size() == 47 && kType02Rows.size() == 28 && kType03Row
 
 }  // namespace
 
-constexpr SdrTypeRows kSdrType01{.code = 0x01,
-                                 .className = "CSdrType01",
+constexpr SdrTypeRows kSdrType01{.className = "CSdrType01",
                                  .rows = kType01Rows,
-                                 .fieldCount = 47,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 48,
                                  .lastKeyByte = 8,
@@ -119,10 +117,8 @@ constexpr SdrTypeRows kSdrType01{.code = 0x01,
                                  .titleForm = SdrTitleForm::IdStringIfAny,
                                  .title = "SDR Type01h"};
 
-constexpr SdrTypeRows kSdrType02{.code = 0x02,
-                                 .className = "CSdrType02",
+constexpr SdrTypeRows kSdrType02{.className = "CSdrType02",
                                  .rows = kType02Rows,
-                                 .fieldCount = 28,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 32,
                                  .lastKeyByte = 8,
@@ -132,10 +128,9 @@ constexpr SdrTypeRows kSdrType02{.code = 0x02,
                                  .titleForm = SdrTitleForm::IdStringIfAny,
                                  .title = "SDR Type02h"};
 
-constexpr SdrTypeRows kSdrType03{.code = 0x03,
-                                 .className = "CSdrType03",
+constexpr SdrTypeRows kSdrType03{.className = "CSdrType03",
                                  .rows = kType03Rows,
-                                 .fieldCount = 16,
+                                 .fileOnlyRows = 2,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 17,
                                  .lastKeyByte = 8,

@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::size_t kTagLength = 17;
 constexpr std::size_t kLongestText = 256;
-constexpr std::size_t kGuidLength = 16;
 constexpr const char* kByteLine = "   %02x                 %s %s\n";
 constexpr const char* kWordLine = "   %04x               %s %s\n";
 constexpr const char* kTripleLine = "   %06x             %s %s\n";
@@ -43,14 +42,12 @@ bool HoldsByte(const SdrFieldRow& row, std::size_t byte) {
 }  // namespace
 
 Status CSdr::wfprintf(File& file, std::string_view text) {
-  TraceScope scope("CSdr::wfprintf");
+  constexpr const char* kName = "CSdr::wfprintf";
+  TraceScope scope(kName);
   text = text.substr(0, kLongestText);
-  if (text.empty() ||
-      file.Write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())) != kSuccess) {
-    Trace("CSdr::wfprintf - Error Writing File", 1);
-    return sdr_status::kCannotWriteFile;
-  }
-  return kSuccess;
+  bool isWritten = !text.empty() && file.Write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()),
+                                                         text.size())) == kSuccess;
+  return isWritten ? kSuccess : Fail(kName, "Error Writing File", sdr_status::kCannotWriteFile);
 }
 
 Status CSdr::WriteRecHdr(File& file) const {
@@ -106,8 +103,8 @@ Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
       line = Format(kTripleLine, Number(row->place), kComment, row->title);
       break;
     case SdrShow::Guid:
-      count = kGuidLength;
-      line = BytesLine(BytesFrom(byte).first(kGuidLength), row->title, false);
+      count = BytesFrom(byte).size();
+      line = BytesLine(BytesFrom(byte), row->title, false);
       break;
     case SdrShow::IdString:
     case SdrShow::OemData:
@@ -115,7 +112,7 @@ Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
       line = BytesLine(BytesFrom(byte), row->title, row->show == SdrShow::IdString || IsOemText());
       break;
     default:
-      line = Format(kByteLine, decoded_[byte - 1], kComment, LabelOfByte(byte));
+      line = Format(kByteLine, raw_[byte - 1], kComment, LabelOfByte(byte));
   }
   byte += count;
   return wfprintf(file, line);
@@ -132,7 +129,7 @@ Status CSdrByRows::WriteBytes(File& file) const {
     if (Status status = wfprintf(file, "\n"); status != kSuccess) return status;
   }
   if (Status status = wfprintf(file, "   // Record Body Bytes\n"); status != kSuccess) return status;
-  while (byte <= decodedSize_)
+  while (byte <= raw_.size())
     if (Status status = WriteRowAt(file, byte); status != kSuccess) return status;
   return kSuccess;
 }

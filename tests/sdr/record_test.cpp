@@ -7,7 +7,7 @@
 #include <tuple>
 
 #include "app/services/text.h"
-#include "sdr/utility.h"
+#include "sdr/record_lists.h"
 #include "tests/sdr/records.h"
 #include "tests/support/test_firmware.h"
 

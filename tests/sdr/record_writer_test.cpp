@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "sdr/read_file.h"
-#include "sdr/utility.h"
+#include "sdr/record_lists.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
 #include "tests/support/test_firmware.h"
