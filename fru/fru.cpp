@@ -30,6 +30,31 @@ bool CFru::HasArea(FruAreaId area) const {
   return header_.Offset(area) != 0;
 }
 
+namespace {
+
+bool HasAreaTraced(const char* operation, const CFru& fru, FruAreaId area) {
+  TraceScope scope(operation);
+  return fru.HasArea(area);
+}
+
+}  // namespace
+
+bool CFru::HasInternalArea() const {
+  return HasAreaTraced("CFru::HasInternalArea", *this, FruAreaId::InternalUseArea);
+}
+bool CFru::HasChassisArea() const {
+  return HasAreaTraced("CFru::HasChassisArea", *this, FruAreaId::ChassisInfoArea);
+}
+bool CFru::HasBoardArea() const {
+  return HasAreaTraced("CFru::HasBoardArea", *this, FruAreaId::BoardInfoArea);
+}
+bool CFru::HasProductArea() const {
+  return HasAreaTraced("CFru::HasProductArea", *this, FruAreaId::ProductInfoArea);
+}
+bool CFru::HasMultiRecArea() const {
+  return HasAreaTraced("CFru::HasMultiRecArea", *this, FruAreaId::MultiRecordArea);
+}
+
 Status CFru::DecodeHeader(std::span<const std::uint8_t, CFruHeader::kLength> bytes) {
   TraceScope scope("CFru::DecodeHeader");
   header_.SetData(bytes);
@@ -39,6 +64,7 @@ Status CFru::DecodeHeader(std::span<const std::uint8_t, CFruHeader::kLength> byt
 }
 
 std::uint8_t CFru::CalculateChecksum(std::span<const std::uint8_t> bytes) {
+  TraceScope scope("CFru::CalculateChecksum");
   return FruChecksum(bytes);
 }
 
@@ -70,8 +96,7 @@ void CFru::ComputeAreaLengths(std::uint32_t total) {
 
 bool CFru::IsSkippedAreaValid() {
   TraceScope scope("CFru::IsSkippedAreaValid");
-  // The header of a FRU that could not be read is all zeros, which would sum to 0.
-  if (headerWriteMode_ == FruWriteMode::Skip) return header_.IsIpmiFru() && header_.IsValid();
+  if (headerWriteMode_ == FruWriteMode::Skip) return header_.IsValid();
   for (FruAreaId area : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea}) {
     InfoArea& info = *FindInfoArea(area);
     if (info.WriteMode() != FruWriteMode::Skip) continue;

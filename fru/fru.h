@@ -49,11 +49,11 @@ class CFru {
 
   /// True when the header gives the area an offset; always for the common header.
   bool HasArea(FruAreaId area) const;
-  bool HasInternalArea() const { return HasArea(FruAreaId::InternalUseArea); }
-  bool HasChassisArea() const { return HasArea(FruAreaId::ChassisInfoArea); }
-  bool HasBoardArea() const { return HasArea(FruAreaId::BoardInfoArea); }
-  bool HasProductArea() const { return HasArea(FruAreaId::ProductInfoArea); }
-  bool HasMultiRecArea() const { return HasArea(FruAreaId::MultiRecordArea); }
+  bool HasInternalArea() const;
+  bool HasChassisArea() const;
+  bool HasBoardArea() const;
+  bool HasProductArea() const;
+  bool HasMultiRecArea() const;
 
   // --- Bytes ---
 
@@ -65,7 +65,8 @@ class CFru {
   Status SerializeCommonHeader(std::uint8_t* output) const;
   /// Appends the records in `bytes` (kAllMultiRecords; the end-of-list bit is not consulted), or replaces the
   /// header of record `number`, counted from 0. kMultiRecordMemory, or kMultiRecordArea when there is no such
-  /// record or a record reaches past the bytes.
+  /// record or a record reaches past the bytes. One to four bytes at the end make a header with zeros for the
+  /// rest, and zeros for its data.
   Status DecodeMultiRecArea(std::span<const std::uint8_t> bytes, std::uint32_t number);
   /// DecodeMultiRecArea on a fresh list (kAllMultiRecords) or on the present one; sets the area's length.
   Status SetMultiRecArea(std::span<const std::uint8_t> bytes, bool isModified, std::uint32_t number);
@@ -127,7 +128,11 @@ class CFru {
  private:
   Status ReadFruFromSystem();
   Status GetCommonHeader();
-  Status GetInfoArea(FruAreaId area);
+  Status GetBoardArea();
+  Status GetProductArea();
+  Status GetChassisArea();
+  struct InfoAreaReading;
+  Status GetInfoArea(const InfoAreaReading& reading);
   /// Cuts `bytes` to the area's length.
   Status ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes);
   Status GetInternalUseArea();

@@ -11,17 +11,16 @@
 namespace varnok {
 namespace {
 
-/// "IMBDEVICE" and "AT24C02" must match whole, "DS1624S" by its beginning; all in upper case.
+/// All kinds but one must match whole, in upper case.
 bool ReadNvsType(std::string_view name, std::uint32_t& nvsType) {
-  if (name == "IMBDEVICE")
-    nvsType = nvs_type::kImbDevice;
-  else if (name == "AT24C02")
-    nvsType = nvs_type::kAt24c02;
-  else if (name.starts_with("DS1624S"))
-    nvsType = nvs_type::kDs1624s;
-  else
-    return false;
-  return true;
+  for (const NvsTypeRow& row : kNvsTypes) {
+    // Kept: of this kind only the beginning is compared.
+    bool isLoose = row.type == nvs_type::kDs1624s;
+    if (isLoose ? !name.starts_with(row.keyword) : name != row.keyword) continue;
+    nvsType = row.type;
+    return true;
+  }
+  return false;
 }
 
 /// Reads arguments into an address record, field by field: an error does not undo what was read before it.

@@ -145,7 +145,7 @@ Status FruData::LoadFruAtAddress(const FruDeviceAddress& address, bool& isImageI
   if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
   PoolPtr<CFru> fru = MakeInPool<CFru>();
   if (fru == nullptr) return FailFru(kOperation, fru_status::kMultiRecordMemory, fru_text::kNoMemory);
-  Status status = fru->LoadFromSystem(address);
+  Status status = fru->LoadFromSystem(address.Untitled());
   if (status != kSuccess) {
     isImageInvalid = fru->IsImageInvalid();
     Trace("FruData::LoadFruAtAddress - LoadFromSystem failed", 1);
@@ -168,8 +168,9 @@ Status FruData::FindFruAtAddressAndChecksumHeader(const FruDeviceAddress& addres
   if (!header.IsIpmiFru()) return FailFru(kOperation, fru_status::kNotIpmiFru, fru_text::kNotIpmiFru);
   if (header.IsValid()) return kSuccess;
   std::array<char16_t, FruSession::kLastErrorCapacity> name;
+  const FruDeviceAddress untitled = address.Untitled();
   return FailFru(kOperation, fru_status::kInvalidHeader,
-                 FormatWide(fru_text::kInvalidHeader, CFru::GetFriendlyFruIdentifier(&address, name)));
+                 FormatWide(fru_text::kInvalidHeader, CFru::GetFriendlyFruIdentifier(&untitled, name)));
 }
 
 Status FruData::LoadConfigurationFromFile(std::string_view fileName) {

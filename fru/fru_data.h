@@ -43,7 +43,7 @@ Status GetLastErrorMessage(const char16_t*& text);
 
 // --- Images ---
 
-/// Reads the FRU device at `address` and appends the image to the system list, whether or not the read
+/// Reads the FRU device at `address`, whose title does not count, and appends the image to the system list, whether or not the read
 /// succeeded. Gives the read's status; `isImageInvalid` is set when the read found an invalid area.
 /// kMultiRecordMemory when there is no memory for an image, which is then not appended. The selection does
 /// not change.

@@ -1,19 +1,19 @@
 // The bytes of a FRU device: Read and Write FRU Data (IPMI v2.0, section 34) for a controller's inventory
 // device, Master Write-Read (section 22.11) for storage on a private bus.
 #include <algorithm>
+#include <array>
+#include <optional>
 
+#include "app/services/console.h"
 #include "app/services/trace.h"
 #include "fru/fru.h"
+#include "fru/fru_session.h"
 #include "fru/fru_status.h"
 #include "platform/ipmi.h"
 
 namespace varnok {
 namespace {
 
-constexpr std::uint8_t kGetInventoryAreaInfo = 0x10;
-constexpr std::uint8_t kReadFruData = 0x11;
-constexpr std::uint8_t kWriteFruData = 0x12;
-constexpr std::uint8_t kMasterWriteRead = 0x52;
 constexpr std::uint8_t kDs1624AccessMemory = 0x17;
 
 constexpr std::int64_t kLargestChunk = 8;
@@ -52,7 +52,7 @@ IpmiMessage StartRequest(const FruDeviceAddress& address, std::uint8_t command, 
   }
   request.netFunction = net_function::kApplication;
   request.lun = address.lun;
-  request.command = kMasterWriteRead;
+  request.command = ipmi_command::kMasterWriteRead;
   Put(request, address.bus);
   Put(request, address.deviceAddress);
   Put(request, readCount);
@@ -76,18 +76,45 @@ Status Send(const FruDeviceAddress& address, const IpmiMessage& request, IpmiMes
   return response.command == request.command ? kSuccess : refused;
 }
 
-/// The bytes that an answer delivers for a chunk of `count`; empty when it has fewer, or says that it has
-/// fewer.
-std::span<const std::uint8_t> DeliveredBytes(const FruDeviceAddress& address, const IpmiMessage& response,
-                                             std::size_t count) {
+/// The bytes that an answer delivers for a chunk of `count`; nothing when it has fewer, or counts another
+/// number of them: it is then the answer to another request.
+std::optional<std::span<const std::uint8_t>> DeliveredBytes(const FruDeviceAddress& address,
+                                                            const IpmiMessage& response, std::size_t count) {
   std::span<const std::uint8_t> data =
       std::span(response.data).first(std::min<std::size_t>(response.dataLength, response.data.size()));
   if (IsInventoryDevice(address)) {
-    if (data.empty() || data[0] < count) return {};
+    if (data.empty() || data[0] != count) return std::nullopt;
     data = data.subspan(1);
   }
-  return data.size() < count ? std::span<const std::uint8_t>{} : data.first(count);
+  if (data.size() < count) return std::nullopt;
+  return data.first(count);
 }
+
+/// A device that stays busy is asked again without end. The operator is told, once in a run.
+class BusyWatch {
+ public:
+  explicit BusyWatch(const FruDeviceAddress& address) : address_(address) {}
+
+  void NoteBusy() {
+    constexpr std::uint32_t kSecondsOfDay = 24 * 60 * 60;
+    constexpr std::uint32_t kPatience = 10;
+    std::uint32_t now = SecondsOfDay();
+    if (!isBusy_) since_ = now;
+    isBusy_ = true;
+    bool& isTold = TheFruSession().isBusyTold;
+    if (isTold || (now + kSecondsOfDay - since_) % kSecondsOfDay <= kPatience) return;
+    isTold = true;
+    std::array<char16_t, FruSession::kLastErrorCapacity> name;
+    Warn("FRU %s has been busy for %d seconds; it is asked until it answers",
+         CFru::GetFriendlyFruIdentifier(&address_, name), kPatience);
+  }
+  void NoteAnswer() { isBusy_ = false; }
+
+ private:
+  const FruDeviceAddress& address_;
+  bool isBusy_ = false;
+  std::uint32_t since_ = 0;  ///< second of the day
+};
 
 }  // namespace
 
@@ -101,24 +128,26 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
   };
   if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, buffer.size()))
     return fail(fru_status::kReadFailed);
+  BusyWatch busy(address);
   std::int64_t chunk = kLargestChunk;
   while (count < buffer.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(buffer.size() - count));
     auto bytes = static_cast<std::uint8_t>(chunk);
     IpmiMessage request =
-        StartRequest(address, kReadFruData, offset + static_cast<std::uint32_t>(count), bytes);
+        StartRequest(address, ipmi_command::kReadFruData, offset + static_cast<std::uint32_t>(count), bytes);
     if (IsInventoryDevice(address)) Put(request, bytes);
     IpmiMessage response;
     if (Status status = Send(address, request, response, kReadTimeout, fru_status::kReadFailed);
         status != kSuccess)
       return fail(status);
+    if (response.completionCode != completion_code::kNodeBusy) busy.NoteAnswer();
     switch (response.completionCode) {
       case completion_code::kSuccess: {
-        std::span<const std::uint8_t> delivered = DeliveredBytes(address, response, bytes);
+        std::optional<std::span<const std::uint8_t>> delivered = DeliveredBytes(address, response, bytes);
         // Bytes that did not arrive are an error, not data.
-        if (delivered.size() != bytes) return fail(fru_status::kReadFailed);
-        std::copy(delivered.begin(), delivered.end(), buffer.begin() + static_cast<std::ptrdiff_t>(count));
-        count += delivered.size();
+        if (!delivered) return fail(fru_status::kReadFailed);
+        std::copy(delivered->begin(), delivered->end(), buffer.begin() + static_cast<std::ptrdiff_t>(count));
+        count += delivered->size();
         // An accepted chunk of 0 delivers nothing; asked again it would never end.
         if (chunk == 0) chunk = 1;
         break;
@@ -130,6 +159,7 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
         chunk = chunk - kChunkStep < 0 ? 1 : chunk - kChunkStep;
         break;
       case completion_code::kNodeBusy:
+        busy.NoteBusy();
         break;
       default:
         return fail(fru_status::kReadFailed);
@@ -151,7 +181,7 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t& 
   IpmiMessage request;
   request.targetAddress = address.controller;
   request.netFunction = net_function::kStorage;
-  request.command = kGetInventoryAreaInfo;
+  request.command = ipmi_command::kGetFruAreaInfo;
   Put(request, address.deviceId);
   IpmiMessage response;
   bool isRead = IsInventoryDevice(address) && IpmiTransaction(request, response) == ipmi_result::kSuccess &&
@@ -174,6 +204,7 @@ Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t of
   if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, bytes.size()))
     return fail(fru_status::kWriteFailed);
   std::size_t written = 0;
+  BusyWatch busy(address);
   std::int64_t chunk = kLargestChunk;
   while (written < bytes.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(bytes.size() - written));
@@ -181,12 +212,13 @@ Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t of
     // cannot, and an accepted one of 0 gets nowhere: the write ends there.
     if (chunk < 0) return fail(fru_status::kWriteFailed);
     IpmiMessage request =
-        StartRequest(address, kWriteFruData, offset + static_cast<std::uint32_t>(written), 0);
+        StartRequest(address, ipmi_command::kWriteFruData, offset + static_cast<std::uint32_t>(written), 0);
     for (std::uint8_t byte : bytes.subspan(written, static_cast<std::size_t>(chunk))) Put(request, byte);
     IpmiMessage response;
     if (Status status = Send(address, request, response, kWriteTimeout, fru_status::kWriteFailed);
         status != kSuccess)
       return fail(status);
+    if (response.completionCode != completion_code::kNodeBusy) busy.NoteAnswer();
     switch (response.completionCode) {
       case completion_code::kSuccess:
         if (chunk == 0) return fail(fru_status::kWriteFailed);
@@ -197,6 +229,7 @@ Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t of
         chunk -= kChunkStep;
         break;
       case completion_code::kNodeBusy:
+        busy.NoteBusy();
         break;
       default:
         return fail(fru_status::kWriteFailed);

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "app/services/console.h"
 #include "app/services/scan.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
@@ -42,10 +43,6 @@ constexpr AddressKey kAddressKeys[] = {
     {"_DEV_ADDRESS", "_DEV_ADDRESS %x", "Device Address", &FruDeviceAddress::deviceAddress},
 };
 
-/// By NVS type. A file spells the first with the letter O, the command line with a zero; files in use rely on
-/// it.
-constexpr std::string_view kNvsTypeNames[] = {"AT24CO2", "DS1624S", "IMBDEVICE"};
-
 struct AreaBlock {
   FruAreaId area;
   std::string_view tag;
@@ -70,7 +67,11 @@ class BlockBytes {
     bytes_.fill(0);
     count_ = 0;
     highNibble_.reset();
+    isCut_ = false;
   }
+  /// The block has data lines behind the last that fits.
+  bool IsCut() const { return isCut_; }
+  void SetCut(bool isCut) { isCut_ = isCut; }
   bool IsFull() const { return count_ >= bytes_.size(); }
   std::span<const std::uint8_t> Bytes() const { return std::span(bytes_).first(count_); }
 
@@ -102,6 +103,7 @@ class BlockBytes {
   std::array<std::uint8_t, kMaxAreaLength> bytes_{};
   std::size_t count_ = 0;
   std::optional<int> highNibble_;
+  bool isCut_ = false;
 };
 
 constinit BlockBytes blockBytes;
@@ -109,6 +111,12 @@ constinit BlockBytes blockBytes;
 bool EndsBlock(const PreparedText& lines, std::size_t index) {
   if (lines.LineContains(index, "'")) return false;
   return lines.LineContains(index, ")") || lines.LineContains(index, "_SEE_");
+}
+
+bool HasDataFrom(const PreparedText& lines, std::size_t index) {
+  for (; index < lines.LineCount() && !EndsBlock(lines, index); ++index)
+    if (!lines.Line(index).empty()) return true;
+  return false;
 }
 
 /// The line behind the block whose tag stands on line `index`.
@@ -142,21 +150,22 @@ Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t in
       return status;
     }
   }
+  blockBytes.SetCut(HasDataFrom(lines, index));
   bytes = blockBytes.Bytes();
   return kSuccess;
 }
 
 void CFru::SetParseAreaErrorMessage(Status status, const char* areaName, std::string_view fileName) {
   TraceScope scope("CFru::SetParseAreaErrorMessage");
-  switch (status) {
-    case fru_status::kBlockTagMissing:
+  switch (status.value) {
+    case fru_status::kBlockTagMissing.value:
       ReportFruError("Could not find the start tag for the %s while parsing the FRU file \"%s\".", areaName,
                      fileName);
       break;
-    case fru_status::kBlockTooBig:
+    case fru_status::kBlockTooBig.value:
       ReportFruError("The %s area of the FRU file \"%s\" is too big.", areaName, fileName);
       break;
-    case fru_status::kBlockCharacter:
+    case fru_status::kBlockCharacter.value:
       ReportFruError("Encountered an unexpected character in the %s while parsing the FRU file \"%s\".",
                      areaName, fileName);
       break;
@@ -255,9 +264,10 @@ class FruFileReader {
   Status TakeAddressKey(const AddressKey& key) {
     if (key.format.empty()) {
       std::optional<std::string_view> value = lines_.QuotedText(line_);
-      auto name = std::find(std::begin(kNvsTypeNames), std::end(kNvsTypeNames), value.value_or(""));
-      if (name == std::end(kNvsTypeNames)) return FailKey(key.name);
-      fru_.address_.nvsType = static_cast<std::uint32_t>(name - std::begin(kNvsTypeNames));
+      auto row = std::find_if(std::begin(kNvsTypes), std::end(kNvsTypes),
+                              [&](const NvsTypeRow& candidate) { return candidate.fileName == value; });
+      if (row == std::end(kNvsTypes)) return FailKey(key.name);
+      fru_.address_.nvsType = row->type;
       return kSuccess;
     }
     std::uint32_t number = 0;
@@ -309,6 +319,9 @@ class FruFileReader {
       CFru::SetParseAreaErrorMessage(status, block.name, fileName_);
       return Fail("Area Parse Error", fru_status::kFileNotParsed);
     }
+    if (blockBytes.IsCut())
+      Warn("%s: the %s ends after %d bytes; the lines behind them are not read", fileName_, block.name,
+           kMaxAreaLength);
     blockEnd_ = SkipBlock(lines_, line_);
     return kSuccess;
   }

@@ -12,7 +12,7 @@
 #include "fru/fru.h"
 #include "fru/fru_session.h"
 #include "fru/fru_status.h"
-#include "fru/pool_text.h"
+#include "firmware/pool_text.h"
 
 namespace varnok {
 

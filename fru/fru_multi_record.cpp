@@ -14,8 +14,10 @@ constexpr std::size_t kHeaderLength = MultiRecord::kHeaderLength;
 
 Status AppendRecords(MultiRecordList& records, std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
-    // A record that reaches past the area has no bytes to be made of.
-    if (bytes.size() < kHeaderLength || bytes.size() < kHeaderLength + bytes[2]) {
+    // An area filled up to a unit of eight ends in less than a header: what is missing of that record is zero.
+    // A whole header promises its data.
+    const bool isFill = bytes.size() < kHeaderLength;
+    if (!isFill && bytes.size() < kHeaderLength + bytes[2]) {
       Trace("CFru::DecodeMultiRecArea - Truncated record", 1);
       return fru_status::kMultiRecordArea;
     }
@@ -24,7 +26,8 @@ Status AppendRecords(MultiRecordList& records, std::span<const std::uint8_t> byt
       Trace("CFru::DecodeMultiRecArea - Out of memory", 1);
       return fru_status::kMultiRecordMemory;
     }
-    std::copy_n(bytes.begin(), kHeaderLength, record->header.begin());
+    std::copy_n(bytes.begin(), std::min(bytes.size(), kHeaderLength), record->header.begin());
+    if (isFill) break;
     std::copy_n(bytes.begin() + kHeaderLength, record->Length(), record->data.begin());
     bytes = bytes.subspan(kHeaderLength + record->Length());
   }
@@ -84,6 +87,7 @@ Status CFru::SerializeMultiRecArea(std::uint8_t* output, std::uint32_t& size, st
 }
 
 bool CFru::IsValid(const MultiRecord& record) {
+  TraceScope scope("CFru::IsValid");
   return SumOf(record.header) == 0 && static_cast<std::uint8_t>(record.header[3] + SumOf(record.Data())) == 0;
 }
 

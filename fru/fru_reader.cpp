@@ -12,25 +12,6 @@
 namespace varnok {
 namespace {
 
-struct InfoAreaReading {
-  FruAreaId area;
-  Status invalid;
-  const char* message;  ///< empty: a failed reading is reported by its own status, without a text
-  const char* scope;
-  const char* failure;
-};
-constexpr InfoAreaReading kInfoAreas[] = {
-    {FruAreaId::BoardInfoArea, fru_status::kBoardInfoArea, "Invalid FRU board area in system FRU %s.",
-     "CFru::GetBoardArea", "CFru::GetBoardArea - Invalid Board Area"},
-    {FruAreaId::ProductInfoArea,
-     fru_status::kProductInfoArea,
-     {},
-     "CFru::GetProductArea",
-     "CFru::GetProductArea - Invalid Product Area"},
-    {FruAreaId::ChassisInfoArea, fru_status::kChassisInfoArea, "Invalid FRU chassis area in system FRU %s.",
-     "CFru::GetChassisArea", "CFru::GetChassisArea - Invalid Chassis Area"},
-};
-
 constexpr const char* kInvalidInternalArea = "Invalid FRU internal area in system FRU %s.";
 constexpr const char* kInvalidMultiRecArea = "Invalid FRU multi-record area in system FRU %s.";
 
@@ -38,6 +19,15 @@ constexpr const char* kInvalidMultiRecArea = "Invalid FRU multi-record area in s
 constexpr std::uint8_t kFirstReservedBus = 0xFE;
 
 }  // namespace
+
+/// How the reading of an info area fails.
+struct CFru::InfoAreaReading {
+  FruAreaId area;
+  const char* operation;
+  Status invalid;
+  const char* message;  ///< null: a failed reading is reported by its own status, without a text
+  const char* failure;
+};
 
 Status CFru::LoadFromSystem(const FruDeviceAddress& address) {
   TraceScope scope("CFru::LoadFromSystem");
@@ -54,8 +44,9 @@ Status CFru::ReadFruFromSystem() {
     return fru_status::kReadFailed;
   }
   Status status = GetCommonHeader();
-  for (const InfoAreaReading& reading : kInfoAreas)
-    if (status == kSuccess && HasArea(reading.area)) status = GetInfoArea(reading.area);
+  if (status == kSuccess && HasBoardArea()) status = GetBoardArea();
+  if (status == kSuccess && HasProductArea()) status = GetProductArea();
+  if (status == kSuccess && HasChassisArea()) status = GetChassisArea();
   if (status == kSuccess) status = GetInternalUseArea();
   if (status == kSuccess && HasMultiRecArea()) status = GetMultiRecArea();
   return status;
@@ -85,23 +76,35 @@ Status CFru::GetCommonHeader() {
   return kSuccess;
 }
 
-Status CFru::GetInfoArea(FruAreaId area) {
-  const InfoAreaReading& reading =
-      *std::find_if(std::begin(kInfoAreas), std::end(kInfoAreas),
-                    [area](const InfoAreaReading& candidate) { return candidate.area == area; });
-  TraceScope scope(reading.scope);
+Status CFru::GetBoardArea() {
+  return GetInfoArea({FruAreaId::BoardInfoArea, "CFru::GetBoardArea", fru_status::kBoardInfoArea,
+                      "Invalid FRU board area in system FRU %s.", "Invalid Board Area"});
+}
+
+Status CFru::GetProductArea() {
+  return GetInfoArea({FruAreaId::ProductInfoArea, "CFru::GetProductArea", fru_status::kProductInfoArea, nullptr,
+                      "Invalid Product Area"});
+}
+
+Status CFru::GetChassisArea() {
+  return GetInfoArea({FruAreaId::ChassisInfoArea, "CFru::GetChassisArea", fru_status::kChassisInfoArea,
+                      "Invalid FRU chassis area in system FRU %s.", "Invalid Chassis Area"});
+}
+
+Status CFru::GetInfoArea(const InfoAreaReading& reading) {
+  TraceScope scope(reading.operation);
   std::array<std::uint8_t, kMaxAreaLength> buffer{};
   std::span<std::uint8_t> bytes(buffer);
-  Status status = ReadInfoArea(area, bytes);
+  Status status = ReadInfoArea(reading.area, bytes);
   if (status == kSuccess) {
-    if (FindInfoArea(area)->SetData(bytes)) return kSuccess;
+    if (FindInfoArea(reading.area)->SetData(bytes)) return kSuccess;
     isImageInvalid_ = true;
     status = reading.invalid;
   } else if (status != uefi_status::kBadBufferSize && reading.message != nullptr) {
     status = reading.invalid;
   }
   if (reading.message != nullptr) ReportFruError(reading.message, FriendlyName());
-  Trace(reading.failure, 1);
+  Trace("%s - %s", 1, reading.operation, reading.failure);
   return status;
 }
 
@@ -132,9 +135,11 @@ Status CFru::GetInternalUseArea() {
              static_cast<std::int64_t>(FruDefs::kUnit);
     break;
   }
+  // An area placed behind that one has no length by this rule; boards in the field have it there.
+  length = std::max<std::int64_t>(length, 0);
   std::array<std::uint8_t, kMaxAreaLength> bytes{};
   bool isRead = false;
-  if (length < 0 || length > static_cast<std::int64_t>(bytes.size())) {
+  if (length > static_cast<std::int64_t>(bytes.size())) {
     isImageInvalid_ = true;
   } else {
     std::span<std::uint8_t> area = std::span(bytes).first(static_cast<std::size_t>(length));

@@ -19,6 +19,7 @@ struct FruSession {
   ProgressCallback progress = nullptr;
   DisplayHexCallback displayHex = nullptr;
   bool isPagingOn = false;
+  bool isBusyTold = false;  ///< the operator knows of a device that stays busy
   /// The file that a commit appends to; empty = none. Owned by the manager.
   std::u16string_view outputFileName;
 };

@@ -24,29 +24,7 @@ constexpr AreaLine kAreaLines[] = {
     {FruAreaId::MultiRecordArea, "Loading FRU Multi Record Area\n"},
 };
 
-// Files spell the serial EEPROM with the letter O, and so does what is shown of it.
-constexpr const char* kNvsTypeNames[] = {"AT24CO2", "DS1624S", "IMBDEVICE"};
-
 }  // namespace
-
-const char* FindNvsTypeName(std::uint32_t nvsType) {
-  return nvsType < std::size(kNvsTypeNames) ? kNvsTypeNames[nvsType] : nullptr;
-}
-
-void FruOutput::PrintWith(const char* format, const FormatArgument* arguments, std::size_t count) {
-  std::u16string text = FormatWideWith(format, arguments, count);
-  PrintText(text);
-  if (file_ != nullptr) (void)WriteText(*file_, text);
-}
-
-void FruOutput::PrintAddress(const char* prefix, const FruDeviceAddress& address) {
-  if (const char* name = FindNvsTypeName(address.nvsType))
-    Print("%sFRU %s ", prefix, name);
-  else
-    Print("\nFRU type not recognized\n\n");
-  Print("on bus %02Xh, Device ID %02xh, IPMB adresss %02Xh, Lun %02Xh\n", address.bus, address.deviceId,
-        address.deviceAddress, address.lun);
-}
 
 CFru::AreaImage CFru::ImageOf(FruAreaId area) {
   if (area == FruAreaId::CommonHeaderArea) return {headerWriteMode_, CFruHeader::kLength, header_.GetData()};

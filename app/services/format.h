@@ -18,6 +18,8 @@
 #include <string>
 #include <string_view>
 
+#include "firmware/status.h"
+
 namespace varnok {
 
 /// One argument of a format call; refers to text, never owns it.
@@ -31,6 +33,7 @@ class FormatArgument {
         isNegative_(std::is_signed_v<Number> && number < Number{}),
         bytes_(sizeof(Number)),
         number_(static_cast<std::uint64_t>(number)) {}
+  FormatArgument(Status status) : FormatArgument(status.value) {}
   FormatArgument(char character) : kind_(Kind::Character), number_(static_cast<unsigned char>(character)) {}
   FormatArgument(char16_t character) : kind_(Kind::Character), number_(character) {}
   FormatArgument(std::string_view text) : kind_(Kind::Text8), length_(text.size()), text8_(text.data()) {}
@@ -67,6 +70,27 @@ class FormatArgument {
 /// in registers, since there are hundreds of calls.
 template <std::size_t count>
 using FormatArguments = std::array<FormatArgument, count>;
+
+/// Takes text piece by piece.
+class TextSink {
+ public:
+  virtual void Append(std::u16string_view text) = 0;
+
+ protected:
+  ~TextSink() = default;
+};
+
+/// Formats into a sink, piece by piece, and takes no memory for it.
+void FormatTo(TextSink& sink, std::string_view format, const FormatArgument* arguments, std::size_t count);
+
+/// Formats into `room`, takes no memory, and cuts what does not fit. No NUL is put behind the text.
+std::u16string_view FormatIntoWith(std::span<char16_t> room, const char* format,
+                                   const FormatArgument* arguments, std::size_t count);
+template <class... Arguments>
+std::u16string_view FormatInto(std::span<char16_t> room, const char* format, const Arguments&... arguments) {
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  return FormatIntoWith(room, format, list.data(), list.size());
+}
 
 std::u16string FormatWideWith(const char* format, const FormatArgument* arguments, std::size_t count);
 std::u16string FormatWideWith(std::string_view format, const FormatArgument* arguments, std::size_t count);

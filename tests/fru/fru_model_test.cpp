@@ -47,9 +47,16 @@ TEST_F(FruModel, RecordsThatCannotBeHeldFail) {
   machine.FailPoolAllocation(2);
   ExpectFailure(fru.SetMultiRecArea(Join({record, record}), false, kAllMultiRecords), kMultiRecordMemory);
   machine.FailPoolAllocation(0);
+  // An area filled up with one to four bytes ends in one more header.
+  for (const Bytes& fill : {Bytes{0}, {1, 2, 3, 4}}) {
+    EXPECT_EQ(fru.SetMultiRecArea(Join({record, fill}), false, kAllMultiRecords), kSuccess);
+    ASSERT_EQ(fru.MultiRecords().size(), 2u);
+    const MultiRecord& last = *fru.MultiRecords().At(1);
+    EXPECT_EQ(AsText(last.header), AsText(Join({fill, Bytes(5 - fill.size(), 0)})));
+    EXPECT_EQ(AsText(last.Data()), std::string(fill.size() < 3 ? 0 : 3, '\0'));
+  }
   record.pop_back();
-  for (const Bytes& truncated : {record, {1, 2, 0, 0}})
-    ExpectFailure(fru.SetMultiRecArea(truncated, false, kAllMultiRecords), kMultiRecordArea);
+  ExpectFailure(fru.SetMultiRecArea(record, false, kAllMultiRecords), kMultiRecordArea);
 }
 
 TEST_F(FruModel, DerivesLengthsFromTheLastAreaToTheFirst) {

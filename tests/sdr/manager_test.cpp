@@ -5,7 +5,7 @@
 #include "app/services/text.h"
 #include "platform/ipmi.h"
 #include "sdr/sdr_data.h"
-#include "sdr/utility.h"
+#include "sdr/record_lists.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
 #include "tests/sim/board_fixture.h"

@@ -7,7 +7,7 @@
 #include <tuple>
 
 #include "app/services/text.h"
-#include "sdr/utility.h"
+#include "sdr/record_lists.h"
 #include "tests/sdr/records.h"
 #include "tests/support/test_firmware.h"
 
@@ -169,10 +169,15 @@ TEST_F(Records, FieldsHaveTitlesAndPlaces) {
       {Record(0x09, Bytes(27)), 21, "Contained Entity 4 Device Address", "23"},
       {FruLocatorRecord(), 15, "Device String", "17 + N"},
   };
-  for (const auto& [bytes, field, title, location] : cases) {
+  for (const auto& [bytes, field, wantedTitle, wantedLocation] : cases) {
     ASSERT_EQ(Decode(bytes), kSuccess);
-    EXPECT_EQ(Field(field, &CSdr::GetFieldTitle), title);
-    EXPECT_EQ(Field(field, &CSdr::GetFieldLocation), location) << title;
+    record->SelectField(field);
+    const char16_t *title = u"", *location = u"", *value = u"";
+    ASSERT_EQ(record->GetFieldTitle(title), kSuccess);
+    ASSERT_EQ(record->GetFieldLocation(location), kSuccess);
+    ASSERT_EQ(record->GetFieldValue(value), kSuccess);
+    EXPECT_EQ(Narrow(title), wantedTitle) << "held beside the others";
+    EXPECT_EQ(Narrow(location), wantedLocation) << wantedTitle;
   }
 }
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "sdr/read_file.h"
-#include "sdr/utility.h"
+#include "sdr/record_lists.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
 #include "tests/support/test_firmware.h"
@@ -111,7 +111,10 @@ TEST_F(RecordWriter, LinesOfTheOtherTypes) {
         "   ab ab ab ab ab ab ab ab ab ab ab ab ab ab ab ab        // Device GUID\n"}},
       {Record(0xC0, {0x40, 0xE2, 0x01, 0x02, 0x41}),
        {"   01e240             // Manufacturer ID\n" + body + "   02 41        // OEM Data\n"}},
-      {Record(0xC0, {0x40, 0xE2, 0x01, 'T', '2'}), {"   'T2'     // OEM Data\n"}},
+      // The first byte decides whether OEM data are text.
+      {Record(0xC0, {0x40, 0xE2, 0x01, 'T', 0x02}), {"   'T\x02'     // OEM Data\n"}},
+      {Record(0xC0, {0x40, 0xE2, 0x01, 0xB0, 'C'}), {"   b0 43        // OEM Data\n"}},
+      {Record(0xC0, {0x40, 0xE2, 0x01, 'T', '\''}), {"   54 27        // OEM Data\n"}},
       {Record(0x14, Bytes(11, 0x01)),
        {"// Record Length\n" + body + "   01                 // Message Channel 0 info\n"}},
   };

@@ -1,0 +1,36 @@
+#include "fru/fru_output.h"
+
+#include <string>
+
+#include "app/services/console.h"
+#include "app/services/text_output.h"
+#include "fru/fru_session.h"
+
+namespace varnok {
+
+bool FruOutput::Open() {
+  std::u16string_view name = TheFruSession().outputFileName;
+  return name.empty() || TheFirmware().OpenFile(name, FileMode::Append, file_) == kSuccess;
+}
+
+void FruOutput::PrintWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  std::u16string text = FormatWideWith(format, arguments, count);
+  PrintText(text);
+  if (file_ != nullptr) (void)WriteText(*file_, text);
+}
+
+void FruOutput::PrintAddress(const char* prefix, const FruDeviceAddress& address) {
+  if (const NvsTypeRow* row = FindNvsType(address.nvsType))
+    Print("%sFRU %s ", prefix, row->fileName);
+  else
+    Print("\nFRU type not recognized\n\n");
+  Print("on bus %02Xh, Device ID %02xh, IPMB adresss %02Xh, Lun %02Xh\n", address.bus, address.deviceId,
+        address.deviceAddress, address.lun);
+}
+
+void FruOutput::DumpBlock(std::span<const std::uint8_t> bytes) {
+  if (file_ != nullptr && TheFruSession().displayHex != nullptr)
+    TheFruSession().displayHex(bytes.data(), bytes.size(), file_.get());
+}
+
+}  // namespace varnok
