@@ -49,6 +49,7 @@ struct Command {
 };
 
 // Each in its own file of this folder.
+extern const Command kCheck;
 extern const Command kDiff;
 extern const Command kFruText;
 extern const Command kNew;
@@ -56,6 +57,6 @@ extern const Command kSdrText;
 extern const Command kServe;
 extern const Command kShow;
 
-inline constexpr const Command* kCommands[] = {&kNew, &kServe, &kShow, &kDiff, &kFruText, &kSdrText};
+inline constexpr const Command* kCommands[] = {&kNew, &kServe, &kShow, &kDiff, &kFruText, &kSdrText, &kCheck};
 
 }  // namespace varnok::companion
