@@ -106,9 +106,11 @@ class CCfgCommand {
   static bool GetInputChar(char& character, bool echo);
   /// Reads up to the return key, at most `size` - 1 characters. Without echo nothing is stored.
   static bool GetInputString(std::u16string& text, std::size_t size, bool echo);
-  /// Reads keys until one of y, Y, n, N and echoes it. A failing input callback ends the reading with the
-  /// last key.
+  /// Reads keys until one of y, Y, n, N; others are passed over. A failing input callback ends the reading
+  /// with the last key.
   static char ReadYesOrNo();
+  /// Shows the answer and ends its line.
+  static void EchoAnswer(char key);
   /// The given line (from 1) of a text file; false, with the message, when it has none or the line does not
   /// fit.
   static bool GetStringFromFile(std::string_view fileName, std::string& text, std::size_t size,

@@ -81,8 +81,10 @@ Status CCfgPrompt::Process() {
   Display(question_);
   Display(" ");
   // Input that fails leaves no N behind: it counts as a yes.
-  const std::optional<std::string>& tag = ToUpper(ReadYesOrNo()) == 'N' ? noTag_ : yesTag_;
+  char answer = ReadYesOrNo();
+  const std::optional<std::string>& tag = ToUpper(answer) == 'N' ? noTag_ : yesTag_;
   if (tag && parser_ != nullptr) parser_->SetTag(tag->c_str());
+  EchoAnswer(answer);
   return kSuccess;
 }
 

@@ -148,7 +148,9 @@ Status CCfgFruField::AskOperator(std::string& value) {
     value = Narrow(text);
     if (!IsValidInput(value)) continue;
     DisplayWide("\nIs this correct: '%s'? ", text);
-    if (ToUpper(ReadYesOrNo()) != 'N') return kSuccess;
+    char answer = ReadYesOrNo();
+    EchoAnswer(answer);
+    if (ToUpper(answer) != 'N') return kSuccess;
   }
   return cfg_status::kOutOfBlock;
 }

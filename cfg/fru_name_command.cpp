@@ -134,7 +134,9 @@ Status CCfgFruName::LoadSystem(HeaderBytes& header) {
 
 Status CCfgFruName::AskForWholeFile() {
   DisplayWide("%s", kHeaderQuestion);
-  if (ToUpper(ReadYesOrNo()) != 'N') {
+  char answer = ReadYesOrNo();
+  EchoAnswer(answer);
+  if (ToUpper(answer) != 'N') {
     isWholeFile_ = true;
     Register();
     return kSuccess;

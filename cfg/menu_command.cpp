@@ -46,6 +46,8 @@ std::uint32_t ToNumber(std::u16string_view text) {
 Status CCfgMenu::ReadFromFile(CFileCfg& file) {
   TraceScope scope("CCfgMenu::ReadFromFile");
   if (!hasTitle_) {
+    std::string rest;
+    if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
     // The MENU line is read again, as the first item.
     file.SetCurrentLineNumber(file.GetCurrentLineNumber());
     return ReadAnswersFromFile(file);
