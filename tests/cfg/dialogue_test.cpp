@@ -1,5 +1,4 @@
 // DISPLAY, PROMPT with YES and NO, MENUTITLE, MENU and MENUPROMPT.
-#include "cfg/menu_command.h"
 #include "tests/cfg/script_test.h"
 
 namespace varnok {
