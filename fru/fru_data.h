@@ -24,8 +24,6 @@ namespace varnok::FruData {
 
 /// Starts with empty lists, no selection, no output file and no last error. kInitializeFailed without memory.
 Status Initialize();
-/// Forgets everything, as if the program had just started.
-void Reset();
 Status SetProgressCallback(ProgressCallback callback);
 Status SetDisplayHexCallback(DisplayHexCallback callback);
 /// Names the file to which a commit appends what it prints and writes; an empty name ends that.

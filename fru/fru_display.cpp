@@ -5,6 +5,7 @@
 #include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
 #include "fru/fru.h"
 #include "fru/fru_encoding.h"
 #include "fru/fru_output.h"
@@ -61,8 +62,7 @@ void PrintBcdPlus(std::span<const std::uint8_t> data) {
 
 Status PrintField(const char* label, std::uint8_t typeLength, std::span<const std::uint8_t> data) {
   if (data.data() == nullptr) {
-    Trace("CFru::Display - Unexpected", 1);
-    return fru_status::kUnexpected;
+    return Fail("CFru::Display", "Unexpected", fru_status::kUnexpected);
   }
   Print(" %-17s", label);
   switch (FruDefs::DecodeType(typeLength)) {
@@ -157,8 +157,7 @@ bool ShowVersionedArea(bool isPresent, const char* name, const InfoArea& info, s
 Status ShowBoard(CFru& fru) {
   const CBoardInfoArea& board = fru.Board();
   if (!ShowVersionedArea(fru.HasBoardArea(), "Board", board, board.GetLanguageCode())) return kSuccess;
-  std::span<const std::uint8_t> date = board.GetMfgDateTime();
-  std::uint32_t minutes = date[0] | date[1] << 8 | date[2] << 16;
+  auto minutes = static_cast<std::uint32_t>(NumberAt(board.GetMfgDateTime(), 0, 3));
   Print(" %-31s= %lu\n", "Manufacturing Time(mins)", minutes);
   return PrintFields(board);
 }

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "firmware/lasting.h"
 #include "fru/fru_manager.h"
 #include "tests/fru/memory_fru.h"
 
@@ -45,7 +46,7 @@ class FruFront : public FruTest {
 };
 
 TEST_F(FruFront, ChecksItsStateInOrder) {
-  Reset();
+  ForgetProgramState();
   ExpectFailure(SelectList(FruList::System), kNotInitialized);
   EXPECT_EQ(machine.TraceLines().back(), "FruData::SelectList - Unexpected");
   EXPECT_EQ(SetOutputFile(""), kNotInitialized);
@@ -54,6 +55,7 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
   EXPECT_EQ(GetLastErrorMessage(text), kNotInitialized);
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(Narrow(text), kUnexpectedText);
+  IpmiLoadProtocol();
   machine.FailPoolAllocation(1);
   EXPECT_EQ(Initialize(), kInitializeFailed);
   EXPECT_EQ(SetPagingMode(true), kNotInitialized);

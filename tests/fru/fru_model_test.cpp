@@ -73,7 +73,7 @@ TEST_F(FruModel, NamesItselfByTitleOrAddress) {
   std::array<char16_t, 50> buffer;
   FruDeviceAddress address = Device(nvs_type::kAt24c02, 5, 3, 0xA0);
   EXPECT_EQ(Narrow(CFru::GetFriendlyFruIdentifier(&address, buffer)), "ID(5) Addr(20) SlaveAddr(A0) Bus(3)");
-  address.displayName = std::u16string(60, u'x');
+  address.displayName.emplace(60, u'x');
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(&address, buffer), std::u16string(49, u'x'));
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(&address, std::span(buffer).first(49)), u"");
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(nullptr, buffer), u"");
