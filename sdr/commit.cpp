@@ -76,7 +76,7 @@ class Comparison final : public SdrRecordTaker {
     // The fresh lists have emptied the text; what fails from here on is reported with it.
     TheSdr().SetLastError(kUpdateFailed);
     for (std::size_t type = 0; type < kSdrTypeCount; ++type) {
-      PoolPtr<CSdr> record = kSdrTypes[type].make();
+      PoolPtr<CSdr> record = kSdrTypes[type].rows.make();
       if (record == nullptr) return Fail(kOperation, "Error Allocating Memory", sdr_status::kOutOfMemory);
       record->ReserveRaw();
       (*temporary_->lists)[type].push_back(std::move(record));

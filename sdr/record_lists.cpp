@@ -52,7 +52,7 @@ Status SdrUtility::CreateSDRTypeObject(std::uint8_t type, PoolPtr<CSdr>& object,
   object = nullptr;
   std::size_t position = PositionOfType(type);
   if (position == kSdrTypeCount) return Fail(kName, "SDR Type Not Supported", sdr_status::kTypeNotSupported);
-  object = spares == nullptr ? kSdrTypes[position].make() : std::move((*spares)[position].front());
+  object = spares == nullptr ? kSdrTypes[position].rows.make() : std::move((*spares)[position].front());
   return object != nullptr ? kSuccess : Fail(kName, "Error Allocating Memory", sdr_status::kOutOfMemory);
 }
 

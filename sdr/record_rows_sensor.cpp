@@ -1,5 +1,5 @@
 // Full, compact and event-only sensor records (IPMI v2.0, sections 43.1 to 43.3).
-#include "sdr/record_rows.h"
+#include "sdr/record_types.h"
 
 namespace varnok {
 namespace {
@@ -107,6 +107,7 @@ static_assert(kType01Rows.size() == 47 && kType02Rows.size() == 28 && kType03Row
 }  // namespace
 
 constexpr SdrTypeRows kSdrType01{.className = "CSdrType01",
+                                 .make = MakeSdr<CSdrType01>,
                                  .rows = kType01Rows,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 48,
@@ -118,6 +119,7 @@ constexpr SdrTypeRows kSdrType01{.className = "CSdrType01",
                                  .title = "SDR Type01h"};
 
 constexpr SdrTypeRows kSdrType02{.className = "CSdrType02",
+                                 .make = MakeSdr<CSdrType02>,
                                  .rows = kType02Rows,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 32,
@@ -129,6 +131,7 @@ constexpr SdrTypeRows kSdrType02{.className = "CSdrType02",
                                  .title = "SDR Type02h"};
 
 constexpr SdrTypeRows kSdrType03{.className = "CSdrType03",
+                                 .make = MakeSdr<CSdrType03>,
                                  .rows = kType03Rows,
                                  .fileOnlyRows = 2,
                                  .lengthRule = SdrLength::WithIdString,
