@@ -4,6 +4,7 @@
 #include "app/services/trace.h"
 #include "app/varnok.h"
 #include "firmware/entry.h"
+#include "firmware/lasting.h"
 
 namespace varnok {
 namespace {
@@ -23,6 +24,7 @@ void ShowError(const CVarnok& application, int status) {
 }  // namespace
 
 int Main(int argc, char* argv[]) {
+  ForgetProgramState();
   CVarnok application;
   Trace("VARNOK::main [ENTRY]", 3);
   std::uint32_t level = TraceSelectLevel(argc, argv);

@@ -129,4 +129,9 @@ Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& 
   return kSuccess;
 }
 
+Status AppendToFile(const char* path, std::span<const std::uint8_t> bytes) {
+  int descriptor = open(path, O_CLOEXEC | O_WRONLY | O_CREAT | O_APPEND, 0666);
+  return descriptor < 0 ? StatusOf(errno) : LinuxFile(descriptor).Write(bytes);
+}
+
 }  // namespace varnok::host

@@ -2,7 +2,9 @@
 // case.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -15,5 +17,8 @@ namespace varnok::host {
 std::string ResolvePath(std::u16string_view path);
 
 Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file);
+
+/// Writes behind the end of the file at a Linux path, which is created if missing; takes no memory.
+Status AppendToFile(const char* path, std::span<const std::uint8_t> bytes);
 
 }  // namespace varnok::host
