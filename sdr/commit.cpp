@@ -35,7 +35,8 @@ void WriteRecord(const CSdr& record, std::uint32_t number) {
   (void)record.WriteSDRToBuffer(buffer, length);
   std::span<const std::uint8_t> bytes = std::span(buffer).first(length);
   if (TheSdr().output != nullptr) {
-    SdrUtility::WriteOutput(FormatWide("Writing SDR Record # %d\n", number));
+    std::array<char16_t, 64> room;
+    SdrUtility::WriteOutput(FormatInto(room, "Writing SDR Record # %d\n", number));
     SdrUtility::DisplayHex(bytes, TheSdr().output.get());
   }
   if (SdrReadSystem::SendRecordToBMC(bytes) != kSuccess) SdrUtility::PrintText(u"\n SendRecordToBMC failed\n");

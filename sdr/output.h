@@ -2,6 +2,7 @@
 // paging prompt.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -19,13 +20,14 @@ void DisplayHex(std::span<const std::uint8_t> bytes, File* file);
 
 /// Shows text on the console and appends it to the open output file.
 void PrintText(std::u16string_view text);
-/// Appends text to the open output file alone.
-void WriteOutput(std::u16string_view text);
-
+/// Formats at most 256 characters and shows them so.
 template <class... Arguments>
 void Print(const char* format, const Arguments&... arguments) {
-  PrintText(FormatWide(format, arguments...));
+  std::array<char16_t, 256> room;
+  PrintText(FormatInto(room, format, arguments...));
 }
+/// Appends text to the open output file alone.
+void WriteOutput(std::u16string_view text);
 
 /// Asks whether to go on; false to stop. Non-stop ends the paging.
 bool PagingPrompt();

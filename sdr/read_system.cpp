@@ -22,7 +22,7 @@ IpmiResult GetRecordPart(std::uint16_t reservation, std::uint16_t recordId, std:
 }
 
 Status ReadFailure(IpmiResult result, std::uint16_t recordId) {
-  if (result != ipmi_result::kCompletionCode) LastFailingRecordId = recordId;
+  if (result != ipmi_result::kCompletionCode) TheSdr().LastFailingRecordId = recordId;
   return SdrRequestFailure("SdrReadSystem::ReadRecFromBMC", result, "Error Reading SDR",
                            sdr_status::kReadFailed);
 }

@@ -4,7 +4,7 @@
 #include "app/services/format.h"
 #include "app/services/text.h"
 #include "sdr/method_trace.h"
-#include "sdr/record_types.h"
+#include "sdr/data_set.h"
 
 namespace varnok {
 namespace {
@@ -69,7 +69,7 @@ Status CSdrByRows::DecodeSDR(std::span<const std::uint8_t> raw) {
   isDecoded_ = false;
   bool isLegal = type_.lengthRule != SdrLength::Exactly || HasLegalLength(raw);
   if (!isLegal || DecodeHeader(raw, header_) != kSuccess || !HasLegalLength(raw)) {
-    LastFailingRecordId = raw.size() < 2 ? 0 : raw[0] << 8 | raw[1];
+    TheSdr().LastFailingRecordId = raw.size() < 2 ? 0 : raw[0] << 8 | raw[1];
     return trace.Fail(kBadLengthText, sdr_status::kBadRecordLength);
   }
   raw_.assign(raw.begin(), raw.begin() + SdrRecordSize(raw));

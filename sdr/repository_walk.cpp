@@ -89,7 +89,7 @@ Status SdrReadSystem::WalkRepository(SdrRecordTaker& taker) {
     if (walk.recordId == kNoMoreRecords || readStatus != kSuccess) return readStatus;
     if (walk.isAsked[walk.recordId]) {
       // A record that was read already comes next: without an end the walk would go round for ever.
-      LastFailingRecordId = asked;
+      TheSdr().LastFailingRecordId = asked;
       Warn("the SDR repository has no end: its record %04xh leads back to %04xh", asked, walk.recordId);
       return Fail(kOperation, "Error Reading SDR", sdr_status::kReadFailed);
     }

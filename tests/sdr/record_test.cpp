@@ -116,9 +116,9 @@ TEST_F(Records, LengthRulesRefuseARecordAByteLongerOrShorter) {
     SCOPED_TRACE(each.rows.className);
     EXPECT_EQ(Decode(sized(each.rows.size)), kSuccess);
     for (std::size_t size : {each.rows.size + 1, each.rows.lengthRule == SdrLength::AtMost ? 9 : each.rows.size - 1}) {
-      LastFailingRecordId = 0;
+      TheSdr().LastFailingRecordId = 0;
       EXPECT_EQ(Decode(sized(size)), sdr_status::kBadRecordLength) << size;
-      EXPECT_EQ(LastFailingRecordId, 0x1200U);
+      EXPECT_EQ(TheSdr().LastFailingRecordId, 0x1200U);
       std::int64_t count = 0;
       EXPECT_EQ(record->GetNumberOfFields(count), sdr_status::kNotDecoded);
     }
