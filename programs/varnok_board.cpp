@@ -12,9 +12,10 @@
 namespace {
 
 constexpr const char* kUsage =
-    "Usage: varnok-board serve [FOLDER] --listen 127.0.0.1:PORT\n"
+    "Usage: varnok-board serve [FOLDER] --listen 127.0.0.1:PORT [--allow-remote]\n"
     "Answers a virtual machine (QEMU's ipmi-bmc-extern) as the BMC of a simulated board: the one in FOLDER,\n"
-    "or the one that varnok uses. Port 0 takes a free port.\n";
+    "or the one that varnok uses. Port 0 takes a free port. An address that other computers reach needs\n"
+    "--allow-remote: there is no authentication, whoever connects can write to the board.\n";
 
 int Fail(const std::string& error) {
   std::fprintf(stderr, "varnok-board: %s\n", error.c_str());
@@ -34,7 +35,7 @@ std::unique_ptr<varnok::sim::Board> Open(const char* folder, std::string& error)
   return board;
 }
 
-int Serve(const char* folder, const char* address) {
+int Serve(const char* folder, const char* address, bool allowsRemote) {
   using namespace varnok::sim;
   // Blocked from the start, so that a signal at any time ends the program in good order.
   sigset_t signals;
@@ -49,7 +50,7 @@ int Serve(const char* folder, const char* address) {
   std::unique_ptr<Board> board = Open(folder, error);
   if (board == nullptr) return Fail(error);
   BoardServer server(*board);
-  if (!server.Listen(address, error)) return Fail(error);
+  if (!server.Listen(address, error, allowsRemote)) return Fail(Printable(error));
   std::printf("Serving %s on %s\n", board->Images().Folder().c_str(), server.Address().c_str());
   std::fflush(stdout);
   server.Run(stop.Number());
@@ -59,10 +60,13 @@ int Serve(const char* folder, const char* address) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  varnok::sim::TakeStandardDescriptors();
+  const bool allowsRemote = argc > 1 && std::string_view(argv[argc - 1]) == "--allow-remote";
+  argc -= allowsRemote;
   bool hasFolder = argc == 5;
   if ((argc == 4 || hasFolder) && std::string_view(argv[1]) == "serve" &&
       std::string_view(argv[argc - 2]) == "--listen")
-    return Serve(hasFolder ? argv[2] : nullptr, argv[argc - 1]);
+    return Serve(hasFolder ? argv[2] : nullptr, argv[argc - 1], allowsRemote);
   std::fputs(kUsage, stderr);
   return 2;
 }
