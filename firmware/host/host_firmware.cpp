@@ -1,16 +1,13 @@
 #include "firmware/host/host_firmware.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
-#include "firmware/entry.h"
 #include "firmware/host/file_system.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
@@ -88,20 +85,6 @@ void* HostFirmware::AllocatePool(std::size_t bytes) {
 
 void HostFirmware::FreePool(void* memory) {
   std::free(memory);
-}
-
-int RunProgram(Machine& machine, int argc, char* argv[]) {
-  signal(SIGPIPE, SIG_IGN);
-  HostFirmware firmware(machine);
-  InstallFirmware(&firmware);
-  std::vector<std::string> arguments;
-  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
-  std::vector<char*> vector;
-  for (std::string& argument : arguments) vector.push_back(argument.data());
-  vector.push_back(nullptr);
-  int status = Main(argc, vector.data());
-  // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
-  return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
 }
 
 }  // namespace varnok::host

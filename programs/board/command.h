@@ -49,9 +49,12 @@ struct Command {
 };
 
 // Each in its own file of this folder.
+extern const Command kImport;
 extern const Command kNew;
+extern const Command kRestore;
 extern const Command kServe;
+extern const Command kSnapshot;
 
-inline constexpr const Command* kCommands[] = {&kNew, &kServe};
+inline constexpr const Command* kCommands[] = {&kNew, &kImport, &kSnapshot, &kRestore, &kServe};
 
 }  // namespace varnok::companion
