@@ -14,20 +14,31 @@
 
 namespace varnok::host {
 
-void HostFirmware::WriteConsole(std::u16string_view text) {
-  std::string bytes = ToUtf8(text);
+namespace {
+
+void WriteAll(int descriptor, const std::string& bytes) {
   // A console that is gone must not stop a board from being programmed to the end.
   for (std::size_t done = 0; done < bytes.size();) {
-    ssize_t result = write(STDOUT_FILENO, bytes.data() + done, bytes.size() - done);
+    ssize_t result = write(descriptor, bytes.data() + done, bytes.size() - done);
     if (result < 0 && (errno == EINTR || errno == EAGAIN)) {
       // Others who share the console may have made it one that does not wait.
-      pollfd output{STDOUT_FILENO, POLLOUT, 0};
+      pollfd output{descriptor, POLLOUT, 0};
       poll(&output, 1, -1);
       continue;
     }
     if (result < 0) return;
     done += static_cast<std::size_t>(result);
   }
+}
+
+}  // namespace
+
+void HostFirmware::WriteConsole(std::u16string_view text) {
+  WriteAll(STDOUT_FILENO, ToUtf8(text));
+}
+
+void HostFirmware::WriteErrorOutput(std::u16string_view text) {
+  WriteAll(STDERR_FILENO, ToUtf8(text));
 }
 
 char16_t HostFirmware::ReadKey() {
