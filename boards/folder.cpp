@@ -85,13 +85,6 @@ class HostFolder : public FolderSink {
   const std::filesystem::path& folder_;
 };
 
-/// Makes the folder; throws when it holds a board already.
-void MakeFreeFolder(const std::filesystem::path& folder) {
-  if (std::filesystem::exists(folder / kConfigName))
-    throw sim::BoardError(folder.string() + ": holds a board already; name a new folder");
-  std::filesystem::create_directories(folder);
-}
-
 /// Runs `work`; false, with the text of what it throws, when it fails.
 template <class Work>
 bool Attempt(Work work, std::string& error) {
@@ -129,19 +122,27 @@ bool LoadFolder(const std::filesystem::path& folder, Board& board, std::string& 
   return false;
 }
 
-bool SaveFolder(const std::filesystem::path& folder, const Board& board, std::string& error) {
+bool MakeFreeFolder(const std::filesystem::path& folder, std::string& error) {
   return Attempt(
       [&] {
-        MakeFreeFolder(folder);
-        HostFolder sink(folder);
-        std::string failed;
-        (void)SaveBoard(board, sink, failed);  // the sink throws
+        if (std::filesystem::exists(folder / kConfigName))
+          throw sim::BoardError(folder.string() + ": holds a board already; name a new folder");
+        std::filesystem::create_directories(folder);
       },
       error);
 }
 
+bool SaveFolder(const std::filesystem::path& folder, const Board& board, std::string& error) {
+  auto save = [&] {
+    HostFolder sink(folder);
+    std::string failed;
+    (void)SaveBoard(board, sink, failed);  // the sink throws
+  };
+  return MakeFreeFolder(folder, error) && Attempt(save, error);
+}
+
 bool SaveDefaultBoard(const std::filesystem::path& folder, std::string& error) {
-  return Attempt([&] { MakeFreeFolder(folder); }, error) && sim::Board::CreateDefault(folder, error);
+  return MakeFreeFolder(folder, error) && sim::Board::CreateDefault(folder, error);
 }
 
 Board EmptyBoard() {

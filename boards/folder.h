@@ -11,6 +11,8 @@ namespace varnok::boards {
 /// Reads the board in `folder`. False, with `error` naming the file and the key, when it holds none or a wrong one.
 bool LoadFolder(const std::filesystem::path& folder, Board& board, std::string& error);
 
+/// Makes `folder` and the folders above it. False, with `error` set, when it holds a board already or cannot be made.
+bool MakeFreeFolder(const std::filesystem::path& folder, std::string& error);
 /// Writes `board` into `folder`, which is made when it is missing. False, with `error` naming what cannot be written, or
 /// the folder when it holds a board already.
 bool SaveFolder(const std::filesystem::path& folder, const Board& board, std::string& error);

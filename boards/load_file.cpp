@@ -43,6 +43,7 @@ class DeskMachine : public Firmware {
 
   void WriteConsole(std::u16string_view) override {}
   void FlushConsole() override {}
+  void WriteErrorOutput(std::u16string_view) override {}
   char16_t ReadKey() override { return 0; }
   void Stall(std::uint64_t, StallKind) override {}
   WallClock Now() override { return {}; }

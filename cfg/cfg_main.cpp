@@ -43,9 +43,9 @@ Status InitializeProtocol() {
 
 /// Takes the level off the status of an ERRORLEVEL command.
 Status SplitErrorLevel(Status status) {
-  bool isEngineStatus = (status & cfg_status::kModuleBits) == cfg_status::kModuleBits;
+  bool isEngineStatus = (status.value & cfg_status::kModuleBits.value) == cfg_status::kModuleBits.value;
   if (status <= cfg_status::kErrorLevel || !isEngineStatus) return status;
-  Engine()->errorLevel = status - cfg_status::kErrorLevel;
+  Engine()->errorLevel = status.value - cfg_status::kErrorLevel.value;
   return cfg_status::kErrorLevel;
 }
 

@@ -47,6 +47,6 @@ inline constexpr Status kResizeFailed = kModuleBits | 0x36;      ///< FRU area c
 inline constexpr Status kErrorLevel = kModuleBits | 0x3E8;
 
 /// The factory's answer at the end of the script; not a failure.
-inline constexpr Status kEndOfScript = ~Status{0};
+inline constexpr Status kEndOfScript = ~std::uint64_t{0};
 
 }  // namespace varnok::cfg_status

@@ -54,7 +54,7 @@ Status CCfgErrorLevel::ReadFromFile(CFileCfg& file) {
 Status CCfgErrorLevel::Process() {
   TraceScope scope("CCfgErrorLevel::Process");
   CCfgParser::SetLastError("Configuration file exiting due to ERRORLEVEL %02X.", level_);
-  return cfg_status::kErrorLevel + static_cast<Status>(std::int64_t{static_cast<std::int32_t>(level_)});
+  return cfg_status::kErrorLevel + static_cast<std::uint64_t>(std::int64_t{static_cast<std::int32_t>(level_)});
 }
 
 void CCfgErrorLevel::DebugPrint() {

@@ -57,6 +57,8 @@ class Firmware {
   // Console. Text arrives free of control characters but BS, TAB, LF and CR; LF alone starts a new line.
   virtual void WriteConsole(std::u16string_view text) = 0;
   virtual void FlushConsole() = 0;
+  /// The error output, beside the console: standard error, or the firmware's error console.
+  virtual void WriteErrorOutput(std::u16string_view text) = 0;
   /// Waits for one key stroke without time-out and gives its Unicode character, 0 for a key that has none. A
   /// console whose input has ended can never answer: the program then ends here with an error and does not
   /// return.

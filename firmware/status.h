@@ -1,15 +1,30 @@
 // The 64-bit status that every operation returns, and the platform's own values (UEFI 2.10, appendix D).
 #pragma once
 
+#include <compare>
 #include <cstdint>
 
 namespace varnok {
 
 /// 0 is success. Module failures are 0xC000000000MMCCCC (each module's *_status.h names its own);
-/// platform failures have only the top bit of the first byte set and pass through unchanged.
-using Status = std::uint64_t;
+/// platform failures have only the top bit of the first byte set and pass through unchanged. One register wide and
+/// trivially copied, so it crosses the platform's calling convention as the number that it is.
+struct Status {
+  std::uint64_t value = 0;
+
+  constexpr Status() = default;
+  constexpr Status(std::uint64_t number) : value(number) {}
+
+  friend constexpr auto operator<=>(Status, Status) = default;
+  friend constexpr Status operator|(Status base, std::uint64_t code) { return base.value | code; }
+  friend constexpr Status operator+(Status base, std::uint64_t code) { return base.value + code; }
+};
+static_assert(sizeof(Status) == sizeof(std::uint64_t));
 
 inline constexpr Status kSuccess = 0;
+
+/// A result that is dropped on purpose; the line says why where it is not plain.
+constexpr void Discard(Status) {}
 
 namespace uefi_status {
 inline constexpr Status kError = 0x8000000000000000;

@@ -148,15 +148,15 @@ Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t in
 
 void CFru::SetParseAreaErrorMessage(Status status, const char* areaName, std::string_view fileName) {
   TraceScope scope("CFru::SetParseAreaErrorMessage");
-  switch (status) {
-    case fru_status::kBlockTagMissing:
+  switch (status.value) {
+    case fru_status::kBlockTagMissing.value:
       ReportFruError("Could not find the start tag for the %s while parsing the FRU file \"%s\".", areaName,
                      fileName);
       break;
-    case fru_status::kBlockTooBig:
+    case fru_status::kBlockTooBig.value:
       ReportFruError("The %s area of the FRU file \"%s\" is too big.", areaName, fileName);
       break;
-    case fru_status::kBlockCharacter:
+    case fru_status::kBlockCharacter.value:
       ReportFruError("Encountered an unexpected character in the %s while parsing the FRU file \"%s\".",
                      areaName, fileName);
       break;

@@ -5,29 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "firmware/ipmi.h"
+
 namespace varnok {
-
-/// IPMB slave address of the BMC (IPMI v2.0, section 5.2).
-inline constexpr std::uint8_t kBmcAddress = 0x20;
-
-/// Net function codes, unshifted (IPMI v2.0, table 5-1).
-namespace net_function {
-inline constexpr std::uint8_t kSensorEvent = 0x04;
-inline constexpr std::uint8_t kApplication = 0x06;
-inline constexpr std::uint8_t kFirmware = 0x08;
-inline constexpr std::uint8_t kStorage = 0x0A;
-inline constexpr std::uint8_t kTransport = 0x0C;
-}  // namespace net_function
-
-/// Completion codes that the program tells apart (IPMI v2.0, table 5-2).
-namespace completion_code {
-inline constexpr std::uint8_t kSuccess = 0x00;
-inline constexpr std::uint8_t kNakOnWrite = 0x83;
-inline constexpr std::uint8_t kNodeBusy = 0xC0;
-inline constexpr std::uint8_t kLengthInvalid = 0xC7;
-inline constexpr std::uint8_t kLengthLimitExceeded = 0xC8;
-inline constexpr std::uint8_t kCannotReturnLength = 0xCA;
-}  // namespace completion_code
 
 /// Request or response. `dataLength` is the number of valid bytes of `data`, never more than its size.
 struct IpmiMessage {

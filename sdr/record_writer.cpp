@@ -51,7 +51,7 @@ Status CSdr::wfprintf(File& file, std::string_view text) {
   TraceScope scope("CSdr::wfprintf");
   text = text.substr(0, kLongestText);
   if (text.empty() ||
-      file.Write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()))) {
+      file.Write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())) != kSuccess) {
     Trace("CSdr::wfprintf - Error Writing File", 1);
     return sdr_status::kCannotWriteFile;
   }

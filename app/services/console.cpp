@@ -21,13 +21,15 @@ bool IsHarmless(char16_t character) {
   return character >= 0x20 && (character < 0x7F || character > 0x9F);
 }
 
+std::u16string WithoutControls(std::u16string text) {
+  std::replace_if(text.begin(), text.end(), [](char16_t character) { return !IsHarmless(character); }, u'?');
+  return text;
+}
+
 }  // namespace
 
 void PrintText(std::u16string_view text) {
-  std::u16string shown(text);
-  std::replace_if(
-      shown.begin(), shown.end(), [](char16_t character) { return !IsHarmless(character); }, u'?');
-  TheFirmware().WriteConsole(shown);
+  TheFirmware().WriteConsole(WithoutControls(std::u16string(text)));
 }
 
 void PrintText(const char* text) {
@@ -36,6 +38,10 @@ void PrintText(const char* text) {
 
 void PrintWith(const char* format, const FormatArgument* arguments, std::size_t count) {
   PrintText(FormatWideWith(format, arguments, count));
+}
+
+void WarnWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  TheFirmware().WriteErrorOutput(u"varnok: " + WithoutControls(FormatWideWith(format, arguments, count)) + u"\n");
 }
 
 bool IsPagingOn() {

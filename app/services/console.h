@@ -26,6 +26,15 @@ void Print(const char* format, const Arguments&... arguments) {
   PrintWith(format, list.data(), list.size());
 }
 
+/// Formats and shows one line on the error output, with the program's name in front: what the operator must know and
+/// the console's own texts do not say. Control characters show as '?'.
+void WarnWith(const char* format, const FormatArgument* arguments, std::size_t count);
+template <class... Arguments>
+void Warn(const char* format, const Arguments&... arguments) {
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  WarnWith(format, list.data(), list.size());
+}
+
 /// The paging flag: long displays stop at every page while it is set. No option sets it today.
 bool IsPagingOn();
 void SetPaging(bool on);

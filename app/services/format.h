@@ -18,6 +18,8 @@
 #include <string>
 #include <string_view>
 
+#include "firmware/status.h"
+
 namespace varnok {
 
 /// One argument of a format call; refers to text, never owns it.
@@ -31,6 +33,7 @@ class FormatArgument {
         isNegative_(std::is_signed_v<Number> && number < Number{}),
         bytes_(sizeof(Number)),
         number_(static_cast<std::uint64_t>(number)) {}
+  FormatArgument(Status status) : FormatArgument(status.value) {}
   FormatArgument(char character) : kind_(Kind::Character), number_(static_cast<unsigned char>(character)) {}
   FormatArgument(char16_t character) : kind_(Kind::Character), number_(character) {}
   FormatArgument(std::string_view text) : kind_(Kind::Text8), length_(text.size()), text8_(text.data()) {}

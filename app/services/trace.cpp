@@ -49,6 +49,11 @@ void Trace(const char* text, std::uint32_t level) {
   TraceWith(text, level, nullptr, 0);
 }
 
+Status Fail(const char* operation, const char* reason, Status status) {
+  Trace("%s - %s", 1, operation, reason);
+  return status;
+}
+
 TraceScope::TraceScope(const char* name) : TraceScope(nullptr, name) {}
 
 TraceScope::TraceScope(const char* owner, const char* method) : owner_(owner), method_(method) {

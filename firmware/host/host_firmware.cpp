@@ -1,36 +1,44 @@
 #include "firmware/host/host_firmware.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
-#include "firmware/entry.h"
 #include "firmware/host/file_system.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
 
 namespace varnok::host {
 
-void HostFirmware::WriteConsole(std::u16string_view text) {
-  std::string bytes = ToUtf8(text);
+namespace {
+
+void WriteAll(int descriptor, const std::string& bytes) {
   // A console that is gone must not stop a board from being programmed to the end.
   for (std::size_t done = 0; done < bytes.size();) {
-    ssize_t result = write(STDOUT_FILENO, bytes.data() + done, bytes.size() - done);
+    ssize_t result = write(descriptor, bytes.data() + done, bytes.size() - done);
     if (result < 0 && (errno == EINTR || errno == EAGAIN)) {
       // Others who share the console may have made it one that does not wait.
-      pollfd output{STDOUT_FILENO, POLLOUT, 0};
+      pollfd output{descriptor, POLLOUT, 0};
       poll(&output, 1, -1);
       continue;
     }
     if (result < 0) return;
     done += static_cast<std::size_t>(result);
   }
+}
+
+}  // namespace
+
+void HostFirmware::WriteConsole(std::u16string_view text) {
+  WriteAll(STDOUT_FILENO, ToUtf8(text));
+}
+
+void HostFirmware::WriteErrorOutput(std::u16string_view text) {
+  WriteAll(STDERR_FILENO, ToUtf8(text));
 }
 
 char16_t HostFirmware::ReadKey() {
@@ -88,20 +96,6 @@ void* HostFirmware::AllocatePool(std::size_t bytes) {
 
 void HostFirmware::FreePool(void* memory) {
   std::free(memory);
-}
-
-int RunProgram(Machine& machine, int argc, char* argv[]) {
-  signal(SIGPIPE, SIG_IGN);
-  HostFirmware firmware(machine);
-  InstallFirmware(&firmware);
-  std::vector<std::string> arguments;
-  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
-  std::vector<char*> vector;
-  for (std::string& argument : arguments) vector.push_back(argument.data());
-  vector.push_back(nullptr);
-  int status = Main(argc, vector.data());
-  // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
-  return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
 }
 
 }  // namespace varnok::host

@@ -13,6 +13,7 @@ class HostFirmware : public Firmware {
 
   void WriteConsole(std::u16string_view text) override;
   void FlushConsole() override {}
+  void WriteErrorOutput(std::u16string_view text) override;
   char16_t ReadKey() override;
   void Stall(std::uint64_t microseconds, StallKind kind) override { machine_.Stall(microseconds, kind); }
   WallClock Now() override { return machine_.Now(); }

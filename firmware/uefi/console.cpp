@@ -54,6 +54,17 @@ void Console::Write(std::u16string_view text) {
   }
 }
 
+void Console::WriteError(std::u16string_view text) {
+  std::u16string shown;
+  for (char16_t character : text) {
+    if (character == u'\n') shown += u'\r';
+    shown += character;
+  }
+  SIMPLE_TEXT_OUTPUT_INTERFACE* output = SystemTable().StdErr;
+  if (output == nullptr) output = SystemTable().ConOut;
+  output->OutputString(output, ToEfi(shown.c_str()));
+}
+
 char16_t Console::ReadKey() {
   SIMPLE_INPUT_INTERFACE* input = SystemTable().ConIn;
   for (int misses = 0;; ++misses) {

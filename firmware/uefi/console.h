@@ -12,6 +12,8 @@ class Console {
   explicit Console(const Shell& shell) : shell_(shell) {}
 
   void Write(std::u16string_view text);
+  /// On the error console, or on the ordinary one where the firmware has none.
+  void WriteError(std::u16string_view text);
   /// Waits for a key stroke; ends the program when the input can give none any more.
   char16_t ReadKey();
 

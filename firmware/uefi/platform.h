@@ -23,7 +23,7 @@ inline constexpr Guid kLoadedImageGuid{
     0x5B1B31A1, 0x9562, 0x11D2, {0x8E, 0x3F, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
 
 inline bool IsError(Status status) {
-  return (status & uefi_status::kError) != 0;
+  return (status.value & uefi_status::kError.value) != 0;
 }
 
 /// The headers declare input GUIDs and texts without const; no service writes through them.

@@ -18,6 +18,7 @@ class UefiFirmware : public Firmware {
   const Shell& TheShell() const { return shell_; }
 
   void WriteConsole(std::u16string_view text) override { console_.Write(text); }
+  void WriteErrorOutput(std::u16string_view text) override { console_.WriteError(text); }
   /// Nothing is held back.
   void FlushConsole() override {}
   char16_t ReadKey() override { return console_.ReadKey(); }

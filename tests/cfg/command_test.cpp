@@ -109,7 +109,7 @@ TEST_F(Command, FactoryNeedsAParserAndAFile) {
   EXPECT_EQ(Message(), "Internal file error in 'cfgfile.dll'.");
   EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, &parser), kSuccess);
   EXPECT_EQ(command->Type(), CommandType::Set);
-  EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, &parser), ~Status{0});
+  EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, &parser), ~std::uint64_t{0});
 }
 
 TEST_F(Command, LinesOfASmallerControllerArePassedOver) {

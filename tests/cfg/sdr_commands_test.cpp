@@ -64,7 +64,7 @@ TEST_F(SdrCommands, CommitFailsOnAnEmptyTagOrWithoutALoadedFile) {
 
 TEST_F(SdrCommands, ClearingHappensAtOnceAndItsStatusPassesThrough) {
   bmc.ExpectFailing(kStorage, 0x22, 0xC1);
-  EXPECT_EQ(Run("CLEARSDR\nERRORLEVEL 1") >> 16, 0xC00000000006u);
+  EXPECT_EQ(Run("CLEARSDR\nERRORLEVEL 1").value >> 16, 0xC00000000006u);
 }
 
 }  // namespace

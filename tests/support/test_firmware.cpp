@@ -62,6 +62,8 @@ std::vector<std::string> TestFirmware::TraceLines() const {
 
 void TestFirmware::WriteConsole(std::u16string_view text) { console += Narrow(text); }
 
+void TestFirmware::WriteErrorOutput(std::u16string_view text) { errors += Narrow(text); }
+
 char16_t TestFirmware::ReadKey() {
   if (keys.empty()) {
     std::fprintf(stderr, "the program waits for a key that the test does not give; console:\n%s\n", console.c_str());

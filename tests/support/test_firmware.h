@@ -24,6 +24,7 @@ class TestFirmware : public Firmware {
 
   // What the program did.
   std::string console;                                 ///< all console text, narrowed to Latin-1
+  std::string errors;                                  ///< all text of the error output
   std::map<std::string, std::string> files;            ///< name as given -> bytes
   std::uint64_t pacedMicroseconds = 0;                 ///< sum of pacing stalls
   std::uint64_t waitedMicroseconds = 0;                ///< sum of waiting stalls
@@ -56,6 +57,7 @@ class TestFirmware : public Firmware {
 
   void WriteConsole(std::u16string_view text) override;
   void FlushConsole() override { ++flushes; }
+  void WriteErrorOutput(std::u16string_view text) override;
   char16_t ReadKey() override;
   void Stall(std::uint64_t microseconds, StallKind kind) override;
   WallClock Now() override;
