@@ -22,6 +22,11 @@ std::string Shortened(ByteView bytes) {
   return HexBytes(bytes.first(kShownBytes)) + "... (" + Plural(bytes.size(), "byte") + ")";
 }
 
+std::string RangeName(std::size_t offset, std::size_t length) {
+  if (length == 1) return "Byte " + std::to_string(offset);
+  return "Bytes " + std::to_string(offset) + " to " + std::to_string(offset + length - 1);
+}
+
 bool IsSame(ByteView a, ByteView b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
@@ -93,7 +98,7 @@ class PartComparer {
       if (!differs(i)) continue;
       std::size_t end = i + 1;
       while (end < isOpen.size() && differs(end)) ++end;
-      Add(Change::Changed, "No area", "Bytes " + std::to_string(i) + " to " + std::to_string(end - 1),
+      Add(Change::Changed, "No area", RangeName(i, end - i),
           Shortened(Part(a_.bytes, i, end - i)), Shortened(Part(b_.bytes, i, end - i)));
       i = end;
     }
