@@ -12,12 +12,13 @@
 #include <string_view>
 #include <vector>
 
+#include "firmware/ipmi.h"
+
 namespace varnok::boards {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// IPMB slave address of the BMC.
-inline constexpr std::uint8_t kBmc = 0x20;
+inline constexpr std::uint8_t kBmc = kBmcAddress;
 
 enum class DeviceKind : std::uint8_t {
   Fru,      ///< a FRU inventory device of a controller, by its device ID

@@ -5,10 +5,6 @@
 namespace varnok::boards {
 namespace {
 
-constexpr std::uint8_t kGetInventoryAreaInfo = 0x10;
-constexpr std::uint8_t kReadFruData = 0x11;
-constexpr std::uint8_t kWriteFruData = 0x12;
-constexpr std::uint8_t kMasterWriteRead = 0x52;
 constexpr std::uint8_t kDs1624AccessMemory = 0x17;
 
 constexpr std::size_t kLargestRead = 32;
@@ -63,7 +59,7 @@ RequestBytes Start(const Device& device, std::size_t offset, std::size_t readCou
 Outcome Send(const Device& device, std::uint8_t fruCommand, const RequestBytes& request, IpmiMessage& response) {
   const Target target = TargetOf(device.address);
   if (IsEeprom(device))
-    return Exchange(target, net_function::kApplication, kMasterWriteRead, request.Span(), response);
+    return Exchange(target, net_function::kApplication, ipmi_command::kMasterWriteRead, request.Span(), response);
   return Exchange(target, net_function::kStorage, fruCommand, request.Span(), response);
 }
 
@@ -73,7 +69,7 @@ Outcome ReadChunk(const Device& device, std::size_t offset, std::span<std::uint8
   if (!IsEeprom(device)) request.Put(target.size() / UnitOf(device));
   IpmiMessage response;
   count = 0;
-  Outcome outcome = Send(device, kReadFruData, request, response);
+  Outcome outcome = Send(device, ipmi_command::kReadFruData, request, response);
   if (!outcome.IsDone()) return outcome;
   std::span<const std::uint8_t> data = DataOf(response);
   if (!IsEeprom(device)) {
@@ -96,10 +92,10 @@ Outcome WriteChunk(const Device& device, std::size_t offset, std::span<const std
   RequestBytes request = Start(device, offset, 0);
   for (std::uint8_t byte : bytes) request.Put(byte);
   IpmiMessage response;
-  Outcome outcome = Send(device, kWriteFruData, request, response);
-  for (int tries = 0; IsEeprom(device) && outcome.IsCode(code::kNak) && tries < kStoreTries; ++tries) {
+  Outcome outcome = Send(device, ipmi_command::kWriteFruData, request, response);
+  for (int tries = 0; IsEeprom(device) && outcome.IsCode(completion_code::kNakOnWrite) && tries < kStoreTries; ++tries) {
     DelayMilliseconds(kStoreRest);
-    outcome = Send(device, kWriteFruData, request, response);
+    outcome = Send(device, ipmi_command::kWriteFruData, request, response);
   }
   count = bytes.size();
   if (!outcome.IsDone() || IsEeprom(device)) return outcome;
@@ -116,7 +112,7 @@ Outcome MeasureDevice(Device& device) {
     return {};
   }
   IpmiMessage response;
-  Outcome outcome = Exchange(TargetOf(device.address), net_function::kStorage, kGetInventoryAreaInfo,
+  Outcome outcome = Exchange(TargetOf(device.address), net_function::kStorage, ipmi_command::kGetFruAreaInfo,
                              {device.address.id}, response);
   if (!outcome.IsDone()) return outcome;
   const auto data = DataOf(response);

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "boards/board_data.h"
+#include "firmware/ipmi.h"
 #include "platform/ipmi.h"
 
 namespace varnok::boards {
@@ -37,19 +38,6 @@ struct Target {
   std::uint8_t controller = kBmc;
   std::uint8_t channel = 0;
 };
-
-/// Completion codes that mean something here (IPMI v2.0, table 5-2).
-namespace code {
-inline constexpr std::uint8_t kFruBusy = 0x81;  // FRU commands
-inline constexpr std::uint8_t kNak = 0x83;      // Send Message, Master Write-Read
-inline constexpr std::uint8_t kNodeBusy = 0xC0;
-inline constexpr std::uint8_t kInvalidCommand = 0xC1;
-inline constexpr std::uint8_t kTimeout = 0xC3;
-inline constexpr std::uint8_t kReservationLost = 0xC5;
-inline constexpr std::uint8_t kOutOfRange = 0xC9;
-inline constexpr std::uint8_t kInvalidField = 0xCC;
-inline constexpr std::uint8_t kNotPresent = 0xCB;
-}  // namespace code
 
 /// Sends a request of LUN 0 and waits for its answer.
 Outcome Exchange(const Target& target, std::uint8_t netFunction, std::uint8_t command,

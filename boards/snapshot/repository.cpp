@@ -3,16 +3,11 @@
 #include <algorithm>
 
 #include "app/services/format.h"
+#include "firmware/bytes.h"
 
 namespace varnok::boards {
 namespace {
 
-constexpr std::uint8_t kGetInfo = 0x20;
-constexpr std::uint8_t kReserve = 0x22;
-constexpr std::uint8_t kGetSdr = 0x23;
-constexpr std::uint8_t kAddSdr = 0x24;
-constexpr std::uint8_t kPartialAddSdr = 0x25;
-constexpr std::uint8_t kClear = 0x27;
 
 constexpr std::uint16_t kLastId = 0xFFFF;
 constexpr std::size_t kHeader = 5;
@@ -28,9 +23,6 @@ std::uint8_t Low(std::uint16_t number) {
 std::uint8_t High(std::uint16_t number) {
   return static_cast<std::uint8_t>(number >> 8);
 }
-std::uint16_t Word(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8);
-}
 
 /// The repository with the reservation that its requests need, taken anew when it is lost.
 class Session {
@@ -38,11 +30,11 @@ class Session {
   /// A BMC without the command has no reservations; 0000h is the one to give then.
   Outcome Reserve() {
     IpmiMessage response;
-    Outcome outcome = Ask(kReserve, {}, response);
+    Outcome outcome = Ask(ipmi_command::kReserveSdrRepository, {}, response);
     reservation_ = 0;
-    if (outcome.IsCode(code::kInvalidCommand)) return {};
+    if (outcome.IsCode(completion_code::kInvalidCommand)) return {};
     if (outcome.IsDone() && DataOf(response).size() < 2) return {Outcome::Kind::Silent};
-    if (outcome.IsDone()) reservation_ = Word(DataOf(response));
+    if (outcome.IsDone()) reservation_ = WordAt(DataOf(response), 0);
     return outcome;
   }
 
@@ -52,14 +44,14 @@ class Session {
     IpmiMessage response;
     count = 0;
     Outcome outcome =
-        Ask(kGetSdr,
+        Ask(ipmi_command::kGetSdr,
             {Low(reservation_), High(reservation_), Low(id), High(id), static_cast<std::uint8_t>(offset),
              static_cast<std::uint8_t>(target.size())},
             response);
     if (!outcome.IsDone()) return outcome;
     const auto data = DataOf(response);
     if (data.size() < 3 || data.size() - 2 > target.size()) return {Outcome::Kind::Silent};
-    nextId = Word(data);
+    nextId = WordAt(data, 0);
     count = data.size() - 2;
     std::copy(data.begin() + 2, data.end(), target.begin());
     return outcome;
@@ -70,7 +62,7 @@ class Session {
     for (int poll = 0; poll <= kErasePolls; ++poll) {
       const std::uint8_t operation = poll == 0 ? 0xAA : 0x00;
       Outcome outcome =
-          Ask(kClear, {Low(reservation_), High(reservation_), 'C', 'L', 'R', operation}, response);
+          Ask(ipmi_command::kClearSdrRepository, {Low(reservation_), High(reservation_), 'C', 'L', 'R', operation}, response);
       if (!outcome.IsDone()) return outcome;
       if (!DataOf(response).empty() && (DataOf(response)[0] & 15) == 1) return outcome;
       DelayMilliseconds(kErasePoll);
@@ -84,15 +76,15 @@ class Session {
                   static_cast<std::uint8_t>(isLast ? 1 : 0)};
     data.insert(data.end(), piece.begin(), piece.end());
     IpmiMessage response;
-    Outcome outcome = Ask(kPartialAddSdr, data, response);
-    if (outcome.IsDone() && DataOf(response).size() >= 2) id = Word(DataOf(response));
+    Outcome outcome = Ask(ipmi_command::kPartialAddSdr, data, response);
+    if (outcome.IsDone() && DataOf(response).size() >= 2) id = WordAt(DataOf(response), 0);
     return outcome;
   }
 
   Outcome AddWhole(const Bytes& record) {
-    if (record.size() > IpmiMessage::kCapacity) return {Outcome::Kind::Refused, code::kInvalidCommand};
+    if (record.size() > IpmiMessage::kCapacity) return {Outcome::Kind::Refused, completion_code::kInvalidCommand};
     IpmiMessage response;
-    return Ask(kAddSdr, record, response);
+    return Ask(ipmi_command::kAddSdr, record, response);
   }
 
  private:
@@ -123,7 +115,7 @@ Outcome ReadRecord(Session& session, std::uint16_t id, Bytes& record, std::uint1
       hasNext = true;
       record.resize(kHeader + record[4]);
       chunk = kLargestRead;
-    } else if (outcome.IsCode(code::kReservationLost) && ++reservations < kReservationTries) {
+    } else if (outcome.IsCode(completion_code::kReservationLost) && ++reservations < kReservationTries) {
       // The record may be another one by now: from its beginning.
       if (Outcome again = session.Reserve(); !again.IsDone()) return again;
       record.assign(kHeader, 0);
@@ -143,7 +135,7 @@ Outcome AddRecord(Session& session, const Bytes& record) {
     const auto rest = std::span(record).subspan(offset);
     const bool isLast = rest.size() <= kLargestAdd;
     Outcome outcome = session.AddPiece(id, offset, isLast, rest.first(std::min(kLargestAdd, rest.size())));
-    if (outcome.IsCode(code::kInvalidCommand) && offset == 0) return session.AddWhole(record);
+    if (outcome.IsCode(completion_code::kInvalidCommand) && offset == 0) return session.AddWhole(record);
     if (!outcome.IsDone()) return outcome;
   }
   return {};
@@ -159,10 +151,10 @@ Outcome In(const char* place, Outcome outcome) {
 Outcome ReadRepository(Repository& repository, Observer& observer) {
   repository = {};
   IpmiMessage response;
-  Outcome outcome = Exchange({}, net_function::kStorage, kGetInfo, {}, response);
+  Outcome outcome = Exchange({}, net_function::kStorage, ipmi_command::kGetSdrRepositoryInfo, {}, response);
   if (!outcome.IsDone()) return outcome;
   const auto info = DataOf(response);
-  const std::size_t expected = info.size() >= 3 ? Word(info.subspan(1)) : 0;
+  const std::size_t expected = info.size() >= 3 ? WordAt(info, 1) : 0;
   if (expected == 0) return outcome;
   Session session;
   if (outcome = session.Reserve(); !outcome.IsDone()) return outcome;
@@ -177,7 +169,7 @@ Outcome ReadRepository(Repository& repository, Observer& observer) {
     bool hasNext = false;
     outcome = ReadRecord(session, id, record, nextId, hasNext);
     if (outcome.IsDone()) {
-      seen[Word(record)] = true;
+      seen[WordAt(record, 0)] = true;
       repository.records.push_back(std::move(record));
     } else {
       repository.unread.push_back({id, outcome});

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "firmware/bytes.h"
 #include "firmware/firmware.h"
 #include "firmware/guid.h"
+#include "firmware/ipmi.h"
 
 namespace varnok::boards {
 namespace {
@@ -20,15 +22,9 @@ constexpr std::size_t kTableLengthAt = 0x16;
 constexpr std::size_t kTableAddressAt = 0x18;
 constexpr std::uint8_t kTableOffset = 0x20;
 
-std::uint8_t SumOf(const Bytes& bytes, std::size_t offset, std::size_t count) {
-  std::uint8_t sum = 0;
-  for (std::size_t i = 0; i < count; ++i) sum = static_cast<std::uint8_t>(sum + bytes[offset + i]);
-  return sum;
-}
-
 void SetChecksum(Bytes& bytes, std::size_t at, std::size_t offset, std::size_t count) {
   bytes[at] = 0;
-  bytes[at] = static_cast<std::uint8_t>(-SumOf(bytes, offset, count));
+  bytes[at] = IpmiChecksum(std::span(bytes).subspan(offset, count));
 }
 
 }  // namespace
@@ -38,10 +34,8 @@ Bytes DumpSmbios() {
   if (entry == nullptr || std::memcmp(entry, "_SM_", 4) != 0) return {};
   Bytes dump(kTableOffset, 0);
   std::copy_n(entry, std::min<std::size_t>(entry[kLengthAt], kSize), dump.begin());
-  std::uint64_t address = 0;
-  for (std::size_t i = 4; i > 0; --i) address = address << 8 | dump[kTableAddressAt + i - 1];
-  const std::size_t length = dump[kTableLengthAt] + std::size_t{256} * dump[kTableLengthAt + 1];
-  const auto table = TheFirmware().PhysicalMemory(address, length);
+  const auto table =
+      TheFirmware().PhysicalMemory(DwordAt(dump, kTableAddressAt), WordAt(dump, kTableLengthAt));
   if (table.empty()) return {};
   const std::uint8_t place[] = {kTableOffset, 0, 0, 0};
   std::copy_n(place, sizeof(place), dump.begin() + kTableAddressAt);

@@ -11,14 +11,12 @@
 namespace varnok::boards {
 namespace {
 
-constexpr std::uint8_t kGetDeviceId = 0x01;
-constexpr std::uint8_t kGetSensorReading = 0x2D;
 constexpr std::uint8_t kLastFruId = 254;
 constexpr int kSilenceLimit = 3;
 
 Outcome ReadIdentity(const Target& target, std::optional<Identity>& identity) {
   IpmiMessage response;
-  Outcome outcome = Exchange(target, net_function::kApplication, kGetDeviceId, {}, response);
+  Outcome outcome = Exchange(target, net_function::kApplication, ipmi_command::kGetDeviceId, {}, response);
   if (!outcome.IsDone()) return outcome;
   identity = DecodeIdentity(DataOf(response));
   return identity ? outcome : Outcome{Outcome::Kind::Silent, 0, "an answer that is too short"};
@@ -26,8 +24,8 @@ Outcome ReadIdentity(const Target& target, std::optional<Identity>& identity) {
 
 /// Codes by which a BMC says that it has no such FRU device.
 bool SaysAbsent(const Outcome& outcome) {
-  return outcome.IsCode(code::kNotPresent) || outcome.IsCode(code::kOutOfRange) ||
-         outcome.IsCode(code::kInvalidField);
+  return outcome.IsCode(completion_code::kNotPresent) || outcome.IsCode(completion_code::kOutOfRange) ||
+         outcome.IsCode(completion_code::kInvalidField);
 }
 
 class Reader {
@@ -39,7 +37,7 @@ class Reader {
     Repository repository;
     const Outcome outcome = ReadRepository(repository, observer_);
     board_.records = std::move(repository.records);
-    board_.hasRepository = !outcome.IsCode(code::kInvalidCommand);
+    board_.hasRepository = !outcome.IsCode(completion_code::kInvalidCommand);
     if (board_.hasRepository) Check("SDR repository", outcome);
     for (const UnreadRecord& record : repository.unread)
       Check(Format("SDR record %04Xh", record.id), record.outcome);
@@ -58,6 +56,7 @@ class Reader {
   /// Devices 0 to 254 of the BMC, where most are not there.
   void ScanBmc(const std::vector<LocatedDevice>& located) {
     int silent = 0;
+    std::uint8_t listedCode = 0;
     for (unsigned id = 0; id <= kLastFruId && silent < kSilenceLimit; ++id) {
       observer_.Step("FRU devices", id, kLastFruId + 1u);
       Device device;
@@ -66,12 +65,13 @@ class Reader {
       const bool isNamed = std::any_of(located.begin(), located.end(),
                                        [&](const LocatedDevice& other) { return other.address == device.address; });
       silent = outcome.kind == Outcome::Kind::Silent ? silent + 1 : 0;
-      if (outcome.IsDone())
+      if (outcome.IsDone()) {
         Read(device);
-      else if (isNamed || !SaysAbsent(outcome))
+      } else if (isNamed || (!SaysAbsent(outcome) && !outcome.IsCode(listedCode))) {
+        // A BMC that takes no FRU command, now or ever, says the same of every device: once is enough.
+        listedCode = outcome.completionCode;
         Check(NameOf(device.address), outcome);
-      // A BMC without FRU commands.
-      if (outcome.IsCode(code::kInvalidCommand)) return;
+      }
     }
   }
 
@@ -91,13 +91,13 @@ class Reader {
     for (std::uint8_t number : numbers) {
       observer_.Step("sensors", board_.sensors.size(), numbers.size());
       IpmiMessage response;
-      const Outcome outcome = Exchange({}, net_function::kSensorEvent, kGetSensorReading, {number}, response);
+      const Outcome outcome = Exchange({}, net_function::kSensorEvent, ipmi_command::kGetSensorReading, {number}, response);
       if (outcome.kind == Outcome::Kind::Silent) {
         Check(Format("sensor %02Xh", number), outcome);
         continue;
       }
       // A completion code is the sensor's answer; that of a missing one needs no row.
-      if (outcome.IsCode(code::kNotPresent)) continue;
+      if (outcome.IsCode(completion_code::kNotPresent)) continue;
       const auto data = outcome.IsDone() ? DataOf(response) : std::span<const std::uint8_t>();
       board_.sensors.push_back({number, outcome.completionCode, Bytes(data.begin(), data.end())});
     }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "firmware/firmware.h"
 
@@ -15,5 +16,7 @@ namespace varnok::host {
 std::string ResolvePath(std::u16string_view path);
 
 Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file);
+Status MakeFolder(std::u16string_view path);
+Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names);
 
 }  // namespace varnok::host

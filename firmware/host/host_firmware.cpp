@@ -54,6 +54,14 @@ Status HostFirmware::OpenFile(std::u16string_view path, FileMode mode, std::uniq
   return host::OpenFile(path, mode, file);
 }
 
+Status HostFirmware::MakeFolder(std::u16string_view path) {
+  return host::MakeFolder(path);
+}
+
+Status HostFirmware::ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  return host::ListFolder(path, names);
+}
+
 bool HostFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
   const char* found = std::getenv(Utf8FromLatin1(name).c_str());
   if (found == nullptr) return false;

@@ -42,6 +42,14 @@ Status UefiFirmware::OpenFile(std::u16string_view path, FileMode mode, std::uniq
   return OpenShellFile(shell_, path, mode, file);
 }
 
+Status UefiFirmware::MakeFolder(std::u16string_view path) {
+  return MakeShellFolder(shell_, path);
+}
+
+Status UefiFirmware::ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  return ListShellFolder(shell_, path, names);
+}
+
 bool UefiFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
   std::u16string wideName;
   for (char character : name) wideName += static_cast<unsigned char>(character);
