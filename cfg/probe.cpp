@@ -210,7 +210,8 @@ std::uint8_t CCfgProbe::ByteAt(const IpmiMessage& response, std::size_t index) {
 Status CCfgProbe::AnswerWithoutRecord(bool& isFound) {
   isFound = false;
   // A look-up leaves no text of its own.
-  const char16_t* text = SmbiosGetLastErrorMessage();
+  const char16_t* text = nullptr;
+  (void)SmbiosGetLastErrorMessage(text);  // cannot fail
   CCfgParser::SetLastError("%s", text != nullptr ? text : u"");
   return kSuccess;
 }
