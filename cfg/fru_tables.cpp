@@ -24,6 +24,7 @@ std::optional<FruFieldId> FixedFruField(const FruFieldRow& row, FruAreaIndex are
 }
 
 std::uint32_t CustomFruFieldOffset(FruAreaIndex area) {
+  // Kept: counted so although a product area has seven fixed fields; files and scripts are written so.
   if (area == FruAreaIndex::Chassis) return 2;
   return area == FruAreaIndex::Board ? 5 : 6;
 }
