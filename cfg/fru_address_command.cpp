@@ -13,15 +13,6 @@
 namespace varnok {
 namespace {
 
-struct NvsTypeRow {
-  const char* name;
-  std::uint32_t type;
-};
-constexpr std::array<NvsTypeRow, 3> kNvsTypes{{
-    {"AT24C02", nvs_type::kAt24c02},
-    {"DS1624S", nvs_type::kDs1624s},
-    {"IMBDEVICE", nvs_type::kImbDevice},
-}};
 constexpr std::string_view kImbDeviceName = "IMBDEVICE";
 
 constexpr std::uint8_t kNoBus = 0xFF;

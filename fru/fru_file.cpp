@@ -261,9 +261,8 @@ class FruFileReader {
   Status TakeAddressKey(const AddressKey& key) {
     if (key.format.empty()) {
       std::optional<std::string_view> value = lines_.QuotedText(line_);
-      auto row = std::find_if(std::begin(kNvsTypes), std::end(kNvsTypes),
-                              [&](const NvsTypeRow& candidate) { return candidate.fileName == value; });
-      if (row == std::end(kNvsTypes)) return FailKey(key.name);
+      auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(), [&](const NvsTypeRow& candidate) { return candidate.fileName == value; });
+      if (row == kNvsTypes.end()) return FailKey(key.name);
       fru_.address_.nvsType = row->type;
       return kSuccess;
     }
