@@ -1,7 +1,6 @@
 #include "firmware/host/host_firmware.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <array>
@@ -9,9 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
-#include "firmware/entry.h"
 #include "firmware/host/file_system.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
@@ -71,6 +68,14 @@ Status HostFirmware::AppendToFile(std::u16string_view path, std::span<const std:
   return host::AppendToFile(appendedFile_.c_str(), bytes);
 }
 
+Status HostFirmware::MakeFolder(std::u16string_view path) {
+  return host::MakeFolder(path);
+}
+
+Status HostFirmware::ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  return host::ListFolder(path, names);
+}
+
 bool HostFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
   const char* found = std::getenv(Utf8FromLatin1(name).c_str());
   if (found == nullptr) return false;
@@ -113,20 +118,6 @@ void* HostFirmware::AllocatePool(std::size_t bytes) {
 
 void HostFirmware::FreePool(void* memory) {
   std::free(memory);
-}
-
-int RunProgram(Machine& machine, int argc, char* argv[]) {
-  signal(SIGPIPE, SIG_IGN);
-  HostFirmware firmware(machine);
-  InstallFirmware(&firmware);
-  std::vector<std::string> arguments;
-  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
-  std::vector<char*> vector;
-  for (std::string& argument : arguments) vector.push_back(argument.data());
-  vector.push_back(nullptr);
-  int status = Main(argc, vector.data());
-  // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
-  return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
 }
 
 }  // namespace varnok::host
