@@ -33,6 +33,7 @@ std::unique_ptr<host::Machine> OpenMachine(std::string& error) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  sim::TakeStandardDescriptors();
   host::PrepareProcess();
   std::string error;
   std::unique_ptr<host::Machine> machine = OpenMachine(error);

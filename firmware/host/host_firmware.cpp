@@ -1,6 +1,5 @@
 #include "firmware/host/host_firmware.h"
 
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <unistd.h>
@@ -8,13 +7,10 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "firmware/entry.h"
 #include "firmware/host/file_system.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
@@ -55,8 +51,6 @@ int WriteUtf8(int descriptor, std::u16string_view text) {
 }  // namespace
 
 void PrepareProcess() {
-  for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    if (fcntl(descriptor, F_GETFD) < 0) (void)!open("/dev/null", O_RDWR);  // takes the lowest number that is free
   signal(SIGPIPE, SIG_IGN);
   std::set_new_handler(EndWithoutMemory);
 }
@@ -71,7 +65,8 @@ void Complain(std::string_view text) {
 // A console that is gone must not stop a board from being programmed to the end.
 void HostFirmware::WriteConsole(std::u16string_view text) {
   int error = WriteUtf8(STDOUT_FILENO, text);
-  if (error != 0 && error != EPIPE) outputError_ = error;
+  const bool isUnread = error == EPIPE || error == EBADF;
+  if (error != 0 && !isUnread) outputError_ = error;
 }
 
 void HostFirmware::WriteErrorOutput(std::u16string_view text) {
@@ -97,6 +92,14 @@ Status HostFirmware::AppendToFile(std::u16string_view path, std::span<const std:
     appendedPath_ = path;
   }
   return host::AppendToFile(appendedFile_.c_str(), bytes);
+}
+
+Status HostFirmware::MakeFolder(std::u16string_view path) {
+  return host::MakeFolder(path);
+}
+
+Status HostFirmware::ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  return host::ListFolder(path, names);
 }
 
 bool HostFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
@@ -141,23 +144,6 @@ void* HostFirmware::AllocatePool(std::size_t bytes) {
 
 void HostFirmware::FreePool(void* memory) {
   std::free(memory);
-}
-
-int RunProgram(Machine& machine, int argc, char* argv[]) {
-  HostFirmware firmware(machine);
-  InstallFirmware(&firmware);
-  std::vector<std::string> arguments;
-  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
-  std::vector<char*> vector;
-  for (std::string& argument : arguments) vector.push_back(argument.data());
-  vector.push_back(nullptr);
-  int status = Main(argc, vector.data());
-  if (firmware.OutputError() != 0) {
-    Complain(std::string("the output is not complete: ") + std::strerror(firmware.OutputError()));
-    if (status == 0) return kOutputLostStatus;
-  }
-  // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
-  return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
 }
 
 }  // namespace varnok::host

@@ -21,6 +21,8 @@ class HostFirmware : public Firmware {
   WallClock Now() override { return machine_.Now(); }
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
   Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) override;
+  Status MakeFolder(std::u16string_view path) override;
+  Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names) override;
   bool GetEnvironmentVariable(std::string_view name, std::u16string& value) override;
   Status LocateHandles(const Guid& protocol, std::size_t& bytes, Handle* handles) override;
   Status OpenProtocol(Handle handle, const Guid& protocol, void*& interface) override;
@@ -50,8 +52,8 @@ inline constexpr int kOutOfMemoryStatus = 12;
 /// Stands for every status that Linux cannot hand on.
 inline constexpr int kLargestStatus = 255;
 
-/// What a program of Linux does first: standard streams that are closed lead nowhere, so that no file gets what
-/// is meant for them, and memory that ends ends the program with a message.
+/// What a program of Linux does first: a reader that goes away does not end it, memory that ends does, with a
+/// message.
 void PrepareProcess();
 
 /// One line on standard error, the program's name in front, control characters as '?'. `text` is UTF-8.

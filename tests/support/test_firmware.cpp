@@ -26,6 +26,7 @@ class MemoryFile : public File {
   }
 
   Status Write(std::span<const std::uint8_t> bytes) override {
+    Uncounted own;
     bytes_.append(bytes.begin(), bytes.end());
     return kSuccess;
   }
