@@ -102,12 +102,26 @@ class LinuxMachine : public Machine {
   Protocol protocol_{};
 };
 
+std::string WhatToDo(int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+      return "; run the program as root";
+    case ENOENT:
+    case ENXIO:
+    case ENODEV:
+      return "; the kernel knows of no BMC: load its drivers (modprobe -a ipmi_si ipmi_devintf) and see dmesg";
+    default:
+      return "";
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<Machine> OpenLinuxMachine(const std::string& device, std::string& error) {
   int descriptor = open(device.c_str(), O_RDWR | O_CLOEXEC);
   if (descriptor < 0) {
-    error = device + ": " + std::strerror(errno);
+    error = device + ": " + std::strerror(errno) + WhatToDo(errno);
     return nullptr;
   }
   return std::make_unique<LinuxMachine>(descriptor);
