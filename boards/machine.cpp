@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "firmware/host/linux_machine.h"
-#include "platform/ipmi.h"
+#include "firmware/lasting.h"
 #include "sim/board.h"
 
 namespace varnok::boards {
@@ -26,8 +26,8 @@ OpenMachine::OpenMachine(std::unique_ptr<host::Machine> machine)
     : machine_(std::move(machine)), firmware_(*machine_), previous_(InstallFirmware(&firmware_)) {}
 
 OpenMachine::~OpenMachine() {
-  // What the transport knows of this machine ends with it.
-  IpmiReset();
+  // What the transport knows of this machine ends with it, as all that the program keeps.
+  ForgetProgramState();
   InstallFirmware(previous_);
 }
 
