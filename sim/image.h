@@ -2,6 +2,8 @@
 // change, so that a kill leaves the old or the new content.
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -82,6 +84,15 @@ inline constexpr const char* kBoardFile = "board.json";
 /// What an image is for. Devices may share one: an EEPROM that is seen on a private bus and as a FRU device.
 enum class ImageUse { Device, Sdrs, Smbios };
 
+/// What is the same for all names of a file, its hard links among them.
+struct FileId {
+  dev_t device = 0;
+  ino_t node = 0;
+
+  bool IsThere() const { return node != 0; }
+  bool operator==(const FileId&) const = default;
+};
+
 /// The images of one board folder, each opened once.
 class ImageStore {
  public:
@@ -104,15 +115,17 @@ class ImageStore {
 
  private:
   struct Entry {
-    std::filesystem::path path;  // of the file itself
+    std::string path;  // of the file itself
+    FileId id;
     ImageUse use;
     std::unique_ptr<Image> image;
   };
 
-  Entry* FindFile(const std::filesystem::path& path);
+  Entry* FindFile(const std::string& path, const FileId& id);
 
   std::filesystem::path folder_;
   std::string realFolder_;
+  FileId description_;
   std::vector<Entry> images_;
   std::map<std::string, Image*> names_;  // as board.json has them, tidied up
 };
