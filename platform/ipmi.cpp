@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 #include "firmware/firmware.h"
 #include "firmware/ipmi_protocol.h"
@@ -121,22 +122,27 @@ IpmiResult AwaitSendMessageAnswer(IpmiMessage& answer) {
   }
 }
 
-IpmiResult SendBridged(const IpmiMessage& request) {
+/// `answer` is that of the last Send Message.
+IpmiResult SendBridged(const IpmiMessage& request, std::uint8_t channel, int attempts, IpmiMessage& answer) {
   Transport& transport = TheTransport();
   transport.transactionSequence = NextSequence(transport.transactionSequence);
-  std::uint8_t channel = request.targetAddress == kSecondaryIpmbAddress ? kSecondaryIpmb : kPrimaryIpmb;
   IpmiMessage sendMessage;
   if (!WrapInSendMessage(request, channel, request.targetAddress, transport.transactionSequence, sendMessage))
     return ipmi_result::kSendFailed;
-  for (int attempt = 0; attempt < kSendMessageAttempts; ++attempt) {
+  for (int attempt = 0; attempt < attempts; ++attempt) {
     IpmiResult result = SendRaw(sendMessage);
     if (result != ipmi_result::kSuccess) return result;
-    IpmiMessage answer;
     result = AwaitSendMessageAnswer(answer);
     if (result != ipmi_result::kSuccess) return result;
     if (answer.completionCode == completion_code::kSuccess) return ipmi_result::kSuccess;
   }
   return ipmi_result::kSendFailed;
+}
+
+IpmiResult SendBridged(const IpmiMessage& request) {
+  std::uint8_t channel = request.targetAddress == kSecondaryIpmbAddress ? kSecondaryIpmb : kPrimaryIpmb;
+  IpmiMessage answer;
+  return SendBridged(request, channel, kSendMessageAttempts, answer);
 }
 
 IpmiResult ReceiveBridged(IpmiMessage& response) {
@@ -220,6 +226,22 @@ IpmiResult IpmiTransaction(const IpmiMessage& request, IpmiMessage& response, bo
                                                               : ipmi_result::kReceiveFailed;
 }
 
+IpmiResult IpmiTryOnce(const IpmiMessage& request, std::uint8_t channel, IpmiMessage& response) {
+  const bool isBridged = request.targetAddress != kBmcAddress;
+  response = {};
+  IpmiResult result = isBridged ? SendBridged(request, channel, 1, response) : SendRaw(request);
+  if (result != ipmi_result::kSuccess)
+    return response.completionCode != completion_code::kSuccess ? ipmi_result::kCompletionCode : result;
+  TheFirmware().Stall(kRestBeforeAnswer, StallKind::Pacing);
+  result = isBridged ? ReceiveBridged(response) : ReceiveRaw(response);
+  if (result != ipmi_result::kSuccess) return result;
+  const std::uint8_t code = std::exchange(response.completionCode, completion_code::kSuccess);
+  const bool isAnswer = Answers(response, request);
+  response.completionCode = code;
+  if (!isAnswer) return ipmi_result::kWrongResponse;
+  return code == completion_code::kSuccess ? ipmi_result::kSuccess : ipmi_result::kCompletionCode;
+}
+
 IpmiResult IpmiSendToController(const IpmiMessage& request, IpmiMessage& response, std::uint32_t timeout) {
   if (request.targetAddress == kBmcAddress) return IpmiTransaction(request, response);
   return IpmiBridgedRequest(request, response, kPrimaryIpmb, request.targetAddress, timeout);
@@ -281,10 +303,6 @@ void DelayMilliseconds(std::uint32_t milliseconds) {
 std::uint32_t SecondsOfDay() {
   WallClock now = TheFirmware().Now();
   return (now.hour * 60u + now.minute) * 60u + now.second;
-}
-
-void IpmiReset() {
-  TheTransport() = {};
 }
 
 }  // namespace varnok

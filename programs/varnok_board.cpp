@@ -1,72 +1,111 @@
-// varnok-board: the simulated board for others to talk to.
-#include <signal.h>
-#include <sys/signalfd.h>
-
+// varnok-board, the companion on the desk: reads the command line by the tables of its commands and runs one.
+#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
-#include <optional>
+#include <exception>
+#include <iterator>
+#include <new>
+#include <string>
 #include <string_view>
 
-#include "sim/board_server.h"
+#include "programs/board/command.h"
+#include "programs/board/output.h"
 #include "sim/board_source.h"
+
+namespace varnok::companion {
+
+std::string Arguments::Value(std::string_view name, std::string_view fallback) const {
+  const auto found = values_.find(name);
+  return std::string(found == values_.end() ? fallback : std::string_view(found->second.front()));
+}
+
+std::vector<std::string> Arguments::Values(std::string_view name) const {
+  const auto found = values_.find(name);
+  return found == values_.end() ? std::vector<std::string>{} : found->second;
+}
 
 namespace {
 
-constexpr const char* kUsage =
-    "Usage: varnok-board serve [FOLDER] --listen 127.0.0.1:PORT [--allow-remote]\n"
-    "Answers a virtual machine (QEMU's ipmi-bmc-extern) as the BMC of a simulated board: the one in FOLDER,\n"
-    "or the one that varnok uses. Port 0 takes a free port. An address that other computers reach needs\n"
-    "--allow-remote: there is no authentication, whoever connects can write to the board.\n";
+constexpr const char* kExitStatuses =
+    "Exit status: 0 done and nothing found, 1 differences or findings, 2 wrong use, 3 could not be done.";
 
-int Fail(const std::string& error) {
-  std::fprintf(stderr, "varnok-board: %s\n", error.c_str());
-  return 1;
+/// Puts the row into the page; what it is given goes into `arguments`.
+void AddOption(CLI::App& page, const Option& row, Arguments& arguments) {
+  const std::string name(row.name);
+  const std::string help(row.help);
+  const bool isMany = row.count == Option::Many || row.count == Option::OneOrMore;
+  const bool isRequired = row.count == Option::Required || row.count == Option::OneOrMore;
+  const bool isNamed = name.starts_with("-");
+  if (isNamed && row.value.empty()) {
+    page.add_flag_callback(name, [&arguments, name] { arguments.Add(name, {}); }, help);
+    return;
+  }
+  CLI::Option* option = page.add_option(
+      name,
+      [&arguments, name](const CLI::results_t& values) {
+        for (const std::string& value : values) arguments.Add(name, value);
+        return true;
+      },
+      help);
+  option->type_name(isNamed ? std::string(row.value) : "")->required(isRequired)->type_size(1);
+  if (isMany)
+    option->expected(isRequired || isNamed ? 1 : 0, CLI::detail::expected_max_vector_size);
+  // One value for each time that a named option stands there, so that it does not swallow what follows.
+  if (isMany && isNamed) option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  if (!isMany) option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::Throw);
 }
 
-/// The board in `folder`, or for null the one that the environment names.
-std::unique_ptr<varnok::sim::Board> Open(const char* folder, std::string& error) {
-  std::string notice;
-  auto environment = [folder](const char* name) {
-    if (folder != nullptr && std::string_view(name) == "VARNOK_BOARD")
-      return std::optional<std::string>(folder);
-    return varnok::sim::ProcessEnvironment(name);
-  };
-  auto board = varnok::sim::OpenBoard(environment, notice, error);
-  if (!notice.empty()) std::fprintf(stderr, "%s\n", notice.c_str());
-  return board;
+bool IsCommand(std::string_view name) {
+  return std::any_of(std::begin(kCommands), std::end(kCommands), [name](auto* row) { return row->name == name; });
 }
 
-int Serve(const char* folder, const char* address, bool allowsRemote) {
-  using namespace varnok::sim;
-  // Blocked from the start, so that a signal at any time ends the program in good order.
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGTERM);
-  sigaddset(&signals, SIGINT);
-  sigprocmask(SIG_BLOCK, &signals, nullptr);
-  Descriptor stop(signalfd(-1, &signals, SFD_CLOEXEC));
-  if (!stop.IsOpen()) return Fail("no signal descriptor can be had");
-
-  std::string error;
-  std::unique_ptr<Board> board = Open(folder, error);
-  if (board == nullptr) return Fail(error);
-  BoardServer server(*board);
-  if (!server.Listen(address, error, allowsRemote)) return Fail(Printable(error));
-  std::printf("Serving %s on %s\n", board->Images().Folder().c_str(), server.Address().c_str());
-  std::fflush(stdout);
-  server.Run(stop.Number());
-  return 0;
+int Run(int argc, char* argv[]) {
+  CLI::App app("The companion of VARNOK: boards as folders of files, from a machine and back.", "varnok-board");
+  app.set_version_flag("--version", "varnok-board " VARNOK_VERSION, "Show the version");
+  app.set_help_flag("--help,-h", "Show this page; behind a command, that command's");
+  app.require_subcommand(1);
+  app.footer(kExitStatuses);
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.get_formatter()->label("Subcommands", "Commands");
+  app.get_formatter()->column_width(34);
+  int (*run)(const Arguments&) = nullptr;
+  Arguments arguments;
+  for (const Command* command : kCommands) {
+    CLI::App* page = app.add_subcommand(std::string(command->name), std::string(command->summary));
+    page->footer("Example:\n" + std::string(command->example));
+    page->set_help_flag("--help,-h", "Show this page");
+    for (const Option& option : command->options) AddOption(*page, option, arguments);
+    page->callback([&run, command] { run = command->run; });
+  }
+  app.get_formatter()->label("REQUIRED", "(required)");
+  // The parser's own words for these two are about subcommands.
+  if (argc < 2) return Fail("a command is required\nSee varnok-board --help.", kWrongUse);
+  if (argv[1][0] != '-' && !IsCommand(argv[1]))
+    return Fail(std::string("there is no command \"") + argv[1] + "\"\nSee varnok-board --help.", kWrongUse);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& end) {
+    if (end.get_exit_code() == 0) return app.exit(end);
+    const std::string page = std::string(app.get_subcommands().empty() ? "" : std::string(argv[1]) + " ") + "--help.";
+    return Fail(std::string(end.what()) + "\nSee varnok-board " + page, kWrongUse);
+  }
+  return run(arguments);
 }
 
 }  // namespace
+}  // namespace varnok::companion
 
 int main(int argc, char* argv[]) {
+  using namespace varnok::companion;
   varnok::sim::TakeStandardDescriptors();
-  const bool allowsRemote = argc > 1 && std::string_view(argv[argc - 1]) == "--allow-remote";
-  argc -= allowsRemote;
-  bool hasFolder = argc == 5;
-  if ((argc == 4 || hasFolder) && std::string_view(argv[1]) == "serve" &&
-      std::string_view(argv[argc - 2]) == "--listen")
-    return Serve(hasFolder ? argv[2] : nullptr, argv[argc - 1], allowsRemote);
-  std::fputs(kUsage, stderr);
-  return 2;
+  try {
+    const int status = Run(argc, argv);
+    // A result that did not reach its file or pipe is no result.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) return Fail("the output cannot be written");
+    return status;
+  } catch (const std::bad_alloc&) {
+    return Fail("out of memory");
+  } catch (const std::exception& error) {
+    return Fail(error.what());
+  }
 }

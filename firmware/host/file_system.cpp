@@ -129,4 +129,23 @@ Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& 
   return kSuccess;
 }
 
+Status AppendToFile(const char* path, std::span<const std::uint8_t> bytes) {
+  int descriptor = open(path, O_CLOEXEC | O_WRONLY | O_CREAT | O_APPEND, 0666);
+  return descriptor < 0 ? StatusOf(errno) : LinuxFile(descriptor).Write(bytes);
+}
+
+Status MakeFolder(std::u16string_view path) {
+  if (mkdir(ResolvePath(path).c_str(), 0777) == 0) return kSuccess;
+  return errno == EEXIST ? uefi_status::kAlreadyStarted : StatusOf(errno);
+}
+
+Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  DIR* directory = opendir(ResolvePath(path).c_str());
+  if (directory == nullptr) return StatusOf(errno);
+  while (const dirent* entry = readdir(directory))
+    if (entry->d_type != DT_DIR) names.push_back(FromUtf8(entry->d_name));
+  closedir(directory);
+  return kSuccess;
+}
+
 }  // namespace varnok::host

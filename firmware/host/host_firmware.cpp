@@ -1,16 +1,14 @@
 #include "firmware/host/host_firmware.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
-#include "firmware/entry.h"
 #include "firmware/host/file_system.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
@@ -19,29 +17,34 @@ namespace varnok::host {
 
 namespace {
 
-void WriteAll(int descriptor, const std::string& bytes) {
-  // A console that is gone must not stop a board from being programmed to the end.
-  for (std::size_t done = 0; done < bytes.size();) {
-    ssize_t result = write(descriptor, bytes.data() + done, bytes.size() - done);
-    if (result < 0 && (errno == EINTR || errno == EAGAIN)) {
-      // Others who share the console may have made it one that does not wait.
-      pollfd output{descriptor, POLLOUT, 0};
-      poll(&output, 1, -1);
-      continue;
+/// Writes text as UTF-8; takes no memory, and gives up where nobody can read it.
+void WriteUtf8(int descriptor, std::u16string_view text) {
+  std::array<char, 1024> room;
+  while (!text.empty()) {
+    std::string_view bytes = TakeUtf8(text, room);
+    while (!bytes.empty()) {
+      ssize_t result = write(descriptor, bytes.data(), bytes.size());
+      if (result < 0 && (errno == EINTR || errno == EAGAIN)) {
+        // Others who share the console may have made it one that does not wait.
+        pollfd output{descriptor, POLLOUT, 0};
+        poll(&output, 1, -1);
+        continue;
+      }
+      if (result < 0) return;
+      bytes.remove_prefix(static_cast<std::size_t>(result));
     }
-    if (result < 0) return;
-    done += static_cast<std::size_t>(result);
   }
 }
 
 }  // namespace
 
+// A console that is gone must not stop a board from being programmed to the end.
 void HostFirmware::WriteConsole(std::u16string_view text) {
-  WriteAll(STDOUT_FILENO, ToUtf8(text));
+  WriteUtf8(STDOUT_FILENO, text);
 }
 
 void HostFirmware::WriteErrorOutput(std::u16string_view text) {
-  WriteAll(STDERR_FILENO, ToUtf8(text));
+  WriteUtf8(STDERR_FILENO, text);
 }
 
 char16_t HostFirmware::ReadKey() {
@@ -55,6 +58,22 @@ char16_t HostFirmware::ReadKey() {
 
 Status HostFirmware::OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) {
   return host::OpenFile(path, mode, file);
+}
+
+Status HostFirmware::AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) {
+  if (path != appendedPath_) {
+    appendedFile_ = ResolvePath(path);
+    appendedPath_ = path;
+  }
+  return host::AppendToFile(appendedFile_.c_str(), bytes);
+}
+
+Status HostFirmware::MakeFolder(std::u16string_view path) {
+  return host::MakeFolder(path);
+}
+
+Status HostFirmware::ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  return host::ListFolder(path, names);
 }
 
 bool HostFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
@@ -99,20 +118,6 @@ void* HostFirmware::AllocatePool(std::size_t bytes) {
 
 void HostFirmware::FreePool(void* memory) {
   std::free(memory);
-}
-
-int RunProgram(Machine& machine, int argc, char* argv[]) {
-  signal(SIGPIPE, SIG_IGN);
-  HostFirmware firmware(machine);
-  InstallFirmware(&firmware);
-  std::vector<std::string> arguments;
-  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
-  std::vector<char*> vector;
-  for (std::string& argument : arguments) vector.push_back(argument.data());
-  vector.push_back(nullptr);
-  int status = Main(argc, vector.data());
-  // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
-  return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
 }
 
 }  // namespace varnok::host

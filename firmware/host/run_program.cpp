@@ -1,0 +1,27 @@
+// Apart from the facade, since only a program with an entry can link it.
+#include <signal.h>
+
+#include <string>
+#include <vector>
+
+#include "firmware/entry.h"
+#include "firmware/host/host_firmware.h"
+#include "firmware/host/utf8.h"
+
+namespace varnok::host {
+
+int RunProgram(Machine& machine, int argc, char* argv[]) {
+  signal(SIGPIPE, SIG_IGN);
+  HostFirmware firmware(machine);
+  InstallFirmware(&firmware);
+  std::vector<std::string> arguments;
+  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
+  std::vector<char*> vector;
+  for (std::string& argument : arguments) vector.push_back(argument.data());
+  vector.push_back(nullptr);
+  int status = Main(argc, vector.data());
+  // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
+  return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
+}
+
+}  // namespace varnok::host
