@@ -47,10 +47,10 @@ const char* NameOf(ImageUse use) {
 
 }  // namespace
 
-Image::Image(fs::path path, Bytes bytes, const StorageFault& fault)
+Image::Image(fs::path path, Bytes bytes, const StorageFault& fault, Access access)
     : path_(std::move(path)), bytes_(std::move(bytes)), fault_(fault) {
   std::error_code ignored;
-  wasCutShort_ = fs::remove(Marker(), ignored);
+  wasCutShort_ = access == Access::Hold ? fs::remove(Marker(), ignored) : fs::exists(Marker(), ignored);
 }
 
 Image::~Image() {
@@ -136,9 +136,12 @@ void Image::Replace(Bytes content) {
   if (appended_.IsOpen()) BeginAppending();  // the old file is not the image any more
 }
 
-ImageStore::ImageStore(const fs::path& folder)
-    : folder_(folder), realFolder_(RealPath(folder)), description_(FileIdOf(realFolder_ + "/" + kBoardFile)) {
-  RemoveLeftovers(realFolder_);
+ImageStore::ImageStore(const fs::path& folder, Access access)
+    : folder_(folder),
+      access_(access),
+      realFolder_(RealPath(folder)),
+      description_(FileIdOf(realFolder_ + "/" + kBoardFile)) {
+  if (access_ == Access::Hold) RemoveLeftovers(realFolder_);
 }
 
 ImageStore::Entry* ImageStore::FindFile(const std::string& path, const FileId& id) {
@@ -164,9 +167,9 @@ Image& ImageStore::Open(const std::string& name, ImageUse use, std::optional<std
   if (entry == nullptr) {
     Bytes bytes = ReadWholeFile(folder_ / relative);
     if (size && bytes.size() < *size) bytes.resize(*size, 0xFF);
-    if (relative.has_parent_path()) RemoveLeftovers(fs::path(path).parent_path());
-    entry =
-        &images_.emplace_back(Entry{path, id, use, std::make_unique<Image>(path, std::move(bytes), fault)});
+    if (access_ == Access::Hold && relative.has_parent_path()) RemoveLeftovers(fs::path(path).parent_path());
+    entry = &images_.emplace_back(
+        Entry{path, id, use, std::make_unique<Image>(path, std::move(bytes), fault, access_)});
   } else if (entry->use != use || use != ImageUse::Device) {
     throw BoardError("\"" + name + "\" is " + NameOf(entry->use) + " already");
   }

@@ -29,10 +29,14 @@ struct StorageFault {
       until;  ///< a write reaches the device at this time, in microseconds of the board
 };
 
+/// Who opens a folder's files: the program that holds the folder, which clears what a killed one left, or one
+/// that only looks at them, perhaps while another holds the folder.
+enum class Access { Hold, Look };
+
 class Image {
  public:
   /// `path` has no links in it. `fault` must outlive the image.
-  Image(std::filesystem::path path, Bytes bytes, const StorageFault& fault);
+  Image(std::filesystem::path path, Bytes bytes, const StorageFault& fault, Access access);
   /// Stores the writes that were to come later, and flushes what is not on the disk yet.
   ~Image();
   Image(const Image&) = delete;
@@ -96,7 +100,7 @@ struct FileId {
 /// The images of one board folder, each opened once.
 class ImageStore {
  public:
-  explicit ImageStore(const std::filesystem::path& folder);
+  explicit ImageStore(const std::filesystem::path& folder, Access access = Access::Hold);
 
   const std::filesystem::path& Folder() const { return folder_; }
   /// Opens `name`, a relative path that stays inside the folder, links followed. With `size` the image has
@@ -124,6 +128,7 @@ class ImageStore {
   Entry* FindFile(const std::string& path, const FileId& id);
 
   std::filesystem::path folder_;
+  Access access_;
   std::string realFolder_;
   FileId description_;
   std::vector<Entry> images_;
