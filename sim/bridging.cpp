@@ -64,9 +64,22 @@ std::uint8_t GetMessage(CommandContext& context) {
   return code::kSuccess;
 }
 
+/// By this an operating system learns through which channels it may bridge (IPMI v2.0, section 22.24).
+std::uint8_t GetChannelInfo(CommandContext& context) {
+  constexpr std::uint8_t kSystemInterface = 15, kIpmbMedium = 1, kInterfaceMedium = 12, kIpmbProtocol = 1, kKcsProtocol = 5;
+  const std::uint8_t channel = context.data[0] & 15;
+  const bool isInterface = channel == kSystemInterface;
+  if (!isInterface && !context.bmc.HasChannel(channel)) return code::kInvalidField;
+  // Without sessions; IPMI's own enterprise number.
+  context.answer = {channel, isInterface ? kInterfaceMedium : kIpmbMedium, isInterface ? kKcsProtocol : kIpmbProtocol,
+                    0,       0xF2, 0x1B, 0x00, 0, 0};
+  return code::kSuccess;
+}
+
 constexpr CommandRow kRows[] = {
     {kApp, 0x33, 0, 0, row_flag::kBmcOnly | row_flag::kInTransferMode, GetMessage},
     {kApp, 0x34, 8, 0xFF, row_flag::kBmcOnly, SendMessage},
+    {kApp, 0x42, 1, 1, row_flag::kBmcOnly, GetChannelInfo},
 };
 
 }  // namespace
