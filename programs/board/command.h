@@ -49,12 +49,17 @@ struct Command {
 };
 
 // Each in its own file of this folder.
+extern const Command kDiff;
+extern const Command kFruText;
 extern const Command kImport;
 extern const Command kNew;
 extern const Command kRestore;
+extern const Command kSdrText;
 extern const Command kServe;
+extern const Command kShow;
 extern const Command kSnapshot;
 
-inline constexpr const Command* kCommands[] = {&kNew, &kImport, &kSnapshot, &kRestore, &kServe};
+inline constexpr const Command* kCommands[] = {&kNew,  &kImport, &kSnapshot, &kRestore, &kShow,
+                                               &kDiff, &kFruText, &kSdrText, &kServe};
 
 }  // namespace varnok::companion
