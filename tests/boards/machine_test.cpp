@@ -4,6 +4,7 @@
 #include "boards/snapshot/restore.h"
 #include "boards/snapshot/snapshot.h"
 #include "boards/snapshot/snapshot_text.h"
+#include "firmware/lasting.h"
 #include "sim/sdr_builder.h"
 #include "tests/sim/board_fixture.h"
 
@@ -111,7 +112,7 @@ class MachineTest : public BoardTest {
     }
     lines.push_back(work.repository.Text());
     if (work.repository.IsNeeded()) lines.push_back(RestoreRecords(work.repository, silence).Text());
-    IpmiReset();
+    ForgetProgramState();
     InstallFirmware(previous);
     return lines;
   }
