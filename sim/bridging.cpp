@@ -67,13 +67,15 @@ std::uint8_t GetMessage(CommandContext& context) {
 
 /// By this an operating system learns through which channels it may bridge (IPMI v2.0, section 22.24).
 std::uint8_t GetChannelInfo(CommandContext& context) {
-  constexpr std::uint8_t kSystemInterface = 15, kIpmbMedium = 1, kInterfaceMedium = 12, kIpmbProtocol = 1, kKcsProtocol = 5;
+  constexpr std::uint8_t kSystemInterface = 15;
   const std::uint8_t channel = context.data[0] & 15;
+  // Medium and protocol: system interface and KCS, or IPMB and IPMB.
   const bool isInterface = channel == kSystemInterface;
+  const std::uint8_t medium = isInterface ? 12 : 1;
+  const std::uint8_t protocol = isInterface ? 5 : 1;
   if (!isInterface && !context.bmc.HasChannel(channel)) return code::kInvalidField;
   // Without sessions; IPMI's own enterprise number.
-  context.answer = {channel, isInterface ? kInterfaceMedium : kIpmbMedium, isInterface ? kKcsProtocol : kIpmbProtocol,
-                    0,       0xF2, 0x1B, 0x00, 0, 0};
+  context.answer = {channel, medium, protocol, 0, 0xF2, 0x1B, 0x00, 0, 0};
   return code::kSuccess;
 }
 

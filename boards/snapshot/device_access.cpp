@@ -57,15 +57,17 @@ RequestBytes Start(const Device& device, std::size_t offset, std::size_t readCou
 }
 
 template <class IsGood>
-Outcome Send(const Device& device, std::uint8_t fruCommand, const RequestBytes& request, IpmiMessage& response,
-             IsGood isGood) {
+Outcome Send(const Device& device, std::uint8_t fruCommand, const RequestBytes& request,
+             IpmiMessage& response, IsGood isGood) {
   const bool isEeprom = IsEeprom(device);
   return ExchangeFor(TargetOf(device.address), isEeprom ? net_function::kApplication : net_function::kStorage,
-                     isEeprom ? ipmi_command::kMasterWriteRead : fruCommand, request.Span(), response, isGood);
+                     isEeprom ? ipmi_command::kMasterWriteRead : fruCommand, request.Span(), response,
+                     isGood);
 }
 
 /// One read to the end of `target` or less; `count` is what came.
-Outcome ReadChunk(const Device& device, std::size_t offset, std::span<std::uint8_t> target, std::size_t& count) {
+Outcome ReadChunk(const Device& device, std::size_t offset, std::span<std::uint8_t> target,
+                  std::size_t& count) {
   RequestBytes request = Start(device, offset, target.size());
   if (!IsEeprom(device)) request.Put(target.size() / UnitOf(device));
   std::span<const std::uint8_t> bytes;
@@ -92,13 +94,15 @@ std::size_t Smaller(const Device& device, std::size_t chunk) {
   return chunk / 2 / UnitOf(device) * UnitOf(device);
 }
 
-Outcome WriteChunk(const Device& device, std::size_t offset, std::span<const std::uint8_t> bytes, std::size_t& count) {
+Outcome WriteChunk(const Device& device, std::size_t offset, std::span<const std::uint8_t> bytes,
+                   std::size_t& count) {
   RequestBytes request = Start(device, offset, 0);
   for (std::uint8_t byte : bytes) request.Put(byte);
   IpmiMessage response;
   auto isAny = [](std::span<const std::uint8_t>) { return true; };
   Outcome outcome = Send(device, ipmi_command::kWriteFruData, request, response, isAny);
-  for (int tries = 0; IsEeprom(device) && outcome.IsCode(completion_code::kNakOnWrite) && tries < kStoreTries; ++tries) {
+  for (int tries = 0; IsEeprom(device) && outcome.IsCode(completion_code::kNakOnWrite) && tries < kStoreTries;
+       ++tries) {
     DelayMilliseconds(kStoreRest);
     outcome = Send(device, ipmi_command::kWriteFruData, request, response, isAny);
   }
@@ -118,9 +122,9 @@ Outcome MeasureDevice(Device& device) {
   }
   IpmiMessage response;
   const std::uint8_t id[] = {device.address.id};
-  Outcome outcome =
-      ExchangeFor(TargetOf(device.address), net_function::kStorage, ipmi_command::kGetFruAreaInfo, std::span(id),
-                  response, [](std::span<const std::uint8_t> bytes) { return bytes.size() >= 2; });
+  Outcome outcome = ExchangeFor(TargetOf(device.address), net_function::kStorage,
+                                ipmi_command::kGetFruAreaInfo, std::span(id), response,
+                                [](std::span<const std::uint8_t> bytes) { return bytes.size() >= 2; });
   if (!outcome.IsDone()) return outcome;
   const auto data = DataOf(response);
   device.isWordAccess = data.size() > 2 && (data[2] & 1) != 0;
@@ -151,7 +155,8 @@ Outcome ReadDevice(Device& device, Observer& observer) {
   return {};
 }
 
-Outcome WriteDevice(const Device& device, std::size_t offset, std::span<const std::uint8_t> bytes, std::size_t& chunk) {
+Outcome WriteDevice(const Device& device, std::size_t offset, std::span<const std::uint8_t> bytes,
+                    std::size_t& chunk) {
   while (!bytes.empty()) {
     std::size_t count = std::min(chunk, bytes.size());
     if (IsEeprom(device)) count = std::min(count, kEepromPage - offset % kEepromPage);

@@ -1,5 +1,6 @@
-// One request to a controller, with the patience that reading and writing a whole board needs: what gets lost is asked
-// again a few times, what is busy for a while is waited for, and any other completion code is an answer.
+// One request to a controller, with the patience that reading and writing a whole board needs: what gets lost
+// is asked again a few times, what is busy for a while is waited for, and any other completion code is an
+// answer.
 #pragma once
 
 #include <cstdint>
@@ -17,10 +18,10 @@ namespace varnok::boards {
 struct Outcome {
   enum class Kind : std::uint8_t {
     Done,
-    Refused,   ///< the completion code says why
-    Silent,    ///< no answer came, or none that makes sense
-    Differs,   ///< what was written reads back as something else
-    Unfit,     ///< it cannot be done there; `reason` says why
+    Refused,  ///< the completion code says why
+    Silent,   ///< no answer came, or none that makes sense
+    Differs,  ///< what was written reads back as something else
+    Unfit,    ///< it cannot be done there; `reason` says why
   };
 
   Kind kind = Kind::Done;
@@ -63,7 +64,6 @@ Outcome ExchangeFor(const Target& target, std::uint8_t netFunction, std::uint8_t
   }
   return {Outcome::Kind::Silent, 0, "answers that make no sense"};
 }
-
 
 /// Told what is under way, for those who wait.
 class Observer {

@@ -8,7 +8,6 @@
 namespace varnok::boards {
 namespace {
 
-
 constexpr std::uint16_t kLastId = 0xFFFF;
 constexpr std::size_t kHeader = 5;
 constexpr std::size_t kLargestRead = 32;
@@ -53,8 +52,8 @@ class Session {
     };
     IpmiMessage response;
     count = 0;
-    Outcome outcome =
-        ExchangeFor(Target{}, net_function::kStorage, ipmi_command::kGetSdr, std::span(request), response, isGood);
+    Outcome outcome = ExchangeFor(Target{}, net_function::kStorage, ipmi_command::kGetSdr, std::span(request),
+                                  response, isGood);
     if (!outcome.IsDone()) return outcome;
     const auto data = DataOf(response);
     nextId = WordAt(data, 0);
@@ -68,8 +67,8 @@ class Session {
     bool isStarted = false;
     for (int poll = 0; poll <= kErasePolls; ++poll) {
       const std::uint8_t operation = isStarted ? 0x00 : 0xAA;
-      Outcome outcome =
-          Ask(ipmi_command::kClearSdrRepository, {Low(reservation_), High(reservation_), 'C', 'L', 'R', operation}, response);
+      Outcome outcome = Ask(ipmi_command::kClearSdrRepository,
+                            {Low(reservation_), High(reservation_), 'C', 'L', 'R', operation}, response);
       isStarted = outcome.IsDone();
       // An erase may end its own reservation; to start it again does no harm.
       if (outcome.IsCode(completion_code::kReservationLost)) outcome = Reserve();
@@ -82,7 +81,11 @@ class Session {
 
   /// Adds in pieces; `id` is the record's own from the first piece on.
   Outcome AddPiece(std::uint16_t& id, std::size_t offset, bool isLast, std::span<const std::uint8_t> piece) {
-    Bytes data = {Low(reservation_), High(reservation_), Low(id), High(id), static_cast<std::uint8_t>(offset),
+    Bytes data = {Low(reservation_),
+                  High(reservation_),
+                  Low(id),
+                  High(id),
+                  static_cast<std::uint8_t>(offset),
                   static_cast<std::uint8_t>(isLast ? 1 : 0)};
     data.insert(data.end(), piece.begin(), piece.end());
     IpmiMessage response;
@@ -102,7 +105,8 @@ class Session {
   }
 
   Outcome AddWhole(const Bytes& record) {
-    if (record.size() > IpmiMessage::kCapacity) return {Outcome::Kind::Refused, completion_code::kInvalidCommand};
+    if (record.size() > IpmiMessage::kCapacity)
+      return {Outcome::Kind::Refused, completion_code::kInvalidCommand};
     IpmiMessage response;
     return Ask(ipmi_command::kAddSdr, record, response);
   }
@@ -127,8 +131,7 @@ Outcome ReadRecord(Session& session, std::uint16_t id, Bytes& record, std::uint1
   for (std::size_t offset = 0; offset < record.size();) {
     const auto target = std::span(record).subspan(offset);
     std::size_t count = 0;
-    Outcome outcome =
-        session.Get(id, offset, target.first(std::min(chunk, target.size())), count, nextId);
+    Outcome outcome = session.Get(id, offset, target.first(std::min(chunk, target.size())), count, nextId);
     if (outcome.IsDone()) {
       offset += count;
       if (hasNext || offset < kHeader) continue;
@@ -217,7 +220,8 @@ Outcome ReadRepository(Repository& repository, Observer& observer) {
 bool AreSameRecords(const std::vector<Bytes>& one, const std::vector<Bytes>& other) {
   constexpr std::size_t kIdSize = 2;
   return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](const Bytes& a, const Bytes& b) {
-    return a.size() == b.size() && a.size() >= kIdSize && std::equal(a.begin() + kIdSize, a.end(), b.begin() + kIdSize);
+    return a.size() == b.size() && a.size() >= kIdSize &&
+           std::equal(a.begin() + kIdSize, a.end(), b.begin() + kIdSize);
   });
 }
 

@@ -23,7 +23,8 @@ TEST(DeviceNames, AreReadAsTheyAreWritten) {
       {"2@2C", "fru-2@2C.bin", {.controller = 0x2C, .channel = 6, .id = 2}},
       {"2@2C.0", "fru-2@2C.0.bin", {.controller = 0x2C, .channel = 0, .id = 2}},
       {"AT24C02:03:A0", "AT24C02-03-A0.bin", {.kind = At24c02, .bus = 3, .slave = 0xA0}},
-      {"DS1624S:05:90@C0.11", "DS1624S-05-90@C0.11.bin",
+      {"DS1624S:05:90@C0.11",
+       "DS1624S-05-90@C0.11.bin",
        {.kind = Ds1624s, .controller = 0xC0, .channel = 11, .bus = 5, .slave = 0x90}},
   };
   for (const auto& row : rows) {
@@ -33,8 +34,8 @@ TEST(DeviceNames, AreReadAsTheyAreWritten) {
     EXPECT_EQ(ParseFileName(row.file), row.address) << row.file;
   }
   EXPECT_EQ(ParseFileName("FRU-2@c0.BIN"), rows[2].address) << "a FAT volume may show names so";
-  for (const char* name : {"", "255", "-1", "0x1", "2@", "2@C1", "2@C0.", "2@C0.16", "2@C0 ", "AT24C02:03", "AT24C02:03:A1",
-                           "AT24C04:03:A0", "AT24C02-03-A0"})
+  for (const char* name : {"", "255", "-1", "0x1", "2@", "2@C1", "2@C0.", "2@C0.16", "2@C0 ", "AT24C02:03",
+                           "AT24C02:03:A1", "AT24C04:03:A0", "AT24C02-03-A0"})
     EXPECT_EQ(ParseDeviceName(name), std::nullopt) << name;
 }
 
@@ -43,7 +44,8 @@ class Folder : public BoardTest {};
 TEST_F(Folder, IsReadAsItWasSaved) {
   Board saved;
   saved.description = "a \"board\" of \x07 and \xE9";
-  saved.bmc = {kBmc, 0, "BMC", Identity{0x21, 2, true, 3, 0x61, 0x51, 0x9F, 0x0A0B0C, 0x4315, {1, 2, 3, 4}, true, true}};
+  saved.bmc = {kBmc, 0, "BMC",
+               Identity{0x21, 2, true, 3, 0x61, 0x51, 0x9F, 0x0A0B0C, 0x4315, {1, 2, 3, 4}, true, true}};
   saved.controllers = {{0xC0, 0, "Hot-Swap", Identity{.deviceId = 0x31}}, {0x2C, 6, "", Identity{}}};
   saved.devices = {{.bytes = {1, 2, 3}, .isReadOnly = true},
                    {.address = *ParseDeviceName("7"), .bytes = Bytes(64, 0xAA), .isWordAccess = true},
@@ -103,7 +105,9 @@ TEST(IdentityText, IsWhatIpmitoolShows) {
   EXPECT_EQ(error, "lacks the device ID, the manufacturer ID or the product ID");
   EXPECT_TRUE(ReadIdentityText(without("    0x07"), identity, error)) << "a BMC may give fewer";
   EXPECT_FALSE(identity.hasAuxiliary);
-  for (const auto& [good, bad, line] : {std::tuple("2.61", "2", 3), {": 123456", ": 16777216", 5}, {"0x07\n", "0x107\n", 19},
+  for (const auto& [good, bad, line] : {std::tuple("2.61", "2", 3),
+                                        {": 123456", ": 16777216", 5},
+                                        {"0x07\n", "0x107\n", 19},
                                         {"0x07\n", "0x07\n    0x08\n", 20}}) {
     std::string wrong = text;
     wrong.replace(wrong.find(good), std::string_view(good).size(), bad);

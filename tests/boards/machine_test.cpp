@@ -1,6 +1,7 @@
 // Machines that are read and written back: a board with devices of every kind, and the faults that BMCs have.
-#include "boards/folder.h"
 #include "boards/machine.h"
+
+#include "boards/folder.h"
 #include "boards/snapshot/restore.h"
 #include "boards/snapshot/snapshot.h"
 #include "boards/snapshot/snapshot_text.h"
@@ -19,38 +20,47 @@ struct Silence : boards::Observer {
 
 /// One fault of all requests of a net function and command.
 std::string Fault(const char* request, const std::string& which, const std::string& fault) {
-  return std::string(R"({"netFunction": "0x)") + std::string(request, 2) + R"(", "command": "0x)" + (request + 3) + R"(", )" +
-         which + R"("fault": )" + fault + "}";
+  return std::string(R"({"netFunction": "0x)") + std::string(request, 2) + R"(", "command": "0x)" +
+         (request + 3) + R"(", )" + which + R"("fault": )" + fault + "}";
 }
 
 class MachineTest : public BoardTest {
  protected:
   void SetUp() override {
     sim::SdrBuilder sdrs;
-    sdrs.AddNamed(0x02, {0x20, 0, 0x30, 7, 1, 0, 0, 1, 0x6F, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0}, "Three");
-    sdrs.AddNamed(0x02, {0xC0, 0, 0x40, 7, 1, 0, 0, 1, 0x6F, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0}, "Other's");
+    sdrs.AddNamed(0x02,
+                  {0x20, 0, 0x30, 7, 1, 0, 0, 1, 0x6F, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0},
+                  "Three");
+    sdrs.AddNamed(0x02,
+                  {0xC0, 0, 0x40, 7, 1, 0, 0, 1, 0x6F, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0},
+                  "Other's");
     sdrs.AddNamed(0x10, {0x20, 0xA0, 0x01, 0, 0, 0x09, 2, 7, 1, 0}, "EEPROM");
     sdrs.AddNamed(0x10, {0x20, 0xA2, 0x01, 0, 0, 0x09, 1, 7, 1, 0}, "memory's");
     sdrs.AddNamed(0x11, {0x20, 0x90, 0x02, 0, 0, 0x02, 0, 7, 1, 0}, "DS1624");
     sdrs.AddNamed(0x11, {0x20, 0x02, 0x80, 0, 0, 0x10, 0, 7, 1, 0}, "Words");
     sdrs.AddNamed(0x12, {0xC0, 0x00, 0, 0x08, 0, 0, 0, 7, 1, 0}, "Hot-Swap");
-    sdrs.AddPlain(0xC0, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27,
-                         28, 29, 30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40});
+    sdrs.AddPlain(0xC0, {1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20,
+                         21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40});
     Write("sdr.bin", sdrs.Records());
     unsigned seed = 1;
     for (const char* name : {"a.bin", "w.bin", "e.bin", "d.bin", "c.bin"}) {
       Bytes image(name[0] == 'w' ? 128 : 256);
-      for (std::uint8_t& byte : image) byte = static_cast<std::uint8_t>((seed = seed * 1103515245 + 12345) >> 16);
+      for (std::uint8_t& byte : image)
+        byte = static_cast<std::uint8_t>((seed = seed * 1103515245 + 12345) >> 16);
       Write(name, image);
     }
   }
 
-  void Write(const std::string& name, const Bytes& bytes) { WriteFile(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}); }
+  void Write(const std::string& name, const Bytes& bytes) {
+    WriteFile(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  }
 
   /// Writes board.json with these keys of the BMC and these faults.
-  void Describe(const std::string& faults = "", const std::string& keys = "", const std::string& access = "") {
+  void Describe(const std::string& faults = "", const std::string& keys = "",
+                const std::string& access = "") {
     WriteFile("board.json", R"({"smbios": "", "faults": [)" + faults + R"(], "bmc": {)" + keys + R"(
-      "frus": [{"id": 0, "file": "a.bin")" + access + R"(}, {"id": 2, "file": "w.bin", "access": "word"}],
+      "frus": [{"id": 0, "file": "a.bin")" +
+                                access + R"(}, {"id": 2, "file": "w.bin", "access": "word"}],
       "eeproms": [{"kind": "AT24C02", "bus": 3, "address": "0xA0", "file": "e.bin"},
                   {"kind": "DS1624S", "bus": 5, "address": "0x90", "file": "d.bin"}],
       "sensors": [{"number": "0x30", "reading": [1, 2]}, {"number": "0x32", "completionCode": "0xCD"}]},
@@ -152,8 +162,10 @@ TEST_F(MachineTest, KeepsTheRestOfWhatCannotBeRead) {
       {Fault("0A 11", R"("data": [0, 64], )", R"("completion-code", "code": "0xC9")"),
        {"0: only 64 of 256 bytes, then completion code C9h"}},
       {Fault("0A 11", R"("data": [2, 0], )", R"("no-answer")"), {"2: no answer"}},
-      {Fault("0A 10", R"("data": [2], )", R"("completion-code", "code": "0xCB")"), {"2: completion code CBh"}},
-      {Fault("0A 10", R"("data": [9], )", R"("completion-code", "code": "0xFF")"), {"9: completion code FFh"}},
+      {Fault("0A 10", R"("data": [2], )", R"("completion-code", "code": "0xCB")"),
+       {"2: completion code CBh"}},
+      {Fault("0A 10", R"("data": [9], )", R"("completion-code", "code": "0xFF")"),
+       {"9: completion code FFh"}},
       {R"({"controller": "0xC0", "fault": "nak"})", {"controller C0h: completion code 83h"}},
       {Fault("0A 23", R"("data": [1, 0, 3, 0, 5], )", R"("completion-code", "code": "0xFF")"),
        {"SDR record 0003h: completion code FFh"}},
@@ -189,7 +201,8 @@ TEST_F(MachineTest, IsRestoredUnderWhatCanBeBorne) {
     Write("sdr.bin", Bytes(records.begin(), records.begin() + 5 + records[4]));
     Describe(faults, keys);
     const auto lines = Restore(wanted);
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "done"), 6) << keys << faults << ::testing::PrintToString(lines);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "done"), 6)
+        << keys << faults << ::testing::PrintToString(lines);
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "0: 41 of 256 bytes differ, from offset 3 on"), 1);
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "2: 42 of 128 bytes differ, from offset 2 on"), 1);
     Describe();
