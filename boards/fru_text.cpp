@@ -93,13 +93,12 @@ class FruTextMaker {
   bool AddInternalUse(Block& block) {
     const Section* section = image_.Find("internal");
     if (section == nullptr) return false;
-    block.length = section->length;
-    block.pieces.push_back({Copy(section->offset, 1), "format version"});
-    block.pieces.push_back({Copy(section->offset + 1, section->length - 1), "the board's own data"});
     // Whole units, so that what follows begins on one.
-    const std::size_t beyond = section->length % kFruUnit;
-    if (beyond != 0) block.length -= beyond, block.pieces.back().bytes.resize(block.length - 1);
-    return block.length != 0;
+    block.length = section->length / kFruUnit * kFruUnit;
+    if (block.length == 0) return false;
+    block.pieces.push_back({Copy(section->offset, 1), "format version"});
+    block.pieces.push_back({Copy(section->offset + 1, block.length - 1), "the board's own data"});
+    return true;
   }
 
   bool AddMultiRecords(Block& block) {
