@@ -5,6 +5,8 @@
 
 #include "app/services/format.h"
 #include "app/services/text.h"
+#include "app/services/trace.h"
+#include "app/varnok.h"
 #include "fru/fru_data.h"
 
 namespace varnok {
@@ -55,7 +57,7 @@ class ArgumentReader {
     commandLine_.fileName = Widen(Take());
     // A cut name would name another file.
     if (commandLine_.fileName.size() > kFileNameLength) return false;
-    AddDefaultExtension(commandLine_.fileName, extension);
+    CVarnok::AddDefaultExtension(commandLine_.fileName, extension);
     return true;
   }
 
@@ -103,7 +105,8 @@ bool ReadCommandLine(int argc, char* argv[], CommandLine& commandLine) {
   return ArgumentReader({argv + 1, static_cast<std::size_t>(argc - 1)}, commandLine).Read();
 }
 
-void AddDefaultExtension(std::u16string& fileName, std::u16string_view extension) {
+void CVarnok::AddDefaultExtension(std::u16string& fileName, std::u16string_view extension) {
+  TraceScope scope("CVarnok::AddDefaultExtension");
   if (!fileName.empty() && fileName.back() == u'\\') {
     fileName = FormatUpTo(kFileNameLength, "%s%s", fileName, kDefaultScript);
     return;

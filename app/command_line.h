@@ -21,9 +21,4 @@ struct CommandLine {
 /// is invalid. The arguments behind "/d fru" go to the FRU manager.
 bool ReadCommandLine(int argc, char* argv[], CommandLine& commandLine);
 
-/// Completes a file name: a folder (its last character a backslash) names its
-/// MASTER.CFG whatever the extension asked for; a last part without a dot gets
-/// the extension. At most 255 characters are kept.
-void AddDefaultExtension(std::u16string& fileName, std::u16string_view extension);
-
 }  // namespace varnok

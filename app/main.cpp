@@ -3,7 +3,9 @@
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "app/varnok.h"
+#include "app/version.h"
 #include "firmware/entry.h"
+#include "firmware/lasting.h"
 
 namespace varnok {
 namespace {
@@ -23,12 +25,13 @@ void ShowError(const CVarnok& application, int status) {
 }  // namespace
 
 int Main(int argc, char* argv[]) {
+  ForgetProgramState();
   CVarnok application;
   Trace("VARNOK::main [ENTRY]", 3);
   std::uint32_t level = TraceSelectLevel(argc, argv);
   application.SetDebugLevel(level);
   Trace("VARNOK Main:: Got Debug Level %d", 3, level);
-  Print("\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n");
+  Print("\nVARNOK Load Utility Version %s Build %d \n\n", kVersion, kBuild);
   int status = Run(application, argc, argv);
   if (status != app_status::kSuccess && status != app_status::kCommandLine) ShowError(application, status);
   application.DeInitialize();

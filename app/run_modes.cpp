@@ -17,6 +17,7 @@
 #include "sdr/sdr_status.h"
 
 namespace varnok {
+
 int CVarnok::Execute() {
   TraceScope scope("CVarnok::Execute");
   switch (mode_) {
@@ -35,6 +36,7 @@ int CVarnok::Execute() {
     case RunMode::NoMode:
       break;
   }
+  Trace("CVarnok::Execute - Unknown mode", 1);
   return app_status::kUnknown;
 }
 
@@ -48,6 +50,7 @@ int CVarnok::DisplaySystemInformation() {
     case RunMode::DisplaySmbios:
       return DisplaySmbios();
     default:
+      Trace("CVarnok::DisplaySystemInformation - Unknown mode", 1);
       return app_status::kUnknown;
   }
 }
@@ -55,21 +58,21 @@ int CVarnok::DisplaySystemInformation() {
 int CVarnok::DisplayFru() {
   std::u16string outputFile;
   if (int status = UseTemporaryFile(u"FRU.TMP", outputFile); status != app_status::kSuccess) return status;
-  if (!outputFile.empty()) FruData::SetOutputFile(Narrow(outputFile));
-  FruData::SetPagingMode(IsPagingOn());
+  if (!outputFile.empty()) (void)FruData::SetOutputFile(Narrow(outputFile));
+  (void)FruData::SetPagingMode(IsPagingOn());
   if (FruData::DisplaySelectedFru() == kSuccess) return app_status::kSuccess;
-  FruData::GetLastErrorMessage(lastErrorMessage_);
-  return app_status::kLoad;
+  return FailStep("CVarnok::DisplaySystemInformation - DisplaySelectedFru failed", app_status::kLoad,
+                  FruData::GetLastErrorMessage);
 }
 
 int CVarnok::DisplaySdr() {
   std::u16string outputFile;
   if (int status = UseTemporaryFile(u"SDR.TMP", outputFile); status != app_status::kSuccess) return status;
-  if (!outputFile.empty()) SdrData::SetOutputFile(Narrow(outputFile));
-  SdrData::SetPaging(IsPagingOn());
+  if (!outputFile.empty()) (void)SdrData::SetOutputFile(Narrow(outputFile));
+  (void)SdrData::SetPaging(IsPagingOn());
   if (SdrData::DisplaySdrArea() == kSuccess) return app_status::kSuccess;
-  SdrData::GetLastErrorMessage(lastErrorMessage_);
-  return app_status::kLoad;
+  return FailStep("CVarnok::DisplaySystemInformation - DisplaySdrArea failed", app_status::kLoad,
+                  SdrData::GetLastErrorMessage);
 }
 
 int CVarnok::DisplaySmbios() {
@@ -77,23 +80,24 @@ int CVarnok::DisplaySmbios() {
   if (int status = UseTemporaryFile(u"SMB.TMP", outputFile); status != app_status::kSuccess) return status;
   if (!outputFile.empty()) SmbiosSetOutputFile(outputFile);
   if (SmbiosDisplay() == kSuccess) return app_status::kSuccess;
-  lastErrorMessage_ = SmbiosGetLastErrorMessage();
-  return app_status::kSmbios;
+  return FailStep("CVarnok::DisplaySystemInformation - SmbiosDisplay failed", app_status::kSmbios,
+                  SmbiosGetLastErrorMessage);
 }
 
 int CVarnok::FruExecutive() {
   TraceScope scope("CVarnok::FruExecutive");
   std::u16string outputFile;
   if (int status = UseTemporaryFile(u"FRU.TMP", outputFile); status != app_status::kSuccess) return status;
-  if (!outputFile.empty()) FruData::SetOutputFile(Narrow(outputFile));
-  if (FruData::LoadConfigurationFromFile(Narrow(fileName_)) != kSuccess) {
-    FruData::GetLastErrorMessage(lastErrorMessage_);
-    Trace("CVarnok::FruExecutive - LoadConfigurationFromFile failed", 1);
-    return app_status::kLoad;
-  }
+  if (!outputFile.empty()) (void)FruData::SetOutputFile(Narrow(outputFile));
+  if (FruData::LoadConfigurationFromFile(Narrow(fileName_)) != kSuccess)
+    return FailStep("CVarnok::FruExecutive - LoadConfigurationFromFile failed", app_status::kLoad,
+                    FruData::GetLastErrorMessage);
   constexpr bool kForce = true;
-  // The manager's message is left alone: the status text shows.
-  if (FruData::CommitConfigurationToSystem(kForce) != kSuccess) return app_status::kUpdate;
+  if (FruData::CommitConfigurationToSystem(kForce) != kSuccess) {
+    // Kept: the manager's message is left alone, so that the status text shows.
+    Trace("CVarnok::FruExecutive - CommitConfigurationToSystem failed", 1);
+    return app_status::kUpdate;
+  }
   PrintText(kResetRequired);
   return app_status::kSuccess;
 }
@@ -102,17 +106,14 @@ int CVarnok::SdrExecutive() {
   Trace("CVarnok::SdrExecutive [ENTRY]", 3);
   std::u16string outputFile;
   if (int status = UseTemporaryFile(u"SDR.TMP", outputFile); status != app_status::kSuccess) return status;
-  if (!outputFile.empty()) SdrData::SetOutputFile(Narrow(outputFile));
-  if (Status result = SdrData::LoadConfigurationFromFile(fileName_); result != kSuccess) {
-    SdrData::GetLastErrorMessage(lastErrorMessage_);
-    Trace("CVarnok::SdrExecutive - LoadConfigurationFromFile failed", 1);
-    return result == sdr_status::kCannotOpenFile ? app_status::kFileIo : app_status::kLoad;
-  }
-  if (SdrData::CommitConfigurationToSystem() != kSuccess) {
-    SdrData::GetLastErrorMessage(lastErrorMessage_);
-    Trace("CVarnok::SdrExecutive - CommitConfigurationToSystem failed", 1);
-    return app_status::kUpdate;
-  }
+  if (!outputFile.empty()) (void)SdrData::SetOutputFile(Narrow(outputFile));
+  if (Status result = SdrData::LoadConfigurationFromFile(fileName_); result != kSuccess)
+    return FailStep("CVarnok::SdrExecutive - LoadConfigurationFromFile failed",
+                    result == sdr_status::kCannotOpenFile ? app_status::kFileIo : app_status::kLoad,
+                    SdrData::GetLastErrorMessage);
+  if (SdrData::CommitConfigurationToSystem() != kSuccess)
+    return FailStep("CVarnok::SdrExecutive - CommitConfigurationToSystem failed", app_status::kUpdate,
+                    SdrData::GetLastErrorMessage);
   PrintText(kResetRequired);
   Trace("CVarnok::SdrExecutive [EXIT]", 3);
   return app_status::kSuccess;
@@ -140,15 +141,15 @@ int CVarnok::ValidateTmpFileName(std::u16string* outName, std::u16string* name) 
     *outName = *name;
     return app_status::kSuccess;
   }
-  // The second try opens the name that came in as the output, not the rewritten
-  // one.
+  // Kept: the second try opens the name that came in as the output, not the rewritten one.
   *name = FormatUpTo(256, "C:\\%s", *name);
-  bool isOpen = TheFirmware().OpenFile(*outName, FileMode::Write, file) == kSuccess;
-  return isOpen ? app_status::kSuccess : app_status::kFileIo;
+  if (TheFirmware().OpenFile(*outName, FileMode::Write, file) == kSuccess) return app_status::kSuccess;
+  Trace("CVarnok::ValidateTmpFileName - Unable to open the output file", 1);
+  return app_status::kFileIo;
 }
 
 int CVarnok::UseTemporaryFile(std::u16string name, std::u16string& outName) {
-  if (!usesTemporaryFile_) return app_status::kSuccess;
+  if (!IsTemporaryFileOn()) return app_status::kSuccess;
   int status = ValidateTmpFileName(&outName, &name);
   if (status != app_status::kFileIo) return status;
   return FailWith(FormatWide("Failed to create temporary file:%s\n", name), status);

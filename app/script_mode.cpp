@@ -44,28 +44,25 @@ int CVarnok::CfgFileExecutive() {
   Trace("CVarnok::CfgFileExecutive [ENTRY]", 3);
   std::u16string outputFile;
   if (int status = UseTemporaryFile(u"CFG.TMP", outputFile); status != app_status::kSuccess) return status;
-  if (!outputFile.empty()) CfgFile::SetOutputFile(Narrow(outputFile));
+  if (!outputFile.empty()) (void)CfgFile::SetOutputFile(Narrow(outputFile));
   if (Status status = CfgMain::LoadConfigurationFromFile(fileName_.c_str(), nullptr); status != kSuccess)
-    return FailScript(status == cfg_status::kFileNotFound ? app_status::kFileIo : app_status::kScriptParsing,
-                      "LoadConfigurationFromFile");
+    return FailStep("CVarnok::CfgFileExecutive - LoadConfigurationFromFile failed",
+                    status == cfg_status::kFileNotFound ? app_status::kFileIo : app_status::kScriptParsing,
+                    CfgMain::GetLastErrorMessage);
   if (Status status = CfgFile::ProcessCommands(); status != kSuccess)
-    return FailScript(ProcessingStatus(status), "ProcessCommands");
+    return FailStep("CVarnok::CfgFileExecutive - ProcessCommands failed", ProcessingStatus(status),
+                    CfgMain::GetLastErrorMessage);
   if (CfgMain::CommitConfigurationToSystem() != kSuccess)
-    return FailScript(app_status::kUpdate, "CommitConfigurationToSystem");
+    return FailStep("CVarnok::CfgFileExecutive - CommitConfigurationToSystem failed", app_status::kUpdate,
+                    CfgMain::GetLastErrorMessage);
   std::uint32_t inputFiles = 0;
-  CfgFile::GetNumberOfInputFiles(inputFiles);
+  (void)CfgFile::GetNumberOfInputFiles(inputFiles);
   if (inputFiles > 0) {
     PrintText("\nThe system has been updated successfully.\n");
     PrintText(kResetRequired);
   }
   Trace("CVarnok::CfgFileExecutive [EXIT]", 3);
   return app_status::kSuccess;
-}
-
-int CVarnok::FailScript(int status, const char* step) {
-  CfgMain::GetLastErrorMessage(lastErrorMessage_);
-  Trace("CVarnok::CfgFileExecutive - %s failed", 1, step);
-  return status;
 }
 
 }  // namespace varnok

@@ -31,6 +31,10 @@ class CVarnok {
   int CfgFileExecutive();
   int DisplayUsage();
 
+  /// Completes a file name: a folder (its last character a backslash) names its MASTER.CFG whatever the
+  /// extension asked for; a last part without a dot gets the extension. At most 255 characters are kept.
+  static void AddDefaultExtension(std::u16string& fileName, std::u16string_view extension);
+
   /// Opens a temporary output file and marks it as 16-bit text. 0; 2 when it
   /// cannot be created; 11 without names.
   int ValidateTmpFileName(std::u16string* outName, std::u16string* name);
@@ -49,15 +53,14 @@ class CVarnok {
   int DisplaySmbios();
   int UseTemporaryFile(std::u16string name, std::u16string& outName);
   int FailWith(std::u16string message, int status);
-  int FailScript(int status, const char* step);
+  /// Takes over the message of the subsystem that failed and says in the log what did.
+  int FailStep(const char* line, int status, Status (*getMessage)(const char16_t*& text));
 
   std::uint64_t debugLevel_ = 0;
   std::u16string message_;  ///< the object's own message text
   const char16_t* lastErrorMessage_ = message_.c_str();
   std::u16string fileName_;
   RunMode mode_ = RunMode::NoMode;
-  /// Redirects displays and loads to a temporary file. No option sets it today.
-  bool usesTemporaryFile_ = false;
 };
 
 }  // namespace varnok

@@ -125,8 +125,11 @@ char CCfgCommand::ReadYesOrNo() {
   char key = 0;
   while (GetInputChar(key, false) && ToUpper(key) != 'Y' && ToUpper(key) != 'N') {
   }
-  DisplayWide("%lc\n", static_cast<char16_t>(static_cast<unsigned char>(key)));
   return key;
+}
+
+void CCfgCommand::EchoAnswer(char key) {
+  DisplayWide("%lc\n", static_cast<char16_t>(static_cast<unsigned char>(key)));
 }
 
 bool CCfgCommand::GetStringFromFile(std::string_view fileName, std::string& text, std::size_t size,

@@ -1,7 +1,7 @@
 # One static library per folder, with the warnings and the language subset of its build.
 
 add_library(varnok_options INTERFACE)
-target_include_directories(varnok_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_include_directories(varnok_options INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/generated)
 target_compile_options(varnok_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wimplicit-fallthrough -Werror)

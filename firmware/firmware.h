@@ -72,6 +72,9 @@ class Firmware {
   // Files. A relative path starts in the current directory; '\' and '/' both separate its parts.
   /// kNotFound, kAccessDenied, kWriteProtected, kOutOfResources or kDeviceError; `file` is null then.
   virtual Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) = 0;
+  /// Writes behind the end of a file, which is created if missing and closed again. From the second call for
+  /// one path on this takes no memory of the program's.
+  virtual Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) = 0;
 
   /// kAlreadyStarted when something has that name. A machine without folders has neither of these two.
   virtual Status MakeFolder(std::u16string_view) { return uefi_status::kUnsupported; }

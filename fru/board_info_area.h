@@ -5,61 +5,42 @@
 
 namespace varnok {
 
-inline constexpr InfoFieldRow kBoardFields[] = {
-    {FruFieldId::BoardManufacturer, "Board Manufacturer Name", "SetManufacturer"},
-    {FruFieldId::BoardProductName, "Board Product Name", "SetProductName"},
-    {FruFieldId::BoardSerialNumber, "Board Serial Number", "SetSerialNumber"},
-    {FruFieldId::BoardPartNumber, "Board Part Number", "SetPartNumber"},
-    {FruFieldId::BoardFruFileId, "FRU File ID", "SetFileId"},
-};
-
-inline constexpr InfoAreaLayout kBoardLayout{
-    .className = "CBoardInfoArea",
-    .fixedLength = 4,
-    .minimumLength = 7,
-    .fixedField = {FruFieldId::BoardMfgDateTime, 1, 3, 0, 0xFF, false, "Invalid Manufacturing Date/Time.",
-                   "Invalid Mfg Date Time"},
-    .fields = kBoardFields,
-    .customFieldName = "Board Custom Field",
-    .reportsErrors = true,
-    .tracesInvalidSelection = true,
-    .tooLongTrace = "FRU Data too long",
-};
-
 class CBoardInfoArea : public InfoArea {
  public:
   CBoardInfoArea() : InfoArea(kBoardLayout) {}
 
-  std::uint8_t GetLanguageCode() const { return FixedByte(0); }
+  std::uint8_t GetLanguageCode() const { return FixedByte("GetLanguageCode", 0); }
   /// Three bytes: minutes since 0:00 of 1 January 1996, least significant byte first.
-  std::span<const std::uint8_t> GetMfgDateTime() const { return FixedField(); }
+  std::span<const std::uint8_t> GetMfgDateTime() const { return FixedField("GetMfgDateTime"); }
   /// Needs exactly three bytes.
-  bool SetMfgDateTime(std::span<const std::uint8_t> bytes) { return SetFixedField(bytes); }
+  bool SetMfgDateTime(std::span<const std::uint8_t> bytes) {
+    return SetFixedField("SetMfgDateTime", bytes);
+  }
 
-  std::uint8_t GetManufacturerTL() const { return RowTypeLength(0); }
-  std::span<const std::uint8_t> GetManufacturer() const { return RowData(0); }
+  std::uint8_t GetManufacturerTL() const { return TypeLengthOf(FruFieldId::BoardManufacturer); }
+  std::span<const std::uint8_t> GetManufacturer() const { return DataOf(FruFieldId::BoardManufacturer); }
   bool SetManufacturer(std::span<const std::uint8_t> data, std::uint8_t typeBits) {
-    return SetRow(0, data, typeBits);
+    return SetDataOf(FruFieldId::BoardManufacturer, data, typeBits);
   }
-  std::uint8_t GetProductNameTL() const { return RowTypeLength(1); }
-  std::span<const std::uint8_t> GetProductName() const { return RowData(1); }
+  std::uint8_t GetProductNameTL() const { return TypeLengthOf(FruFieldId::BoardProductName); }
+  std::span<const std::uint8_t> GetProductName() const { return DataOf(FruFieldId::BoardProductName); }
   bool SetProductName(std::span<const std::uint8_t> data, std::uint8_t typeBits) {
-    return SetRow(1, data, typeBits);
+    return SetDataOf(FruFieldId::BoardProductName, data, typeBits);
   }
-  std::uint8_t GetSerialNumberTL() const { return RowTypeLength(2); }
-  std::span<const std::uint8_t> GetSerialNumber() const { return RowData(2); }
+  std::uint8_t GetSerialNumberTL() const { return TypeLengthOf(FruFieldId::BoardSerialNumber); }
+  std::span<const std::uint8_t> GetSerialNumber() const { return DataOf(FruFieldId::BoardSerialNumber); }
   bool SetSerialNumber(std::span<const std::uint8_t> data, std::uint8_t typeBits) {
-    return SetRow(2, data, typeBits);
+    return SetDataOf(FruFieldId::BoardSerialNumber, data, typeBits);
   }
-  std::uint8_t GetPartNumberTL() const { return RowTypeLength(3); }
-  std::span<const std::uint8_t> GetPartNumber() const { return RowData(3); }
+  std::uint8_t GetPartNumberTL() const { return TypeLengthOf(FruFieldId::BoardPartNumber); }
+  std::span<const std::uint8_t> GetPartNumber() const { return DataOf(FruFieldId::BoardPartNumber); }
   bool SetPartNumber(std::span<const std::uint8_t> data, std::uint8_t typeBits) {
-    return SetRow(3, data, typeBits);
+    return SetDataOf(FruFieldId::BoardPartNumber, data, typeBits);
   }
-  std::uint8_t GetFileIdTL() const { return RowTypeLength(4); }
-  std::span<const std::uint8_t> GetFileId() const { return RowData(4); }
+  std::uint8_t GetFileIdTL() const { return TypeLengthOf(FruFieldId::BoardFruFileId); }
+  std::span<const std::uint8_t> GetFileId() const { return DataOf(FruFieldId::BoardFruFileId); }
   bool SetFileId(std::span<const std::uint8_t> data, std::uint8_t typeBits) {
-    return SetRow(4, data, typeBits);
+    return SetDataOf(FruFieldId::BoardFruFileId, data, typeBits);
   }
 };
 

@@ -3,17 +3,18 @@
 
 #include <string_view>
 
-#include "fru/pool_text.h"
+#include "app/services/trace.h"
+#include "firmware/pool_text.h"
 
 namespace varnok {
 
 class CFileHeader {
  public:
   // Each setter keeps a copy; false for a missing text (null data) and when the pool is exhausted.
-  bool SetLfName(std::u16string_view text) { return Set(lfName_, text); }
-  bool SetLfVersion(std::u16string_view text) { return Set(lfVersion_, text); }
-  bool SetLfFmtVersion(std::u16string_view text) { return Set(lfFmtVersion_, text); }
-  bool SetIpmiVersion(std::u16string_view text) { return Set(ipmiVersion_, text); }
+  bool SetLfName(std::u16string_view text) { return Set("CFileHeader::SetLfName", lfName_, text); }
+  bool SetLfVersion(std::u16string_view text) { return Set("CFileHeader::SetLfVersion", lfVersion_, text); }
+  bool SetLfFmtVersion(std::u16string_view text) { return Set("CFileHeader::SetLfFmtVersion", lfFmtVersion_, text); }
+  bool SetIpmiVersion(std::u16string_view text) { return Set("CFileHeader::SetIpmiVersion", ipmiVersion_, text); }
 
   std::u16string_view LfName() const { return lfName_.View(); }
   std::u16string_view LfVersion() const { return lfVersion_.View(); }
@@ -21,7 +22,8 @@ class CFileHeader {
   std::u16string_view IpmiVersion() const { return ipmiVersion_.View(); }
 
  private:
-  static bool Set(PoolText& member, std::u16string_view text) {
+  static bool Set(const char* operation, PoolText& member, std::u16string_view text) {
+    TraceScope scope(operation);
     return text.data() != nullptr && member.Assign(text);
   }
 

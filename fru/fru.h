@@ -2,10 +2,10 @@
 // memory, written back area by area and verified.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "app/services/prepared_text.h"
@@ -49,11 +49,11 @@ class CFru {
 
   /// True when the header gives the area an offset; always for the common header.
   bool HasArea(FruAreaId area) const;
-  bool HasInternalArea() const { return HasArea(FruAreaId::InternalUseArea); }
-  bool HasChassisArea() const { return HasArea(FruAreaId::ChassisInfoArea); }
-  bool HasBoardArea() const { return HasArea(FruAreaId::BoardInfoArea); }
-  bool HasProductArea() const { return HasArea(FruAreaId::ProductInfoArea); }
-  bool HasMultiRecArea() const { return HasArea(FruAreaId::MultiRecordArea); }
+  bool HasInternalArea() const;
+  bool HasChassisArea() const;
+  bool HasBoardArea() const;
+  bool HasProductArea() const;
+  bool HasMultiRecArea() const;
 
   // --- Bytes ---
 
@@ -65,7 +65,8 @@ class CFru {
   Status SerializeCommonHeader(std::uint8_t* output) const;
   /// Appends the records in `bytes` (kAllMultiRecords; the end-of-list bit is not consulted), or replaces the
   /// header of record `number`, counted from 0. kMultiRecordMemory, or kMultiRecordArea when there is no such
-  /// record or a record reaches past the bytes.
+  /// record or a record reaches past the bytes. One to four bytes at the end make a header with zeros for the
+  /// rest, and zeros for its data.
   Status DecodeMultiRecArea(std::span<const std::uint8_t> bytes, std::uint32_t number);
   /// DecodeMultiRecArea on a fresh list (kAllMultiRecords) or on the present one; sets the area's length.
   Status SetMultiRecArea(std::span<const std::uint8_t> bytes, bool isModified, std::uint32_t number);
@@ -127,12 +128,16 @@ class CFru {
  private:
   Status ReadFruFromSystem();
   Status GetCommonHeader();
-  Status GetInfoArea(FruAreaId area);
+  Status GetBoardArea();
+  Status GetProductArea();
+  Status GetChassisArea();
+  struct InfoAreaReading;
+  Status GetInfoArea(const InfoAreaReading& reading);
   /// Cuts `bytes` to the area's length.
   Status ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes);
   Status GetInternalUseArea();
   Status GetMultiRecArea();
-  Status ReadMultiRecord(std::uint32_t& position, bool& isLast);
+  Status ReadMultiRecord(std::uint32_t& position, bool& isLast, bool& isSound);
 
   /// An area as a writer and a verifier see it.
   struct AreaImage {
@@ -147,10 +152,11 @@ class CFru {
   Status WriteArea(FruOutput& output, FruAreaId area, std::uint32_t offset,
                    std::span<const std::uint8_t> bytes);
   Status WriteMultiRecArea(FruOutput& output, std::uint32_t offset);
-  Status Verify(FruOutput& output);
+  /// Takes what reading the device that `image` was written to will need. False when there is not enough memory.
+  bool ReserveFor(CFru& image);
+  /// Reads the device into `device`, which is reserved for this image, and compares.
+  Status Verify(FruOutput& output, CFru& device);
   bool VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnnounced) const;
-
-  std::u16string FriendlyName() const;
 
   FruWriteMode headerWriteMode_ = FruWriteMode::WriteAndVerify;
   CFruHeader header_;
@@ -166,6 +172,20 @@ class CFru {
   CProductInfoArea product_;
 
   friend class FruFileReader;
+};
+
+/// The name by which a message calls a FRU, in room of its own.
+class FruName {
+ public:
+  explicit FruName(const FruDeviceAddress& address)
+      : text_(CFru::GetFriendlyFruIdentifier(&address, room_)) {}
+  FruName(const FruName&) = delete;
+  FruName& operator=(const FruName&) = delete;
+  std::u16string_view Text() const { return text_; }
+
+ private:
+  std::array<char16_t, 512> room_;
+  std::u16string_view text_;
 };
 
 }  // namespace varnok

@@ -1,19 +1,19 @@
 // The bytes of a FRU device: Read and Write FRU Data (IPMI v2.0, section 34) for a controller's inventory
 // device, Master Write-Read (section 22.11) for storage on a private bus.
 #include <algorithm>
+#include <optional>
 
+#include "app/services/console.h"
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
 #include "fru/fru.h"
+#include "fru/fru_session.h"
 #include "fru/fru_status.h"
 #include "platform/ipmi.h"
 
 namespace varnok {
 namespace {
 
-constexpr std::uint8_t kGetInventoryAreaInfo = 0x10;
-constexpr std::uint8_t kReadFruData = 0x11;
-constexpr std::uint8_t kWriteFruData = 0x12;
-constexpr std::uint8_t kMasterWriteRead = 0x52;
 constexpr std::uint8_t kDs1624AccessMemory = 0x17;
 
 constexpr std::int64_t kLargestChunk = 8;
@@ -31,33 +31,28 @@ bool IsPastOffsets(std::uint32_t offset, std::size_t count) {
   return offset > kOffsetLimit || count > kOffsetLimit - offset;
 }
 
-void Put(IpmiMessage& message, std::uint8_t byte) {
-  message.data[message.dataLength++] = byte;
-}
-
-/// The request up to the offset: for Master Write-Read `readCount` bytes are to be read back.
-IpmiMessage StartRequest(const FruDeviceAddress& address, std::uint8_t command, std::uint32_t offset,
-                         std::uint8_t readCount) {
-  auto low = static_cast<std::uint8_t>(offset);
-  auto high = static_cast<std::uint8_t>(offset >> 8);
+/// The request up to its offset; `readCount` bytes are to be read back from a private bus. `tail` are the bytes
+/// behind the offset.
+IpmiMessage MakeRequest(const FruDeviceAddress& address, std::uint8_t command, std::uint32_t offset,
+                        std::uint8_t readCount, std::span<const std::uint8_t> tail) {
   IpmiMessage request;
   request.targetAddress = address.controller;
+  ByteWriter data(request.data);
   if (IsInventoryDevice(address)) {
     request.netFunction = net_function::kStorage;
     request.command = command;
-    Put(request, address.deviceId);
-    Put(request, low);
-    Put(request, high);
-    return request;
+    data.Byte(address.deviceId).Word(static_cast<std::uint16_t>(offset));
+  } else {
+    request.netFunction = net_function::kApplication;
+    request.lun = address.lun;
+    request.command = ipmi_command::kMasterWriteRead;
+    // What goes out on the bus has the high byte first.
+    auto high = static_cast<std::uint8_t>(offset >> 8);
+    data.Byte(address.bus).Byte(address.deviceAddress).Byte(readCount);
+    data.Byte(address.nvsType == nvs_type::kDs1624s ? kDs1624AccessMemory : high);
+    data.Byte(static_cast<std::uint8_t>(offset));
   }
-  request.netFunction = net_function::kApplication;
-  request.lun = address.lun;
-  request.command = kMasterWriteRead;
-  Put(request, address.bus);
-  Put(request, address.deviceAddress);
-  Put(request, readCount);
-  Put(request, address.nvsType == nvs_type::kDs1624s ? kDs1624AccessMemory : high);
-  Put(request, low);
+  request.dataLength = static_cast<std::uint32_t>(data.Bytes(tail).Length());
   return request;
 }
 
@@ -76,49 +71,75 @@ Status Send(const FruDeviceAddress& address, const IpmiMessage& request, IpmiMes
   return response.command == request.command ? kSuccess : refused;
 }
 
-/// The bytes that an answer delivers for a chunk of `count`; empty when it has fewer, or says that it has
-/// fewer.
-std::span<const std::uint8_t> DeliveredBytes(const FruDeviceAddress& address, const IpmiMessage& response,
-                                             std::size_t count) {
+/// The bytes that an answer delivers for a chunk of `count`; nothing when it has fewer, or counts another
+/// number of them: it is then the answer to another request.
+std::optional<std::span<const std::uint8_t>> DeliveredBytes(const FruDeviceAddress& address,
+                                                            const IpmiMessage& response, std::size_t count) {
   std::span<const std::uint8_t> data =
       std::span(response.data).first(std::min<std::size_t>(response.dataLength, response.data.size()));
   if (IsInventoryDevice(address)) {
-    if (data.empty() || data[0] < count) return {};
+    if (data.empty() || data[0] != count) return std::nullopt;
     data = data.subspan(1);
   }
-  return data.size() < count ? std::span<const std::uint8_t>{} : data.first(count);
+  if (data.size() < count) return std::nullopt;
+  return data.first(count);
 }
+
+/// A device that stays busy is asked again without end. The operator is told, once in a run.
+class BusyWatch {
+ public:
+  explicit BusyWatch(const FruDeviceAddress& address) : address_(address) {}
+
+  void NoteBusy() {
+    constexpr std::uint32_t kSecondsOfDay = 24 * 60 * 60;
+    constexpr std::uint32_t kPatience = 10;
+    std::uint32_t now = SecondsOfDay();
+    if (!isBusy_) since_ = now;
+    isBusy_ = true;
+    bool& isTold = TheFruSession().isBusyTold;
+    if (isTold || (now + kSecondsOfDay - since_) % kSecondsOfDay <= kPatience) return;
+    isTold = true;
+    Warn("FRU %s has been busy for %d seconds; it is asked until it answers", FruName(address_).Text(),
+         kPatience);
+  }
+  void NoteAnswer() { isBusy_ = false; }
+
+ private:
+  const FruDeviceAddress& address_;
+  bool isBusy_ = false;
+  std::uint32_t since_ = 0;  ///< second of the day
+};
 
 }  // namespace
 
 Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t offset,
                                 std::span<std::uint8_t> buffer, std::size_t& count) {
-  TraceScope scope("CFru::ReadFruDataFromBmc");
+  constexpr const char* kName = "CFru::ReadFruDataFromBmc";
+  TraceScope scope(kName);
   count = 0;
-  auto fail = [](Status status) {
-    Trace("CFru::ReadFruDataFromBmc - Error Reading FRU", 1);
-    return status;
-  };
+  auto fail = [](Status status) { return Fail(kName, "Error Reading FRU", status); };
   if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, buffer.size()))
     return fail(fru_status::kReadFailed);
+  BusyWatch busy(address);
   std::int64_t chunk = kLargestChunk;
   while (count < buffer.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(buffer.size() - count));
     auto bytes = static_cast<std::uint8_t>(chunk);
-    IpmiMessage request =
-        StartRequest(address, kReadFruData, offset + static_cast<std::uint32_t>(count), bytes);
-    if (IsInventoryDevice(address)) Put(request, bytes);
+    std::span<const std::uint8_t> tail(&bytes, IsInventoryDevice(address) ? 1 : 0);
+    IpmiMessage request = MakeRequest(address, ipmi_command::kReadFruData,
+                                      offset + static_cast<std::uint32_t>(count), bytes, tail);
     IpmiMessage response;
     if (Status status = Send(address, request, response, kReadTimeout, fru_status::kReadFailed);
         status != kSuccess)
       return fail(status);
+    if (response.completionCode != completion_code::kNodeBusy) busy.NoteAnswer();
     switch (response.completionCode) {
       case completion_code::kSuccess: {
-        std::span<const std::uint8_t> delivered = DeliveredBytes(address, response, bytes);
+        std::optional<std::span<const std::uint8_t>> delivered = DeliveredBytes(address, response, bytes);
         // Bytes that did not arrive are an error, not data.
-        if (delivered.size() != bytes) return fail(fru_status::kReadFailed);
-        std::copy(delivered.begin(), delivered.end(), buffer.begin() + static_cast<std::ptrdiff_t>(count));
-        count += delivered.size();
+        if (!delivered) return fail(fru_status::kReadFailed);
+        std::copy(delivered->begin(), delivered->end(), buffer.begin() + static_cast<std::ptrdiff_t>(count));
+        count += delivered->size();
         // An accepted chunk of 0 delivers nothing; asked again it would never end.
         if (chunk == 0) chunk = 1;
         break;
@@ -130,6 +151,7 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
         chunk = chunk - kChunkStep < 0 ? 1 : chunk - kChunkStep;
         break;
       case completion_code::kNodeBusy:
+        busy.NoteBusy();
         break;
       default:
         return fail(fru_status::kReadFailed);
@@ -146,34 +168,32 @@ Status CFru::ReadDataFromFRU(const FruDeviceAddress& address, std::uint32_t offs
 }
 
 Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t& inventorySize) {
-  TraceScope scope("CFru::ReadFruDataFromBmc");
+  constexpr const char* kName = "CFru::ReadFruDataFromBmc";
+  TraceScope scope(kName);
   inventorySize = 0;
   IpmiMessage request;
   request.targetAddress = address.controller;
   request.netFunction = net_function::kStorage;
-  request.command = kGetInventoryAreaInfo;
-  Put(request, address.deviceId);
+  request.command = ipmi_command::kGetFruAreaInfo;
+  request.data[0] = address.deviceId;
+  request.dataLength = 1;
   IpmiMessage response;
   bool isRead = IsInventoryDevice(address) && IpmiTransaction(request, response) == ipmi_result::kSuccess &&
                 response.completionCode == completion_code::kSuccess && response.dataLength >= 2;
-  if (!isRead) {
-    Trace("CFru::ReadFruDataFromBmc - Error Reading FRU size", 1);
-    return fru_status::kReadFailed;
-  }
-  inventorySize = response.data[0] + 256u * response.data[1];
+  if (!isRead) return Fail(kName, "Error Reading FRU size", fru_status::kReadFailed);
+  inventorySize = WordAt(response.data, 0);
   return kSuccess;
 }
 
 Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t offset,
                                std::span<const std::uint8_t> bytes) {
-  TraceScope scope("CFru::WriteFruDataToBmc");
-  auto fail = [](Status status) {
-    Trace("CFru::WriteFruDataToBmc - Error Writing FRU", 1);
-    return status;
-  };
+  constexpr const char* kName = "CFru::WriteFruDataToBmc";
+  TraceScope scope(kName);
+  auto fail = [](Status status) { return Fail(kName, "Error Writing FRU", status); };
   if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, bytes.size()))
     return fail(fru_status::kWriteFailed);
   std::size_t written = 0;
+  BusyWatch busy(address);
   std::int64_t chunk = kLargestChunk;
   while (written < bytes.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(bytes.size() - written));
@@ -181,12 +201,13 @@ Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t of
     // cannot, and an accepted one of 0 gets nowhere: the write ends there.
     if (chunk < 0) return fail(fru_status::kWriteFailed);
     IpmiMessage request =
-        StartRequest(address, kWriteFruData, offset + static_cast<std::uint32_t>(written), 0);
-    for (std::uint8_t byte : bytes.subspan(written, static_cast<std::size_t>(chunk))) Put(request, byte);
+        MakeRequest(address, ipmi_command::kWriteFruData, offset + static_cast<std::uint32_t>(written), 0,
+                    bytes.subspan(written, static_cast<std::size_t>(chunk)));
     IpmiMessage response;
     if (Status status = Send(address, request, response, kWriteTimeout, fru_status::kWriteFailed);
         status != kSuccess)
       return fail(status);
+    if (response.completionCode != completion_code::kNodeBusy) busy.NoteAnswer();
     switch (response.completionCode) {
       case completion_code::kSuccess:
         if (chunk == 0) return fail(fru_status::kWriteFailed);
@@ -197,6 +218,7 @@ Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t of
         chunk -= kChunkStep;
         break;
       case completion_code::kNodeBusy:
+        busy.NoteBusy();
         break;
       default:
         return fail(fru_status::kWriteFailed);

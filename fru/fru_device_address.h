@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "fru/fru_types.h"
+#include "fru/nvs_type.h"
 #include "platform/ipmi_message.h"
 
 namespace varnok {
@@ -18,6 +18,11 @@ struct FruDeviceAddress {
   std::uint8_t lun = 0;                   ///< LUN of Master Write-Read
   std::uint32_t nvsType = nvs_type::kImbDevice;
   std::optional<std::u16string> displayName;  ///< the title that a FRU file gives
+
+  /// The same device without the title of a file.
+  FruDeviceAddress Untitled() const {
+    return {deviceAddress, bus, deviceId, controller, lun, nvsType, std::nullopt};
+  }
 
   /// True when both name the same device; the display name does not count.
   bool IsSameDevice(const FruDeviceAddress& other) const {

@@ -5,6 +5,7 @@
 #include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
 #include "fru/fru.h"
 #include "fru/fru_encoding.h"
 #include "fru/fru_output.h"
@@ -28,12 +29,6 @@ constexpr HeaderLine kHeaderLines[] = {
     {"Checksum", 7},
 };
 
-constexpr const char* kChassisLabels[] = {"Part Number", "Serial Number"};
-constexpr const char* kBoardLabels[] = {"Manufacturer Name", "Product Name", "Serial Number", "Part Number",
-                                        "Mftr FRU File ID"};
-constexpr const char* kProductLabels[] = {"Manufacturer Name", "Product Name",  "Part Number",
-                                          "Product Version",   "Serial Number", "Asset Tag",
-                                          "Mftr FRU File ID"};
 constexpr const char* kCustomLabel = "Additional Field";
 
 constexpr std::uint8_t kShownVersion = 1;
@@ -67,8 +62,7 @@ void PrintBcdPlus(std::span<const std::uint8_t> data) {
 
 Status PrintField(const char* label, std::uint8_t typeLength, std::span<const std::uint8_t> data) {
   if (data.data() == nullptr) {
-    Trace("CFru::DisplayField - Unexpected", 1);
-    return fru_status::kUnexpected;
+    return Fail("CFru::Display", "Unexpected", fru_status::kUnexpected);
   }
   Print(" %-17s", label);
   switch (FruDefs::DecodeType(typeLength)) {
@@ -90,8 +84,8 @@ Status PrintField(const char* label, std::uint8_t typeLength, std::span<const st
   return kSuccess;
 }
 
-/// The fixed fields with their labels from index `first` on, then the custom fields.
-Status PrintFields(const InfoArea& info, std::uint32_t first, std::span<const char* const> labels) {
+/// The fields of the layout's rows, then the custom fields.
+Status PrintFields(const InfoArea& info) {
   Status status = kSuccess;
   auto print = [&](const char* label, std::uint8_t typeLength, std::span<const std::uint8_t> data) {
     if (typeLength == FruDefs::kEndOfFields) {
@@ -101,10 +95,11 @@ Status PrintFields(const InfoArea& info, std::uint32_t first, std::span<const ch
     status = PrintField(label, typeLength, data);
     return status == kSuccess;
   };
-  for (const char* label : labels) {
+  std::uint32_t index = info.Layout().FirstRowIndex();
+  for (const InfoFieldRow& row : info.Layout().fields) {
     std::span<const std::uint8_t> data;
-    (void)info.GetFieldData(first, data);
-    if (!print(label, info.GetFieldTypeLength(first++), data)) return status;
+    (void)info.GetFieldData(index, data);
+    if (!print(row.label, info.GetFieldTypeLength(index++), data)) return status;
   }
   for (const InfoArea::CustomField& field : info.CustomFields())
     if (!print(kCustomLabel, field.typeLength, field.Bytes())) return status;
@@ -113,7 +108,7 @@ Status PrintFields(const InfoArea& info, std::uint32_t first, std::span<const ch
 
 void ShowHeader(const CFruHeader& header) {
   PrintText("\nDisplaying Header Area \n");
-  Print("Common Header Area (Version %d, Length %d)\n", header.FormatVersion(), CFruHeader::GetLength());
+  Print("Common Header Area (Version %d, Length %d)\n", header.FormatVersion(), header.GetLength());
   for (const HeaderLine& line : kHeaderLines)
     Print("%-31s= %02Xh\n", line.label, header.GetData()[line.index]);
 }
@@ -141,7 +136,7 @@ Status ShowChassis(CFru& fru) {
   Print("Chassis Information Area (Version %d, Length %d)\n", chassis.GetFormatVersion(),
         chassis.GetLength());
   Print(kByteLine, "Chassis Type", chassis.GetType());
-  return PrintFields(chassis, 1, kChassisLabels);
+  return PrintFields(chassis);
 }
 
 /// The start of a board or product area; false when there is nothing more to show of it.
@@ -162,17 +157,16 @@ bool ShowVersionedArea(bool isPresent, const char* name, const InfoArea& info, s
 Status ShowBoard(CFru& fru) {
   const CBoardInfoArea& board = fru.Board();
   if (!ShowVersionedArea(fru.HasBoardArea(), "Board", board, board.GetLanguageCode())) return kSuccess;
-  std::span<const std::uint8_t> date = board.GetMfgDateTime();
-  std::uint32_t minutes = date[0] | date[1] << 8 | date[2] << 16;
+  auto minutes = static_cast<std::uint32_t>(NumberAt(board.GetMfgDateTime(), 0, 3));
   Print(" %-31s= %lu\n", "Manufacturing Time(mins)", minutes);
-  return PrintFields(board, 1, kBoardLabels);
+  return PrintFields(board);
 }
 
 Status ShowProduct(CFru& fru) {
   const CProductInfoArea& product = fru.Product();
   if (!ShowVersionedArea(fru.HasProductArea(), "Product", product, product.GetLanguageCode()))
     return kSuccess;
-  return PrintFields(product, 0, kProductLabels);
+  return PrintFields(product);
 }
 
 Status ShowMultiRec(CFru& fru) {

@@ -8,10 +8,6 @@ std::uint8_t SumOf(std::span<const std::uint8_t> bytes) {
   return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0u));
 }
 
-std::uint8_t FruChecksum(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::uint8_t>(-SumOf(bytes));
-}
-
 std::string UnpackSixBitAscii(std::span<const std::uint8_t> bytes) {
   constexpr unsigned kBits = 6;
   std::string text;

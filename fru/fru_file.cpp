@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "app/services/console.h"
 #include "app/services/scan.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
@@ -42,10 +43,6 @@ constexpr AddressKey kAddressKeys[] = {
     {"_DEV_ADDRESS", "_DEV_ADDRESS %x", "Device Address", &FruDeviceAddress::deviceAddress},
 };
 
-/// By NVS type. A file spells the first with the letter O, the command line with a zero; files in use rely on
-/// it.
-constexpr std::string_view kNvsTypeNames[] = {"AT24CO2", "DS1624S", "IMBDEVICE"};
-
 struct AreaBlock {
   FruAreaId area;
   std::string_view tag;
@@ -70,7 +67,11 @@ class BlockBytes {
     bytes_.fill(0);
     count_ = 0;
     highNibble_.reset();
+    isCut_ = false;
   }
+  /// The block has data lines behind the last that fits.
+  bool IsCut() const { return isCut_; }
+  void SetCut(bool isCut) { isCut_ = isCut; }
   bool IsFull() const { return count_ >= bytes_.size(); }
   std::span<const std::uint8_t> Bytes() const { return std::span(bytes_).first(count_); }
 
@@ -102,6 +103,7 @@ class BlockBytes {
   std::array<std::uint8_t, kMaxAreaLength> bytes_{};
   std::size_t count_ = 0;
   std::optional<int> highNibble_;
+  bool isCut_ = false;
 };
 
 constinit BlockBytes blockBytes;
@@ -109,6 +111,12 @@ constinit BlockBytes blockBytes;
 bool EndsBlock(const PreparedText& lines, std::size_t index) {
   if (lines.LineContains(index, "'")) return false;
   return lines.LineContains(index, ")") || lines.LineContains(index, "_SEE_");
+}
+
+bool HasDataFrom(const PreparedText& lines, std::size_t index) {
+  for (; index < lines.LineCount() && !EndsBlock(lines, index); ++index)
+    if (!lines.Line(index).empty()) return true;
+  return false;
 }
 
 /// The line behind the block whose tag stands on line `index`.
@@ -122,13 +130,11 @@ std::size_t SkipBlock(const PreparedText& lines, std::size_t index) {
 
 Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t index,
                        std::span<const std::uint8_t>& bytes) {
-  TraceScope scope("CFru::ParseArea");
+  constexpr const char* kName = "CFru::ParseArea";
+  TraceScope scope(kName);
   bytes = {};
   blockBytes.Clear();
-  if (!lines.LineContains(index, tag)) {
-    Trace("CFru::ParseArea - Tag not found", 1);
-    return fru_status::kBlockTagMissing;
-  }
+  if (!lines.LineContains(index, tag)) return Fail(kName, "Tag not found", fru_status::kBlockTagMissing);
   for (++index; index < lines.LineCount() && !EndsBlock(lines, index) && !blockBytes.IsFull(); ++index) {
     Status status = kSuccess;
     if (std::optional<std::string_view> text = lines.QuotedText(index)) {
@@ -137,11 +143,9 @@ Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t in
       lines.RemoveBlanks(index);
       status = blockBytes.AddDigits(lines.Line(index));
     }
-    if (status != kSuccess) {
-      Trace("CFru::ParseArea - Invalid data", 1);
-      return status;
-    }
+    if (status != kSuccess) return Fail(kName, "Invalid data", status);
   }
+  blockBytes.SetCut(HasDataFrom(lines, index));
   bytes = blockBytes.Bytes();
   return kSuccess;
 }
@@ -165,6 +169,8 @@ void CFru::SetParseAreaErrorMessage(Status status, const char* areaName, std::st
   }
 }
 
+constexpr const char* kReader = "CFru::ReadFRUFromFile";
+
 /// Walks the lines of one file into one image.
 class FruFileReader {
  public:
@@ -172,12 +178,12 @@ class FruFileReader {
 
   Status Read() {
     if (fileName_.empty()) {
-      SetFruError(fru_text::kUnexpected);
-      return Fail("File Read Error", fru_status::kFileNotRead);
+      ReportFruError(fru_text::kUnexpected);
+      return Fail(kReader, "File Read Error", fru_status::kFileNotRead);
     }
     if (lines_.Load(fileName_) != kSuccess) {
       ReportFruError("Could not open FRU file \"%s\".", fileName_);
-      return Fail("File Read Error", fru_status::kFileNotRead);
+      return Fail(kReader, "File Read Error", fru_status::kFileNotRead);
     }
     lines_.CutAt("//");
     lines_.Trim();
@@ -185,7 +191,7 @@ class FruFileReader {
       if (Status status = TakeLine(); status != kSuccess) return status;
     if (step_ == Step::Done) return kSuccess;
     ReportFruError("The FRU File \"%s\" ended unexpectedly during parsing.", fileName_);
-    return Fail("Unexpected EOF", fru_status::kFileNotParsed);
+    return Fail(kReader, "Unexpected EOF", fru_status::kFileNotParsed);
   }
 
  private:
@@ -255,9 +261,10 @@ class FruFileReader {
   Status TakeAddressKey(const AddressKey& key) {
     if (key.format.empty()) {
       std::optional<std::string_view> value = lines_.QuotedText(line_);
-      auto name = std::find(std::begin(kNvsTypeNames), std::end(kNvsTypeNames), value.value_or(""));
-      if (name == std::end(kNvsTypeNames)) return FailKey(key.name);
-      fru_.address_.nvsType = static_cast<std::uint32_t>(name - std::begin(kNvsTypeNames));
+      auto row = std::find_if(std::begin(kNvsTypes), std::end(kNvsTypes),
+                              [&](const NvsTypeRow& candidate) { return candidate.fileName == value; });
+      if (row == std::end(kNvsTypes)) return FailKey(key.name);
+      fru_.address_.nvsType = row->type;
       return kSuccess;
     }
     std::uint32_t number = 0;
@@ -274,7 +281,7 @@ class FruFileReader {
     std::copy_n(bytes.begin(), std::min(bytes.size(), header.size()), header.begin());
     if (fru_.DecodeHeader(header) != kSuccess) {
       ReportFruError("Invalid Common Header Area was found while updating \"%s\".\n", fileName_);
-      return Fail("Area Parse Error", fru_status::kFileNotParsed);
+      return Fail(kReader, "Area Parse Error", fru_status::kFileNotParsed);
     }
     step_ = Step::Areas;
     AwaitNextArea();
@@ -296,7 +303,7 @@ class FruFileReader {
     }
     if (!isTaken) {
       ReportFruError("Could not parse the %s of the FRU file \"%s\".", block.name, fileName_);
-      return Fail("Area Parse Error", fru_status::kFileNotParsed);
+      return Fail(kReader, "Area Parse Error", fru_status::kFileNotParsed);
     }
     AwaitNextArea();
     return kSuccess;
@@ -307,8 +314,11 @@ class FruFileReader {
     const AreaBlock& block = kAreaBlocks[area_];
     if (Status status = CFru::ParseArea(block.tag, lines_, line_, bytes); status != kSuccess) {
       CFru::SetParseAreaErrorMessage(status, block.name, fileName_);
-      return Fail("Area Parse Error", fru_status::kFileNotParsed);
+      return Fail(kReader, "Area Parse Error", fru_status::kFileNotParsed);
     }
+    if (blockBytes.IsCut())
+      Warn("%s: the %s ends after %d bytes; the lines behind them are not read", fileName_, block.name,
+           kMaxAreaLength);
     blockEnd_ = SkipBlock(lines_, line_);
     return kSuccess;
   }
@@ -330,12 +340,7 @@ class FruFileReader {
 
   Status FailKey(const char* name) {
     ReportFruError("An unexpected error occurred while reading %s from FRU file \"%s\".", name, fileName_);
-    return Fail("Unexpected Error while reading file", fru_status::kFileNotParsed);
-  }
-
-  static Status Fail(const char* what, Status status) {
-    Trace("CFru::ReadFRUFromFile - %s", 1, what);
-    return status;
+    return Fail(kReader, "Unexpected Error while reading file", fru_status::kFileNotParsed);
   }
 
   CFru& fru_;
@@ -350,7 +355,7 @@ class FruFileReader {
 };
 
 Status CFru::ReadFRUFromFile(std::string_view fileName) {
-  TraceScope scope("CFru::ReadFRUFromFile");
+  TraceScope scope(kReader);
   return FruFileReader(*this, fileName).Read();
 }
 

@@ -2,12 +2,25 @@
 
 #include <algorithm>
 
+#include "app/services/trace.h"
+#include "firmware/ipmi.h"
 #include "fru/fru_encoding.h"
 
 namespace varnok {
 
 bool CFruHeader::IsValid() const {
+  TraceScope scope("CFruHeader::IsValid");
   return SumOf(bytes_) == 0;
+}
+
+std::span<const std::uint8_t, CFruHeader::kLength> CFruHeader::GetData() const {
+  TraceScope scope("CFruHeader::GetData");
+  return bytes_;
+}
+
+std::size_t CFruHeader::GetLength() const {
+  TraceScope scope("CFruHeader::GetLength");
+  return kLength;
 }
 
 void CFruHeader::SetData(std::span<const std::uint8_t, kLength> bytes) {
@@ -15,7 +28,7 @@ void CFruHeader::SetData(std::span<const std::uint8_t, kLength> bytes) {
 }
 
 void CFruHeader::UpdateChecksum() {
-  bytes_[7] = FruChecksum(std::span(bytes_).first(7));
+  bytes_[7] = IpmiChecksum(std::span(bytes_).first(7));
 }
 
 }  // namespace varnok

@@ -16,8 +16,8 @@ class CFruHeader {
 
   /// True when the eight bytes sum to 0 modulo 256.
   bool IsValid() const;
-  std::span<const std::uint8_t, kLength> GetData() const { return bytes_; }
-  static constexpr std::size_t GetLength() { return kLength; }
+  std::span<const std::uint8_t, kLength> GetData() const;
+  std::size_t GetLength() const;
   /// Takes the bytes as they are, checksum included.
   void SetData(std::span<const std::uint8_t, kLength> bytes);
 

@@ -12,25 +12,6 @@
 namespace varnok {
 namespace {
 
-struct InfoAreaReading {
-  FruAreaId area;
-  Status invalid;
-  const char* message;  ///< empty: a failed reading is reported by its own status, without a text
-  const char* scope;
-  const char* failure;
-};
-constexpr InfoAreaReading kInfoAreas[] = {
-    {FruAreaId::BoardInfoArea, fru_status::kBoardInfoArea, "Invalid FRU board area in system FRU %s.",
-     "CFru::GetBoardArea", "CFru::GetBoardArea - Invalid Board Area"},
-    {FruAreaId::ProductInfoArea,
-     fru_status::kProductInfoArea,
-     {},
-     "CFru::GetProductArea",
-     "CFru::GetProductArea - Invalid Product Area"},
-    {FruAreaId::ChassisInfoArea, fru_status::kChassisInfoArea, "Invalid FRU chassis area in system FRU %s.",
-     "CFru::GetChassisArea", "CFru::GetChassisArea - Invalid Chassis Area"},
-};
-
 constexpr const char* kInvalidInternalArea = "Invalid FRU internal area in system FRU %s.";
 constexpr const char* kInvalidMultiRecArea = "Invalid FRU multi-record area in system FRU %s.";
 
@@ -38,6 +19,15 @@ constexpr const char* kInvalidMultiRecArea = "Invalid FRU multi-record area in s
 constexpr std::uint8_t kFirstReservedBus = 0xFE;
 
 }  // namespace
+
+/// How the reading of an info area fails.
+struct CFru::InfoAreaReading {
+  FruAreaId area;
+  const char* operation;
+  Status invalid;
+  const char* message;  ///< null: a failed reading is reported by its own status, without a text
+  const char* failure;
+};
 
 Status CFru::LoadFromSystem(const FruDeviceAddress& address) {
   TraceScope scope("CFru::LoadFromSystem");
@@ -49,60 +39,66 @@ Status CFru::ReadFruFromSystem() {
   TraceScope scope("CFru::ReadFruFromSystem");
   if (address_.nvsType == nvs_type::kImbDevice && address_.bus >= kFirstReservedBus &&
       address_.deviceAddress != kBmcAddress) {
-    SetFruError("Invalid BMC Address found.");
-    Trace("CFru::ReadFruFromSystem - Invalid BMC Address", 1);
-    return fru_status::kReadFailed;
+    ReportFruError("Invalid BMC Address found.");
+    return Fail("CFru::ReadFruFromSystem", "Invalid BMC Address", fru_status::kReadFailed);
   }
   Status status = GetCommonHeader();
-  for (const InfoAreaReading& reading : kInfoAreas)
-    if (status == kSuccess && HasArea(reading.area)) status = GetInfoArea(reading.area);
+  if (status == kSuccess && HasBoardArea()) status = GetBoardArea();
+  if (status == kSuccess && HasProductArea()) status = GetProductArea();
+  if (status == kSuccess && HasChassisArea()) status = GetChassisArea();
   if (status == kSuccess) status = GetInternalUseArea();
   if (status == kSuccess && HasMultiRecArea()) status = GetMultiRecArea();
   return status;
 }
 
 Status CFru::GetCommonHeader() {
-  TraceScope scope("CFru::GetCommonHeader");
+  constexpr const char* kName = "CFru::GetCommonHeader";
+  TraceScope scope(kName);
   std::array<std::uint8_t, CFruHeader::kLength> bytes{};
-  if (Status status = ReadDataFromFRU(address_, 0, bytes); status != kSuccess) {
-    Trace("CFru::GetCommonHeader - Error Reading FRU", 1);
-    return status;
-  }
+  if (Status status = ReadDataFromFRU(address_, 0, bytes); status != kSuccess)
+    return Fail(kName, "Error Reading FRU", status);
   CFruHeader header;
   header.SetData(bytes);
   if (!header.IsIpmiFru()) {
-    SetFruError(fru_text::kNotIpmiFru);
-    Trace("CFru::GetCommonHeader - Not an IPMI FRU", 1);
-    return fru_status::kNotIpmiFru;
+    ReportFruError(fru_text::kNotIpmiFru);
+    return Fail(kName, "Not an IPMI FRU", fru_status::kNotIpmiFru);
   }
   header_ = header;
-  if (!header_.IsValid()) {
-    ReportFruError(fru_text::kInvalidHeader, FriendlyName());
-    isImageInvalid_ = true;
-    Trace("CFru::GetCommonHeader - Invalid Common Header", 1);
-    return fru_status::kInvalidHeader;
-  }
-  return kSuccess;
+  if (header_.IsValid()) return kSuccess;
+  ReportFruError(fru_text::kInvalidHeader, FruName(address_).Text());
+  isImageInvalid_ = true;
+  return Fail(kName, "Invalid Common Header", fru_status::kInvalidHeader);
 }
 
-Status CFru::GetInfoArea(FruAreaId area) {
-  const InfoAreaReading& reading =
-      *std::find_if(std::begin(kInfoAreas), std::end(kInfoAreas),
-                    [area](const InfoAreaReading& candidate) { return candidate.area == area; });
-  TraceScope scope(reading.scope);
+Status CFru::GetBoardArea() {
+  return GetInfoArea({FruAreaId::BoardInfoArea, "CFru::GetBoardArea", fru_status::kBoardInfoArea,
+                      "Invalid FRU board area in system FRU %s.", "Invalid Board Area"});
+}
+
+Status CFru::GetProductArea() {
+  return GetInfoArea({FruAreaId::ProductInfoArea, "CFru::GetProductArea", fru_status::kProductInfoArea, nullptr,
+                      "Invalid Product Area"});
+}
+
+Status CFru::GetChassisArea() {
+  return GetInfoArea({FruAreaId::ChassisInfoArea, "CFru::GetChassisArea", fru_status::kChassisInfoArea,
+                      "Invalid FRU chassis area in system FRU %s.", "Invalid Chassis Area"});
+}
+
+Status CFru::GetInfoArea(const InfoAreaReading& reading) {
+  TraceScope scope(reading.operation);
   std::array<std::uint8_t, kMaxAreaLength> buffer{};
   std::span<std::uint8_t> bytes(buffer);
-  Status status = ReadInfoArea(area, bytes);
+  Status status = ReadInfoArea(reading.area, bytes);
   if (status == kSuccess) {
-    if (FindInfoArea(area)->SetData(bytes)) return kSuccess;
+    if (FindInfoArea(reading.area)->SetData(bytes)) return kSuccess;
     isImageInvalid_ = true;
     status = reading.invalid;
   } else if (status != uefi_status::kBadBufferSize && reading.message != nullptr) {
     status = reading.invalid;
   }
-  if (reading.message != nullptr) ReportFruError(reading.message, FriendlyName());
-  Trace(reading.failure, 1);
-  return status;
+  if (reading.message != nullptr) ReportFruError(reading.message, FruName(address_).Text());
+  return Fail(reading.operation, reading.failure, status);
 }
 
 Status CFru::ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes) {
@@ -118,9 +114,10 @@ Status CFru::ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes) {
 }
 
 Status CFru::GetInternalUseArea() {
-  TraceScope scope("CFru::GetInternalUseArea");
+  constexpr const char* kName = "CFru::GetInternalUseArea";
+  TraceScope scope(kName);
   if (!HasInternalArea()) {
-    (void)internalUse_.SetData({}, false);
+    (void)internalUse_.SetData({}, false);  // nothing is never too long
     return kSuccess;
   }
   // The area ends where the first present one of the others begins: first by number, not by place.
@@ -132,9 +129,11 @@ Status CFru::GetInternalUseArea() {
              static_cast<std::int64_t>(FruDefs::kUnit);
     break;
   }
+  // An area placed behind that one has no length by this rule; boards in the field have it there.
+  length = std::max<std::int64_t>(length, 0);
   std::array<std::uint8_t, kMaxAreaLength> bytes{};
   bool isRead = false;
-  if (length < 0 || length > static_cast<std::int64_t>(bytes.size())) {
+  if (length > static_cast<std::int64_t>(bytes.size())) {
     isImageInvalid_ = true;
   } else {
     std::span<std::uint8_t> area = std::span(bytes).first(static_cast<std::size_t>(length));
@@ -143,32 +142,36 @@ Status CFru::GetInternalUseArea() {
     isRead = ReadDataFromFRU(address_, offset, area) == kSuccess && internalUse_.SetData(area, false);
   }
   if (isRead) return kSuccess;
-  ReportFruError(kInvalidInternalArea, FriendlyName());
-  Trace("CFru::GetInternalUseArea - Invalid Internal Use Area", 1);
-  return fru_status::kInternalUseArea;
+  ReportFruError(kInvalidInternalArea, FruName(address_).Text());
+  return Fail(kName, "Invalid Internal Use Area", fru_status::kInternalUseArea);
 }
 
 Status CFru::GetMultiRecArea() {
-  TraceScope scope("CFru::GetMultiRecArea");
+  constexpr const char* kName = "CFru::GetMultiRecArea";
+  TraceScope scope(kName);
   multiRecords_.Clear();
   const std::uint32_t start =
       header_.Offset(FruAreaId::MultiRecordArea) * static_cast<std::uint32_t>(FruDefs::kUnit);
   std::uint32_t position = start;
   Status result = kSuccess;
   // Records that never end are followed until the device's 16 bits of offset run out, which fails the
-  // reading.
-  for (bool isLast = false; !isLast && result == kSuccess;) result = ReadMultiRecord(position, isLast);
+  // reading. A reserved list does not keep them all, so each is also checked as it passes.
+  bool isEachSound = true;
+  for (bool isLast = false; !isLast && result == kSuccess;) {
+    bool isSound = true;
+    result = ReadMultiRecord(position, isLast, isSound);
+    isEachSound = isEachSound && isSound;
+  }
   multiRecLength_ = position - start;
-  if (result == kSuccess && !CheckMultiRecCheckSum()) {
+  if (result == kSuccess && !(isEachSound && CheckMultiRecCheckSum())) {
     isImageInvalid_ = true;
     result = fru_status::kMultiRecordArea;
   }
-  if (result == fru_status::kMultiRecordArea) ReportFruError(kInvalidMultiRecArea, FriendlyName());
-  if (result != kSuccess) Trace("CFru::GetMultiRecArea - Invalid Multi Record Area", 1);
-  return result;
+  if (result == fru_status::kMultiRecordArea) ReportFruError(kInvalidMultiRecArea, FruName(address_).Text());
+  return result == kSuccess ? kSuccess : Fail(kName, "Invalid Multi Record Area", result);
 }
 
-Status CFru::ReadMultiRecord(std::uint32_t& position, bool& isLast) {
+Status CFru::ReadMultiRecord(std::uint32_t& position, bool& isLast, bool& isSound) {
   std::array<std::uint8_t, MultiRecord::kHeaderLength + 0xFF> bytes{};
   if (ReadDataFromFRU(address_, position, std::span(bytes).first(3)) != kSuccess)
     return fru_status::kMultiRecordArea;
@@ -183,14 +186,14 @@ Status CFru::ReadMultiRecord(std::uint32_t& position, bool& isLast) {
     return fru_status::kMultiRecordArea;
   MultiRecord* record = multiRecords_.Append();
   if (record == nullptr) {
-    SetFruError(fru_text::kNoMemory);
-    Trace("CFru::GetMultiRecArea - Out of memory", 1);
-    return fru_status::kOutOfMemory;
+    ReportFruError(fru_text::kNoMemory);
+    return Fail("CFru::GetMultiRecArea", "Out of memory", fru_status::kOutOfMemory);
   }
   std::copy_n(bytes.begin(), record->header.size(), record->header.begin());
   std::copy_n(bytes.begin() + record->header.size(), declared, record->data.begin());
   position += static_cast<std::uint32_t>(length);
   isLast = record->IsLast();
+  isSound = IsValid(*record);
   return kSuccess;
 }
 

@@ -1,5 +1,4 @@
-// Numbers by which the rest of the program names areas, fields and encodings of a FRU image, and storage
-// kinds.
+// Numbers by which the rest of the program names areas, fields and encodings of a FRU image.
 #pragma once
 
 #include <cstddef>
@@ -37,6 +36,7 @@ enum class FruFieldId : std::uint32_t {
   ProductSerialNumber = 15,
   ProductAssetTag = 16,
   ProductFruFileId = 17,
+  End,  ///< behind the last number
 };
 
 /// Bits 7-6 of a type/length byte (FRU storage definition v1.0, section 13).
@@ -60,14 +60,6 @@ enum class FruList : std::uint32_t {
   System = 1,  ///< read from devices
   File = 2,    ///< read from FRU files
 };
-
-/// The kinds of storage behind a FRU. Any other number is reached like a serial EEPROM, or refused (3).
-namespace nvs_type {
-inline constexpr std::uint32_t kAt24c02 = 0;    ///< serial EEPROM on a private bus
-inline constexpr std::uint32_t kDs1624s = 1;    ///< thermometer with memory on a private bus
-inline constexpr std::uint32_t kImbDevice = 2;  ///< FRU inventory device of a management controller
-inline constexpr std::uint32_t kRefused = 3;    ///< no kind of storage
-}  // namespace nvs_type
 
 /// The index that stands for no field.
 inline constexpr std::uint32_t kInvalidFieldIndex = 0xFFFFFFFF;

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "app/services/trace.h"
+#include "firmware/pool.h"
 #include "fru/fru.h"
 #include "fru/fru_output.h"
 #include "fru/fru_session.h"
@@ -24,29 +25,7 @@ constexpr AreaLine kAreaLines[] = {
     {FruAreaId::MultiRecordArea, "Loading FRU Multi Record Area\n"},
 };
 
-// Files spell the serial EEPROM with the letter O, and so does what is shown of it.
-constexpr const char* kNvsTypeNames[] = {"AT24CO2", "DS1624S", "IMBDEVICE"};
-
 }  // namespace
-
-const char* FindNvsTypeName(std::uint32_t nvsType) {
-  return nvsType < std::size(kNvsTypeNames) ? kNvsTypeNames[nvsType] : nullptr;
-}
-
-void FruOutput::PrintWith(const char* format, const FormatArgument* arguments, std::size_t count) {
-  std::u16string text = FormatWideWith(format, arguments, count);
-  PrintText(text);
-  if (file_ != nullptr) (void)WriteText(*file_, text);
-}
-
-void FruOutput::PrintAddress(const char* prefix, const FruDeviceAddress& address) {
-  if (const char* name = FindNvsTypeName(address.nvsType))
-    Print("%sFRU %s ", prefix, name);
-  else
-    Print("\nFRU type not recognized\n\n");
-  Print("on bus %02Xh, Device ID %02xh, IPMB adresss %02Xh, Lun %02Xh\n", address.bus, address.deviceId,
-        address.deviceAddress, address.lun);
-}
 
 CFru::AreaImage CFru::ImageOf(FruAreaId area) {
   if (area == FruAreaId::CommonHeaderArea) return {headerWriteMode_, CFruHeader::kLength, header_.GetData()};
@@ -107,23 +86,25 @@ Status CFru::WriteAreas(FruOutput& output, bool& isAnyWritten) {
 }
 
 Status CFru::WriteToSystem() {
-  TraceScope scope("CFru::WriteToSystem");
+  constexpr const char* kName = "CFru::WriteToSystem";
+  TraceScope scope(kName);
   FruOutput output;
-  if (!output.Open()) {
-    Trace("CFru::WriteToSystem - Error opening output file", 1);
-    return fru_status::kOutputFile;
+  if (!output.Open()) return Fail(kName, "Error opening output file", fru_status::kOutputFile);
+  // Nothing that follows takes memory: what is half written could not be completed without it.
+  PoolPtr<CFru> device = MakeInPool<CFru>();
+  if (device == nullptr || !device->ReserveFor(*this)) {
+    ReportFruError(fru_text::kNoMemory);
+    return Fail(kName, "Out of memory", fru_status::kOutOfMemory);
   }
   output.PrintAddress("\n", address_);
   bool isAnyWritten = false;
   if (WriteAreas(output, isAnyWritten) != kSuccess) {
-    ReportFruError("Could not write FRU %s to system.", FriendlyName());
-    Trace("CFru::WriteToSystem - Error Writing FRU", 1);
-    return fru_status::kAreaNotWritten;
+    ReportFruError("Could not write FRU %s to system.", FruName(address_).Text());
+    return Fail(kName, "Error Writing FRU", fru_status::kAreaNotWritten);
   }
-  if (Status status = Verify(output); status != kSuccess) {
+  if (Status status = Verify(output, *device); status != kSuccess) {
     output.Print("\nVerification of one or more FRU File Area(s) failed.\n");
-    Trace("CFru::WriteToSystem - Verification failed", 1);
-    return status;
+    return Fail(kName, "Verification failed", status);
   }
   if (isAnyWritten) output.Print("\nFRU File Area(s) successfully loaded into FRU memory.\n");
   return kSuccess;

@@ -13,40 +13,95 @@ namespace {
 
 // 100h less the end marker: what the checksum of an area starts from.
 constexpr std::uint8_t kEndMarkerComplement = 0x3F;
-// Version and length byte in front, end marker and checksum behind.
-constexpr std::size_t kFramingLength = 4;
 
 constexpr const char* kTooLong =
     "Could not assign new data to the %s because the data was too long to fit in the field or area.";
 
+/// The trace lines of an operation that is named after a field.
+class FieldScope {
+ public:
+  FieldScope(const char* className, const char* verb, const char* field, const char* suffix = "")
+      : className_(className), verb_(verb), field_(field), suffix_(suffix) {
+    Write("ENTRY");
+  }
+  ~FieldScope() { Write("EXIT"); }
+  FieldScope(const FieldScope&) = delete;
+  FieldScope& operator=(const FieldScope&) = delete;
+
+ private:
+  void Write(const char* way) const {
+    Trace("%s::%s%s%s [%s]", 3, className_, verb_, field_, suffix_, way);
+  }
+
+  const char* className_;
+  const char* verb_;
+  const char* field_;
+  const char* suffix_;
+};
+
 }  // namespace
 
 bool InfoArea::IsValid() const {
+  TraceScope scope(layout_->className, "IsValid");
   return static_cast<std::uint8_t>(SumWithoutChecksum() + checksum_ - kEndMarkerComplement) == 0;
 }
 
 std::uint32_t InfoArea::GetNumberOfFields() const {
-  return static_cast<std::uint32_t>(FirstCustomIndex()) + GetNumberOfCustomFields();
+  TraceScope scope(layout_->className, "GetNumberOfFields");
+  return layout_->FirstCustomIndex() + static_cast<std::uint32_t>(customFields_.size());
+}
+
+std::uint8_t InfoArea::GetFormatVersion() const {
+  TraceScope scope(layout_->className, "GetFormatVersion");
+  return formatVersion_;
+}
+
+std::size_t InfoArea::GetLength() const {
+  TraceScope scope(layout_->className, "GetLength");
+  return Length();
+}
+
+std::uint8_t InfoArea::GetChecksum() const {
+  TraceScope scope(layout_->className, "GetChecksum");
+  return checksum_;
+}
+
+void InfoArea::SetChecksum(std::uint8_t checksum) {
+  TraceScope scope(layout_->className, "SetChecksum");
+  checksum_ = checksum;
+}
+
+std::uint32_t InfoArea::GetNumberOfCustomFields() const {
+  TraceScope scope(layout_->className, "GetNumberOfCustomFields");
+  return static_cast<std::uint32_t>(customFields_.size());
 }
 
 std::uint32_t InfoArea::GetFieldIndexFromEnum(FruFieldId field) const {
   TraceScope scope(layout_->className, "GetFieldIndexFromEnum");
   if (layout_->fixedField.length != 0 && layout_->fixedField.id == field) return 0;
-  auto row = std::find_if(layout_->fields.begin(), layout_->fields.end(),
-                          [field](const InfoFieldRow& candidate) { return candidate.id == field; });
-  if (row != layout_->fields.end())
-    return static_cast<std::uint32_t>(FirstRowIndex()) +
-           static_cast<std::uint32_t>(row - layout_->fields.begin());
+  std::size_t row = RowOf(field);
+  if (row < layout_->fields.size()) return layout_->FirstRowIndex() + static_cast<std::uint32_t>(row);
   if (layout_->tracesInvalidSelection)
     Trace("%s::GetFieldIndexFromEnum - Invalid Selection", 1, layout_->className);
   return kInvalidFieldIndex;
 }
 
+std::size_t InfoArea::RowOf(FruFieldId field) const {
+  auto row = std::find_if(layout_->fields.begin(), layout_->fields.end(),
+                          [field](const InfoFieldRow& candidate) { return candidate.id == field; });
+  return static_cast<std::size_t>(row - layout_->fields.begin());
+}
+
 std::ptrdiff_t InfoArea::GetPadLength() const {
-  std::size_t used = kFramingLength + layout_->fixedLength;
-  for (const Field& field : Rows()) used += 1 + FruDefs::DecodeLength(field.typeLength);
+  TraceScope scope(layout_->className, "GetPadLength");
+  return PadLength();
+}
+
+std::ptrdiff_t InfoArea::PadLength() const {
+  std::size_t used = layout_->LeastLength();
+  for (const Field& field : Rows()) used += FruDefs::DecodeLength(field.typeLength);
   for (const CustomField& field : customFields_) used += 1 + FruDefs::DecodeLength(field.typeLength);
-  return static_cast<std::ptrdiff_t>(GetLength()) - static_cast<std::ptrdiff_t>(used);
+  return static_cast<std::ptrdiff_t>(Length()) - static_cast<std::ptrdiff_t>(used);
 }
 
 std::uint8_t InfoArea::SumWithoutChecksum() const {
@@ -57,6 +112,7 @@ std::uint8_t InfoArea::SumWithoutChecksum() const {
 }
 
 void InfoArea::UpdateChecksum() {
+  TraceScope scope(layout_->className, "UpdateChecksum");
   checksum_ = static_cast<std::uint8_t>(kEndMarkerComplement - SumWithoutChecksum());
 }
 
@@ -75,15 +131,15 @@ bool InfoArea::SetLength(std::size_t bytes) {
 bool InfoArea::GetFieldData(std::uint32_t index, std::span<const std::uint8_t>& data) const {
   TraceScope scope(layout_->className, "GetFieldData");
   data = {};
-  if (index < FirstRowIndex()) {
-    data = FixedField();
+  if (index < layout_->FirstRowIndex()) {
+    data = FixedFieldBytes();
     return true;
   }
-  if (index < FirstCustomIndex()) {
-    data = RowData(index - FirstRowIndex());
+  if (index < layout_->FirstCustomIndex()) {
+    data = fields_[index - layout_->FirstRowIndex()].Bytes();
     return true;
   }
-  std::size_t k = index - FirstCustomIndex();
+  std::size_t k = index - layout_->FirstCustomIndex();
   if (k >= customFields_.size()) {
     Trace("%s::GetFieldData - No such field", 1, layout_->className);
     return false;
@@ -94,35 +150,66 @@ bool InfoArea::GetFieldData(std::uint32_t index, std::span<const std::uint8_t>& 
 }
 
 std::uint8_t InfoArea::GetFieldTypeLength(std::uint32_t index) const {
-  if (index < FirstRowIndex()) return 0;
-  if (index < FirstCustomIndex()) return RowTypeLength(index - FirstRowIndex());
-  const CustomField* field = customFields_.At(index - FirstCustomIndex());
+  if (index < layout_->FirstRowIndex()) return 0;
+  if (index < layout_->FirstCustomIndex()) return fields_[index - layout_->FirstRowIndex()].typeLength;
+  const CustomField* field = customFields_.At(index - layout_->FirstCustomIndex());
   return field == nullptr ? std::uint8_t{0} : field->typeLength;
 }
 
 Status InfoArea::GetCustomField(std::uint32_t k, PoolText& text) const {
   TraceScope scope(layout_->className, "GetCustomField");
   if (k > customFields_.size()) {
-    SetFruError(fru_text::kNoSuchField);
+    ReportFruError(fru_text::kNoSuchField);
     Trace("%s::GetCustomField - No such field", 1, layout_->className);
     return fru_status::kNoSuchItem;
   }
   const CustomField* field = customFields_.At(k);
   if (field == nullptr) {
-    SetFruError(fru_text::kUnexpected);
+    ReportFruError(fru_text::kUnexpected);
     Trace("%s::GetCustomField - Unexpected", 1, layout_->className);
     return fru_status::kUnexpected;
   }
   std::span<const std::uint8_t> bytes = field->Bytes();
   if (!text.Assign(Widen(UpToNul(std::string(bytes.begin(), bytes.end()))))) {
-    SetFruError(fru_text::kNoMemory);
+    ReportFruError(fru_text::kNoMemory);
     Trace("%s::GetCustomField - Out of memory", 1, layout_->className);
     return fru_status::kOutOfMemory;
   }
   return kSuccess;
 }
 
-std::span<const std::uint8_t> InfoArea::FixedField() const {
+std::uint8_t InfoArea::FixedByte(const char* operation, std::size_t offset) const {
+  TraceScope scope(layout_->className, operation);
+  return fixedBytes_[offset];
+}
+
+std::span<const std::uint8_t> InfoArea::FixedField(const char* operation) const {
+  TraceScope scope(layout_->className, operation);
+  return FixedFieldBytes();
+}
+
+bool InfoArea::SetFixedField(const char* operation, std::span<const std::uint8_t> data) {
+  TraceScope scope(layout_->className, operation);
+  return StoreFixedField(data);
+}
+
+std::uint8_t InfoArea::TypeLengthOf(FruFieldId field) const {
+  std::size_t row = RowOf(field);
+  FieldScope scope(layout_->className, "Get", layout_->fields[row].name, "TL");
+  return fields_[row].typeLength;
+}
+
+std::span<const std::uint8_t> InfoArea::DataOf(FruFieldId field) const {
+  std::size_t row = RowOf(field);
+  FieldScope scope(layout_->className, "Get", layout_->fields[row].name);
+  return fields_[row].Bytes();
+}
+
+bool InfoArea::SetDataOf(FruFieldId field, std::span<const std::uint8_t> data, std::uint8_t typeBits) {
+  return SetRow(RowOf(field), data, typeBits);
+}
+
+std::span<const std::uint8_t> InfoArea::FixedFieldBytes() const {
   return std::span(fixedBytes_).subspan(layout_->fixedField.offset, layout_->fixedField.length);
 }
 
@@ -148,7 +235,7 @@ std::span<const std::uint8_t> InfoArea::GetData() {
     putAll(field.Bytes());
   }
   put(FruDefs::kEndOfFields);
-  std::size_t length = std::min(GetLength(), buffer_.size());
+  std::size_t length = std::min(Length(), buffer_.size());
   if (length > 0) buffer_[length - 1] = checksum_;
   return buffer_;
 }
@@ -164,12 +251,18 @@ bool InfoArea::SetData(std::span<const std::uint8_t> bytes) {
   return isParsed;
 }
 
+bool InfoArea::ReserveFor(const InfoArea& image) {
+  for (Field& field : std::span(fields_).first(layout_->fields.size()))
+    if (!field.reserved.Allocate(FruDefs::kMaxFieldLength + 1)) return false;
+  return customFields_.Reserve(image.customFields_.size());
+}
+
 bool InfoArea::ParseFraming(std::span<const std::uint8_t> bytes, std::size_t& position) {
   if (bytes.empty() || bytes.size() > kMaxAreaLength) return false;
   formatVersion_ = bytes[0];
   if (bytes.size() < 2) return false;
   lengthUnits_ = bytes[1];
-  if (bytes.size() > GetLength() || GetLength() > kMaxAreaLength || bytes.size() < layout_->minimumLength)
+  if (bytes.size() > Length() || Length() > kMaxAreaLength || bytes.size() < layout_->minimumLength)
     return false;
   std::span<const std::uint8_t> fixed = bytes.subspan(2, layout_->fixedLength);
   std::copy(fixed.begin(), fixed.end(), fixedBytes_.begin());
@@ -183,8 +276,8 @@ bool InfoArea::ParseField(std::span<const std::uint8_t> bytes, std::size_t& posi
   std::uint8_t typeLength = bytes[position];
   std::size_t length = FruDefs::DecodeLength(typeLength);
   if (position + length >= bytes.size()) return false;
-  PoolBuffer data;
-  if (!data.Allocate(length + 1)) return false;
+  PoolBuffer data = std::move(field.reserved);
+  if (!data.IsAllocated() && !data.Allocate(length + 1)) return false;
   std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(position) + 1, length, data.data());
   field.typeLength = typeLength;
   field.data = std::move(data);
@@ -212,50 +305,53 @@ bool InfoArea::ParseEnd(std::span<const std::uint8_t> bytes, std::size_t positio
   std::span<const std::uint8_t> rest = bytes.subspan(position + 1);
   if (rest.empty()) {
     // The bytes stop at the end marker: the area is completed, if there is room for its checksum.
-    if (GetLength() <= bytes.size()) return false;
+    if (Length() <= bytes.size()) return false;
     UpdateChecksum();
     return IsValid();
   }
   std::span<const std::uint8_t> padding = rest.first(rest.size() - 1);
   bool isPaddedWithZeros =
       std::all_of(padding.begin(), padding.end(), [](std::uint8_t byte) { return byte == 0; });
-  if (!isPaddedWithZeros || bytes.size() != GetLength()) return false;
+  if (!isPaddedWithZeros || bytes.size() != Length()) return false;
   checksum_ = bytes.back();
-  return IsValid();
+  // The sum of the bytes is that of the fields, end marker included; a reserved list may not hold them all.
+  return SumOf(bytes) == 0;
 }
 
 bool InfoArea::HasRoom(std::uint8_t oldTypeLength, std::size_t newLength) const {
   if (newLength > FruDefs::kMaxFieldLength) return false;
-  return GetPadLength() + FruDefs::DecodeLength(oldTypeLength) >= static_cast<std::ptrdiff_t>(newLength);
+  return PadLength() + FruDefs::DecodeLength(oldTypeLength) >= static_cast<std::ptrdiff_t>(newLength);
 }
 
 void InfoArea::Report(const char* text) const {
-  if (layout_->reportsErrors) SetFruError(text);
+  if (layout_->reportsErrors) ReportFruError(text);
 }
 
-void InfoArea::ReportTooLong(const char* setter, const char* field) const {
+void InfoArea::ReportTooLong(const char* field) const {
   if (layout_->reportsErrors) ReportFruError(kTooLong, field);
-  Trace("%s::%s - %s", 1, layout_->className, setter, layout_->tooLongTrace);
+}
+
+bool InfoArea::FailRow(const InfoFieldRow& row, const char* what) const {
+  Trace("%s::Set%s - %s", 1, layout_->className, row.name, what);
+  return false;
 }
 
 bool InfoArea::SetRow(std::size_t row, std::span<const std::uint8_t> data, std::uint8_t typeBits) {
   const InfoFieldRow& names = layout_->fields[row];
-  TraceScope scope(layout_->className, names.setterName);
+  FieldScope scope(layout_->className, "Set", names.name);
   Field& field = fields_[row];
   if (data.data() == nullptr) {
     Report(fru_text::kUnexpected);
-    Trace("%s::%s - Unexpected", 1, layout_->className, names.setterName);
-    return false;
+    return FailRow(names, "Unexpected");
   }
   if (!HasRoom(field.typeLength, data.size())) {
-    ReportTooLong(names.setterName, names.messageName);
-    return false;
+    ReportTooLong(names.messageName);
+    return FailRow(names, layout_->tooLongTrace);
   }
   PoolBuffer copy;
   if (!copy.Allocate(data.size() + 1)) {
     Report(fru_text::kNoMemory);
-    Trace("%s::%s - Out of memory", 1, layout_->className, names.setterName);
-    return false;
+    return FailRow(names, "Out of memory");
   }
   std::copy(data.begin(), data.end(), copy.data());
   field.data = std::move(copy);
@@ -278,7 +374,8 @@ bool InfoArea::SetCustomField(std::uint32_t k, std::span<const std::uint8_t> dat
     return false;
   }
   if (!HasRoom(field->typeLength, data.size())) {
-    ReportTooLong("SetCustomField", layout_->customFieldName);
+    ReportTooLong(layout_->customFieldName);
+    Trace("%s::SetCustomField - %s", 1, layout_->className, layout_->tooLongTrace);
     return false;
   }
   // The new value may be a view of the old one.
@@ -290,7 +387,7 @@ bool InfoArea::SetCustomField(std::uint32_t k, std::span<const std::uint8_t> dat
   return true;
 }
 
-bool InfoArea::SetFixedField(std::span<const std::uint8_t> data) {
+bool InfoArea::StoreFixedField(std::span<const std::uint8_t> data) {
   const InfoFixedFieldRow& fixed = layout_->fixedField;
   if (data.data() == nullptr || data.size() != fixed.length) return false;
   if (fixed.length == 1 && (data[0] < fixed.least || data[0] > fixed.most)) return false;
@@ -301,8 +398,8 @@ bool InfoArea::SetFixedField(std::span<const std::uint8_t> data) {
 
 bool InfoArea::SetFieldData(std::uint32_t index, std::span<const std::uint8_t> data, std::uint8_t typeBits) {
   TraceScope scope(layout_->className, "SetFieldData");
-  if (index < FirstRowIndex()) {
-    if (!SetFixedField(data)) {
+  if (index < layout_->FirstRowIndex()) {
+    if (!StoreFixedField(data)) {
       Report(layout_->fixedField.message);
       Trace("%s::SetFieldData - %s", 1, layout_->className, layout_->fixedField.traceText);
       return false;
@@ -310,14 +407,14 @@ bool InfoArea::SetFieldData(std::uint32_t index, std::span<const std::uint8_t> d
     if (layout_->fixedField.marksModified) isModified_ = true;
     return true;
   }
-  if (index >= GetNumberOfFields()) {
+  const std::uint32_t firstCustom = layout_->FirstCustomIndex();
+  if (index >= firstCustom + customFields_.size()) {
     Report(fru_text::kNoSuchField);
     Trace("%s::SetFieldData - No such field", 1, layout_->className);
     return false;
   }
-  bool isSet = index < FirstCustomIndex()
-                   ? SetRow(index - FirstRowIndex(), data, typeBits)
-                   : SetCustomField(index - static_cast<std::uint32_t>(FirstCustomIndex()), data, typeBits);
+  bool isSet = index < firstCustom ? SetRow(index - layout_->FirstRowIndex(), data, typeBits)
+                                   : SetCustomField(index - firstCustom, data, typeBits);
   if (isSet) isModified_ = true;
   return isSet;
 }

@@ -1,6 +1,6 @@
 // The pattern of the chassis, board and product info areas (FRU storage definition v1.0, sections 10 to 12):
 // format version, length, fixed bytes, fields, custom fields, end marker, zero padding, checksum. The three
-// areas differ in the rows of their layout; their named accessors stand in a header of their own each.
+// areas differ in their layout and its rows; operations named after a field stand in a header for each area.
 #pragma once
 
 #include <array>
@@ -13,55 +13,26 @@
 #include "firmware/status.h"
 #include "fru/fru_encoding.h"
 #include "fru/fru_types.h"
-#include "fru/pool_list.h"
-#include "fru/pool_text.h"
+#include "fru/info_area_rows.h"
+#include "firmware/pool_list.h"
+#include "firmware/pool_text.h"
 
 namespace varnok {
 
-/// A field with a type/length byte.
-struct InfoFieldRow {
-  FruFieldId id;
-  const char* messageName;  ///< in last-error texts
-  const char* setterName;   ///< in trace lines
-};
-
-/// The field at index 0 that has no type/length byte: the chassis type, the board's manufacturing date.
-struct InfoFixedFieldRow {
-  FruFieldId id;
-  std::size_t offset;  ///< within the fixed bytes
-  std::size_t length;  ///< 0: the area has no such field
-  std::uint8_t least;  ///< of a field of one byte
-  std::uint8_t most;
-  bool marksModified;     ///< whether setting it marks the area
-  const char* message;    ///< last error of a failed setting
-  const char* traceText;  ///< trace line of a failed setting
-};
-
-struct InfoAreaLayout {
-  const char* className;
-  std::size_t fixedLength;    ///< bytes between the length byte and the first field
-  std::size_t minimumLength;  ///< bytes that parsing asks for
-  InfoFixedFieldRow fixedField;
-  std::span<const InfoFieldRow> fields;
-  const char* customFieldName;
-  bool reportsErrors;  ///< whether failed setters set the last-error text
-  bool tracesInvalidSelection;
-  const char* tooLongTrace;
-};
-
 class InfoArea {
  public:
+  const InfoAreaLayout& Layout() const { return *layout_; }
   /// True when all bytes of the area sum to 0 modulo 256.
   bool IsValid() const;
   /// Fixed fields and custom fields.
   std::uint32_t GetNumberOfFields() const;
   /// The index of one of the area's own fixed fields, else kInvalidFieldIndex.
   std::uint32_t GetFieldIndexFromEnum(FruFieldId field) const;
-  std::uint8_t GetFormatVersion() const { return formatVersion_; }
+  std::uint8_t GetFormatVersion() const;
   /// In bytes; may exceed 512 after SetLength.
-  std::size_t GetLength() const { return lengthUnits_ * FruDefs::kUnit; }
-  std::uint8_t GetChecksum() const { return checksum_; }
-  std::uint32_t GetNumberOfCustomFields() const { return static_cast<std::uint32_t>(customFields_.size()); }
+  std::size_t GetLength() const;
+  std::uint8_t GetChecksum() const;
+  std::uint32_t GetNumberOfCustomFields() const;
   /// Free bytes of the area; below 0 when its length was set below what its fields need.
   std::ptrdiff_t GetPadLength() const;
   FruWriteMode WriteMode() const { return writeMode_; }
@@ -72,6 +43,9 @@ class InfoArea {
   /// Parses the area: the whole of it, or its bytes up to the end marker, which then get padding and
   /// checksum. After a failure the fields parsed before it are kept.
   bool SetData(std::span<const std::uint8_t> bytes);
+  /// Takes what parsing a device's area will need that is to be compared with `image`: all of an area that is
+  /// the same, enough of any other to differ. False when the pool is exhausted.
+  bool ReserveFor(const InfoArea& image);
   /// The serialised area in a buffer of 512 bytes, valid until the next call.
   std::span<const std::uint8_t> GetData();
 
@@ -96,35 +70,37 @@ class InfoArea {
   bool SetCustomField(std::uint32_t k, std::span<const std::uint8_t> data, std::uint8_t typeBits);
   /// Refuses a number of bytes that is not a multiple of 8. Keeps the count of units modulo 256.
   bool SetLength(std::size_t bytes);
-  void SetChecksum(std::uint8_t checksum) { checksum_ = checksum; }
+  void SetChecksum(std::uint8_t checksum);
   void UpdateChecksum();
 
  protected:
   explicit InfoArea(const InfoAreaLayout& layout) : layout_(&layout) {}
 
-  std::uint8_t FixedByte(std::size_t offset) const { return fixedBytes_[offset]; }
-  std::span<const std::uint8_t> FixedField() const;
-  bool SetFixedField(std::span<const std::uint8_t> data);
-  /// By row of the layout.
-  std::uint8_t RowTypeLength(std::size_t row) const { return fields_[row].typeLength; }
-  std::span<const std::uint8_t> RowData(std::size_t row) const { return fields_[row].Bytes(); }
-  bool SetRow(std::size_t row, std::span<const std::uint8_t> data, std::uint8_t typeBits);
+  // The parts that single areas name, under the names of their operations.
+  std::uint8_t FixedByte(const char* operation, std::size_t offset) const;
+  std::span<const std::uint8_t> FixedField(const char* operation) const;
+  bool SetFixedField(const char* operation, std::span<const std::uint8_t> data);
+  std::uint8_t TypeLengthOf(FruFieldId field) const;
+  std::span<const std::uint8_t> DataOf(FruFieldId field) const;
+  bool SetDataOf(FruFieldId field, std::span<const std::uint8_t> data, std::uint8_t typeBits);
 
  private:
-  static constexpr std::size_t kMaxFields = 7;
-  static constexpr std::size_t kMaxFixedBytes = 4;
-
   struct Field {
     std::uint8_t typeLength = 0;
-    PoolBuffer data;  ///< the bytes and a terminating zero
+    PoolBuffer data;      ///< the bytes and a terminating zero
+    PoolBuffer reserved;  ///< for the next data
     std::span<const std::uint8_t> Bytes() const {
       if (!data.IsAllocated()) return {};
       return data.Bytes().first(FruDefs::DecodeLength(typeLength));
     }
   };
 
-  std::size_t FirstRowIndex() const { return layout_->fixedField.length != 0 ? 1 : 0; }
-  std::size_t FirstCustomIndex() const { return FirstRowIndex() + layout_->fields.size(); }
+  std::size_t RowOf(FruFieldId field) const;
+  std::size_t Length() const { return lengthUnits_ * FruDefs::kUnit; }
+  std::ptrdiff_t PadLength() const;
+  std::span<const std::uint8_t> FixedFieldBytes() const;
+  bool StoreFixedField(std::span<const std::uint8_t> data);
+  bool SetRow(std::size_t row, std::span<const std::uint8_t> data, std::uint8_t typeBits);
   std::span<const Field> Rows() const { return std::span(fields_).first(layout_->fields.size()); }
   std::uint8_t SumWithoutChecksum() const;
 
@@ -134,15 +110,16 @@ class InfoArea {
   bool ParseEnd(std::span<const std::uint8_t> bytes, std::size_t position);
   bool HasRoom(std::uint8_t oldTypeLength, std::size_t newLength) const;
   void Report(const char* text) const;
-  void ReportTooLong(const char* setter, const char* field) const;
+  void ReportTooLong(const char* field) const;
+  bool FailRow(const InfoFieldRow& row, const char* what) const;
 
   const InfoAreaLayout* layout_;
   PoolList<CustomField> customFields_;
   FruWriteMode writeMode_ = FruWriteMode::WriteAndVerify;
   std::uint8_t formatVersion_ = 0;
   std::uint8_t lengthUnits_ = 0;
-  std::array<std::uint8_t, kMaxFixedBytes> fixedBytes_{};
-  std::array<Field, kMaxFields> fields_;
+  std::array<std::uint8_t, kMaxInfoFixedBytes> fixedBytes_{};
+  std::array<Field, kMaxInfoFields> fields_;
   std::uint8_t checksum_ = 0;
   bool isModified_ = false;
   std::array<std::uint8_t, kMaxAreaLength> buffer_{};

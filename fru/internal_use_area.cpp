@@ -6,6 +6,11 @@
 
 namespace varnok {
 
+std::uint32_t CInternalUseArea::GetNumberOfFields() const {
+  TraceScope scope("CInternalUseArea::GetNumberOfFields");
+  return length_ != 0 ? 1 : 0;
+}
+
 std::uint32_t CInternalUseArea::GetFieldIndexFromEnum(FruFieldId field) const {
   TraceScope scope("CInternalUseArea::GetFieldIndexFromEnum");
   return field == FruFieldId::InternalUseData ? 0 : kInvalidFieldIndex;
@@ -22,6 +27,16 @@ bool CInternalUseArea::SetData(std::span<const std::uint8_t> bytes, bool markMod
   length_ = bytes.size();
   if (markModified) isModified_ = true;
   return true;
+}
+
+std::span<const std::uint8_t> CInternalUseArea::GetData() const {
+  TraceScope scope("CInternalUseArea::GetData");
+  return std::span(buffer_).first(length_);
+}
+
+std::size_t CInternalUseArea::GetLength() const {
+  TraceScope scope("CInternalUseArea::GetLength");
+  return length_;
 }
 
 }  // namespace varnok

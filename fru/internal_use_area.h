@@ -13,13 +13,13 @@ namespace varnok {
 class CInternalUseArea {
  public:
   /// 1 when the area holds bytes, else 0.
-  std::uint32_t GetNumberOfFields() const { return length_ != 0 ? 1 : 0; }
+  std::uint32_t GetNumberOfFields() const;
   /// 0 for InternalUseData, else kInvalidFieldIndex.
   std::uint32_t GetFieldIndexFromEnum(FruFieldId field) const;
   /// Replaces the whole area, format version byte included. False, with nothing changed, past 512 bytes.
   bool SetData(std::span<const std::uint8_t> bytes, bool markModified);
-  std::span<const std::uint8_t> GetData() const { return std::span(buffer_).first(length_); }
-  std::size_t GetLength() const { return length_; }
+  std::span<const std::uint8_t> GetData() const;
+  std::size_t GetLength() const;
   FruWriteMode WriteMode() const { return writeMode_; }
   void SetWriteMode(FruWriteMode mode) { writeMode_ = mode; }
   bool IsModified() const { return isModified_; }

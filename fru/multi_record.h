@@ -7,7 +7,7 @@
 #include <span>
 
 #include "fru/fru_types.h"
-#include "fru/pool_list.h"
+#include "firmware/pool_list.h"
 
 namespace varnok {
 

@@ -305,8 +305,4 @@ std::uint32_t SecondsOfDay() {
   return (now.hour * 60u + now.minute) * 60u + now.second;
 }
 
-void IpmiReset() {
-  TheTransport() = {};
-}
-
 }  // namespace varnok

@@ -61,7 +61,4 @@ void DelayMilliseconds(std::uint32_t milliseconds);
 /// Seconds since midnight, by the real-time clock.
 std::uint32_t SecondsOfDay();
 
-/// Forgets the protocol, the BMC's identity and the sequence counters, as if the program had just started.
-void IpmiReset();
-
 }  // namespace varnok

@@ -5,6 +5,7 @@
 #include "app/services/console.h"
 #include "app/services/trace.h"
 #include "firmware/firmware.h"
+#include "firmware/lasting.h"
 #include "platform/smbios_table.h"
 
 namespace varnok {
@@ -17,7 +18,9 @@ constexpr std::uint32_t kMemoryArrayType = 16;
 constexpr std::uint32_t kMemoryDeviceType = 17;
 constexpr std::uint32_t kNoSocketNumber = 65535;
 
-const void* entryPoint = nullptr;
+struct SmbiosAccess {
+  const void* entryPoint = nullptr;
+};
 
 bool Matches(const SmbiosStructure& structure, std::uint32_t type, std::uint32_t handle) {
   return (type == kSmbiosAny || structure.type() == type) &&
@@ -65,6 +68,7 @@ std::uint32_t SocketNumber(std::string_view designation) {
 Status SmbiosInitialize() {
   TraceScope scope("SmbiosInitialize");
   if (!TheFirmware().HasImageHandle()) Print("smbiosapi.cpp - in Initialize ImageHandle returned null \n");
+  const void*& entryPoint = Lasting<SmbiosAccess>().entryPoint;
   entryPoint = TheFirmware().FindConfigurationTable(kSmbiosTableGuid);
   if (entryPoint != nullptr) return kSuccess;
   Trace("SmbiosInitialize - SMBIOS table not found", 1);
@@ -76,7 +80,7 @@ Status SmbiosGetStructure(std::uint32_t type, std::uint32_t handle, SmbiosRecord
   TraceScope scope("SmbiosGetStructure");
   record = {};
   size = 0;
-  std::optional<SmbiosTable> table = SmbiosTable::Open(entryPoint);
+  std::optional<SmbiosTable> table = SmbiosTable::Open(Lasting<SmbiosAccess>().entryPoint);
   std::size_t offset = handle >= kSmbiosAny ? cursor : 0;
   for (std::size_t visited = 0; table && visited < table->structureCount(); ++visited) {
     // A structure of a broken length hides where the next one starts: the table ends there.

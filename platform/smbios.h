@@ -2,7 +2,6 @@
 // board and chassis records; the look-ups that script probes make.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -36,8 +35,8 @@ Status SmbiosDisplay();
 /// Names a file that the display appends to as well; an empty name ends that.
 void SmbiosSetOutputFile(std::u16string_view name);
 
-/// The text of the last failed display; null when there was none.
-const char16_t* SmbiosGetLastErrorMessage();
+/// The text of the last failed display; null when there was none. Always kSuccess.
+Status SmbiosGetLastErrorMessage(const char16_t*& text);
 
 /// Shows text, and appends it to the output file while a display has one open.
 void SmbiosPrintText(std::u16string_view text);
@@ -51,8 +50,8 @@ void SmbiosPrint(const char* format, const Arguments&... arguments) {
 template <class... Arguments>
 void SmbiosFormat(std::span<char16_t> buffer, const char* format, const Arguments&... arguments) {
   if (buffer.empty()) return;
-  std::u16string text = FormatUpTo(buffer.size() - 1, format, arguments...);
-  *std::copy(text.begin(), text.end(), buffer.begin()) = u'\0';
+  std::u16string_view text = FormatInto(buffer.first(buffer.size() - 1), format, arguments...);
+  buffer[text.size()] = u'\0';
 }
 
 // Look-ups; uefi_status::kNotFound when a structure is missing. The result is unchanged then.

@@ -131,9 +131,10 @@ void SmbiosSetOutputFile(std::u16string_view name) {
   TheDisplay().fileName = name;
 }
 
-const char16_t* SmbiosGetLastErrorMessage() {
+Status SmbiosGetLastErrorMessage(const char16_t*& text) {
   TraceScope scope("SmbiosGetLastErrorMessage");
-  return TheDisplay().lastError;
+  text = TheDisplay().lastError;
+  return kSuccess;
 }
 
 void SmbiosPrintText(std::u16string_view text) {

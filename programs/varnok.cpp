@@ -1,6 +1,7 @@
 // The Linux program: the core over a simulated board, or over this computer's own BMC.
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -15,7 +16,10 @@ using namespace varnok;
 /// VARNOK_BOARD names a folder, or the kernel's IPMI device.
 std::unique_ptr<host::Machine> OpenMachine(std::string& error) {
   const char* board = std::getenv("VARNOK_BOARD");
-  if (board != nullptr && std::string_view(board).starts_with("/dev/"))
+  // What the name is decides, not how it begins: a folder in /dev/shm is a board's folder.
+  std::error_code ignored;
+  if (board != nullptr && std::string_view(board).starts_with("/dev/") &&
+      !std::filesystem::is_directory(board, ignored))
     return host::OpenLinuxMachine(board, error);
   std::string notice;
   auto machine = sim::OpenBoard(sim::ProcessEnvironment, notice, error);
@@ -26,6 +30,7 @@ std::unique_ptr<host::Machine> OpenMachine(std::string& error) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  sim::TakeStandardDescriptors();
   std::string error;
   std::unique_ptr<host::Machine> machine = OpenMachine(error);
   if (machine == nullptr) {

@@ -10,6 +10,7 @@
 
 #include "programs/board/command.h"
 #include "programs/board/output.h"
+#include "sim/board_source.h"
 
 namespace varnok::companion {
 
@@ -96,6 +97,7 @@ int Run(int argc, char* argv[]) {
 
 int main(int argc, char* argv[]) {
   using namespace varnok::companion;
+  varnok::sim::TakeStandardDescriptors();
   try {
     const int status = Run(argc, argv);
     // A result that did not reach its file or pipe is no result.

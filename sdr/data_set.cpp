@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "app/services/text.h"
 #include "firmware/lasting.h"
 
 namespace varnok {
@@ -15,10 +14,6 @@ void SdrState::SetLastError(std::u16string_view text) {
   std::size_t length = std::min(text.size(), kMessageCapacity - 1);
   std::copy_n(text.begin(), length, lastError.begin());
   lastError[length] = 0;
-}
-
-void SdrState::SetLastError(const char* text) {
-  SetLastError(Widen(text));
 }
 
 }  // namespace varnok

@@ -12,15 +12,12 @@
 
 #include "app/services/callbacks.h"
 #include "firmware/pool.h"
-#include "sdr/record.h"
+#include "sdr/record_types.h"
 
 namespace varnok {
 
-/// The record types, in the order in which records are kept, written and compared.
-inline constexpr std::array<std::uint8_t, 11> kSdrTypeOrder{0x01, 0x02, 0x03, 0x08, 0x09, 0x10,
-                                                            0x11, 0x12, 0x13, 0x14, 0xC0};
-
-using SdrTypeList = std::array<std::list<PoolPtr<CSdr>>, kSdrTypeOrder.size()>;
+/// A list of records for each type, in the order of kSdrTypes.
+using SdrTypeList = std::array<std::list<PoolPtr<CSdr>>, kSdrTypeCount>;
 
 /// Get SDR Repository Info (IPMI v2.0, section 33.9).
 struct SdrRepositoryInfo {
@@ -63,11 +60,11 @@ struct SdrState {
   std::unique_ptr<File> output;  ///< open while a display or a commit writes into it
   bool isPaging = false;
   bool isDisplaying = false;
-  std::uint32_t lineCounter = 0;  ///< of the SDR file
+  std::uint32_t lineCounter = 0;          ///< of the SDR file
+  std::uint32_t LastFailingRecordId = 0;  ///< of a read, or of a decode with its bytes exchanged
   std::array<char16_t, kMessageCapacity> lastError{u"ERROR: DLL not initialized."};
 
   void SetLastError(std::u16string_view text);
-  void SetLastError(const char* text);
 };
 
 /// The state of this process.

@@ -4,8 +4,9 @@
 
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "platform/smbios.h"
 #include "sdr/file_keys.h"
-#include "sdr/utility.h"
+#include "sdr/record_lists.h"
 
 namespace varnok {
 namespace {
@@ -13,12 +14,15 @@ namespace {
 constexpr std::string_view kCommentMarker = "//";
 constexpr char kQuote = '\'';
 
+constexpr const char* kReadRecord = "SdrReadFile::ReadRecFromFile";
+constexpr const char* kReadRecords = "SdrReadFile::ReadSdrRecordsFromFile";
+
 void SetMessage(const char* format, std::uint32_t line) {
-  TheSdr().SetLastError(FormatWide(format, line));
+  SmbiosFormat(TheSdr().lastError, format, line);
 }
 
 void SetNotFound(std::string_view token) {
-  TheSdr().SetLastError(FormatWide("Invalid file: Token %s not found.\n", token));
+  SmbiosFormat(TheSdr().lastError, "Invalid file: Token %s not found.\n", token);
 }
 
 /// Puts the last-error text back: a search that may well find nothing is no error of the file.
@@ -31,26 +35,26 @@ class MessageKeeper {
   std::array<char16_t, SdrState::kMessageCapacity> text_;
 };
 
-/// Reads and counts a line and cuts its comment; false with the message when it cannot be read.
-bool ReadLine(SdrFileLines& file, const char* operation, std::string_view& line) {
+/// Reads and counts a line and cuts its comment. kCannotReadFile with the message.
+Status ReadLine(SdrFileLines& file, const char* operation, std::string_view& line) {
   std::uint32_t& counter = TheSdr().lineCounter;
   if (!file.Read(line)) {
-    Trace("%s - Error Reading File", 1, operation);
     SetMessage("Invalid file: Unable to read line #%d.\n", counter);
-    return false;
+    return Fail(operation, "Error Reading File", sdr_status::kCannotReadFile);
   }
   ++counter;
   line = line.substr(0, line.find(kCommentMarker));
-  return true;
+  return kSuccess;
 }
 
-/// The value behind a token that stands at `found`. Blanks are skipped as long as the line has a blank as far
-/// from its own start as they are from the token's: any number of them for a key that starts its line, seldom
-/// more than the separator for an indented one. Files are written with that in mind.
+/// The value behind a token that stands at `found`. Behind the separator a blank is skipped only while the line
+/// has a blank as far from its own start as it stands from the token's: any number of them for a key that starts
+/// its line, seldom one for an indented key. Files are written with that in mind.
 std::string ValueBehind(std::string_view line, std::size_t found, std::size_t tokenLength) {
+  std::string_view fromToken = line.substr(found);
   std::size_t start = tokenLength + 1;
-  while (start < line.size() && IsBlank(line[start])) ++start;
-  return found + start < line.size() ? std::string(line.substr(found + start)) : std::string();
+  while (start < fromToken.size() && IsBlank(fromToken[start]) && IsBlank(line[start])) ++start;
+  return start < fromToken.size() ? std::string(fromToken.substr(start)) : std::string();
 }
 
 bool EndsBlock(std::string_view line) {
@@ -64,7 +68,7 @@ Status Search(SdrFileLines& file, const char* operation, std::string_view token,
   for (;;) {
     if (range == Range::Block && file.IsAtEnd()) return sdr_status::kHeaderKeyMissing;
     std::string_view line;
-    if (!ReadLine(file, operation, line)) return sdr_status::kCannotReadFile;
+    if (Status status = ReadLine(file, operation, line); status != kSuccess) return status;
     if (std::size_t found = line.find(token); found != std::string_view::npos) {
       value = ValueBehind(line, found, token.size());
       return kSuccess;
@@ -90,12 +94,11 @@ bool ScanBytes(std::string_view line, std::vector<std::uint8_t>& bytes) {
   }
   std::size_t i = 0;
   while (i < line.size()) {
-    if (HexDigitValue(line[i]) < 0) {
-      ++i;
-      continue;
-    }
-    bytes.push_back(static_cast<std::uint8_t>(SdrUtility::AHextoUINT32(line.substr(i, 2))));
-    i += 2;
+    int digit = HexDigitValue(line[i++]);
+    if (digit < 0) continue;
+    int next = i < line.size() ? HexDigitValue(line[i]) : -1;
+    bytes.push_back(static_cast<std::uint8_t>(next < 0 ? digit : digit << 4 | next));
+    ++i;
   }
   return true;
 }
@@ -116,15 +119,13 @@ Status ReadTags(SdrFileLines& file, SdrTagList& tags) {
 }
 
 Status ReadBytes(SdrFileLines& file, std::uint32_t count, std::vector<std::uint8_t>& record) {
-  constexpr const char* kOperation = "SdrReadFile::ReadRecFromFile";
   TheSdr().lineCounter = 0;
   while (record.size() < count) {
     std::string_view line;
-    if (!ReadLine(file, kOperation, line)) return sdr_status::kCannotReadFile;
+    if (Status status = ReadLine(file, kReadRecord, line); status != kSuccess) return status;
     if (!ScanBytes(line, record)) {
-      Trace("%s - Error - Unterminated String", 1, kOperation);
       SetMessage("Invalid file: Missing terminator line #%d.\n", TheSdr().lineCounter);
-      return sdr_status::kUnterminatedText;
+      return Fail(kReadRecord, "Error - Unterminated String", sdr_status::kUnterminatedText);
     }
   }
   return kSuccess;
@@ -133,14 +134,12 @@ Status ReadBytes(SdrFileLines& file, std::uint32_t count, std::vector<std::uint8
 Status CheckRecord(std::span<const std::uint8_t> record, std::uint32_t type, std::uint32_t count) {
   constexpr std::size_t kTypeByte = 3;
   if (record.size() <= kTypeByte || record[kTypeByte] != type) {
-    Trace("SdrReadFile::ReadRecFromFile - Record Types don't match", 1);
     SetMessage("Invalid file: SDR Record type incorrect line #%d.\n", TheSdr().lineCounter);
-    return sdr_status::kFileType;
+    return Fail(kReadRecord, "Record Types don't match", sdr_status::kFileType);
   }
   if (record.size() != count) {
-    Trace("SdrReadFile::ReadRecFromFile - Bad Record Length", 1);
     SetMessage("Invalid file: SDR Record length incorrect line #%d.\n", TheSdr().lineCounter);
-    return sdr_status::kFileLength;
+    return Fail(kReadRecord, "Bad Record Length", sdr_status::kFileLength);
   }
   return kSuccess;
 }
@@ -150,21 +149,27 @@ Status LoadRecord(SdrFileLines& file, SdrTypeList& lists) {
   std::vector<std::uint8_t> record;
   SdrTagList tags;
   Status status = SdrReadFile::ReadRecFromFile(file, record, tags);
-  if (status == sdr_status::kTokenNotFound) {
-    Trace("SdrReadFile::ReadSdrRecordsFromFile - Invalid SDR File", 1);
-    return sdr_status::kBadRecordInFile;
-  }
+  if (status == sdr_status::kTokenNotFound)
+    return Fail(kReadRecords, "Invalid SDR File", sdr_status::kBadRecordInFile);
   if (status != kSuccess) return status;
   PoolPtr<CSdr> object;
-  if (status = SdrUtility::CreateSDRTypeObject(record[3], object); status != kSuccess) return status;
-  if (!tags.empty()) (void)object->AddTags(tags);
-  if (status = object->DecodeSDR(record); status != kSuccess) return status;
-  (void)object->CopyrawSDR(record);
+  if (status = SdrUtility::MakeRecord(record, tags, object); status != kSuccess) return status;
   lists[SdrUtility::PositionOfType(record[3])].push_back(std::move(object));
   return kSuccess;
 }
 
 }  // namespace
+
+std::uint32_t SdrUtility::AHextoUINT32(std::string_view text) {
+  TraceScope scope("SdrUtility::AHextoUINT32");
+  std::uint32_t number = 0;
+  for (char character : text) {
+    int digit = HexDigitValue(character);
+    if (digit < 0) break;
+    number = number << 4 | static_cast<std::uint32_t>(digit);
+  }
+  return number;
+}
 
 Status SdrReadFile::FIL_SearchForToken(SdrFileLines& file, std::string_view token, std::string& value) {
   TraceScope scope("SdrReadFile::FIL_SearchForToken");
@@ -192,9 +197,10 @@ Status SdrReadFile::FIL_CheckSDRFileHeader(SdrFileLines& file) {
   return kSuccess;
 }
 
-Status SdrReadFile::FIL_CountIPMI10SDRTypes(SdrFileLines& file, const std::array<std::uint8_t, 11>& typeOrder,
+Status SdrReadFile::FIL_CountIPMI10SDRTypes(SdrFileLines& file, const SdrTypeOrder& typeOrder,
                                             SdrTypeCounts& counts, std::uint32_t& total) {
-  TraceScope scope("SdrReadFile::FIL_CountIPMI10SDRTypes");
+  constexpr const char* kName = "SdrReadFile::FIL_CountIPMI10SDRTypes";
+  TraceScope scope(kName);
   counts.fill(0);
   total = 0;
   for (;;) {
@@ -210,11 +216,10 @@ Status SdrReadFile::FIL_CountIPMI10SDRTypes(SdrFileLines& file, const std::array
     if (status != kSuccess) return status;
     auto type = std::find(typeOrder.begin(), typeOrder.end(), SdrUtility::AHextoUINT32(value));
     if (type == typeOrder.end()) {
-      Trace("SdrReadFile::FIL_CountIPMI10SDRTypes - SDR Type Not Supported", 1);
       file.SetPosition(position);
       TheSdr().lineCounter = line;
       SetMessage("Invalid file: Unsupported record type line #%d.\n", line);
-      return sdr_status::kFileTypeNotSupported;
+      return Fail(kName, "SDR Type Not Supported", sdr_status::kFileTypeNotSupported);
     }
     ++counts[static_cast<std::size_t>(type - typeOrder.begin())];
     ++total;
@@ -222,7 +227,7 @@ Status SdrReadFile::FIL_CountIPMI10SDRTypes(SdrFileLines& file, const std::array
 }
 
 Status SdrReadFile::ReadRecFromFile(SdrFileLines& file, std::vector<std::uint8_t>& record, SdrTagList& tags) {
-  TraceScope scope("SdrReadFile::ReadRecFromFile");
+  TraceScope scope(kReadRecord);
   std::string value;
   if (Status status = FIL_SearchForToken(file, sdr_key::kType, value); status != kSuccess) return status;
   std::uint32_t type = SdrUtility::AHextoUINT32(value);
@@ -230,16 +235,13 @@ Status SdrReadFile::ReadRecFromFile(SdrFileLines& file, std::vector<std::uint8_t
   if (Status status = FIL_SearchForTokenWithinRecord(file, sdr_key::kLength, value); status != kSuccess)
     return status;
   std::uint32_t count = SdrUtility::AHextoUINT32(value);
-  if (count == 0) {
-    Trace("SdrReadFile::ReadRecFromFile - Invalid SDR File", 1);
-    return sdr_status::kBadRecordInFile;
-  }
+  if (count == 0) return Fail(kReadRecord, "Invalid SDR File", sdr_status::kBadRecordInFile);
   if (Status status = ReadBytes(file, count, record); status != kSuccess) return status;
   return CheckRecord(record, type, count);
 }
 
 Status SdrReadFile::ReadSdrRecordsFromFile(SdrFileLines& file, SdrTypeList& lists) {
-  TraceScope scope("SdrReadFile::ReadSdrRecordsFromFile");
+  TraceScope scope(kReadRecords);
   if (Status status = FIL_CheckSDRFileHeader(file); status != kSuccess) return status;
   std::size_t position = file.Position();
   std::uint32_t line = TheSdr().lineCounter;

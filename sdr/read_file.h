@@ -19,12 +19,12 @@ Status ReadSdrRecordsFromFile(SdrFileLines& file, SdrTypeList& lists);
 /// Finds the header's keys, in their order. kHeaderKeyMissing, kCannotReadFile.
 Status FIL_CheckSDRFileHeader(SdrFileLines& file);
 
-using SdrTypeCounts = std::array<std::uint32_t, kSdrTypeOrder.size()>;
+using SdrTypeCounts = std::array<std::uint32_t, kSdrTypeCount>;
 
 /// Counts the records from here to the end of the block. kFileTypeNotSupported, kHeaderKeyMissing when the
 /// block does not end, kCannotReadFile.
-Status FIL_CountIPMI10SDRTypes(SdrFileLines& file, const std::array<std::uint8_t, 11>& typeOrder,
-                               SdrTypeCounts& counts, std::uint32_t& total);
+Status FIL_CountIPMI10SDRTypes(SdrFileLines& file, const SdrTypeOrder& typeOrder, SdrTypeCounts& counts,
+                               std::uint32_t& total);
 
 /// Reads the next record: its bytes and its tags. kTokenNotFound, kBadRecordInFile, kCannotReadFile,
 /// kUnterminatedText, kFileType, kFileLength.
@@ -37,3 +37,10 @@ Status FIL_SearchForToken(SdrFileLines& file, std::string_view token, std::strin
 Status FIL_SearchForTokenWithinRecord(SdrFileLines& file, std::string_view token, std::string& value);
 
 }  // namespace varnok::SdrReadFile
+
+namespace varnok::SdrUtility {
+
+/// Hexadecimal digits up to the first other character; the low 32 bits of a longer number, 0 without digits.
+std::uint32_t AHextoUINT32(std::string_view text);
+
+}  // namespace varnok::SdrUtility

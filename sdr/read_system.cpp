@@ -3,36 +3,26 @@
 #include <algorithm>
 
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
+#include "firmware/ipmi.h"
 #include "sdr/repository_request.h"
-#include "sdr/utility.h"
+#include "sdr/output.h"
 
 namespace varnok {
 namespace {
 
 constexpr std::size_t kChunk = 16;
 
-std::uint16_t WordOf(const IpmiMessage& message, std::size_t offset) {
-  return static_cast<std::uint16_t>(message.data[offset] | message.data[offset + 1] << 8);
-}
-
-std::uint32_t LongOf(const IpmiMessage& message, std::size_t offset) {
-  return WordOf(message, offset) | static_cast<std::uint32_t>(WordOf(message, offset + 2)) << 16;
-}
-
 /// Get SDR (IPMI v2.0, section 33.12): `count` bytes from `offset` on.
-IpmiResult GetRecordPart(const SdrReservation& reservation, std::uint16_t recordId, std::uint8_t offset,
-                         std::uint8_t count, IpmiMessage& response) {
-  const std::uint8_t data[] = {reservation[0],
-                               reservation[1],
-                               static_cast<std::uint8_t>(recordId),
-                               static_cast<std::uint8_t>(recordId >> 8),
-                               offset,
-                               count};
-  return SendSdrRequest(sdr_command::kGetRecord, data, response);
+IpmiResult GetRecordPart(std::uint16_t reservation, std::uint16_t recordId, std::uint8_t offset, std::uint8_t count,
+                         IpmiMessage& response) {
+  std::array<std::uint8_t, 6> data;
+  ByteWriter(data).Word(reservation).Word(recordId).Byte(offset).Byte(count);
+  return SendSdrRequest(ipmi_command::kGetSdr, data, response);
 }
 
 Status ReadFailure(IpmiResult result, std::uint16_t recordId) {
-  if (result != ipmi_result::kCompletionCode) LastFailingRecordId = recordId;
+  if (result != ipmi_result::kCompletionCode) TheSdr().LastFailingRecordId = recordId;
   return SdrRequestFailure("SdrReadSystem::ReadRecFromBMC", result, "Error Reading SDR",
                            sdr_status::kReadFailed);
 }
@@ -54,21 +44,22 @@ Status SdrReadSystem::LoadSdrProperties(SdrRepositoryInfo& info) {
   constexpr const char* kTracedAs = "SdrReadSystem::CountIPMI10SDRTypes";
   info.extra = 0;
   IpmiMessage response;
-  IpmiResult result = SendSdrRequest(sdr_command::kGetInfo, {}, response);
+  IpmiResult result = SendSdrRequest(ipmi_command::kGetSdrRepositoryInfo, {}, response);
   if (result != ipmi_result::kSuccess)
     return SdrRequestFailure(kTracedAs, result, "Error Reading SDR Info", sdr_status::kRequestFailed);
-  info.version = response.data[0];
-  info.recordCount = WordOf(response, 1);
-  info.freeSpace = WordOf(response, 3);
-  info.lastAddition = LongOf(response, 5);
-  info.lastErase = LongOf(response, 9);
-  info.support = response.data[13];
+  ByteReader answer(response.data);
+  info.version = answer.Byte();
+  info.recordCount = answer.Word();
+  info.freeSpace = answer.Word();
+  info.lastAddition = answer.Dword();
+  info.lastErase = answer.Dword();
+  info.support = answer.Byte();
   return kSuccess;
 }
 
 Status SdrReadSystem::ReadRecFromBMC(std::span<std::uint8_t> record, std::uint16_t& recordId) {
   TraceScope scope("SdrReadSystem::ReadRecFromBMC");
-  SdrReservation reservation;
+  std::uint16_t reservation = 0;
   if (Status status = ReserveSdrRepository("SdrReadSystem::ReadRecFromBMC", reservation); status != kSuccess)
     return status;
   const std::uint16_t asked = recordId;
@@ -76,7 +67,7 @@ Status SdrReadSystem::ReadRecFromBMC(std::span<std::uint8_t> record, std::uint16
   IpmiResult result = GetRecordPart(reservation, asked, 0, SdrRecordHeader::kSize, response);
   if (result != ipmi_result::kSuccess || !CopyRecordPart(response, SdrRecordHeader::kSize, record))
     return ReadFailure(result, asked);
-  recordId = WordOf(response, 0);
+  recordId = WordAt(response.data, 0);
   std::size_t size = SdrRecordSize(record);
   if (size < SdrRecordHeader::kSize + 1) return kSuccess;
   // Offset and size are 8-bit numbers here: a record of 256 bytes or more, which no BMC can address, takes
@@ -96,23 +87,29 @@ Status SdrReadSystem::ReadRecFromBMC(std::span<std::uint8_t> record, std::uint16
 Status SdrReadSystem::SendRecordToBMC(std::span<const std::uint8_t> record) {
   constexpr const char* kOperation = "SdrReadSystem::SendRecordToBMC";
   constexpr std::size_t kPrefix = 6;
+  constexpr std::size_t kIdLength = 2;
   TraceScope scope(kOperation);
-  SdrReservation reservation;
+  std::uint16_t reservation = 0;
   if (Status status = ReserveSdrRepository(kOperation, reservation); status != kSuccess) return status;
-  std::array<std::uint8_t, kPrefix + kChunk> data{reservation[0], reservation[1]};
+  std::array<std::uint8_t, kPrefix + kChunk> data;
+  std::uint16_t recordId = 0;
   for (std::size_t offset = 0; offset < record.size(); offset += kChunk) {
     std::size_t count = std::min(kChunk, record.size() - offset);
-    data[4] = static_cast<std::uint8_t>(offset);
-    data[5] = offset + count == record.size() ? 1 : 0;  // last data
-    std::copy_n(record.begin() + offset, count, data.begin() + kPrefix);
+    const bool isLast = offset + count == record.size();
+    ByteWriter(data)
+        .Word(reservation)
+        .Word(recordId)
+        .Byte(static_cast<std::uint8_t>(offset))
+        .Byte(isLast ? 1 : 0)
+        .Bytes(record.subspan(offset, count));
     IpmiMessage response;
     IpmiResult result =
-        SendSdrRequest(sdr_command::kPartialAdd, std::span(data).first(kPrefix + count), response);
+        SendSdrRequest(ipmi_command::kPartialAddSdr, std::span(data).first(kPrefix + count), response);
     // The BMC names the record in its answer to the first piece; the pieces that follow need the name.
-    bool isIdMissing = offset == 0 && count < record.size() && response.dataLength < 2;
+    const bool isIdMissing = offset == 0 && !isLast && response.dataLength < kIdLength;
     if (result != ipmi_result::kSuccess || isIdMissing)
       return SdrRequestFailure(kOperation, result, "Error Reading SDR Info", sdr_status::kRequestFailed);
-    if (offset == 0) std::copy_n(response.data.begin(), 2, data.begin() + 2);
+    if (offset == 0) recordId = WordAt(response.data, 0);
   }
   return kSuccess;
 }
@@ -124,19 +121,20 @@ Status SdrReadSystem::ClearSDRRepository() {
   constexpr std::uint8_t kCompleted = 1;
   constexpr int kMostPolls = 3;
   TraceScope scope(kOperation);
-  SdrUtility::Print("\n%s\n\n", "\nClearing SDR repository");
-  SdrReservation reservation;
+  SdrUtility::PrintText(u"\n\nClearing SDR repository\n\n");
+  std::uint16_t reservation = 0;
   if (Status status = ReserveSdrRepository(kOperation, reservation); status != kSuccess) return status;
-  std::array<std::uint8_t, 6> data{reservation[0], reservation[1], 'C', 'L', 'R', kStartErase};
+  std::array<std::uint8_t, 6> data;
+  ByteWriter(data).Word(reservation).Byte('C').Byte('L').Byte('R').Byte(kStartErase);
   IpmiMessage response;
-  IpmiResult result = SendSdrRequest(sdr_command::kClear, data, response);
+  IpmiResult result = SendSdrRequest(ipmi_command::kClearSdrRepository, data, response);
   if (result != ipmi_result::kSuccess)
     return SdrRequestFailure(kOperation, result, "Error Reading SDR Info", sdr_status::kRequestFailed);
   data[5] = kGetState;
   for (int polls = 0; response.data[0] != kCompleted && polls < kMostPolls; ++polls) {
     Sleep(1);
-    if (SendSdrRequest(sdr_command::kClear, data, response) != ipmi_result::kSuccess)
-      return SdrFailure(kOperation, "Error Reading SDR Info", sdr_status::kRequestFailed);
+    if (SendSdrRequest(ipmi_command::kClearSdrRepository, data, response) != ipmi_result::kSuccess)
+      return Fail(kOperation, "Error Reading SDR Info", sdr_status::kRequestFailed);
   }
   return kSuccess;
 }

@@ -7,6 +7,18 @@
 
 #include "sdr/data_set.h"
 
+namespace varnok {
+
+/// What a walk through the repository does with its records.
+class SdrRecordTaker {
+ public:
+  virtual ~SdrRecordTaker() = default;
+  /// Takes the record at the start of `raw`; another status than 0 ends the walk.
+  virtual Status Take(std::span<const std::uint8_t> raw) = 0;
+};
+
+}  // namespace varnok
+
 namespace varnok::SdrReadSystem {
 
 /// The longest record that a header can announce; the room that ReadRecFromBMC needs.
@@ -31,6 +43,8 @@ Status ClearSDRRepository();
 /// the progress in display mode. An unsupported or malformed record ends the walk with its status;
 /// next-record IDs that run in a circle end it with kReadFailed. Records read before stay in the lists.
 Status LoadSdrRecordsToList(SdrTypeList& lists);
+/// The same walk for any taker.
+Status WalkRepository(SdrRecordTaker& taker);
 
 void Sleep(std::uint32_t seconds);
 

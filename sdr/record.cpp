@@ -4,6 +4,7 @@
 
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
 
 namespace varnok {
 
@@ -22,13 +23,12 @@ Status CSdr::GetOEMData(std::span<const std::uint8_t>&) const {
 }
 
 Status CSdr::DecodeHeader(std::span<const std::uint8_t> raw, SdrRecordHeader& header) {
-  TraceScope scope("CSdr::DecodeHeader");
+  constexpr const char* kName = "CSdr::DecodeHeader";
   constexpr std::uint8_t kLeastLength = 5;
-  if (raw.size() < SdrRecordHeader::kSize || raw[4] < kLeastLength) {
-    Trace("CSdr::DecodeHeader - Bad Record Length", 1);
-    return sdr_status::kBadRecordLength;
-  }
-  header = {static_cast<std::uint16_t>(raw[0] + 256 * raw[1]), raw[2], raw[3], raw[4]};
+  TraceScope scope(kName);
+  if (raw.size() < SdrRecordHeader::kSize || raw[4] < kLeastLength)
+    return Fail(kName, "Bad Record Length", sdr_status::kBadRecordLength);
+  header = {WordAt(raw, 0), raw[2], raw[3], raw[4]};
   return kSuccess;
 }
 
@@ -45,7 +45,7 @@ Status CSdr::CopyrawSDR(std::span<const std::uint8_t> raw) {
 Status CSdr::WriteSDRToBuffer(std::span<std::uint8_t> buffer, std::size_t& length) const {
   TraceScope scope("CSdr::WriteSDRToBuffer");
   if (buffer.size() < rawLength_ || rawLength_ == 0) return kSuccess;
-  std::copy(raw_.begin(), raw_.end(), buffer.begin());
+  std::copy_n(raw_.begin(), rawLength_, buffer.begin());
   length = rawLength_;
   return kSuccess;
 }
@@ -86,15 +86,12 @@ Status CSdr::BinaryFormat(std::uint32_t value, unsigned width, std::u16string& t
   return isTooWide ? sdr_status::kValueTooWide : kSuccess;
 }
 
-const char16_t* CSdr::StoreText(const char* text) {
-  return StoreText(Widen(text));
-}
-
 const char16_t* CSdr::StoreText(std::u16string_view text) {
   std::size_t length = std::min(text.size(), kTextCapacity - 1);
-  std::copy_n(text.begin(), length, text_.begin());
-  text_[length] = 0;
-  return text_.data();
+  if (text_ == nullptr) text_ = std::make_unique<std::array<char16_t, kTextCapacity>>();
+  std::copy_n(text.begin(), length, text_->begin());
+  (*text_)[length] = 0;
+  return text_->data();
 }
 
 }  // namespace varnok

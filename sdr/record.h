@@ -1,6 +1,5 @@
 // One sensor data record (IPMI v2.0, section 43): its raw bytes, the tags it carries in a file, and its
-// fields by number, with title, byte location and value text. The record types are classes over the row lists
-// of record_rows.h.
+// fields by number, with title, byte location and value text. record_types.h lists the types.
 #pragma once
 
 #include <array>
@@ -8,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <list>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -33,10 +33,8 @@ struct SdrRecordHeader {
 /// The whole record's size by its fifth byte; 0 when there are fewer than five.
 std::size_t SdrRecordSize(std::span<const std::uint8_t> raw);
 
-/// The record ID of the last failed read or decode.
-inline std::uint32_t LastFailingRecordId = 0;
-
-/// Base of all record classes. Texts that it hands out stay valid until the next call that builds one.
+/// Base of all record classes. Values, names and titles of records stay valid until the object builds the next
+/// one; titles and locations of fields for ever.
 class CSdr {
  public:
   static constexpr std::int64_t FieldNotSelected = std::numeric_limits<std::int64_t>::max();
@@ -80,10 +78,14 @@ class CSdr {
 
   void SelectField(std::int64_t field) { selectedField_ = field; }
   const SdrTagList& Tags() const { return tags_; }
-  std::span<const std::uint8_t> Raw() const { return raw_; }
+  std::span<const std::uint8_t> Raw() const { return std::span(raw_).first(rawLength_); }
+  /// Makes room for any record, so that decoding and keeping one need no memory.
+  void ReserveRaw() { raw_.reserve(kLargestKept); }
   const SdrRecordHeader& Header() const { return header_; }
 
  protected:
+  // The longest record that CopyrawSDR keeps.
+  static constexpr std::size_t kLargestKept = 0xFF;
   // The longest text of a record.
   static constexpr std::size_t kTextCapacity = 256;
 
@@ -91,14 +93,14 @@ class CSdr {
   Status WriteRecHdr(File& file) const;
   static Status wfprintf(File& file, std::string_view text);
   const char16_t* StoreText(std::u16string_view text);
-  const char16_t* StoreText(const char* text);
 
-  std::uint8_t rawLength_ = 0;
+  std::uint8_t rawLength_ = 0;  ///< 0 until CopyrawSDR
   SdrTagList tags_;
   bool isDecoded_ = false;
   std::int64_t selectedField_ = FieldNotSelected;
-  std::array<char16_t, kTextCapacity> text_{};
-  std::vector<std::uint8_t> raw_;
+  /// Made with the first text: most records of a repository are never asked for one.
+  std::unique_ptr<std::array<char16_t, kTextCapacity>> text_;
+  std::vector<std::uint8_t> raw_;  ///< since DecodeSDR or CopyrawSDR
   SdrRecordHeader header_;
 };
 
@@ -114,6 +116,8 @@ class CSdrByRows : public CSdr {
   Status GetName(const char16_t*& text) override;
   Status GetSdrTitle(const char16_t*& text) override;
   Status GetTypeAsInteger(std::uint32_t& code) const override;
+  /// The data behind an OEM record's manufacturer ID, at most 16 bytes of it; nothing for the other types.
+  Status GetOEMData(std::span<const std::uint8_t>& data) const override;
 
   /// Bits of the decoded record; 0 before the decode and past its end.
   std::uint32_t Bits(SdrBits where) const;
@@ -121,78 +125,24 @@ class CSdrByRows : public CSdr {
  protected:
   explicit CSdrByRows(const SdrTypeRows& type) : type_(type) {}
 
-  std::span<const std::uint8_t> OemData() const;
-
-  const SdrTypeRows& type_;
-
  private:
-  // A full sensor record with the longest ID string.
-  static constexpr std::size_t kLargestRecord = 48 + 30;
-
   bool HasLegalLength(std::span<const std::uint8_t> raw) const;
   bool HasTitlesOfItsOwn() const;
   std::uint32_t Number(const SdrPlace& place) const;
-  const char* TitleOf(const SdrFieldRow& row) const;
+  const char16_t* TitleOf(const SdrFieldRow& row) const;
   std::u16string ValueOf(const SdrFieldRow& row) const;
   std::u16string ValueOfField(std::size_t field) const { return ValueOf(type_.rows[field]); }
   std::u16string IdString() const;
-  std::u16string OemText() const;
+  std::span<const std::uint8_t> OemData() const;
+  bool IsOemText() const;
   std::span<const std::uint8_t> BytesFrom(std::size_t byte) const;
 
   // The file writer, in record_writer.cpp.
   Status WriteBytes(File& file) const;
   Status WriteRowAt(File& file, std::size_t& byte) const;
-  std::string LabelOfByte(std::size_t byte) const;
+  std::u16string LabelOfByte(std::size_t byte) const;
 
-  std::array<std::uint8_t, kLargestRecord> decoded_{};
-  std::size_t decodedSize_ = 0;
-};
-
-class CSdrType01 final : public CSdrByRows {
- public:
-  CSdrType01() : CSdrByRows(kSdrType01) {}
-};
-class CSdrType02 final : public CSdrByRows {
- public:
-  CSdrType02() : CSdrByRows(kSdrType02) {}
-};
-class CSdrType03 final : public CSdrByRows {
- public:
-  CSdrType03() : CSdrByRows(kSdrType03) {}
-};
-class CSdrType08 final : public CSdrByRows {
- public:
-  CSdrType08() : CSdrByRows(kSdrType08) {}
-};
-class CSdrType09 final : public CSdrByRows {
- public:
-  CSdrType09() : CSdrByRows(kSdrType09) {}
-};
-class CSdrType10 final : public CSdrByRows {
- public:
-  CSdrType10() : CSdrByRows(kSdrType10) {}
-};
-class CSdrType11 final : public CSdrByRows {
- public:
-  CSdrType11() : CSdrByRows(kSdrType11) {}
-};
-class CSdrType12 final : public CSdrByRows {
- public:
-  CSdrType12() : CSdrByRows(kSdrType12) {}
-};
-class CSdrType13 final : public CSdrByRows {
- public:
-  CSdrType13() : CSdrByRows(kSdrType13) {}
-};
-class CSdrType14 final : public CSdrByRows {
- public:
-  CSdrType14() : CSdrByRows(kSdrType14) {}
-};
-class CSdrTypeC0 final : public CSdrByRows {
- public:
-  CSdrTypeC0() : CSdrByRows(kSdrTypeC0) {}
-  /// The data behind the manufacturer ID, at most 16 bytes of it.
-  Status GetOEMData(std::span<const std::uint8_t>& data) const override;
+  const SdrTypeRows& type_;
 };
 
 }  // namespace varnok

@@ -4,7 +4,7 @@
 #include "app/services/format.h"
 #include "app/services/text.h"
 #include "sdr/method_trace.h"
-#include "sdr/record.h"
+#include "sdr/data_set.h"
 
 namespace varnok {
 namespace {
@@ -12,11 +12,10 @@ namespace {
 constexpr const char* kNotDecodedText = "SDR Type Not Decoded";
 constexpr const char* kNotSelectedText = "SDR Type Field Not Selected";
 constexpr const char* kBadLengthText = "Bad Record Length";
-constexpr const char* kNoSuchField = "*INTERNAL SDR MANAGER DECODING ERROR*";
+constexpr const char16_t* kNoSuchField = u"*INTERNAL SDR MANAGER DECODING ERROR*";
 
 constexpr std::size_t kShownIdLength = 16;
 constexpr std::size_t kKeptOemLength = 16;
-constexpr std::size_t kGuidLength = 16;
 constexpr std::size_t kSensorNumberField = 6;
 // The highest entity ID that is shown as a decimal number.
 constexpr std::uint32_t kLastDecimalEntity = 0x25;
@@ -70,18 +69,17 @@ Status CSdrByRows::DecodeSDR(std::span<const std::uint8_t> raw) {
   isDecoded_ = false;
   bool isLegal = type_.lengthRule != SdrLength::Exactly || HasLegalLength(raw);
   if (!isLegal || DecodeHeader(raw, header_) != kSuccess || !HasLegalLength(raw)) {
-    LastFailingRecordId = raw.size() < 2 ? 0 : raw[0] << 8 | raw[1];
+    TheSdr().LastFailingRecordId = raw.size() < 2 ? 0 : raw[0] << 8 | raw[1];
     return trace.Fail(kBadLengthText, sdr_status::kBadRecordLength);
   }
-  decodedSize_ = SdrRecordSize(raw);
-  std::copy_n(raw.begin(), decodedSize_, decoded_.begin());
+  raw_.assign(raw.begin(), raw.begin() + SdrRecordSize(raw));
   isDecoded_ = true;
   return kSuccess;
 }
 
 std::uint32_t CSdrByRows::Bits(SdrBits where) const {
-  if (where.byte == 0 || where.byte > decodedSize_) return 0;
-  std::uint32_t byte = decoded_[where.byte - 1];
+  if (!isDecoded_ || where.byte == 0 || where.byte > raw_.size()) return 0;
+  std::uint32_t byte = raw_[where.byte - 1];
   return (byte >> where.low) & ((1U << (where.high - where.low + 1)) - 1);
 }
 
@@ -95,8 +93,8 @@ std::uint32_t CSdrByRows::Number(const SdrPlace& place) const {
 }
 
 std::span<const std::uint8_t> CSdrByRows::BytesFrom(std::size_t byte) const {
-  if (byte > decodedSize_) return {};
-  return std::span(decoded_).subspan(byte - 1, decodedSize_ - (byte - 1));
+  if (byte > raw_.size()) return {};
+  return std::span(raw_).subspan(byte - 1);
 }
 
 std::u16string CSdrByRows::IdString() const {
@@ -110,9 +108,9 @@ std::span<const std::uint8_t> CSdrByRows::OemData() const {
   return bytes.first(std::min(bytes.size(), kKeptOemLength));
 }
 
-std::u16string CSdrByRows::OemText() const {
+bool CSdrByRows::IsOemText() const {
   std::span<const std::uint8_t> data = OemData();
-  return !data.empty() && IsPrintable(data[0]) ? TextOf(data) : HexGroups(data);
+  return !data.empty() && IsPrintable(data[0]);
 }
 
 bool CSdrByRows::HasTitlesOfItsOwn() const {
@@ -121,7 +119,7 @@ bool CSdrByRows::HasTitlesOfItsOwn() const {
   });
 }
 
-const char* CSdrByRows::TitleOf(const SdrFieldRow& row) const {
+const char16_t* CSdrByRows::TitleOf(const SdrFieldRow& row) const {
   bool isMask = row.show == SdrShow::Mask || row.show == SdrShow::SettableMask;
   return isMask && Bits(kThresholdAccess) == 0 ? row.alternative : row.title;
 }
@@ -149,7 +147,7 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
     case SdrShow::SettableMask:
       return FormatWide("%04xh", number & (Bits(kThresholdAccess) != 0 ? kThresholdBits : kMaskBits));
     case SdrShow::SensorNumber:
-      return number == kUnspecifiedSensor ? Widen(row.alternative) : FormatWide("%02xh", number);
+      return number == kUnspecifiedSensor ? row.alternative : FormatWide("%02xh", number);
     case SdrShow::Entity:
       return Decoded(number <= kLastDecimalEntity ? "%d - %s" : "%02xh - %s", number,
                      TableIndex(SdrTable::EntityId), 0);
@@ -170,9 +168,9 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
     case SdrShow::IdString:
       return IdString();
     case SdrShow::Guid:
-      return HexGroups(BytesFrom(row.place[0].byte).first(kGuidLength));
+      return HexGroups(BytesFrom(row.place[0].byte));
     case SdrShow::OemData:
-      return OemText();
+      return IsOemText() ? TextOf(OemData()) : HexGroups(OemData());
   }
   return text;
 }
@@ -180,7 +178,7 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
 Status CSdrByRows::GetNumberOfFields(std::int64_t& count) const {
   MethodTrace trace(type_.className, "GetNumberOfFields");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
-  count = static_cast<std::int64_t>(type_.fieldCount);
+  count = static_cast<std::int64_t>(type_.FieldCount());
   return kSuccess;
 }
 
@@ -188,7 +186,7 @@ namespace {
 
 /// The row of a selected field; null for a number that the type does not have.
 const SdrFieldRow* RowOf(const SdrTypeRows& type, std::int64_t field) {
-  bool isField = field >= 0 && field < static_cast<std::int64_t>(type.fieldCount);
+  bool isField = field >= 0 && field < static_cast<std::int64_t>(type.FieldCount());
   return isField ? &type.rows[static_cast<std::size_t>(field)] : nullptr;
 }
 
@@ -200,7 +198,7 @@ Status CSdrByRows::GetFieldTitle(const char16_t*& text) {
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = StoreText(row == nullptr ? kNoSuchField : TitleOf(*row));
+  text = row == nullptr ? kNoSuchField : TitleOf(*row);
   return kSuccess;
 }
 
@@ -209,7 +207,7 @@ Status CSdrByRows::GetFieldLocation(const char16_t*& text) {
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = StoreText(row == nullptr ? kNoSuchField : row->location);
+  text = row == nullptr ? kNoSuchField : row->location;
   return kSuccess;
 }
 
@@ -218,7 +216,7 @@ Status CSdrByRows::GetFieldValue(const char16_t*& text) {
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = StoreText(row == nullptr ? Widen(kNoSuchField) : ValueOf(*row));
+  text = StoreText(row == nullptr ? kNoSuchField : ValueOf(*row));
   return kSuccess;
 }
 
@@ -268,7 +266,7 @@ Status CSdrByRows::GetSdrTitle(const char16_t*& text) {
       text = StoreText(FormatWide(kPair, type_.title, ValueOfField(type_.namedField)));
       break;
     case SdrTitleForm::Fixed:
-      text = StoreText(type_.title);
+      text = StoreText(Widen(type_.title));
       break;
   }
   return kSuccess;
@@ -277,11 +275,14 @@ Status CSdrByRows::GetSdrTitle(const char16_t*& text) {
 Status CSdrByRows::GetTypeAsInteger(std::uint32_t& code) const {
   MethodTrace trace(type_.className, "GetTypeAsInteger");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
-  code = type_.code;
+  code = std::find_if(std::begin(kSdrTypes), std::end(kSdrTypes), [this](const SdrType& each) {
+           return &each.rows == &type_;
+         })->type;
   return kSuccess;
 }
 
-Status CSdrTypeC0::GetOEMData(std::span<const std::uint8_t>& data) const {
+Status CSdrByRows::GetOEMData(std::span<const std::uint8_t>& data) const {
+  if (type_.rows.back().show != SdrShow::OemData) return CSdr::GetOEMData(data);
   MethodTrace trace(type_.className, "GetOEMData");
   if (!isDecoded_) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   data = OemData();

@@ -8,6 +8,7 @@
 #include <span>
 #include <string_view>
 
+#include "firmware/pool.h"
 #include "sdr/decode_tables.h"
 
 namespace varnok {
@@ -63,13 +64,13 @@ enum class SdrShow : std::uint8_t {
 };
 
 struct SdrFieldRow {
-  const char* title;
-  const char* location;
+  const char16_t* title;
+  const char16_t* location;
   SdrPlace place;
   SdrShow show = SdrShow::Byte;
   std::uint8_t detail = 0;  ///< index of the decode table, or width in bits
   /// The title of a sensor without thresholds to access; the text of sensor number FFh.
-  const char* alternative = nullptr;
+  const char16_t* alternative = nullptr;
 };
 
 enum class SdrLength : std::uint8_t {
@@ -94,12 +95,15 @@ enum class SdrTitleForm : std::uint8_t {
   Fixed,          ///< `title`
 };
 
+class CSdr;
+
 struct SdrTypeRows {
-  std::uint8_t code;
   const char* className;
+  /// Makes a record of the type; null without memory.
+  PoolPtr<CSdr> (*make)();
   /// The fields, in order, then rows that are only written to files.
   std::span<const SdrFieldRow> rows;
-  std::size_t fieldCount;
+  std::size_t fileOnlyRows = 0;
   SdrLength lengthRule;
   std::uint8_t size;
   /// The last key byte; 0 for a type without keys.
@@ -109,6 +113,8 @@ struct SdrTypeRows {
   const char* nameFormat;
   SdrTitleForm titleForm;
   const char* title;
+
+  constexpr std::size_t FieldCount() const { return rows.size() - fileOnlyRows; }
 };
 
 /// Bits of the sensor types that govern how other fields are shown.
@@ -117,10 +123,10 @@ inline constexpr SdrBits kInitializeThresholds{11, 4, 4};
 
 /// The fields that every type begins with.
 inline constexpr std::array<SdrFieldRow, 4> kHeaderRows{{
-    {"Record ID", "1:2", WordAt(1), SdrShow::Word},
-    {"SDR File", "3", ByteAt(3)},  // the version's label, as people know it
-    {"Record Type", "4", ByteAt(4)},
-    {"Record Length", "5", ByteAt(5)},
+    {u"Record ID", u"1:2", WordAt(1), SdrShow::Word},
+    {u"SDR File", u"3", ByteAt(3)},  // the version's label, as people know it
+    {u"Record Type", u"4", ByteAt(4)},
+    {u"Record Length", u"5", ByteAt(5)},
 }};
 
 /// Row lists one behind the other.
@@ -138,11 +144,5 @@ constexpr auto JoinRows(const std::array<SdrFieldRow, Counts>&... lists) {
 constexpr std::uint8_t TableIndex(SdrTable table) {
   return static_cast<std::uint8_t>(table);
 }
-
-/// The rows of the eleven types.
-extern const SdrTypeRows kSdrType01, kSdrType02, kSdrType03;  // record_rows_sensor.cpp
-extern const SdrTypeRows kSdrType08, kSdrType09;              // record_rows_association.cpp
-extern const SdrTypeRows kSdrType10, kSdrType11, kSdrType12;  // record_rows_locator.cpp
-extern const SdrTypeRows kSdrType13, kSdrType14, kSdrTypeC0;  // record_rows_controller.cpp
 
 }  // namespace varnok

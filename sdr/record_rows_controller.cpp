@@ -1,6 +1,6 @@
 // Management controller confirmation, message channel info and OEM records (IPMI v2.0, sections 43.10
 // to 43.12).
-#include "sdr/record_rows.h"
+#include "sdr/record_types.h"
 
 namespace varnok {
 namespace {
@@ -8,35 +8,35 @@ namespace {
 constexpr std::uint8_t kInterrupt = TableIndex(SdrTable::InterruptType);
 
 constexpr std::array<SdrFieldRow, 9> kConfirmationRows{{
-    {"Device Slave Address", "6", ByteAt(6)},
-    {"Device ID", "7", ByteAt(7)},
-    {"Device Revision", "8", ByteAt(8)},
-    {"Firmware Revision 1", "9", ByteAt(9)},
-    {"Firmware Revision 2", "10", ByteAt(10)},
-    {"IPMI Version", "11", ByteAt(11)},
-    {"Manufacturer ID", "12:14", TripleAt(12), SdrShow::Triple},
+    {u"Device Slave Address", u"6", ByteAt(6)},
+    {u"Device ID", u"7", ByteAt(7)},
+    {u"Device Revision", u"8", ByteAt(8)},
+    {u"Firmware Revision 1", u"9", ByteAt(9)},
+    {u"Firmware Revision 2", u"10", ByteAt(10)},
+    {u"IPMI Version", u"11", ByteAt(11)},
+    {u"Manufacturer ID", u"12:14", TripleAt(12), SdrShow::Triple},
     // Shown as the bytes stand, unlike every other number of a record.
-    {"Product ID", "15:16", WordAt(15), SdrShow::SwappedWord},
-    {"Device GUID", "17:32", ByteAt(17), SdrShow::Guid},
+    {u"Product ID", u"15:16", WordAt(15), SdrShow::SwappedWord},
+    {u"Device GUID", u"17:32", ByteAt(17), SdrShow::Guid},
 }};
 
 constexpr std::array<SdrFieldRow, 11> kChannelRows{{
-    {"Message Channel 0 info", "6", ByteAt(6)},
-    {"Message Channel 1 info", "7", ByteAt(7)},
-    {"Message Channel 2 info", "8", ByteAt(8)},
-    {"Message Channel 3 info", "9", ByteAt(9)},
-    {"Message Channel 4 info", "10", ByteAt(10)},
-    {"Message Channel 5 info", "11", ByteAt(11)},
-    {"Message Channel 6 info", "12", ByteAt(12)},
-    {"Message Channel 7 info", "13", ByteAt(13)},
-    {"Messaging Interrupt Type", "14", ByteAt(14), SdrShow::CodeText, kInterrupt},
-    {"Event Message Buffer Interrupt Type", "15", ByteAt(15), SdrShow::CodeText, kInterrupt},
-    {"Reserved", "16", ByteAt(16), SdrShow::Reserved},
+    {u"Message Channel 0 info", u"6", ByteAt(6)},
+    {u"Message Channel 1 info", u"7", ByteAt(7)},
+    {u"Message Channel 2 info", u"8", ByteAt(8)},
+    {u"Message Channel 3 info", u"9", ByteAt(9)},
+    {u"Message Channel 4 info", u"10", ByteAt(10)},
+    {u"Message Channel 5 info", u"11", ByteAt(11)},
+    {u"Message Channel 6 info", u"12", ByteAt(12)},
+    {u"Message Channel 7 info", u"13", ByteAt(13)},
+    {u"Messaging Interrupt Type", u"14", ByteAt(14), SdrShow::CodeText, kInterrupt},
+    {u"Event Message Buffer Interrupt Type", u"15", ByteAt(15), SdrShow::CodeText, kInterrupt},
+    {u"Reserved", u"16", ByteAt(16), SdrShow::Reserved},
 }};
 
 constexpr std::array<SdrFieldRow, 2> kOemRows{{
-    {"Manufacturer ID", "6:8", TripleAt(6), SdrShow::Triple},
-    {"OEM Data", "9:2+N", ByteAt(9), SdrShow::OemData},
+    {u"Manufacturer ID", u"6:8", TripleAt(6), SdrShow::Triple},
+    {u"OEM Data", u"9:2+N", ByteAt(9), SdrShow::OemData},
 }};
 
 constexpr auto kType13Rows = JoinRows(kHeaderRows, kConfirmationRows);
@@ -46,10 +46,9 @@ static_assert(kType13Rows.size() == 13 && kType14Rows.size() == 15 && kTypeC0Row
 
 }  // namespace
 
-constexpr SdrTypeRows kSdrType13{.code = 0x13,
-                                 .className = "CSdrType13",
+constexpr SdrTypeRows kSdrType13{.className = "CSdrType13",
+                                 .make = MakeSdr<CSdrType13>,
                                  .rows = kType13Rows,
-                                 .fieldCount = 13,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 32,
                                  .lastKeyByte = 8,
@@ -59,10 +58,9 @@ constexpr SdrTypeRows kSdrType13{.code = 0x13,
                                  .titleForm = SdrTitleForm::Guid,
                                  .title = "SDR Type13h"};
 
-constexpr SdrTypeRows kSdrType14{.code = 0x14,
-                                 .className = "CSdrType14",
+constexpr SdrTypeRows kSdrType14{.className = "CSdrType14",
+                                 .make = MakeSdr<CSdrType14>,
                                  .rows = kType14Rows,
-                                 .fieldCount = 15,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 16,
                                  .lastKeyByte = 0,
@@ -72,10 +70,9 @@ constexpr SdrTypeRows kSdrType14{.code = 0x14,
                                  .titleForm = SdrTitleForm::Fixed,
                                  .title = "SDR Type14h"};
 
-constexpr SdrTypeRows kSdrTypeC0{.code = 0xC0,
-                                 .className = "CSdrTypeC0",
+constexpr SdrTypeRows kSdrTypeC0{.className = "CSdrTypeC0",
+                                 .make = MakeSdr<CSdrTypeC0>,
                                  .rows = kTypeC0Rows,
-                                 .fieldCount = 6,
                                  .lengthRule = SdrLength::AtMost,
                                  .size = 64,
                                  .lastKeyByte = 8,

@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::size_t kTagLength = 17;
 constexpr std::size_t kLongestText = 256;
-constexpr std::size_t kGuidLength = 16;
 constexpr const char* kByteLine = "   %02x                 %s %s\n";
 constexpr const char* kWordLine = "   %04x               %s %s\n";
 constexpr const char* kTripleLine = "   %06x             %s %s\n";
@@ -21,18 +20,13 @@ constexpr const char* kTextLine = "   '%s'     %s %s\n";
 constexpr const char* kBytesLine = "   %s       %s %s\n";
 constexpr const char* kComment = "//";
 
-/// Whether the reader takes the bytes back from between quotes: no quote, no comment, no line end or other
-/// control character among them.
+/// Whether the reader takes the bytes back from between quotes: no quote, line end or comment among them.
 bool CanBeQuoted(std::span<const std::uint8_t> bytes) {
   std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  bool isPrintable = std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) {
-    bool isControl = byte < 0x20 || (byte >= 0x7F && byte <= 0x9F);
-    return !isControl && byte != '\'';
-  });
-  return isPrintable && text.find("//") == std::string_view::npos;
+  return text.find_first_of("'\n") == std::string_view::npos && text.find("//") == std::string_view::npos;
 }
 
-std::string BytesLine(std::span<const std::uint8_t> bytes, const char* label, bool isText) {
+std::string BytesLine(std::span<const std::uint8_t> bytes, const char16_t* label, bool isText) {
   if (isText && CanBeQuoted(bytes))
     return Format(kTextLine, std::string(bytes.begin(), bytes.end()), kComment, label);
   std::string groups;
@@ -48,14 +42,12 @@ bool HoldsByte(const SdrFieldRow& row, std::size_t byte) {
 }  // namespace
 
 Status CSdr::wfprintf(File& file, std::string_view text) {
-  TraceScope scope("CSdr::wfprintf");
+  constexpr const char* kName = "CSdr::wfprintf";
+  TraceScope scope(kName);
   text = text.substr(0, kLongestText);
-  if (text.empty() ||
-      file.Write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())) != kSuccess) {
-    Trace("CSdr::wfprintf - Error Writing File", 1);
-    return sdr_status::kCannotWriteFile;
-  }
-  return kSuccess;
+  bool isWritten = !text.empty() && file.Write(std::span(reinterpret_cast<const std::uint8_t*>(text.data()),
+                                                         text.size())) == kSuccess;
+  return isWritten ? kSuccess : Fail(kName, "Error Writing File", sdr_status::kCannotWriteFile);
 }
 
 Status CSdr::WriteRecHdr(File& file) const {
@@ -78,14 +70,14 @@ Status CSdr::WriteRecHdr(File& file) const {
 }
 
 /// The titles of all fields that share the byte, reserved bits left out.
-std::string CSdrByRows::LabelOfByte(std::size_t byte) const {
-  std::string label;
-  std::string_view last;
+std::u16string CSdrByRows::LabelOfByte(std::size_t byte) const {
+  std::u16string label;
+  std::u16string_view last;
   for (const SdrFieldRow& row : type_.rows) {
     bool isNamed = HoldsByte(row, byte) && (row.show != SdrShow::Reserved || row.place[0].IsWholeByte());
     // A field that the type's list names twice is one byte of the record all the same.
     if (!isNamed || row.title == last) continue;
-    if (!label.empty()) label += ", ";
+    if (!label.empty()) label += u", ";
     label += last = row.title;
   }
   return label;
@@ -111,16 +103,16 @@ Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
       line = Format(kTripleLine, Number(row->place), kComment, row->title);
       break;
     case SdrShow::Guid:
-      count = kGuidLength;
-      line = BytesLine(BytesFrom(byte).first(kGuidLength), row->title, false);
+      count = BytesFrom(byte).size();
+      line = BytesLine(BytesFrom(byte), row->title, false);
       break;
     case SdrShow::IdString:
     case SdrShow::OemData:
       count = BytesFrom(byte).size();
-      line = BytesLine(BytesFrom(byte), row->title, true);
+      line = BytesLine(BytesFrom(byte), row->title, row->show == SdrShow::IdString || IsOemText());
       break;
     default:
-      line = Format(kByteLine, decoded_[byte - 1], kComment, LabelOfByte(byte));
+      line = Format(kByteLine, raw_[byte - 1], kComment, LabelOfByte(byte));
   }
   byte += count;
   return wfprintf(file, line);
@@ -137,7 +129,7 @@ Status CSdrByRows::WriteBytes(File& file) const {
     if (Status status = wfprintf(file, "\n"); status != kSuccess) return status;
   }
   if (Status status = wfprintf(file, "   // Record Body Bytes\n"); status != kSuccess) return status;
-  while (byte <= decodedSize_)
+  while (byte <= raw_.size())
     if (Status status = WriteRowAt(file, byte); status != kSuccess) return status;
   return kSuccess;
 }

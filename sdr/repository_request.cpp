@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
+#include "firmware/ipmi.h"
 
 namespace varnok {
 
@@ -18,25 +20,20 @@ IpmiResult SendSdrRequest(std::uint8_t command, std::span<const std::uint8_t> da
   return IpmiSendToController(request, response, kTimeout);
 }
 
-Status SdrFailure(const char* operation, const char* reason, Status status) {
-  Trace("%s - %s", 1, operation, reason);
-  return status;
-}
-
 Status SdrRequestFailure(const char* operation, IpmiResult result, const char* reason, Status status) {
   if (result == ipmi_result::kCompletionCode)
-    return SdrFailure(operation, "BMC Completion Code Error", sdr_status::kCompletionCode);
-  return SdrFailure(operation, reason, status);
+    return Fail(operation, "BMC Completion Code Error", sdr_status::kCompletionCode);
+  return Fail(operation, reason, status);
 }
 
-Status ReserveSdrRepository(const char* operation, SdrReservation& reservation) {
+Status ReserveSdrRepository(const char* operation, std::uint16_t& reservation) {
   IpmiMessage response;
-  IpmiResult result = SendSdrRequest(sdr_command::kReserve, {}, response);
+  IpmiResult result = SendSdrRequest(ipmi_command::kReserveSdrRepository, {}, response);
   if (result != ipmi_result::kSuccess)
     return SdrRequestFailure(operation, result, "Error Reading Reserve ID", sdr_status::kReserveFailed);
-  if (response.dataLength != reservation.size())
-    return SdrFailure(operation, "Bad Reserve ID Length", sdr_status::kBadReservation);
-  std::copy_n(response.data.begin(), reservation.size(), reservation.begin());
+  if (response.dataLength != sizeof(reservation))
+    return Fail(operation, "Bad Reserve ID Length", sdr_status::kBadReservation);
+  reservation = WordAt(response.data, 0);
   return kSuccess;
 }
 

@@ -1,11 +1,12 @@
 // The walk through the BMC's whole SDR repository.
-#include <algorithm>
-#include <vector>
+#include <bitset>
 
+#include "app/services/console.h"
 #include "app/services/trace.h"
+#include "sdr/output.h"
 #include "sdr/read_system.h"
+#include "sdr/record_lists.h"
 #include "sdr/repository_request.h"
-#include "sdr/utility.h"
 
 namespace varnok {
 namespace {
@@ -19,20 +20,23 @@ struct Walk {
   std::uint16_t recordId = kFirstRecord;
   std::uint16_t shownNumber = 1;
   std::uint16_t counter = 0;
-  std::vector<bool> isAsked = std::vector<bool>(std::size_t{kNoMoreRecords} + 1);
+  std::bitset<std::size_t{kNoMoreRecords} + 1> isAsked;
 };
 
-Status Keep(std::span<const std::uint8_t> record, SdrTypeList& lists) {
-  PoolPtr<CSdr> object;
-  std::uint8_t type = record[3];
-  if (Status status = SdrUtility::CreateSDRTypeObject(type, object); status != kSuccess) return status;
-  if (Status status = object->DecodeSDR(record); status != kSuccess) return status;
-  (void)object->CopyrawSDR(record);
-  lists[SdrUtility::PositionOfType(type)].push_back(std::move(object));
-  if (SdrDataSet* set = TheSdr().current; set != nullptr)
-    set->recordBytes = static_cast<std::uint16_t>(set->recordBytes + SdrRecordSize(record));
-  return kSuccess;
-}
+/// Appends each record to the list of its type.
+class ListFiller final : public SdrRecordTaker {
+ public:
+  explicit ListFiller(SdrTypeList& lists) : lists_(lists) {}
+  Status Take(std::span<const std::uint8_t> raw) override {
+    PoolPtr<CSdr> record;
+    if (Status status = SdrUtility::MakeRecord(raw, {}, record); status != kSuccess) return status;
+    lists_[SdrUtility::PositionOfType(raw[3])].push_back(std::move(record));
+    return kSuccess;
+  }
+
+ private:
+  SdrTypeList& lists_;
+};
 
 /// Shows the record just read. `goesOn` is false when the operator stops the display.
 Status Show(Walk& walk, bool& goesOn) {
@@ -54,6 +58,11 @@ Status Show(Walk& walk, bool& goesOn) {
 }  // namespace
 
 Status SdrReadSystem::LoadSdrRecordsToList(SdrTypeList& lists) {
+  ListFiller filler(lists);
+  return WalkRepository(filler);
+}
+
+Status SdrReadSystem::WalkRepository(SdrRecordTaker& taker) {
   TraceScope scope(kOperation);
   SdrDataSet* set = TheSdr().current;
   if (set != nullptr) set->recordBytes = 0;
@@ -64,7 +73,9 @@ Status SdrReadSystem::LoadSdrRecordsToList(SdrTypeList& lists) {
     std::uint16_t asked = walk.recordId;
     Status readStatus = ReadRecFromBMC(walk.record, walk.recordId);
     if (readStatus == kSuccess) {
-      if (Status status = Keep(walk.record, lists); status != kSuccess) return status;
+      if (Status status = taker.Take(walk.record); status != kSuccess) return status;
+      if (set != nullptr)
+        set->recordBytes = static_cast<std::uint16_t>(set->recordBytes + SdrRecordSize(walk.record));
     }
     ++walk.counter;
     if (TheSdr().isDisplaying) {
@@ -72,14 +83,15 @@ Status SdrReadSystem::LoadSdrRecordsToList(SdrTypeList& lists) {
       if (Status status = Show(walk, goesOn); status != kSuccess) return status;
       if (!goesOn) return kSuccess;
     } else {
-      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, "Reading SDRs from system......", walk.counter,
+      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"Reading SDRs from system......", walk.counter,
                                   set == nullptr ? 0U : set->info.recordCount);
     }
     if (walk.recordId == kNoMoreRecords || readStatus != kSuccess) return readStatus;
     if (walk.isAsked[walk.recordId]) {
       // A record that was read already comes next: without an end the walk would go round for ever.
-      LastFailingRecordId = asked;
-      return SdrFailure(kOperation, "Error Reading SDR", sdr_status::kReadFailed);
+      TheSdr().LastFailingRecordId = asked;
+      Warn("the SDR repository has no end: its record %04xh leads back to %04xh", asked, walk.recordId);
+      return Fail(kOperation, "Error Reading SDR", sdr_status::kReadFailed);
     }
   }
 }

@@ -5,12 +5,14 @@
 
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "platform/smbios.h"
 #include "sdr/commit.h"
 #include "sdr/data_set.h"
 #include "sdr/file_lines.h"
+#include "sdr/output.h"
 #include "sdr/read_file.h"
 #include "sdr/read_system.h"
-#include "sdr/utility.h"
+#include "sdr/record_lists.h"
 
 namespace varnok {
 namespace {
@@ -22,10 +24,17 @@ bool IsInitialized() {
 }
 
 /// kNotInitialized with its trace line, or success.
-Status Guard(const char* operation) {
-  if (IsInitialized()) return kSuccess;
-  Trace("%s - Uninitialized", 1, operation);
-  return sdr_status::kNotInitialized;
+Status Guard(const char* name) {
+  return IsInitialized() ? kSuccess : Fail(name, "Uninitialized", sdr_status::kNotInitialized);
+}
+
+/// One operation of the front, which needs the manager initialised: its trace lines, the guard, then `operation` on
+/// the state.
+template <class Operation>
+Status Guarded(const char* name, Operation operation) {
+  TraceScope scope(name);
+  Status status = Guard(name);
+  return status == kSuccess ? operation(TheSdr()) : status;
 }
 
 PoolPtr<SdrDataSet> MakeDataSet() {
@@ -52,6 +61,14 @@ class CurrentSetKeeper {
   SdrDataSet* previous_;
 };
 
+/// Empties a set before a load.
+Status Restart(SdrDataSet& set) {
+  set.isLoaded = false;
+  set.recordBytes = set.counter = 0;
+  (void)SdrUtility::InitializeSdrProperties();
+  return SdrUtility::InitializeSdrList(set.lists);
+}
+
 Status LoadFile(File& file, SdrDataSet& set) {
   if (set.lists == nullptr) return sdr_status::kOutOfMemory;
   SdrFileLines lines(file);
@@ -66,7 +83,8 @@ Status LoadFile(File& file, SdrDataSet& set) {
 }  // namespace
 
 Status SdrData::Initialize() {
-  TraceScope scope("SdrData::Initialize");
+  constexpr const char* kName = "SdrData::Initialize";
+  TraceScope scope(kName);
   SdrState& state = TheSdr();
   if (state.fileSet != nullptr || state.systemSet != nullptr) (void)DeInitialize();
   state.fileSet = MakeDataSet();
@@ -75,77 +93,72 @@ Status SdrData::Initialize() {
   if (!IsInitialized()) {
     state.fileSet = nullptr;
     state.current = nullptr;
-    Trace("SdrData::Initialize - Error Loading SDRDATA", 1);
-    return sdr_status::kNoDataSet;
+    return Fail(kName, "Error Loading SDRDATA", sdr_status::kNoDataSet);
   }
-  state.SetLastError("");
+  state.SetLastError(u"");
   return kSuccess;
 }
 
 Status SdrData::DeInitialize() {
-  TraceScope scope("SdrData::DeInitialize");
-  if (Status status = Guard("SdrData::DeInitialize"); status != kSuccess) return status;
-  SdrState& state = TheSdr();
-  state.current = nullptr;
-  state.fileSet = nullptr;
-  state.systemSet = nullptr;
-  state.outputName.Reset();
-  state.output = nullptr;
-  return kSuccess;
+  return Guarded("SdrData::DeInitialize", [](SdrState& state) {
+    state.current = nullptr;
+    state.fileSet = nullptr;
+    state.systemSet = nullptr;
+    state.outputName.Reset();
+    state.output = nullptr;
+    return kSuccess;
+  });
 }
 
 Status SdrData::IsLoaded(bool& isLoaded) {
-  TraceScope scope("SdrData::IsLoaded");
-  if (Status status = Guard("SdrData::IsLoaded"); status != kSuccess) return status;
-  isLoaded = TheSdr().current->isLoaded;
-  return kSuccess;
+  return Guarded("SdrData::IsLoaded", [&isLoaded](SdrState& state) {
+    isLoaded = state.current->isLoaded;
+    return kSuccess;
+  });
 }
 
 Status SdrData::SetProgressCallback(ProgressCallback callback) {
-  TraceScope scope("SdrData::SetProgressCallback");
-  if (Status status = Guard("SdrData::SetProgressCallback"); status != kSuccess) return status;
-  TheSdr().fileSet->progress = callback;
-  TheSdr().systemSet->progress = callback;
-  return kSuccess;
+  return Guarded("SdrData::SetProgressCallback", [callback](SdrState& state) {
+    state.fileSet->progress = state.systemSet->progress = callback;
+    return kSuccess;
+  });
 }
 
 Status SdrData::SetDisplayHexCallback(DisplayHexCallback callback) {
-  TraceScope scope("SdrData::SetDisplayHexCallback");
-  if (Status status = Guard("SdrData::SetDisplayHexCallback"); status != kSuccess) return status;
-  TheSdr().fileSet->displayHex = callback;
-  TheSdr().systemSet->displayHex = callback;
-  return kSuccess;
+  return Guarded("SdrData::SetDisplayHexCallback", [callback](SdrState& state) {
+    state.fileSet->displayHex = state.systemSet->displayHex = callback;
+    return kSuccess;
+  });
 }
 
 Status SdrData::GetLastErrorMessage(const char16_t*& text) {
-  TraceScope scope("SdrData::GetLastErrorMessage");
   text = nullptr;
-  if (Status status = Guard("SdrData::GetLastErrorMessage"); status != kSuccess) return status;
-  text = TheSdr().lastError.data();
-  return kSuccess;
+  return Guarded("SdrData::GetLastErrorMessage", [&text](SdrState& state) {
+    text = state.lastError.data();
+    return kSuccess;
+  });
 }
 
 Status SdrData::SelectSysData() {
-  TraceScope scope("SdrData::SelectSysData");
-  if (Status status = Guard("SdrData::SelectSysData"); status != kSuccess) return status;
-  TheSdr().current = TheSdr().systemSet.get();
-  return kSuccess;
+  return Guarded("SdrData::SelectSysData", [](SdrState& state) {
+    state.current = state.systemSet.get();
+    return kSuccess;
+  });
 }
 
 Status SdrData::SelectFileData() {
-  TraceScope scope("SdrData::SelectFileData");
-  if (Status status = Guard("SdrData::SelectFileData"); status != kSuccess) return status;
-  TheSdr().current = TheSdr().fileSet.get();
-  return kSuccess;
+  return Guarded("SdrData::SelectFileData", [](SdrState& state) {
+    state.current = state.fileSet.get();
+    return kSuccess;
+  });
 }
 
 Status SdrData::SetOutputFile(std::string_view name) {
-  TraceScope scope("SdrData::SetOutputFile");
+  constexpr const char* kName = "SdrData::SetOutputFile";
+  TraceScope scope(kName);
   PoolBuffer copy;
-  if (!name.empty() && !copy.Allocate(name.size())) {
-    Trace("SdrData::SetOutputFile - Error Allocating Memory", 1);
-    return sdr_status::kOutOfMemory;
-  }
+  if (!name.empty() && !copy.Allocate(name.size()))
+    return Fail(kName, "Error Allocating Memory", sdr_status::kOutOfMemory);
   std::copy(name.begin(), name.end(), copy.data());
   TheSdr().outputName = std::move(copy);
   return kSuccess;
@@ -158,8 +171,9 @@ Status SdrData::SetPaging(bool on) {
 }
 
 Status SdrData::SetCompareOnly(bool on) {
-  TraceScope scope("SdrData::SetCompareOnly");
-  if (TheSdr().fileSet == nullptr) return Guard("SdrData::SetCompareOnly");
+  constexpr const char* kName = "SdrData::SetCompareOnly";
+  TraceScope scope(kName);
+  if (TheSdr().fileSet == nullptr) return Guard(kName);
   TheSdr().fileSet->isCompareOnly = on;
   return kSuccess;
 }
@@ -170,70 +184,64 @@ Status SdrData::ClearRepository() {
 }
 
 Status SdrData::SetTag(std::u16string_view tag) {
-  constexpr std::size_t kLongestTag = 255;
-  TraceScope scope("SdrData::SetTag");
-  if (Status status = Guard("SdrData::SetTag"); status != kSuccess) return status;
-  TheSdr().fileSet->selectedTags.push_back(Narrow(tag.substr(0, kLongestTag)));
-  return kSuccess;
+  return Guarded("SdrData::SetTag", [tag](SdrState& state) {
+    constexpr std::size_t kLongestTag = 255;
+    state.fileSet->selectedTags.push_back(Narrow(tag.substr(0, kLongestTag)));
+    return kSuccess;
+  });
 }
 
 Status SdrData::LoadConfigurationFromSystem() {
-  TraceScope scope("SdrData::LoadConfigurationFromSystem");
-  if (Status status = Guard("SdrData::LoadConfigurationFromSystem"); status != kSuccess) return status;
-  CurrentSetKeeper keeper;
-  (void)SelectSysData();
-  SdrDataSet& set = *TheSdr().systemSet;
-  set.isLoaded = false;
-  set.isFromSystem = true;
-  set.recordBytes = set.counter = 0;
-  (void)SdrUtility::InitializeSdrProperties();
-  if (SdrUtility::InitializeSdrList(set.lists) != kSuccess) {
-    Trace("SdrData::LoadConfigurationFromSystem - Uninitialized", 1);
-    return sdr_status::kNotInitialized;
-  }
-  if (Status status = SdrReadSystem::LoadSdrProperties(set.info); status != kSuccess) return status;
-  if (set.info.recordCount == 0) {
-    Trace("SdrData::LoadConfigurationFromSystem - No SDRs available", 1);
-    SdrUtility::PrintText("\nNo Sensor Data Records found in this server.\n");
-    // The system set stays the current one here, and only here.
-    keeper.Release();
-    return sdr_status::kRepositoryEmpty;
-  }
-  if (Status status = SdrReadSystem::LoadSdrRecordsToList(*set.lists); status != kSuccess) return status;
-  set.isLoaded = true;
-  keeper.Restore();
-  SdrUtility::DisplayProgress(ProgressStyle::Text, Format("\r%-79s\r", " ").c_str());
-  return kSuccess;
+  constexpr const char* kName = "SdrData::LoadConfigurationFromSystem";
+  return Guarded(kName, [](SdrState& state) {
+    CurrentSetKeeper keeper;
+    (void)SelectSysData();
+    SdrDataSet& set = *state.systemSet;
+    set.isFromSystem = true;
+    if (Restart(set) != kSuccess) return Fail(kName, "Uninitialized", sdr_status::kNotInitialized);
+    if (Status status = SdrReadSystem::LoadSdrProperties(set.info); status != kSuccess) return status;
+    if (set.info.recordCount == 0) {
+      SdrUtility::PrintText(u"\nNo Sensor Data Records found in this server.\n");
+      // Kept: the system set stays the current one here, and only here.
+      keeper.Release();
+      return Fail(kName, "No SDRs available", sdr_status::kRepositoryEmpty);
+    }
+    if (Status status = SdrReadSystem::LoadSdrRecordsToList(*set.lists); status != kSuccess) return status;
+    set.isLoaded = true;
+    keeper.Restore();
+    SdrUtility::DisplayProgress(ProgressStyle::Text, FormatWide("\r%-79s\r", " "));
+    return kSuccess;
+  });
 }
 
 Status SdrData::LoadConfigurationFromFile(std::u16string_view fileName) {
-  TraceScope scope("SdrData::LoadConfigurationFromFile");
-  if (Status status = Guard("SdrData::LoadConfigurationFromFile"); status != kSuccess) return status;
-  CurrentSetKeeper keeper;
-  (void)SelectFileData();
-  SdrDataSet& set = *TheSdr().fileSet;
-  (void)SdrUtility::InitializeSdrProperties();
-  (void)SdrUtility::InitializeSdrList(set.lists);
-  set.recordBytes = set.counter = 0;
-  set.isLoaded = false;
-  std::unique_ptr<File> file;
-  if (TheFirmware().OpenFile(Widen(Narrow(fileName)), FileMode::Read, file) != kSuccess) {
-    Trace("SdrData::LoadConfigurationFromFile - Error Writing File", 1);
-    TheSdr().SetLastError(FormatWide("Could not open file %s", fileName));
-    return sdr_status::kCannotOpenFile;
-  }
-  if (Status status = LoadFile(*file, set); status != kSuccess) return status;
-  set.isLoaded = true;
-  return kSuccess;
+  constexpr const char* kName = "SdrData::LoadConfigurationFromFile";
+  return Guarded(kName, [fileName](SdrState& state) {
+    CurrentSetKeeper keeper;
+    (void)SelectFileData();
+    SdrDataSet& set = *state.fileSet;
+    // A failure is told by LoadFile, behind that of the file itself.
+    (void)Restart(set);
+    std::unique_ptr<File> file;
+    if (TheFirmware().OpenFile(Widen(Narrow(fileName)), FileMode::Read, file) != kSuccess) {
+      SmbiosFormat(state.lastError, "Could not open file %s", fileName);
+      // Kept: the line says writing.
+      return Fail(kName, "Error Writing File", sdr_status::kCannotOpenFile);
+    }
+    if (Status status = LoadFile(*file, set); status != kSuccess) return status;
+    set.isLoaded = true;
+    return kSuccess;
+  });
 }
 
 Status SdrData::DisplaySdrArea() {
-  TraceScope scope("SdrData::DisplaySdrArea");
+  constexpr const char* kName = "SdrData::DisplaySdrArea";
+  TraceScope scope(kName);
   SdrState& state = TheSdr();
-  if (Status status = OpenSdrOutput("SdrData::DisplaySdrArea"); status != kSuccess) return status;
+  if (Status status = OpenSdrOutput(kName); status != kSuccess) return status;
   state.isDisplaying = true;
-  SdrUtility::PrintText("Displaying SDR area ...\n");
-  // A failure leaves display mode on and the output file open: what follows is shown and mirrored, too.
+  SdrUtility::PrintText(u"Displaying SDR area ...\n");
+  // Kept: a failure leaves display mode on and the output file open: what follows is shown and mirrored, too.
   if (Status status = LoadConfigurationFromSystem(); status != kSuccess) return status;
   state.isDisplaying = false;
   state.output = nullptr;
@@ -241,15 +249,12 @@ Status SdrData::DisplaySdrArea() {
 }
 
 Status SdrData::CommitConfigurationToSystem() {
-  constexpr const char* kOperation = "SdrData::CommitConfigurationToSystem";
-  TraceScope scope(kOperation);
-  if (Status status = OpenSdrOutput(kOperation); status != kSuccess) return status;
-  if (Status status = Guard(kOperation); status != kSuccess) return status;
+  constexpr const char* kName = "SdrData::CommitConfigurationToSystem";
+  TraceScope scope(kName);
+  if (Status status = OpenSdrOutput(kName); status != kSuccess) return status;
+  if (Status status = Guard(kName); status != kSuccess) return status;
   SdrDataSet& set = *TheSdr().fileSet;
-  if (!set.isLoaded) {
-    Trace("%s - SDR File Not Loaded", 1, kOperation);
-    return sdr_status::kNotLoaded;
-  }
+  if (!set.isLoaded) return Fail(kName, "SDR File Not Loaded", sdr_status::kNotLoaded);
   return CommitSdrDataSet(set);
 }
 

@@ -6,9 +6,22 @@
 namespace varnok::sim {
 namespace {
 
-const nlohmann::json& EmptyObject() {
-  static const nlohmann::json empty = nlohmann::json::object();
+using Kind = JsonValue::Kind;
+
+const JsonValue& EmptyObject() {
+  static const JsonValue empty = [] {
+    JsonValue object;
+    object.kind = Kind::Object;
+    return object;
+  }();
   return empty;
+}
+
+/// A value as an error names it.
+std::string Shown(const JsonValue& value) {
+  if (value.kind == Kind::Array) return "an array";
+  if (value.kind == Kind::Object) return "an object";
+  return value.kind == Kind::Text ? "\"" + value.text + "\"" : value.text;
 }
 
 /// "0x1F" or "31"; nothing for any other text.
@@ -26,36 +39,34 @@ std::optional<std::uint64_t> ParseNumber(std::string_view text) {
 
 }  // namespace
 
-JsonObject::JsonObject(const nlohmann::json& value, std::string path)
-    : value_(value), path_(std::move(path)) {
-  if (!value.is_object()) throw BoardError((path_.empty() ? "the whole" : path_) + ": must be an object");
+JsonObject::JsonObject(const JsonValue& value, std::string path) : value_(value), path_(std::move(path)) {
+  if (value.kind != Kind::Object)
+    throw BoardError((path_.empty() ? "the whole" : path_) + ": must be an object");
 }
 
 void JsonObject::Fail(const std::string& key, const std::string& complaint) const {
   throw BoardError(PathOf(key) + ": " + complaint);
 }
 
-const nlohmann::json* JsonObject::Find(const std::string& key) {
+const JsonValue* JsonObject::Find(const std::string& key) {
   known_.insert(key);
-  const auto found = value_.find(key);
-  return found == value_.end() ? nullptr : &*found;
+  return value_.Find(key);
 }
 
-std::uint32_t JsonObject::ToNumber(const nlohmann::json& value, const std::string& key, std::uint32_t low,
+std::uint32_t JsonObject::ToNumber(const JsonValue& value, const std::string& key, std::uint32_t low,
                                    std::uint32_t high) const {
   std::optional<std::uint64_t> number;
-  if (value.is_number_unsigned()) number = value.get<std::uint64_t>();
-  if (value.is_string()) number = ParseNumber(value.get_ref<const std::string&>());
+  if (value.isWhole) number = value.number;
+  if (value.kind == Kind::Text) number = ParseNumber(value.text);
   if (!number || *number < low || *number > high) {
-    Fail(key, value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace) + " is not a number from " +
-                  std::to_string(low) + " to " + std::to_string(high));
+    Fail(key, Shown(value) + " is not a number from " + std::to_string(low) + " to " + std::to_string(high));
   }
   return static_cast<std::uint32_t>(*number);
 }
 
 std::optional<std::uint32_t> JsonObject::OptionalNumber(const std::string& key, std::uint32_t low,
                                                         std::uint32_t high) {
-  const nlohmann::json* value = Find(key);
+  const JsonValue* value = Find(key);
   if (value == nullptr) return std::nullopt;
   return ToNumber(*value, key, low, high);
 }
@@ -75,17 +86,17 @@ std::uint8_t JsonObject::RequiredByte(const std::string& key) {
 }
 
 bool JsonObject::Boolean(const std::string& key, bool fallback) {
-  const nlohmann::json* value = Find(key);
+  const JsonValue* value = Find(key);
   if (value == nullptr) return fallback;
-  if (!value->is_boolean()) Fail(key, "must be true or false");
-  return value->get<bool>();
+  if (value->kind != Kind::Boolean) Fail(key, "must be true or false");
+  return value->number != 0;
 }
 
 std::string JsonObject::Text(const std::string& key, const std::string& fallback) {
-  const nlohmann::json* value = Find(key);
+  const JsonValue* value = Find(key);
   if (value == nullptr) return fallback;
-  if (!value->is_string()) Fail(key, "must be a text");
-  return value->get<std::string>();
+  if (value->kind != Kind::Text) Fail(key, "must be a text");
+  return value->text;
 }
 
 std::string JsonObject::RequiredText(const std::string& key) {
@@ -95,10 +106,10 @@ std::string JsonObject::RequiredText(const std::string& key) {
 
 std::vector<std::uint8_t> JsonObject::ByteArray(const std::string& key) {
   std::vector<std::uint8_t> bytes;
-  const nlohmann::json* value = Find(key);
+  const JsonValue* value = Find(key);
   if (value == nullptr) return bytes;
-  if (!value->is_array()) Fail(key, "must be an array of bytes");
-  for (const auto& element : *value) {
+  if (value->kind != Kind::Array) Fail(key, "must be an array of bytes");
+  for (const JsonValue& element : value->elements) {
     const std::string place = key + "[" + std::to_string(bytes.size()) + "]";
     bytes.push_back(static_cast<std::uint8_t>(ToNumber(element, place, 0, 0xFF)));
   }
@@ -106,23 +117,23 @@ std::vector<std::uint8_t> JsonObject::ByteArray(const std::string& key) {
 }
 
 JsonObject JsonObject::Child(const std::string& key) {
-  const nlohmann::json* value = Find(key);
+  const JsonValue* value = Find(key);
   return JsonObject(value == nullptr ? EmptyObject() : *value, PathOf(key));
 }
 
 std::vector<JsonObject> JsonObject::Children(const std::string& key) {
   std::vector<JsonObject> children;
-  const nlohmann::json* value = Find(key);
+  const JsonValue* value = Find(key);
   if (value == nullptr) return children;
-  if (!value->is_array()) Fail(key, "must be an array of objects");
-  for (const auto& element : *value) {
+  if (value->kind != Kind::Array) Fail(key, "must be an array of objects");
+  for (const JsonValue& element : value->elements) {
     children.emplace_back(element, PathOf(key) + "[" + std::to_string(children.size()) + "]");
   }
   return children;
 }
 
 void JsonObject::Finish() const {
-  for (const auto& [key, value] : value_.items()) {
+  for (const auto& [key, value] : value_.members) {
     if (!known_.contains(key)) Fail(key, "unknown key");
   }
 }

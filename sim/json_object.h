@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <string>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "sim/error.h"
+#include "sim/json_value.h"
 
 namespace varnok::sim {
 
@@ -19,9 +19,9 @@ namespace varnok::sim {
 class JsonObject {
  public:
   /// `path` is where the object stands: empty for the root, else like "controllers[1].identity".
-  JsonObject(const nlohmann::json& value, std::string path);
+  JsonObject(const JsonValue& value, std::string path);
 
-  bool Has(const std::string& key) const { return value_.contains(key); }
+  bool Has(const std::string& key) const { return value_.Find(key) != nullptr; }
   std::uint32_t Number(const std::string& key, std::uint32_t fallback, std::uint32_t low, std::uint32_t high);
   std::optional<std::uint32_t> OptionalNumber(const std::string& key, std::uint32_t low, std::uint32_t high);
   /// A byte that must be there.
@@ -44,11 +44,11 @@ class JsonObject {
   std::string PathOf(const std::string& key) const { return path_.empty() ? key : path_ + "." + key; }
 
  private:
-  const nlohmann::json* Find(const std::string& key);
-  std::uint32_t ToNumber(const nlohmann::json& value, const std::string& key, std::uint32_t low,
+  const JsonValue* Find(const std::string& key);
+  std::uint32_t ToNumber(const JsonValue& value, const std::string& key, std::uint32_t low,
                          std::uint32_t high) const;
 
-  const nlohmann::json& value_;
+  const JsonValue& value_;
   std::string path_;
   std::set<std::string> known_;
 };

@@ -1,11 +1,14 @@
 #include "app/services/console.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 #include "app/services/text.h"
 #include "app/services/text_output.h"
 #include "app/services/trace.h"
 #include "firmware/firmware.h"
+#include "firmware/lasting.h"
 #include "firmware/pool.h"
 
 namespace varnok {
@@ -13,42 +16,98 @@ namespace {
 
 constexpr std::size_t kProgressLength = 255;
 
-bool pagingOn = false;
-char16_t pushedKey = 0;
+struct ConsoleState {
+  bool isPagingOn = false;
+  bool isTemporaryFileOn = false;
+  char16_t pushedKey = 0;
+};
 
-bool IsHarmless(char16_t character) {
-  if (character == u'\b' || character == u'\t' || character == u'\n' || character == u'\r') return true;
-  return character >= 0x20 && (character < 0x7F || character > 0x9F);
+ConsoleState& TheConsole() {
+  return Lasting<ConsoleState>();
 }
 
-std::u16string WithoutControls(std::u16string text) {
-  std::replace_if(text.begin(), text.end(), [](char16_t character) { return !IsHarmless(character); }, u'?');
-  return text;
+bool IsControl(char16_t character) {
+  return character < 0x20 || (character >= 0x7F && character <= 0x9F);
+}
+
+/// Hands text to the machine by `write`, with '?' for every control character but those of `kept`.
+template <void (Firmware::*write)(std::u16string_view)>
+void Show(std::span<char16_t> text, std::u16string_view kept) {
+  std::replace_if(
+      text.begin(), text.end(),
+      [kept](char16_t character) {
+        return IsControl(character) && kept.find(character) == std::u16string_view::npos;
+      },
+      u'?');
+  (TheFirmware().*write)({text.data(), text.size()});
+}
+
+void ShowOnConsole(std::span<char16_t> text) {
+  Show<&Firmware::WriteConsole>(text, u"\b\t\n\r");
+}
+
+void ShowAsError(std::span<char16_t> text) {
+  Show<&Firmware::WriteErrorOutput>(text, {});
+}
+
+void FormatByte(TextSink& sink, const char* format, FormatArgument byte) {
+  FormatTo(sink, format, &byte, 1);
+}
+
+/// Rows of 16 bytes; a blank shows as '.', unlike in the trace log.
+void PutHexRows(TextSink& sink, std::span<const std::uint8_t> bytes) {
+  constexpr std::size_t kRowLength = 16;
+  for (; !bytes.empty(); bytes = bytes.subspan(std::min(kRowLength, bytes.size()))) {
+    auto row = bytes.first(std::min(kRowLength, bytes.size()));
+    auto putMissing = [&] {
+      for (std::size_t i = row.size(); i < kRowLength; ++i) sink.Append(u"   ");
+    };
+    for (std::uint8_t byte : row) FormatByte(sink, " %02X", byte);
+    putMissing();
+    sink.Append(u"   ");
+    for (std::uint8_t byte : row)
+      FormatByte(sink, "%c", byte >= 33 && byte <= 126 ? static_cast<char>(byte) : '.');
+    putMissing();
+    sink.Append(u"\n");
+  }
 }
 
 }  // namespace
 
 void PrintText(std::u16string_view text) {
-  TheFirmware().WriteConsole(WithoutControls(std::u16string(text)));
+  GatheredText(ShowOnConsole).Append(text);
 }
 
 void PrintText(const char* text) {
-  PrintText(Widen(text));
+  Print("%s", text);
 }
 
 void PrintWith(const char* format, const FormatArgument* arguments, std::size_t count) {
-  PrintText(FormatWideWith(format, arguments, count));
+  GatheredText console(ShowOnConsole);
+  FormatTo(console, format, arguments, count);
 }
 
 void WarnWith(const char* format, const FormatArgument* arguments, std::size_t count) {
-  TheFirmware().WriteErrorOutput(u"varnok: " + WithoutControls(FormatWideWith(format, arguments, count)) + u"\n");
+  TheFirmware().WriteErrorOutput(u"varnok: ");
+  {
+    GatheredText line(ShowAsError);
+    FormatTo(line, format, arguments, count);
+  }
+  TheFirmware().WriteErrorOutput(u"\n");
 }
 
 bool IsPagingOn() {
-  return pagingOn;
+  return TheConsole().isPagingOn;
 }
 void SetPaging(bool on) {
-  pagingOn = on;
+  TheConsole().isPagingOn = on;
+}
+
+bool IsTemporaryFileOn() {
+  return TheConsole().isTemporaryFileOn;
+}
+void SetTemporaryFile(bool on) {
+  TheConsole().isTemporaryFileOn = on;
 }
 
 void DisplayText(std::u16string_view text) {
@@ -56,18 +115,18 @@ void DisplayText(std::u16string_view text) {
 }
 
 char16_t GetKey(char16_t push) {
-  if (push != 0) return pushedKey = push;
+  char16_t& pushed = TheConsole().pushedKey;
+  if (push != 0) return pushed = push;
   TheFirmware().FlushConsole();
-  char16_t key = pushedKey != 0 ? pushedKey : TheFirmware().ReadKey();
-  pushedKey = 0;
+  char16_t key = pushed != 0 ? pushed : TheFirmware().ReadKey();
+  pushed = 0;
   TheFirmware().FlushConsole();
   return key;
 }
 
 int InputChar(char& character) {
   char16_t key = GetKey(0);
-  if (key > 0xFF) return -1;
-  character = static_cast<char>(key);
+  character = key > 0xFF ? '\0' : static_cast<char>(key);
   return 1;
 }
 
@@ -87,23 +146,15 @@ bool GetEnvVar(std::u16string_view name, std::u16string& value, std::size_t capa
 }
 
 void DisplayHex(const std::uint8_t* bytes, std::size_t length, File* stream) {
-  constexpr std::size_t kRowLength = 16;
-  std::u16string dump;
-  for (std::size_t start = 0; start < length; start += kRowLength) {
-    std::size_t count = std::min(kRowLength, length - start);
-    std::u16string missing(3 * (kRowLength - count), u' ');
-    std::u16string characters;
-    for (std::size_t i = start; i < start + count; ++i) {
-      dump += FormatWide(" %02X", bytes[i]);
-      // A blank shows as '.', unlike in the trace log.
-      characters += bytes[i] >= 33 && bytes[i] <= 126 ? static_cast<char16_t>(bytes[i]) : u'.';
-    }
-    dump += missing + u"   " + characters + missing + u"\n";
+  if (stream == nullptr) {
+    GatheredText console(ShowOnConsole);
+    return PutHexRows(console, {bytes, length});
   }
-  if (stream == nullptr)
-    PrintText(dump);
-  else
-    (void)WriteText(*stream, dump);
+  // A file that cannot take the dump does not stop the display.
+  GatheredText file([stream](std::span<char16_t> text) {
+    (void)WriteText(*stream, {text.data(), text.size()});
+  });
+  PutHexRows(file, {bytes, length});
 }
 
 bool PromptMore() {
@@ -128,16 +179,17 @@ bool PromptMore() {
 int Dornquist::DisplayProgress(ProgressStyle style, std::u16string_view prefix, std::uint32_t current,
                                std::uint32_t total) {
   TraceScope scope("Dornquist::DisplayProgress");
+  std::array<char16_t, kProgressLength> room;
   switch (style) {
     case ProgressStyle::Text:
       Print("%s", prefix);
       break;
     case ProgressStyle::CountOfTotal:
-      Print("%s\r", FormatUpTo(kProgressLength, "%s%d of %d.", prefix, current, total));
+      Print("%s\r", FormatInto(room, "%s%d of %d.", prefix, current, total));
       break;
     case ProgressStyle::Percent:
       if (current < 100)
-        Print("%s\r", FormatUpTo(kProgressLength, "%s%d%% Done", prefix, current));
+        Print("%s\r", FormatInto(room, "%s%d%% Done", prefix, current));
       else
         Print("%s%d%% Done\n", prefix, 100);
       break;

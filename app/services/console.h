@@ -1,4 +1,4 @@
-// Console services: printed text, progress, keys, hex dumps and the paging prompt.
+// Console services: printed text, progress, keys, hex dumps and the paging prompt. Showing text takes no memory.
 #pragma once
 
 #include <cstddef>
@@ -39,6 +39,11 @@ void Warn(const char* format, const Arguments&... arguments) {
 bool IsPagingOn();
 void SetPaging(bool on);
 
+/// The temporary-file flag: displays and loads write to a temporary file while it is set. No option sets it
+/// today.
+bool IsTemporaryFileOn();
+void SetTemporaryFile(bool on);
+
 /// The display callback.
 void DisplayText(std::u16string_view text);
 
@@ -46,8 +51,9 @@ void DisplayText(std::u16string_view text);
 /// character or the next key stroke, 0 for a key without a character.
 char16_t GetKey(char16_t push);
 
-/// The input-character callback: one key as an 8-bit character. Returns the number of bytes stored, -1 for a
-/// key that has no 8-bit form.
+/// The input-character callback: one key as an 8-bit character. A key that has none, on a keyboard of another
+/// script, reads as 0, as cursor keys do: no question takes it for an answer. Returns the number of bytes
+/// stored, 1.
 int InputChar(char& character);
 
 /// The environment-variable callback: `value` receives at most `capacity` characters.

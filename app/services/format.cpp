@@ -1,7 +1,10 @@
 #include "app/services/format.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <optional>
+#include <utility>
 
 #include "app/services/text.h"
 
@@ -62,63 +65,91 @@ bool ReadConversion(std::string_view format, std::size_t& position, Conversion& 
   return true;
 }
 
-std::u16string_view Wide(std::u16string_view text) {
-  return text;
+void Put(TextSink& sink, std::u16string_view text) {
+  sink.Append(text);
 }
-std::u16string Wide(std::string_view text) {
-  return Widen(text);
+
+void Put(TextSink& sink, std::string_view text) {
+  std::array<char16_t, 64> piece;
+  while (!text.empty()) {
+    std::size_t count = std::min(text.size(), piece.size());
+    std::transform(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(count), piece.begin(),
+                   [](char character) { return static_cast<unsigned char>(character); });
+    sink.Append({piece.data(), count});
+    text.remove_prefix(count);
+  }
+}
+
+void Fill(TextSink& sink, std::size_t count, char16_t character) {
+  for (; count > 0; --count) sink.Append({&character, 1});
+}
+
+/// Puts what `put` puts, `length` characters, at its side of the field.
+template <class Putter>
+void PutPadded(TextSink& sink, const Conversion& conversion, std::size_t length, Putter put) {
+  std::size_t padding = conversion.width > length ? conversion.width - length : 0;
+  if (!conversion.leftAlign) Fill(sink, padding, u' ');
+  put();
+  if (conversion.leftAlign) Fill(sink, padding, u' ');
 }
 
 template <class Text>
-void AppendPadded(std::u16string& out, const Conversion& conversion, Text text) {
-  std::size_t padding = conversion.width > text.size() ? conversion.width - text.size() : 0;
-  if (!conversion.leftAlign) out.append(padding, u' ');
-  out += Wide(text);
-  if (conversion.leftAlign) out.append(padding, u' ');
+void PutText(TextSink& sink, const Conversion& conversion, Text text) {
+  PutPadded(sink, conversion, text.size(), [&] { Put(sink, text); });
 }
 
-std::string Digits(std::uint64_t value, unsigned base, bool upperCase) {
-  std::string digits;
-  for (; value != 0; value /= base)
-    digits.push_back((upperCase ? "0123456789ABCDEF" : "0123456789abcdef")[value % base]);
-  std::reverse(digits.begin(), digits.end());
-  return digits;
-}
+/// The digits of a number, none for 0, in room for the longest.
+class Digits {
+ public:
+  Digits(std::uint64_t value, unsigned base, bool upperCase) {
+    for (; value != 0; value /= base)
+      room_[--start_] = (upperCase ? "0123456789ABCDEF" : "0123456789abcdef")[value % base];
+  }
+  std::string_view Text() const { return std::string_view(room_.data(), room_.size()).substr(start_); }
 
-void AppendInteger(std::u16string& out, const Conversion& conversion, const FormatArgument& argument) {
-  std::string prefix;
-  std::string digits;
+ private:
+  std::array<char, 20> room_;
+  std::size_t start_ = room_.size();
+};
+
+void PutInteger(TextSink& sink, const Conversion& conversion, const FormatArgument& argument) {
+  std::string_view prefix;
+  std::uint64_t magnitude = argument.Bits();
+  unsigned base = 16;
+  bool upperCase = conversion.letter == 'X';
   if (conversion.letter == 'd' || conversion.letter == 'i') {
     std::int64_t value = argument.Signed();
-    std::uint64_t magnitude =
-        value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
-    digits = Digits(magnitude, 10, false);
+    base = 10;
+    magnitude = value < 0 ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
     prefix = value < 0 ? "-" : conversion.plusSign ? "+" : conversion.blankSign ? " " : "";
   } else if (conversion.letter == 'u') {
-    digits = Digits(argument.Bits(), 10, false);
-  } else {
-    bool upperCase = conversion.letter == 'X';
-    digits = Digits(argument.Bits(), 16, upperCase);
-    if (conversion.alternate && argument.Bits() != 0) prefix = upperCase ? "0X" : "0x";
+    base = 10;
+  } else if (conversion.alternate && magnitude != 0) {
+    prefix = upperCase ? "0X" : "0x";
   }
+  const Digits digits(magnitude, base, upperCase);
   std::size_t least = conversion.precision.value_or(1);
   if (conversion.zeroFill && !conversion.leftAlign && !conversion.precision &&
       conversion.width > prefix.size())
     least = std::max(least, conversion.width - prefix.size());
-  if (digits.size() < least) digits.insert(0, least - digits.size(), '0');
-  AppendPadded(out, conversion, std::string_view(prefix + digits));
+  std::size_t zeros = least - std::min(least, digits.Text().size());
+  PutPadded(sink, conversion, prefix.size() + zeros + digits.Text().size(), [&] {
+    Put(sink, prefix);
+    Fill(sink, zeros, u'0');
+    Put(sink, digits.Text());
+  });
 }
 
 /// False when the conversion does not fit the argument.
-bool AppendArgument(std::u16string& out, const Conversion& conversion, const FormatArgument& argument) {
+bool PutArgument(TextSink& sink, const Conversion& conversion, const FormatArgument& argument) {
   using Kind = FormatArgument::Kind;
   switch (conversion.letter) {
     case 's': {
       std::size_t most = conversion.precision.value_or(std::string_view::npos);
       if (argument.kind() == Kind::Text8 && !conversion.isLong)
-        AppendPadded(out, conversion, argument.text8().substr(0, most));
+        PutText(sink, conversion, argument.text8().substr(0, most));
       else if (argument.kind() == Kind::Text16 && !conversion.isShort)
-        AppendPadded(out, conversion, argument.text16().substr(0, most));
+        PutText(sink, conversion, argument.text16().substr(0, most));
       else
         return false;
       return true;
@@ -126,7 +157,7 @@ bool AppendArgument(std::u16string& out, const Conversion& conversion, const For
     case 'c': {
       if (argument.kind() != Kind::Character && argument.kind() != Kind::Integer) return false;
       char16_t character = argument.character();
-      AppendPadded(out, conversion, std::u16string_view(&character, 1));
+      PutText(sink, conversion, std::u16string_view(&character, 1));
       return true;
     }
     case 'd':
@@ -135,12 +166,34 @@ bool AppendArgument(std::u16string& out, const Conversion& conversion, const For
     case 'x':
     case 'X':
       if (argument.kind() != Kind::Character && argument.kind() != Kind::Integer) return false;
-      AppendInteger(out, conversion, argument);
+      PutInteger(sink, conversion, argument);
       return true;
     default:
       return false;
   }
 }
+
+class StringSink final : public TextSink {
+ public:
+  void Append(std::u16string_view piece) override { text += piece; }
+
+  std::u16string text;
+};
+
+class RoomSink final : public TextSink {
+ public:
+  explicit RoomSink(std::span<char16_t> room) : room_(room) {}
+  void Append(std::u16string_view text) override {
+    text = text.substr(0, room_.size() - count_);
+    std::copy(text.begin(), text.end(), room_.begin() + static_cast<std::ptrdiff_t>(count_));
+    count_ += text.size();
+  }
+  std::u16string_view Text() const { return {room_.data(), count_}; }
+
+ private:
+  std::span<char16_t> room_;
+  std::size_t count_ = 0;
+};
 
 }  // namespace
 
@@ -163,31 +216,43 @@ std::int64_t FormatArgument::Signed() const {
   return static_cast<std::int64_t>(bits);
 }
 
-std::u16string FormatWideWith(std::string_view format, const FormatArgument* arguments, std::size_t count) {
-  std::u16string out;
+void FormatTo(TextSink& sink, std::string_view format, const FormatArgument* arguments, std::size_t count) {
   std::size_t next = 0;
   std::size_t position = 0;
-  while (position < format.size()) {
-    if (format[position] != '%') {
-      out.push_back(static_cast<unsigned char>(format[position++]));
-      continue;
-    }
-    std::size_t behindSign = ++position;
+  for (;;) {
+    std::size_t sign = std::min(format.find('%', position), format.size());
+    Put(sink, format.substr(position, sign - position));
+    if (sign == format.size()) return;
+    position = sign + 1;
     if (position < format.size() && format[position] == '%') {
-      out.push_back(static_cast<unsigned char>(format[position++]));
+      Fill(sink, 1, u'%');
+      ++position;
       continue;
     }
     Conversion conversion;
+    std::size_t behindSign = position;
     if (ReadConversion(format, position, conversion) && next < count &&
-        AppendArgument(out, conversion, arguments[next])) {
+        PutArgument(sink, conversion, arguments[next])) {
       ++next;
     } else {
       // Only the sign itself stands as text, so that what follows is read anew.
-      out.push_back(u'%');
+      Fill(sink, 1, u'%');
       position = behindSign;
     }
   }
-  return out;
+}
+
+std::u16string_view FormatIntoWith(std::span<char16_t> room, const char* format,
+                                   const FormatArgument* arguments, std::size_t count) {
+  RoomSink sink(room);
+  FormatTo(sink, format, arguments, count);
+  return sink.Text();
+}
+
+std::u16string FormatWideWith(std::string_view format, const FormatArgument* arguments, std::size_t count) {
+  StringSink sink;
+  FormatTo(sink, format, arguments, count);
+  return std::move(sink.text);
 }
 
 std::u16string FormatWideWith(const char* format, const FormatArgument* arguments, std::size_t count) {

@@ -71,6 +71,27 @@ class FormatArgument {
 template <std::size_t count>
 using FormatArguments = std::array<FormatArgument, count>;
 
+/// Takes text piece by piece.
+class TextSink {
+ public:
+  virtual void Append(std::u16string_view text) = 0;
+
+ protected:
+  ~TextSink() = default;
+};
+
+/// Formats into a sink, piece by piece, and takes no memory for it.
+void FormatTo(TextSink& sink, std::string_view format, const FormatArgument* arguments, std::size_t count);
+
+/// Formats into `room`, takes no memory, and cuts what does not fit. No NUL is put behind the text.
+std::u16string_view FormatIntoWith(std::span<char16_t> room, const char* format,
+                                   const FormatArgument* arguments, std::size_t count);
+template <class... Arguments>
+std::u16string_view FormatInto(std::span<char16_t> room, const char* format, const Arguments&... arguments) {
+  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  return FormatIntoWith(room, format, list.data(), list.size());
+}
+
 std::u16string FormatWideWith(const char* format, const FormatArgument* arguments, std::size_t count);
 std::u16string FormatWideWith(std::string_view format, const FormatArgument* arguments, std::size_t count);
 

@@ -2,11 +2,12 @@
 
 #include <array>
 #include <memory>
-#include <string>
+#include <span>
 
 #include "app/services/text.h"
 #include "app/services/text_output.h"
 #include "firmware/firmware.h"
+#include "firmware/lasting.h"
 
 namespace varnok {
 namespace {
@@ -16,33 +17,59 @@ constexpr std::size_t kRowLength = 16;
 // The fill pattern of uninitialised memory, blanked so that data stands out.
 constexpr std::uint8_t kFillPattern = 0xCC;
 
-std::uint32_t currentLevel = 1;
+struct TraceState {
+  std::uint32_t level = 1;
+};
 
-void AppendToLog(std::u16string_view text) {
-  std::unique_ptr<File> log;
-  if (TheFirmware().OpenFile(kLogName, FileMode::Append, log) == kSuccess) WriteText(*log, text);
+std::uint32_t& CurrentLevel() {
+  return Lasting<TraceState>().level;
 }
+
+/// A log that cannot be opened or is full loses what does not fit.
+void AppendToLog(std::span<char16_t> gathered) {
+  (void)PutTextBytes({gathered.data(), gathered.size()}, [](std::span<const std::uint8_t> bytes) {
+    return TheFirmware().AppendToFile(kLogName, bytes);
+  });
+}
+
+/// One opening of the log for as much text as its room holds: a line, or some rows of a dump.
+class LogText {
+ public:
+  template <class... Arguments>
+  void Put(const char* format, const Arguments&... arguments) {
+    const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
+    FormatTo(text_, format, list.data(), list.size());
+  }
+  TextSink& Sink() { return text_; }
+
+ private:
+  GatheredText<decltype(&AppendToLog)> text_{AppendToLog};
+};
 
 }  // namespace
 
 std::uint32_t TraceLevel() {
-  return currentLevel;
+  return CurrentLevel();
 }
 
 std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   static constexpr std::array<std::string_view, 3> kSwitches{"-debug1", "-debug2", "-debug3"};
-  currentLevel = 0;
-  for (int i = 1; i < argc && currentLevel == 0; ++i) {
+  std::uint32_t& chosen = CurrentLevel();
+  chosen = 0;
+  for (int i = 1; i < argc && chosen == 0; ++i) {
     for (std::uint32_t level = 1; level <= kSwitches.size(); ++level)
-      if (EqualsIgnoreCase(argv[i], kSwitches[level - 1])) currentLevel = level;
+      if (EqualsIgnoreCase(argv[i], kSwitches[level - 1])) chosen = level;
   }
   std::unique_ptr<File> log;
-  if (currentLevel != 0) (void)TheFirmware().OpenFile(kLogName, FileMode::Write, log);
-  return currentLevel;
+  if (chosen != 0) (void)TheFirmware().OpenFile(kLogName, FileMode::Write, log);
+  return chosen;
 }
 
 void TraceWith(const char* format, std::uint32_t level, const FormatArgument* arguments, std::size_t count) {
-  if (level <= currentLevel) AppendToLog(FormatWideWith(format, arguments, count) + u"\r\n");
+  if (level > CurrentLevel()) return;
+  LogText line;
+  FormatTo(line.Sink(), format, arguments, count);
+  line.Put("\r\n");
 }
 
 void Trace(const char* text, std::uint32_t level) {
@@ -72,18 +99,19 @@ void TraceScope::Write(const char* way) const {
 }
 
 void TraceHexDump(const char* title, std::span<const std::uint8_t> buffer, std::size_t length) {
-  if (currentLevel < 2) return;
-  std::u16string dump = FormatWide("%s\r\n", title);
+  if (CurrentLevel() < 2) return;
+  LogText log;
+  log.Put("%s\r\n", title);
   for (std::size_t start = 0; start < length; start += kRowLength) {
-    std::u16string characters;
-    for (std::size_t i = start; i < start + kRowLength; ++i) {
-      std::uint8_t byte = i < buffer.size() ? buffer[i] : std::uint8_t{0};
-      dump += byte == kFillPattern ? std::u16string(3, u' ') : FormatWide(" %02X", byte);
-      characters += byte >= 32 && byte <= 126 ? static_cast<char16_t>(byte) : u'.';
-    }
-    dump += u'\t' + characters + u"\r\n";
+    auto byteAt = [buffer](std::size_t i) { return i < buffer.size() ? buffer[i] : std::uint8_t{0}; };
+    for (std::size_t i = start; i < start + kRowLength; ++i)
+      byteAt(i) == kFillPattern ? log.Put("   ") : log.Put(" %02X", byteAt(i));
+    log.Put("\t");
+    for (std::size_t i = start; i < start + kRowLength; ++i)
+      log.Put("%c", byteAt(i) >= 32 && byteAt(i) <= 126 ? static_cast<char>(byteAt(i)) : '.');
+    log.Put("\r\n");
   }
-  AppendToLog(dump + u"\r\n");
+  log.Put("\r\n");
 }
 
 }  // namespace varnok

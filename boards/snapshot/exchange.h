@@ -39,6 +39,11 @@ struct Target {
   std::uint8_t channel = 0;
 };
 
+/// The bytes behind the completion code.
+inline std::span<const std::uint8_t> DataOf(const IpmiMessage& response) {
+  return std::span(response.data).first(response.dataLength);
+}
+
 /// Sends a request of LUN 0 and waits for its answer.
 Outcome Exchange(const Target& target, std::uint8_t netFunction, std::uint8_t command,
                  std::span<const std::uint8_t> data, IpmiMessage& response);
@@ -47,10 +52,18 @@ inline Outcome Exchange(const Target& target, std::uint8_t netFunction, std::uin
   return Exchange(target, netFunction, command, std::span(data.begin(), data.size()), response);
 }
 
-/// The bytes behind the completion code.
-inline std::span<const std::uint8_t> DataOf(const IpmiMessage& response) {
-  return std::span(response.data).first(response.dataLength);
+/// As Exchange; an answer for which `isGood(data)` is false counts as one that got lost.
+template <class Data, class IsGood>
+Outcome ExchangeFor(const Target& target, std::uint8_t netFunction, std::uint8_t command, const Data& data,
+                    IpmiMessage& response, IsGood isGood) {
+  constexpr int kTries = 3;
+  for (int tries = 0; tries < kTries; ++tries) {
+    Outcome outcome = Exchange(target, netFunction, command, data, response);
+    if (!outcome.IsDone() || isGood(DataOf(response))) return outcome;
+  }
+  return {Outcome::Kind::Silent, 0, "answers that make no sense"};
 }
+
 
 /// Told what is under way, for those who wait.
 class Observer {

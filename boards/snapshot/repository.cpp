@@ -41,16 +41,22 @@ class Session {
   /// Bytes of a record, at most as many as `target` has room for; `count` is what came.
   Outcome Get(std::uint16_t id, std::size_t offset, std::span<std::uint8_t> target, std::size_t& count,
               std::uint16_t& nextId) {
+    const std::uint8_t request[] = {Low(reservation_),
+                                    High(reservation_),
+                                    Low(id),
+                                    High(id),
+                                    static_cast<std::uint8_t>(offset),
+                                    static_cast<std::uint8_t>(target.size())};
+    // The next record's ID and at least one byte, at most those that were asked for.
+    auto isGood = [&](std::span<const std::uint8_t> bytes) {
+      return bytes.size() >= 3 && bytes.size() - 2 <= target.size();
+    };
     IpmiMessage response;
     count = 0;
     Outcome outcome =
-        Ask(ipmi_command::kGetSdr,
-            {Low(reservation_), High(reservation_), Low(id), High(id), static_cast<std::uint8_t>(offset),
-             static_cast<std::uint8_t>(target.size())},
-            response);
+        ExchangeFor(Target{}, net_function::kStorage, ipmi_command::kGetSdr, std::span(request), response, isGood);
     if (!outcome.IsDone()) return outcome;
     const auto data = DataOf(response);
-    if (data.size() < 3 || data.size() - 2 > target.size()) return {Outcome::Kind::Silent};
     nextId = WordAt(data, 0);
     count = data.size() - 2;
     std::copy(data.begin() + 2, data.end(), target.begin());
@@ -59,12 +65,16 @@ class Session {
 
   Outcome Erase() {
     IpmiMessage response;
+    bool isStarted = false;
     for (int poll = 0; poll <= kErasePolls; ++poll) {
-      const std::uint8_t operation = poll == 0 ? 0xAA : 0x00;
+      const std::uint8_t operation = isStarted ? 0x00 : 0xAA;
       Outcome outcome =
           Ask(ipmi_command::kClearSdrRepository, {Low(reservation_), High(reservation_), 'C', 'L', 'R', operation}, response);
+      isStarted = outcome.IsDone();
+      // An erase may end its own reservation; to start it again does no harm.
+      if (outcome.IsCode(completion_code::kReservationLost)) outcome = Reserve();
       if (!outcome.IsDone()) return outcome;
-      if (!DataOf(response).empty() && (DataOf(response)[0] & 15) == 1) return outcome;
+      if (isStarted && !DataOf(response).empty() && (DataOf(response)[0] & 15) == 1) return outcome;
       DelayMilliseconds(kErasePoll);
     }
     return {Outcome::Kind::Unfit, 0, "the erase does not end"};
@@ -78,6 +88,16 @@ class Session {
     IpmiMessage response;
     Outcome outcome = Ask(ipmi_command::kPartialAddSdr, data, response);
     if (outcome.IsDone() && DataOf(response).size() >= 2) id = WordAt(DataOf(response), 0);
+    return outcome;
+  }
+
+  /// The number of records.
+  static Outcome Count(std::size_t& count) {
+    IpmiMessage response;
+    Outcome outcome = ExchangeFor(Target{}, net_function::kStorage, ipmi_command::kGetSdrRepositoryInfo,
+                                  std::span<const std::uint8_t>(), response,
+                                  [](std::span<const std::uint8_t> bytes) { return bytes.size() >= 3; });
+    if (outcome.IsDone()) count = WordAt(DataOf(response), 1);
     return outcome;
   }
 
@@ -141,6 +161,22 @@ Outcome AddRecord(Session& session, const Bytes& record) {
   return {};
 }
 
+/// Adds the record to the `count` that are there.
+Outcome AddBehind(Session& session, const Bytes& record, std::size_t count) {
+  constexpr int kTries = 3;
+  Outcome outcome;
+  for (int tries = 0; tries < kTries; ++tries) {
+    // Adding a record ends the reservation.
+    outcome = session.Reserve();
+    if (outcome.IsDone()) outcome = AddRecord(session, record);
+    if (outcome.IsDone()) return outcome;
+    // A piece whose answer got lost cannot be sent twice: the record begins anew, unless it is there.
+    std::size_t now = 0;
+    if (Session::Count(now).IsDone() && now == count + 1) return {};
+  }
+  return outcome;
+}
+
 Outcome In(const char* place, Outcome outcome) {
   outcome.reason = Format("%s: %s", place, outcome.Text());
   return outcome;
@@ -150,11 +186,9 @@ Outcome In(const char* place, Outcome outcome) {
 
 Outcome ReadRepository(Repository& repository, Observer& observer) {
   repository = {};
-  IpmiMessage response;
-  Outcome outcome = Exchange({}, net_function::kStorage, ipmi_command::kGetSdrRepositoryInfo, {}, response);
+  std::size_t expected = 0;
+  Outcome outcome = Session::Count(expected);
   if (!outcome.IsDone()) return outcome;
-  const auto info = DataOf(response);
-  const std::size_t expected = info.size() >= 3 ? WordAt(info, 1) : 0;
   if (expected == 0) return outcome;
   Session session;
   if (outcome = session.Reserve(); !outcome.IsDone()) return outcome;
@@ -194,9 +228,7 @@ Outcome ReplaceRepository(const std::vector<Bytes>& records, Observer& observer)
   if (!outcome.IsDone()) return In("the repository could not be erased", outcome);
   for (std::size_t i = 0; i < records.size(); ++i) {
     observer.Step("SDR repository", i, records.size());
-    // Adding a record ends the reservation.
-    outcome = session.Reserve();
-    if (outcome.IsDone()) outcome = AddRecord(session, records[i]);
+    outcome = AddBehind(session, records[i], i);
     if (!outcome.IsDone())
       return In(Format("record %u of %u could not be added", i + 1, records.size()).c_str(), outcome);
   }

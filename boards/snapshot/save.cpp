@@ -14,10 +14,12 @@ std::string Quoted(std::string_view text) {
   for (char character : text) {
     const auto byte = static_cast<unsigned char>(character);
     // JSON is UTF-8: what is no ASCII stands as its Latin-1 character.
-    if (byte < 0x20 || byte > 0x7E || character == '"' || character == '\\')
+    if (byte < 0x20 || byte > 0x7E) {
       quoted += Format("\\u%04X", byte);
-    else
-      quoted += character;
+      continue;
+    }
+    if (character == '"' || character == '\\') quoted += '\\';
+    quoted += character;
   }
   return quoted += '"';
 }

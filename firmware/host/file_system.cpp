@@ -129,6 +129,11 @@ Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& 
   return kSuccess;
 }
 
+Status AppendToFile(const char* path, std::span<const std::uint8_t> bytes) {
+  int descriptor = open(path, O_CLOEXEC | O_WRONLY | O_CREAT | O_APPEND, 0666);
+  return descriptor < 0 ? StatusOf(errno) : LinuxFile(descriptor).Write(bytes);
+}
+
 Status MakeFolder(std::u16string_view path) {
   if (mkdir(ResolvePath(path).c_str(), 0777) == 0) return kSuccess;
   return errno == EEXIST ? uefi_status::kAlreadyStarted : StatusOf(errno);

@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -16,29 +17,34 @@ namespace varnok::host {
 
 namespace {
 
-void WriteAll(int descriptor, const std::string& bytes) {
-  // A console that is gone must not stop a board from being programmed to the end.
-  for (std::size_t done = 0; done < bytes.size();) {
-    ssize_t result = write(descriptor, bytes.data() + done, bytes.size() - done);
-    if (result < 0 && (errno == EINTR || errno == EAGAIN)) {
-      // Others who share the console may have made it one that does not wait.
-      pollfd output{descriptor, POLLOUT, 0};
-      poll(&output, 1, -1);
-      continue;
+/// Writes text as UTF-8; takes no memory, and gives up where nobody can read it.
+void WriteUtf8(int descriptor, std::u16string_view text) {
+  std::array<char, 1024> room;
+  while (!text.empty()) {
+    std::string_view bytes = TakeUtf8(text, room);
+    while (!bytes.empty()) {
+      ssize_t result = write(descriptor, bytes.data(), bytes.size());
+      if (result < 0 && (errno == EINTR || errno == EAGAIN)) {
+        // Others who share the console may have made it one that does not wait.
+        pollfd output{descriptor, POLLOUT, 0};
+        poll(&output, 1, -1);
+        continue;
+      }
+      if (result < 0) return;
+      bytes.remove_prefix(static_cast<std::size_t>(result));
     }
-    if (result < 0) return;
-    done += static_cast<std::size_t>(result);
   }
 }
 
 }  // namespace
 
+// A console that is gone must not stop a board from being programmed to the end.
 void HostFirmware::WriteConsole(std::u16string_view text) {
-  WriteAll(STDOUT_FILENO, ToUtf8(text));
+  WriteUtf8(STDOUT_FILENO, text);
 }
 
 void HostFirmware::WriteErrorOutput(std::u16string_view text) {
-  WriteAll(STDERR_FILENO, ToUtf8(text));
+  WriteUtf8(STDERR_FILENO, text);
 }
 
 char16_t HostFirmware::ReadKey() {
@@ -52,6 +58,14 @@ char16_t HostFirmware::ReadKey() {
 
 Status HostFirmware::OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) {
   return host::OpenFile(path, mode, file);
+}
+
+Status HostFirmware::AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) {
+  if (path != appendedPath_) {
+    appendedFile_ = ResolvePath(path);
+    appendedPath_ = path;
+  }
+  return host::AppendToFile(appendedFile_.c_str(), bytes);
 }
 
 Status HostFirmware::MakeFolder(std::u16string_view path) {

@@ -1,6 +1,8 @@
 // The firmware facade on Linux: terminal or pipes, files, environment, and a board below them.
 #pragma once
 
+#include <string>
+
 #include "firmware/firmware.h"
 #include "firmware/host/machine.h"
 
@@ -18,6 +20,7 @@ class HostFirmware : public Firmware {
   void Stall(std::uint64_t microseconds, StallKind kind) override { machine_.Stall(microseconds, kind); }
   WallClock Now() override { return machine_.Now(); }
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
+  Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) override;
   Status MakeFolder(std::u16string_view path) override;
   Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names) override;
   bool GetEnvironmentVariable(std::string_view name, std::u16string& value) override;
@@ -32,6 +35,8 @@ class HostFirmware : public Firmware {
 
  private:
   Machine& machine_;
+  std::u16string appendedPath_;  ///< what AppendToFile was last asked for
+  std::string appendedFile_;     ///< and the file that it is
 };
 
 /// The exit status when the board cannot be opened: as for a protocol that is missing.

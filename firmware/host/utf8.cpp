@@ -1,5 +1,7 @@
 #include "firmware/host/utf8.h"
 
+#include <array>
+
 namespace varnok::host {
 namespace {
 
@@ -27,15 +29,32 @@ char32_t ReadCharacter(std::string_view text, std::size_t& position) {
   return character;
 }
 
-void AppendCharacter(std::string& out, char32_t character) {
+constexpr std::size_t kLongestCharacter = 4;
+
+/// Puts one character at `out`; returns its length.
+std::size_t PutCharacter(char* out, char32_t character) {
   if (character < 0x80) {
-    out.push_back(static_cast<char>(character));
-    return;
+    *out = static_cast<char>(character);
+    return 1;
   }
-  int tail = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+  std::size_t tail = character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
   static constexpr unsigned kLead[] = {0, 0xC0, 0xE0, 0xF0};
-  out.push_back(static_cast<char>(kLead[tail] | (character >> (6 * tail))));
-  while (tail-- > 0) out.push_back(static_cast<char>(0x80 | ((character >> (6 * tail)) & 0x3F)));
+  *out = static_cast<char>(kLead[tail] | (character >> (6 * tail)));
+  for (std::size_t i = 1; i <= tail; ++i)
+    out[i] = static_cast<char>(0x80 | ((character >> (6 * (tail - i))) & 0x3F));
+  return tail + 1;
+}
+
+/// Takes the first character off text that has one; an unpaired surrogate reads as U+FFFD.
+char32_t TakeCharacter(std::u16string_view& text) {
+  char32_t character = text.front();
+  text.remove_prefix(1);
+  if (character < 0xD800 || character >= 0xE000) return character;
+  bool isPair = character < 0xDC00 && !text.empty() && text.front() >= 0xDC00 && text.front() < 0xE000;
+  if (!isPair) return kReplacement;
+  character = 0x10000 + ((character - 0xD800) << 10) + (text.front() - 0xDC00u);
+  text.remove_prefix(1);
+  return character;
 }
 
 }  // namespace
@@ -54,17 +73,16 @@ std::u16string FromUtf8(std::string_view text) {
   return out;
 }
 
+std::string_view TakeUtf8(std::u16string_view& text, std::span<char> room) {
+  std::size_t length = 0;
+  while (!text.empty() && length + kLongestCharacter <= room.size())
+    length += PutCharacter(room.data() + length, TakeCharacter(text));
+  return {room.data(), length};
+}
+
 std::string ToUtf8(std::u16string_view text) {
   std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t character = text[i];
-    bool isHigh = character >= 0xD800 && character < 0xDC00;
-    if (isHigh && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000)
-      character = 0x10000 + ((character - 0xD800) << 10) + (text[++i] - 0xDC00u);
-    else if (character >= 0xD800 && character < 0xE000)
-      character = kReplacement;
-    AppendCharacter(out, character);
-  }
+  for (std::array<char, 256> room; !text.empty();) out += TakeUtf8(text, room);
   return out;
 }
 
@@ -77,7 +95,10 @@ std::string Latin1FromUtf8(std::string_view text) {
 
 std::string Utf8FromLatin1(std::string_view text) {
   std::string out;
-  for (char character : text) AppendCharacter(out, static_cast<unsigned char>(character));
+  for (char character : text) {
+    std::array<char, kLongestCharacter> bytes;
+    out.append(bytes.data(), PutCharacter(bytes.data(), static_cast<unsigned char>(character)));
+  }
   return out;
 }
 

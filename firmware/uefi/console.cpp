@@ -1,7 +1,5 @@
 #include "firmware/uefi/console.h"
 
-#include <string>
-
 #include "firmware/firmware.h"
 #include "firmware/uefi/runtime.h"
 
@@ -15,18 +13,41 @@ constexpr UINTN kTabWidth = 8;
 // NUL, does nothing else.
 constexpr int kMostMisses = 1000;
 
-// Under redirection the shell puts its own output in this place, so that the text reaches the file.
-void Put(const std::u16string& text) {
-  SIMPLE_TEXT_OUTPUT_INTERFACE* output = SystemTable().ConOut;
-  if (!text.empty()) output->OutputString(output, ToEfi(text.c_str()));
-}
+/// Text for one output device, in room of its own. Under redirection the shell puts its own output in ConOut's
+/// place, so that the text reaches the file.
+class Output {
+ public:
+  explicit Output(SIMPLE_TEXT_OUTPUT_INTERFACE* device) : device_(device) {}
+  ~Output() { Flush(); }
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  void Put(char16_t character) {
+    if (count_ == kRoom) Flush();
+    room_[count_++] = character;
+  }
+  void Flush() {
+    room_[count_] = 0;
+    if (count_ > 0) device_->OutputString(device_, ToEfi(room_));
+    count_ = 0;
+  }
+  SIMPLE_TEXT_OUTPUT_INTERFACE* Device() { return device_; }
+
+ private:
+  static constexpr std::size_t kRoom = 128;
+  SIMPLE_TEXT_OUTPUT_INTERFACE* device_;
+  char16_t room_[kRoom + 1];
+  std::size_t count_ = 0;
+};
 
 /// A terminal follows a TAB by itself; a graphics console does not know it.
-void PutTab() {
-  SIMPLE_TEXT_OUTPUT_INTERFACE* output = SystemTable().ConOut;
+void PutTab(Output& out) {
+  out.Flush();
+  SIMPLE_TEXT_OUTPUT_INTERFACE* output = out.Device();
   auto column = static_cast<UINTN>(output->Mode->CursorColumn);
   auto row = static_cast<UINTN>(output->Mode->CursorRow);
-  Put(u"\t");
+  out.Put(u'\t');
+  out.Flush();
   UINTN columns = 0;
   UINTN rows = 0;
   UINTN stop = (column / kTabWidth + 1) * kTabWidth;
@@ -37,32 +58,24 @@ void PutTab() {
 }  // namespace
 
 void Console::Write(std::u16string_view text) {
-  std::u16string shown;
-  shown.reserve(text.size() + 8);
+  Output output(SystemTable().ConOut);
+  const bool isScreen = !shell_.OutputIsFile();
   for (char16_t character : text) {
-    if (character == u'\n' && previous_ != u'\r') shown += u'\r';
-    shown += character;
+    if (character == u'\n' && previous_ != u'\r') output.Put(u'\r');
+    if (character == u'\t' && isScreen)
+      PutTab(output);
+    else
+      output.Put(character);
     previous_ = character;
-  }
-  if (shown.find(u'\t') == std::u16string::npos || shell_.OutputIsFile()) return Put(shown);
-  for (std::size_t start = 0;;) {
-    std::size_t tab = shown.find(u'\t', start);
-    Put(shown.substr(start, tab - start));
-    if (tab == std::u16string::npos) return;
-    PutTab();
-    start = tab + 1;
   }
 }
 
 void Console::WriteError(std::u16string_view text) {
-  std::u16string shown;
+  Output output(SystemTable().StdErr != nullptr ? SystemTable().StdErr : SystemTable().ConOut);
   for (char16_t character : text) {
-    if (character == u'\n') shown += u'\r';
-    shown += character;
+    if (character == u'\n') output.Put(u'\r');
+    output.Put(character);
   }
-  SIMPLE_TEXT_OUTPUT_INTERFACE* output = SystemTable().StdErr;
-  if (output == nullptr) output = SystemTable().ConOut;
-  output->OutputString(output, ToEfi(shown.c_str()));
 }
 
 char16_t Console::ReadKey() {

@@ -17,12 +17,6 @@ constexpr std::uint8_t kMediaNode = 4;
 constexpr std::uint8_t kFilePathNode = 4;
 constexpr std::uint8_t kEndNode = 0x7F;
 
-/// A file's place: a handle that carries the Simple File System protocol, and the path from its root.
-struct Place {
-  EFI_HANDLE volume = nullptr;
-  std::u16string path;
-};
-
 class VolumeFile : public File {
  public:
   explicit VolumeFile(EFI_FILE* file) : file_(file), next_(newest_) {
@@ -141,6 +135,8 @@ Status Prepare(EFI_FILE* file, bool empties) {
   return file->SetInfo(file, &fileInfoGuid, info->Size, info.data());
 }
 
+constexpr UINT64 kWriting = EFI_FILE_MODE_READ | EFI_FILE_MODE_WRITE | EFI_FILE_MODE_CREATE;
+
 }  // namespace
 
 std::u16string WithBackslashes(std::u16string_view path) {
@@ -149,15 +145,17 @@ std::u16string WithBackslashes(std::u16string_view path) {
   return converted;
 }
 
+bool FindPlace(const Shell& shell, std::u16string_view path, Place& place) {
+  return !path.empty() && Locate(shell, WithBackslashes(path), place);
+}
+
 Status OpenShellFile(const Shell& shell, std::u16string_view path, FileMode mode,
                      std::unique_ptr<File>& file) {
   file = nullptr;
   Place place;
-  if (path.empty() || !Locate(shell, WithBackslashes(path), place)) return uefi_status::kNotFound;
-  UINT64 efiMode = EFI_FILE_MODE_READ;
-  if (mode != FileMode::Read) efiMode |= EFI_FILE_MODE_WRITE | EFI_FILE_MODE_CREATE;
+  if (!FindPlace(shell, path, place)) return uefi_status::kNotFound;
   EFI_FILE* opened = nullptr;
-  Status status = OpenAt(place, efiMode, opened);
+  Status status = OpenAt(place, mode == FileMode::Read ? EFI_FILE_MODE_READ : kWriting, opened);
   if (IsError(status)) return status;
   auto owner = std::make_unique<VolumeFile>(opened);
   status = Prepare(opened, mode == FileMode::Write);
@@ -167,15 +165,25 @@ Status OpenShellFile(const Shell& shell, std::u16string_view path, FileMode mode
   return kSuccess;
 }
 
+Status AppendAt(const Place& place, std::span<const std::uint8_t> bytes) {
+  EFI_FILE* opened = nullptr;
+  Status status = OpenAt(place, kWriting, opened);
+  if (IsError(status)) return status;
+  VolumeFile file(opened);
+  status = Prepare(opened, false);
+  if (!IsError(status)) status = opened->SetPosition(opened, kEndOfFile);
+  return IsError(status) ? status : file.Write(bytes);
+}
+
 Status MakeShellFolder(const Shell& shell, std::u16string_view path) {
   Place place;
-  if (path.empty() || !Locate(shell, WithBackslashes(path), place)) return uefi_status::kNotFound;
+  if (!FindPlace(shell, path, place)) return uefi_status::kNotFound;
   EFI_FILE* folder = nullptr;
   // Opening for creation takes what is there already.
   Status status = OpenAt(place, EFI_FILE_MODE_READ, folder);
   const bool isThere = !IsError(status);
   if (!isThere)
-    status = OpenAt(place, EFI_FILE_MODE_READ | EFI_FILE_MODE_WRITE | EFI_FILE_MODE_CREATE, folder, EFI_FILE_DIRECTORY);
+    status = OpenAt(place, kWriting, folder, EFI_FILE_DIRECTORY);
   if (IsError(status)) return status;
   folder->Close(folder);
   return isThere ? uefi_status::kAlreadyStarted : kSuccess;
@@ -183,7 +191,7 @@ Status MakeShellFolder(const Shell& shell, std::u16string_view path) {
 
 Status ListShellFolder(const Shell& shell, std::u16string_view path, std::vector<std::u16string>& names) {
   Place place;
-  if (path.empty() || !Locate(shell, WithBackslashes(path), place)) return uefi_status::kNotFound;
+  if (!FindPlace(shell, path, place)) return uefi_status::kNotFound;
   EFI_FILE* folder = nullptr;
   if (Status status = OpenAt(place, EFI_FILE_MODE_READ, folder); IsError(status)) return status;
   VolumeFile owner(folder);

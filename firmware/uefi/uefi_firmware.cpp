@@ -1,6 +1,7 @@
 #include "firmware/uefi/uefi_firmware.h"
 
 #include <cstring>
+#include <utility>
 
 #include "firmware/uefi/driver_image.h"
 #include "firmware/uefi/files.h"
@@ -40,6 +41,16 @@ WallClock UefiFirmware::Now() {
 
 Status UefiFirmware::OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) {
   return OpenShellFile(shell_, path, mode, file);
+}
+
+Status UefiFirmware::AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) {
+  if (path != appendedPath_) {
+    Place place;
+    if (!FindPlace(shell_, path, place)) return uefi_status::kNotFound;
+    appendedFile_ = std::move(place);
+    appendedPath_ = path;
+  }
+  return AppendAt(appendedFile_, bytes);
 }
 
 Status UefiFirmware::MakeFolder(std::u16string_view path) {

@@ -1,8 +1,11 @@
 // The facade answered by UEFI: boot and runtime services, the shell and its volumes.
 #pragma once
 
+#include <string>
+
 #include "firmware/firmware.h"
 #include "firmware/uefi/console.h"
+#include "firmware/uefi/files.h"
 #include "firmware/uefi/memory_map.h"
 #include "firmware/uefi/shell.h"
 
@@ -25,6 +28,7 @@ class UefiFirmware : public Firmware {
   void Stall(std::uint64_t microseconds, StallKind kind) override;
   WallClock Now() override;
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
+  Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) override;
   Status MakeFolder(std::u16string_view path) override;
   Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names) override;
   bool GetEnvironmentVariable(std::string_view name, std::u16string& value) override;
@@ -41,6 +45,8 @@ class UefiFirmware : public Firmware {
   Shell shell_;
   Console console_{shell_};
   MemoryMap memoryMap_;
+  std::u16string appendedPath_;  ///< what AppendToFile was last asked for
+  Place appendedFile_;           ///< and where that is
   Firmware* previous_;
   std::uint64_t stalled_ = 0;  ///< microseconds
 };

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "app/services/text.h"
+#include "app/varnok.h"
 #include "fru/fru_data.h"
 #include "tests/support/test_firmware.h"
 
@@ -41,7 +42,6 @@ TEST(CommandLineReader, OneOptionChoosesModeAndFile) {
     EXPECT_EQ(line.mode, one.mode);
     EXPECT_EQ(Narrow(line.fileName), one.fileName);
   }
-  FruData::Reset();
 }
 
 TEST(DefaultExtension, IsAddedToANameWithoutADot) {
@@ -53,11 +53,11 @@ TEST(DefaultExtension, IsAddedToANameWithoutADot) {
                                  Case{u"boards\\", u"boards\\MASTER.CFG"}, Case{u"\\", u"\\MASTER.CFG"},
                                  Case{u"\\board", u"\\board.FRU"}, Case{u"", u".FRU"}}) {
     std::u16string text = name;
-    AddDefaultExtension(text, u".FRU");
+    CVarnok::AddDefaultExtension(text, u".FRU");
     EXPECT_EQ(text, completed);
   }
   std::u16string text(254, u'n');
-  AddDefaultExtension(text, u".FRU");
+  CVarnok::AddDefaultExtension(text, u".FRU");
   EXPECT_EQ(text, std::u16string(254, u'n') + u".");
 }
 

@@ -241,8 +241,8 @@ TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
   ExpectProgrammed(Sample("MASTER.CFG"),
                    {"VW-S2-MB-R4", "VWS226010001\311ASSET-100", "hearth_s2_r4.fru", "VWSB25061234"});
   EXPECT_THAT(machine.console, HasSubstr("3\tNone of these: leave without any change\n42\n2\n"
-                                         "Is the second fan fitted? [Y/N] y\n\n"
-                                         "Enter serial number and asset tag now? [Y/N] y\n\n"
+                                         "Is the second fan fitted? Press Y or N, no Enter: y\n\n"
+                                         "Enter serial number and asset tag now? Press Y or N, no Enter: y\n\n"
                                          "\nProcessing FRU File HEARTHS2.FRU...\n\n"));
   EXPECT_THAT(machine.console, EndsWith("\nSDRs written successfully.\n" + kWritten + kRefreshed + kUpdated));
   EXPECT_EQ(Content("board.bin")[0x1A], 0x11) << "the pedestal's chassis type";
@@ -252,6 +252,19 @@ TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
   machine.keys = u"3\r";
   EXPECT_EQ(Run(Sample("MASTER.CFG")), 0);
   EXPECT_THAT(machine.console, EndsWith("Nothing was changed.\n"));
+}
+
+TEST_F(Board, PackageOfTheSamplesLeavesAnotherBoardAlone) {
+  // Another product of SMBIOS, or another word of the BMC for its board.
+  const std::string guards[] = {"PROBE SYSTEM HEARTH ", "PROBE BASEBOARD_PRODID 2E "};
+  for (const std::string& guard : guards) {
+    std::string script = Sample("MASTER.CFG");
+    Replace(script, guard, guard.substr(0, guard.size() - 2) + "F ");
+    machine.keys = u"";
+    EXPECT_EQ(Run(script), 0x20);
+    EXPECT_THAT(machine.console, EndsWith("\nThis is not a Hearth S2 server board. Nothing was changed.\n"));
+    EXPECT_EQ(RequestCount("0A/0"), 0) << "neither read nor written";
+  }
 }
 
 TEST_F(Board, SamplesAreRead) {

@@ -77,7 +77,6 @@ TEST_F(ProbeQuery, OneRequest) {
   const char16_t* text = nullptr;
   FruData::GetLastErrorMessage(text);
   EXPECT_TRUE(text == nullptr || *text == 0) << "no message for a later failure";
-  FruData::Reset();
 }
 
 TEST_F(ProbeQuery, UnusualAnswers) {
@@ -129,7 +128,7 @@ TEST_F(ProbeQuery, KeyAndValueHaveTheirLengths) {
   EXPECT_EQ(Ask("BMCCONFIG Key \"\""), "C00000000009000C The probe value's length (3) is not valid.");
   ASSERT_EQ(Load("PROBE HWID x"), kSuccess);
   bool isFound = true;
-  EXPECT_EQ(static_cast<CCfgProbe&>(*parser.Commands()[0]).ProbeKeyValue(nullptr, "x", isFound), kBadValue);
+  EXPECT_EQ(static_cast<CCfgProbe&>(parser.Commands().front()).ProbeKeyValue({}, "x", isFound), kBadValue);
   EXPECT_EQ(Message(), "Unrecoverable internal error: Probe key/value input is invalid.");
 }
 
@@ -217,7 +216,7 @@ TEST_F(ProbeQuery, ControllerBehindABridge) {
 TEST_F(ProbeQuery, BridgeGivesUp) {
   ScriptedIpmi bmc(machine);
   ASSERT_EQ(Load("PROBE HWID x"), kSuccess);
-  auto& probe = static_cast<CCfgProbe&>(*parser.Commands()[0]);
+  auto& probe = static_cast<CCfgProbe&>(parser.Commands().front());
   IpmiMessage request, response;
   request.netFunction = kApp;
   request.command = kDeviceId;

@@ -1,5 +1,4 @@
 // PROBE and FOUND while a script is read: keywords, parameters, places.
-#include "cfg/found_command.h"
 #include "tests/cfg/probe_script_test.h"
 
 namespace varnok {
@@ -92,7 +91,7 @@ TEST_F(ProbeSyntax, FoundFollowsItsProbe) {
   for (const char* script :
        {"PROBE HWID a\n\n  // a comment\n\nfound A\nDISPLAY b", "PROBE HWID a\nDISPLAY b\n"}) {
     EXPECT_EQ(Load(script), kSuccess);
-    EXPECT_EQ(parser.Commands().size(), 2u) << script;
+    EXPECT_EQ(std::ranges::distance(parser.Commands()), 2) << script;
   }
   const std::pair<const char*, int> misplaced[] = {
       {"FOUND A", 1},
@@ -113,13 +112,11 @@ TEST_F(ProbeSyntax, FoundPrintsItsTags) {
        {std::pair{"FOUND A B", "FOUND:\tA\tB\n"}, {"FOUND A", "FOUND:\tA\n"}, {"FOUND", "FOUND\n"}}) {
     machine.files[".\\F.CFG"] = line;
     CFileCfg file(".\\F.CFG");
-    std::string keyword;
-    file.GetFirstInput(keyword, 256);
-    CCfgFound found;
-    found.SetParser(&parser);
-    found.ReadFromFile(file);
+    PoolPtr<CCfgCommand> found;
+    EXPECT_EQ(CCfgCommand::MakeCommand(&file, found, &parser), kSuccess);
+    Discard(found->ReadFromFile(file));
     machine.console.clear();
-    found.DebugPrint();
+    found->DebugPrint();
     EXPECT_EQ(machine.console, printed);
   }
 }

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "firmware/lasting.h"
 #include "fru/fru_manager.h"
 #include "tests/fru/memory_fru.h"
 
@@ -17,10 +18,11 @@ class FruFront : public FruTest {
 
   /// Reads the device as FRU `id`, with this status, and selects that image.
   void LoadSystem(std::uint8_t id = 0, Status status = kSuccess) {
-    const FruDeviceAddress address = Device(nvs_type::kImbDevice, id);
+    FruDeviceAddress address = Device(nvs_type::kImbDevice, id);
+    address.displayName = u"a title of the file";  // which names no device
     flag = status == kSuccess;
     ASSERT_EQ(LoadFruAtAddress(address, flag), status) << LastFruError();
-    ASSERT_EQ(flag, status != kSuccess);
+    ASSERT_EQ(flag, status != kSuccess && status != kNotIpmiFru);
     ASSERT_EQ(SelectList(FruList::System), kSuccess);
     ASSERT_EQ(SelectFruByAddress(address), kSuccess);
   }
@@ -44,7 +46,7 @@ class FruFront : public FruTest {
 };
 
 TEST_F(FruFront, ChecksItsStateInOrder) {
-  Reset();
+  ForgetProgramState();
   ExpectFailure(SelectList(FruList::System), kNotInitialized);
   EXPECT_EQ(machine.TraceLines().back(), "FruData::SelectList - Unexpected");
   EXPECT_EQ(SetOutputFile(""), kNotInitialized);
@@ -53,6 +55,7 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
   EXPECT_EQ(GetLastErrorMessage(text), kNotInitialized);
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(Narrow(text), kUnexpectedText);
+  IpmiLoadProtocol();
   machine.FailPoolAllocation(1);
   EXPECT_EQ(Initialize(), kInitializeFailed);
   EXPECT_EQ(SetPagingMode(true), kNotInitialized);
@@ -93,6 +96,7 @@ TEST_F(FruFront, MemoryThatRunsOutHasAStatusAtEachDoor) {
 TEST_F(FruFront, KeepsAnImageThatCouldNotBeRead) {
   device.image[7] = 0;
   LoadSystem(0, kInvalidHeader);
+  EXPECT_EQ(LastFruError(), "Invalid FRU header area in system FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF).");
   for (auto [area, field, name] : {std::tuple{ChassisInfoArea, FruFieldId::ChassisPartNumber, "chassis"},
                                    {BoardInfoArea, FruFieldId::BoardPartNumber, "board"},
                                    {ProductInfoArea, FruFieldId::ProductName, "product"}}) {
@@ -107,7 +111,9 @@ TEST_F(FruFront, FindsADeviceByItsHeader) {
   EXPECT_EQ(FindFruAtAddressAndChecksumHeader({}), kSuccess);
   EXPECT_EQ(device.log.size(), 1u);
   device.image[7] = 0;
-  ExpectFailure(FindFruAtAddressAndChecksumHeader({}), kInvalidHeader,
+  FruDeviceAddress titled;
+  titled.displayName = u"a title of the file";
+  ExpectFailure(FindFruAtAddressAndChecksumHeader(titled), kInvalidHeader,
                 "Invalid FRU header area in system FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF).");
   device.image[0] = 0xFF;
   ExpectFailure(FindFruAtAddressAndChecksumHeader({}), kNotIpmiFru, "The selected FRU is not an IPMI FRU.");
@@ -233,6 +239,7 @@ TEST_F(FruFront, ValidatesTheFirstAreaInModeOne) {
       {"product", good, ProductInfoArea, true},
       {"records", good, MultiRecordArea, true},
       {"header's sum", Changed(good, {{7, 0}}), CommonHeaderArea, false, kInvalidHeader},
+      {"header never read", Changed(good, {{0, 2}}), CommonHeaderArea, true, kNotIpmiFru},
       {"board's sum", Changed(good, {{103, 0}}), BoardInfoArea, false, kBoardInfoArea},
       {"record's header", Changed(record, {{12, 0}}), MultiRecordArea, true, kMultiRecordArea},
       {"record's data", Changed(record, {{13, 0}}), MultiRecordArea, false, kMultiRecordArea},

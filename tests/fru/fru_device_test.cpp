@@ -61,8 +61,28 @@ TEST_F(FruRequests, ShrinkReadsTo8And4And0And1) {
   for (std::uint8_t i = 0; i < 4; ++i) Bridge(static_cast<std::uint8_t>(9 + i), 0x11, {0, i, 0, 1}, {1, i});
   EXPECT_EQ(Read(kBridged, 0, 4), kSuccess);
   EXPECT_EQ(read, (Bytes{0, 1, 2, 3}));
-  Bridge(13, 0x11, {0, 0, 0, 2}, {}, 0xFF);
+  Bridge(13, 0x11, {0, 0, 0, 4}, {}, 0xC8);
+  Bridge(14, 0x11, {0, 0, 0, 0}, {1, 7});
+  EXPECT_EQ(Read(kBridged, 0, 4), kReadFailed) << "none were asked for";
+  Bridge(15, 0x11, {0, 0, 0, 2}, {}, 0xFF);
   EXPECT_EQ(Read(kBridged, 0, 2), kReadFailed);
+}
+
+TEST_F(FruRequests, ADeviceBusyForMoreThanTenSecondsIsToldOnce) {
+  machine.clockMicroseconds = 86'397'000'000;  // three seconds before midnight
+  auto busy = [&, sequence = std::uint8_t{0}](std::uint8_t code) mutable {
+    Bridge(++sequence, 0x11, {0, 0, 0, 1}, {1, 7}, code);
+  };
+  busy(0xC0), bmc.Pass(9), busy(0xC0), busy(0);
+  EXPECT_EQ(Read(kBridged, 0, 1), kSuccess);
+  EXPECT_EQ(machine.errors, "");
+  for (int time = 0; time < 2; ++time) {
+    busy(0xC0), bmc.Pass(12), busy(0xC0), bmc.Pass(20), busy(0xC0), busy(0);
+    EXPECT_EQ(Read(kBridged, 0, 1), kSuccess);
+    EXPECT_EQ(machine.errors,
+              "varnok: FRU ID(0) Addr(20) SlaveAddr(C0) Bus(3) has been busy for 10 seconds; it is asked until it "
+              "answers\n");
+  }
 }
 
 TEST_F(FruRequests, ShrinkWritesTo8And4And0AndEnd) {
@@ -80,17 +100,17 @@ TEST_F(FruRequests, ShrinkWritesTo8And4And0AndEnd) {
   EXPECT_EQ(Write(kBridged, 0, {1, 2}), kWriteFailed);
 }
 
-TEST_F(FruRequests, AnswersThatDeliverLessThanAskedAreRefused) {
+TEST_F(FruRequests, AnswersThatDeliverAnotherCountThanAskedAreRefused) {
   for (const Bytes& answer :
-       {Bytes{}, Bytes{4}, Bytes{4, 1, 2, 3}, Bytes{3, 1, 2, 3, 4}, Bytes{0, 0, 0, 0, 0}}) {
+       {Bytes{}, Bytes{4}, Bytes{4, 1, 2, 3}, Bytes{3, 1, 2, 3, 4}, Bytes{0, 0, 0, 0, 0}, Bytes{5, 1, 2, 3, 4, 5}}) {
     bmc.Expect(0x0A, 0x11, {0, 0, 0, 4}).Reply(answer);
     EXPECT_EQ(Read(kBmcFru, 0, 4), kReadFailed) << answer.size();
     EXPECT_EQ(read, Bytes(4, 0xEE)) << "nothing is invented";
   }
   bmc.Expect(0x06, 0x52, {3, 0xA0, 2, 0, 0}, 1).Reply({7});
   EXPECT_EQ(Read(kEeprom, 0, 2), kReadFailed);
-  bmc.Expect(0x0A, 0x11, {0, 0xFC, 0x01, 4}).Reply({9, 1, 2, 3, 4, 5, 6, 7, 8, 9});
-  EXPECT_EQ(Read(kBmcFru, 0x1FC, 4), kSuccess) << "a longer answer holds what was asked";
+  bmc.Expect(0x0A, 0x11, {0, 0xFC, 0x01, 4}).Reply({4, 1, 2, 3, 4, 5});
+  EXPECT_EQ(Read(kBmcFru, 0x1FC, 4), kSuccess) << "bytes behind those counted";
   EXPECT_EQ(read, (Bytes{1, 2, 3, 4}));
   // Answers to another command, three times: the transport gives up without an error, but nothing was read.
   bmc.ExpectSend(3, 0xC0, 1, 0x0A, 0x11, {0, 0, 0, 4}).Reply({});
@@ -149,7 +169,7 @@ TEST_F(FruReading, EachInvalidAreaHasItsStatusTextAndFlag) {
       {"product checksum", damaged(151, 0), kProductInfoArea, ""},
       {"product length", damaged(105, 0xFF), uefi_status::kBadBufferSize, ""},
       {"chassis checksum", damaged(55, 0), kChassisInfoArea, invalid("chassis")},
-      {"internal behind chassis", FullImage({20, 2, 7, 13, 19}), kInternalUseArea, invalid("internal")},
+      {"internal past 512", FullImage({1, 0, 0, 0, 66}), kInternalUseArea, invalid("internal")},
       {"record header checksum", damaged(160, 9), kMultiRecordArea, records},
       {"record data checksum", damaged(157, 9), kMultiRecordArea, records},
       {"record past the device", damaged(162, 0xFF), kMultiRecordArea, records, false},
@@ -189,8 +209,10 @@ TEST_F(FruReading, NoAnswerThatIsShortYieldsAnImage) {
 TEST_F(FruReading, BoundsTheInternalAreaByTheFirstPresentAreaByNumber) {
   EXPECT_EQ(Load(FullImage({1, 0, 0, 0, 19})), kSuccess) << LastFruError();
   EXPECT_EQ(fru->InternalUse().GetLength(), 144u);
-  EXPECT_EQ(Load(FullImage({1, 0, 0, 0, 0})), kSuccess);
-  EXPECT_EQ(fru->InternalUse().GetLength(), 0u);
+  for (const Bytes& offsets : {Bytes{1, 0, 0, 0, 0}, {20, 2, 7, 13, 19}}) {  // nothing behind it, or only before it
+    EXPECT_EQ(Load(FullImage(offsets)), kSuccess) << LastFruError();
+    EXPECT_EQ(fru->InternalUse().GetLength(), 0u);
+  }
   Bytes image = FullImage({0, 0, 0, 0, 0});
   EXPECT_EQ(Load(image), kSuccess);
   EXPECT_EQ(device.log.size(), 1u);

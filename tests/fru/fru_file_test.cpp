@@ -94,6 +94,19 @@ TEST_F(FruFile, TellsATagFromTextThatReadsLikeOne) {
   EXPECT_EQ(AsText(fru->Board().GetProductName()), "_SEE_PRODUCT");
 }
 
+TEST_F(FruFile, TellsOfABlockThatIsCutShort) {
+  const std::string record = "00 02 FB 00 00\n" + std::string(2 * 0xFB, '0') + "\n";  // 256 bytes
+  std::string content = With("_SEE_BOARD", "_SEE_MULTIREC");
+  content.replace(content.find("01 00 00 01"), 23, "01 00 00 00 00 01 00 FE");
+  content.erase(content.find("01 05"));
+  ASSERT_EQ(Read(content + record + record + "// nothing but a comment\n)\n"), kSuccess) << LastFruError();
+  EXPECT_EQ(machine.errors, "");
+  ASSERT_EQ(Read(content + record + record + "\n" + record + ")\n"), kSuccess) << LastFruError();
+  EXPECT_EQ(fru->MultiRecords().size(), 2u);
+  EXPECT_EQ(machine.errors,
+            "varnok: a.fru: the Multi Record Area ends after 512 bytes; the lines behind them are not read\n");
+}
+
 TEST_F(FruFile, EachValueThatCannotBeUsedHasItsText) {
   const std::array<const char*, 3> cases[] = {{"'board.fru'", "board.fru", "Load file name"},
                                               {"'1.2'", "'1.2", "Load file version"},

@@ -47,9 +47,16 @@ TEST_F(FruModel, RecordsThatCannotBeHeldFail) {
   machine.FailPoolAllocation(2);
   ExpectFailure(fru.SetMultiRecArea(Join({record, record}), false, kAllMultiRecords), kMultiRecordMemory);
   machine.FailPoolAllocation(0);
+  // An area filled up with one to four bytes ends in one more header.
+  for (const Bytes& fill : {Bytes{0}, {1, 2, 3, 4}}) {
+    EXPECT_EQ(fru.SetMultiRecArea(Join({record, fill}), false, kAllMultiRecords), kSuccess);
+    ASSERT_EQ(fru.MultiRecords().size(), 2u);
+    const MultiRecord& last = *fru.MultiRecords().At(1);
+    EXPECT_EQ(AsText(last.header), AsText(Join({fill, Bytes(5 - fill.size(), 0)})));
+    EXPECT_EQ(AsText(last.Data()), std::string(fill.size() < 3 ? 0 : 3, '\0'));
+  }
   record.pop_back();
-  for (const Bytes& truncated : {record, {1, 2, 0, 0}})
-    ExpectFailure(fru.SetMultiRecArea(truncated, false, kAllMultiRecords), kMultiRecordArea);
+  ExpectFailure(fru.SetMultiRecArea(record, false, kAllMultiRecords), kMultiRecordArea);
 }
 
 TEST_F(FruModel, DerivesLengthsFromTheLastAreaToTheFirst) {
@@ -66,7 +73,7 @@ TEST_F(FruModel, NamesItselfByTitleOrAddress) {
   std::array<char16_t, 50> buffer;
   FruDeviceAddress address = Device(nvs_type::kAt24c02, 5, 3, 0xA0);
   EXPECT_EQ(Narrow(CFru::GetFriendlyFruIdentifier(&address, buffer)), "ID(5) Addr(20) SlaveAddr(A0) Bus(3)");
-  address.displayName = std::u16string(60, u'x');
+  address.displayName.emplace(60, u'x');
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(&address, buffer), std::u16string(49, u'x'));
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(&address, std::span(buffer).first(49)), u"");
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(nullptr, buffer), u"");

@@ -113,7 +113,9 @@ TEST_F(Smbios, DisplayStopsAtTheMissingStructure) {
     EXPECT_EQ(SmbiosDisplay(), smbios_status::kNotFound);
     EXPECT_TRUE(machine.console.ends_with(lastLines[missing - 1])) << machine.console;
   }
-  EXPECT_EQ(std::u16string(SmbiosGetLastErrorMessage()), u"The requested SMBIOS structure was not found.");
+  const char16_t* message = nullptr;
+  EXPECT_EQ(SmbiosGetLastErrorMessage(message), kSuccess);
+  EXPECT_EQ(std::u16string(message), u"The requested SMBIOS structure was not found.");
 }
 
 TEST_F(Smbios, FailuresAreTraced) {

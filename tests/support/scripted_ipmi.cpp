@@ -7,6 +7,7 @@
 
 #include "app/services/format.h"
 #include "platform/ipmi.h"
+#include "tests/support/heap_count.h"
 
 namespace varnok::testing {
 namespace {
@@ -32,7 +33,6 @@ ScriptedIpmi::ScriptedIpmi(TestFirmware& machine, bool isLoaded) : machine_(mach
   wire_.Receive = OnReceive;
   wire_.script = this;
   machine_.protocol = &wire_;
-  IpmiReset();
   if (isLoaded) {
     EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
   }
@@ -44,7 +44,7 @@ ScriptedIpmi::~ScriptedIpmi() {
     ADD_FAILURE() << steps_.size() << " steps left over; next: "
                   << (step.kind == Step::Kind::Request ? "request " : "response ") << Describe(step.message);
   }
-  IpmiReset();
+  ForgetProgramState();
   machine_.protocol = nullptr;
 }
 
@@ -146,6 +146,7 @@ Status ScriptedIpmi::Fail(const std::string& what) {
 
 Status ScriptedIpmi::OnSend(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun,
                             std::uint8_t command, const std::uint8_t* data, std::uint32_t dataLength) {
+  Uncounted own;
   ScriptedIpmi& script = *static_cast<Wire*>(self)->script;
   if (script.isBroken_) return uefi_status::kDeviceError;
   ++script.sent_;
@@ -163,6 +164,7 @@ Status ScriptedIpmi::OnSend(IpmiProtocol* self, std::uint8_t netFunction, std::u
 Status ScriptedIpmi::OnReceive(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun,
                                std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
                                std::uint32_t* dataLength) {
+  Uncounted own;
   ScriptedIpmi& script = *static_cast<Wire*>(self)->script;
   if (script.isBroken_) return uefi_status::kDeviceError;
   const Step* step = script.Next();

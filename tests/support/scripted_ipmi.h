@@ -36,7 +36,7 @@ class ScriptedIpmi {
   };
 
   /// Puts itself into `machine` and, unless `isLoaded` is false, has the transport load it. On destruction
-  /// the script must be used up; the transport is reset.
+  /// the script must be used up; the program forgets what it kept.
   explicit ScriptedIpmi(TestFirmware& machine, bool isLoaded = true);
   ~ScriptedIpmi();
   ScriptedIpmi(const ScriptedIpmi&) = delete;

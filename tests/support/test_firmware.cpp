@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "app/services/text.h"
+#include "tests/support/heap_count.h"
 
 namespace varnok::testing {
 namespace {
@@ -25,6 +26,7 @@ class MemoryFile : public File {
   }
 
   Status Write(std::span<const std::uint8_t> bytes) override {
+    Uncounted own;
     bytes_.append(bytes.begin(), bytes.end());
     return kSuccess;
   }
@@ -39,7 +41,10 @@ class MemoryFile : public File {
 
 TestFirmware::TestFirmware() : previous_(InstallFirmware(this)) {}
 
-TestFirmware::~TestFirmware() { InstallFirmware(previous_); }
+TestFirmware::~TestFirmware() {
+  ForgetProgramState();
+  InstallFirmware(previous_);
+}
 
 std::string TestFirmware::TextOf(const std::string& name) const {
   auto found = files.find(name);
@@ -60,9 +65,15 @@ std::vector<std::string> TestFirmware::TraceLines() const {
   return lines;
 }
 
-void TestFirmware::WriteConsole(std::u16string_view text) { console += Narrow(text); }
+void TestFirmware::WriteConsole(std::u16string_view text) {
+  Uncounted own;
+  console += Narrow(text);
+}
 
-void TestFirmware::WriteErrorOutput(std::u16string_view text) { errors += Narrow(text); }
+void TestFirmware::WriteErrorOutput(std::u16string_view text) {
+  Uncounted own;
+  errors += Narrow(text);
+}
 
 char16_t TestFirmware::ReadKey() {
   if (keys.empty()) {
@@ -75,6 +86,7 @@ char16_t TestFirmware::ReadKey() {
 }
 
 void TestFirmware::Stall(std::uint64_t microseconds, StallKind kind) {
+  Uncounted own;
   (kind == StallKind::Pacing ? pacedMicroseconds : waitedMicroseconds) += microseconds;
   if (!isClockStill) clockMicroseconds += microseconds;
   stalls.push_back(microseconds);
@@ -99,6 +111,13 @@ Status TestFirmware::OpenFile(std::u16string_view path, FileMode mode, std::uniq
   Status statusAtEnd = failure == readFailures.end() ? kSuccess : failure->second;
   file = std::make_unique<MemoryFile>(files[name], mode, statusAtEnd);
   return kSuccess;
+}
+
+Status TestFirmware::AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) {
+  Uncounted own;
+  std::unique_ptr<File> file;
+  Status status = OpenFile(path, FileMode::Append, file);
+  return status == kSuccess ? file->Write(bytes) : status;
 }
 
 bool TestFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {

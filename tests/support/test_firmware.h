@@ -13,10 +13,18 @@
 
 #include "firmware/firmware.h"
 #include "firmware/ipmi_protocol.h"
+#include "firmware/lasting.h"
+
+namespace varnok {
+
+/// What fixtures say between two runs on one machine.
+inline void IpmiReset() { ForgetProgramState(); }
+
+}  // namespace varnok
 
 namespace varnok::testing {
 
-/// Installs itself for its lifetime and puts the previous machine back.
+/// Installs itself for its lifetime; then the program forgets what it kept, and the previous machine is put back.
 class TestFirmware : public Firmware {
  public:
   TestFirmware();
@@ -62,6 +70,7 @@ class TestFirmware : public Firmware {
   void Stall(std::uint64_t microseconds, StallKind kind) override;
   WallClock Now() override;
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
+  Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) override;
   bool GetEnvironmentVariable(std::string_view name, std::u16string& value) override;
   Status LocateHandles(const Guid& guid, std::size_t& bytes, Handle* handles) override;
   Status OpenProtocol(Handle handle, const Guid& guid, void*& interface) override;

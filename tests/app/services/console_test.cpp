@@ -5,6 +5,7 @@
 #include <array>
 #include <numeric>
 
+#include "tests/support/heap_count.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok {
@@ -15,8 +16,31 @@ struct Console : ::testing::Test {
 };
 
 TEST_F(Console, ShowsNoControlCharacterButLayout) {
-  PrintText(u"a\x1B[2Jb\x07\b\t\r\n\x7F\x9Bz\xE4");
+  constexpr std::u16string_view kText = u"a\x1B[2Jb\x07\b\t\r\n\x7F\x9Bz\xE4";
+  PrintText(kText);
   EXPECT_EQ(machine.console, "a?[2Jb?\b\t\r\n??z\xE4");
+  Warn("%s", kText);
+  EXPECT_EQ(machine.errors, "varnok: a?[2Jb????????z\xE4\n") << "a warning is one line";
+}
+
+TEST_F(Console, TakesNoMemoryAndKeepsTheHalvesOfACharacterTogether) {
+  struct : testing::TestFirmware {
+    void WriteConsole(std::u16string_view text) override {
+      EXPECT_TRUE(text.back() < 0xD800 || text.back() >= 0xDC00) << "ends in half a character";
+      TestFirmware::WriteConsole(text);
+    }
+  } narrow;
+  std::u16string text(2000, u'x');
+  for (std::size_t i = 1; i < text.size(); i += 2) text[i] = 0xD83D, text[i - 1] = 0xDE00;
+  text += u'.';
+  const std::array<std::uint8_t, 100> bytes{};
+  const std::size_t allocations = testing::HeapAllocations();
+  PrintText(text);
+  Warn("%s", text);
+  DisplayHex(bytes.data(), bytes.size(), nullptr);
+  Dornquist::DisplayProgress(ProgressStyle::CountOfTotal, u"Record ", 1, 2);
+  EXPECT_EQ(testing::HeapAllocations(), allocations);
+  EXPECT_EQ(narrow.errors.size(), 9 + text.size());
 }
 
 TEST_F(Console, ProgressStyles) {

@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "tests/support/heap_count.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok {
@@ -55,11 +56,23 @@ TEST_F(TraceLog, LineIsWrittenAtItsLevelAndAbove) {
                                                                    14));
 }
 
-TEST_F(TraceLog, UnopenableLogDropsTheLine) {
+TEST_F(TraceLog, TakesNoMemoryAndDropsWhatTheLogDoesNotTake) {
   Select({"-debug3"});
+  const std::string longText(1300, 'x');
+  const std::array<std::uint8_t, 80> bytes{};
+  const std::size_t allocations = testing::HeapAllocations();
+  {
+    TraceScope scope("Class", "Method");
+    Trace("%s %5d %#x", 1, longText, -7, 0xFFu);
+    TraceHexDump("Title", bytes, bytes.size());
+  }
+  EXPECT_EQ(testing::HeapAllocations(), allocations);
+  const Lines lines = machine.TraceLines();
+  ASSERT_EQ(lines.size(), 10u);
+  EXPECT_EQ(lines[1], longText + "    -7 0xff");
   machine.fileFailures["DBGLOG.txt"] = uefi_status::kWriteProtected;
   Trace("lost", 1);
-  EXPECT_EQ(machine.TraceLines(), Lines{});
+  EXPECT_EQ(machine.TraceLines(), lines);
 }
 
 TEST_F(TraceLog, HexDumpFillsItsLastRow) {

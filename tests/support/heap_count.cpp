@@ -1,0 +1,29 @@
+#include "tests/support/heap_count.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace varnok::testing {
+namespace {
+
+std::size_t allocations = 0;
+int uncounted = 0;
+
+}  // namespace
+
+std::size_t HeapAllocations() { return allocations; }
+
+Uncounted::Uncounted() { ++uncounted; }
+Uncounted::~Uncounted() { --uncounted; }
+
+}  // namespace varnok::testing
+
+void* operator new(std::size_t bytes) {
+  using namespace varnok::testing;
+  if (uncounted == 0) ++allocations;
+  void* memory = std::malloc(bytes == 0 ? 1 : bytes);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
