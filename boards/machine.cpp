@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "firmware/host/linux_machine.h"
-#include "platform/ipmi.h"
+#include "firmware/lasting.h"
 #include "sim/board.h"
 
 namespace varnok::boards {
@@ -27,7 +27,7 @@ OpenMachine::OpenMachine(std::unique_ptr<host::Machine> machine)
 
 OpenMachine::~OpenMachine() {
   // What the transport knows of this machine ends with it.
-  IpmiReset();
+  ForgetProgramState();
   InstallFirmware(previous_);
 }
 

@@ -54,7 +54,7 @@ TEST(EngineStart, FailsWithoutMemoryOrBmc) {
       machine.TraceLines(),
       ::testing::Contains(
           "CfgMain::ProcessCommands - Unable to process commmands since interfaces are not initialized"));
-  IpmiReset();
+  ForgetProgramState();
   EXPECT_EQ(CfgMain::Initialize(), 0xC000000000090004);
   EXPECT_EQ(machine.TraceLines().back(),
             "CfgMain::Initialize - Unable to read BMC type and version resource for this module");
