@@ -13,11 +13,11 @@
 namespace varnok {
 namespace {
 
-struct NvsTypeRow {
+struct NvsKeywordRow {
   const char* name;
   std::uint32_t type;
 };
-constexpr std::array<NvsTypeRow, 3> kNvsTypes{{
+constexpr std::array<NvsKeywordRow, 3> kNvsKeywords{{
     {"AT24C02", nvs_type::kAt24c02},
     {"DS1624S", nvs_type::kDs1624s},
     {"IMBDEVICE", nvs_type::kImbDevice},
@@ -70,9 +70,9 @@ Status CCfgFruAddress::ReadAddress(std::span<const std::string_view> tokens) {
 }
 
 Status CCfgFruAddress::ReadNvsType(std::string_view token) {
-  auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(),
-                          [token](const NvsTypeRow& each) { return EqualsIgnoreCase(token, each.name); });
-  if (row == kNvsTypes.end()) {
+  auto row = std::find_if(kNvsKeywords.begin(), kNvsKeywords.end(),
+                          [token](const NvsKeywordRow& each) { return EqualsIgnoreCase(token, each.name); });
+  if (row == kNvsKeywords.end()) {
     CCfgParser::SetLastError("%s is not a valid NVS type.", token);
     return Fail(kReadAddress, "Invalid NVS type", cfg_status::kBadNvsType);
   }
@@ -126,8 +126,8 @@ FruDeviceAddress CCfgFruAddress::GetAddress() const {
 
 void CCfgFruAddress::DebugPrint() {
   TraceScope scope("CCfgFruAddress::DebugPrint");
-  auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(),
-                          [this](const NvsTypeRow& each) { return each.type == address_.nvsType; });
+  auto row = std::find_if(kNvsKeywords.begin(), kNvsKeywords.end(),
+                          [this](const NvsKeywordRow& each) { return each.type == address_.nvsType; });
   Print("FRU Address: %s %02X %02X %02X\n", row->name, address_.deviceId, address_.bus,
         address_.deviceAddress);
 }
