@@ -9,9 +9,9 @@ namespace varnok::boards {
 namespace {
 
 /// Names of the bits of "additional device support", from bit 0 on.
-constexpr std::string_view kSupport[] = {"Sensor Device",      "SDR Repository Device", "SEL Device",
-                                         "FRU Inventory Device", "IPMB Event Receiver", "IPMB Event Generator",
-                                         "Bridge",             "Chassis Device"};
+constexpr std::string_view kSupport[] = {
+    "Sensor Device",       "SDR Repository Device", "SEL Device", "FRU Inventory Device",
+    "IPMB Event Receiver", "IPMB Event Generator",  "Bridge",     "Chassis Device"};
 
 std::string_view Trim(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r";

@@ -8,8 +8,8 @@
 
 namespace varnok::boards {
 
-/// Reads the text. False, with `error` naming the line ("line 3: ..."), when a value is no number or the device ID, the
-/// manufacturer or the product is missing.
+/// Reads the text. False, with `error` naming the line ("line 3: ..."), when a value is no number or the
+/// device ID, the manufacturer or the product is missing.
 bool ReadIdentityText(std::string_view text, Identity& identity, std::string& error);
 
 }  // namespace varnok::boards

@@ -11,7 +11,7 @@
 #include "sdr/data_set.h"
 #include "sdr/file_lines.h"
 #include "sdr/read_file.h"
-#include "sdr/utility.h"
+#include "sdr/record_lists.h"
 
 namespace varnok::boards {
 namespace {
@@ -42,8 +42,8 @@ class DeskMachine : public Firmware {
   DeskMachine& operator=(const DeskMachine&) = delete;
 
   void WriteConsole(std::u16string_view) override {}
-  void FlushConsole() override {}
   void WriteErrorOutput(std::u16string_view) override {}
+  void FlushConsole() override {}
   char16_t ReadKey() override { return 0; }
   void Stall(std::uint64_t, StallKind) override {}
   WallClock Now() override { return {}; }
@@ -52,6 +52,7 @@ class DeskMachine : public Firmware {
     file = std::make_unique<MemoryFile>(text_);
     return kSuccess;
   }
+  Status AppendToFile(std::u16string_view, std::span<const std::uint8_t>) override { return uefi_status::kWriteProtected; }
   bool GetEnvironmentVariable(std::string_view, std::u16string&) override { return false; }
   Status LocateHandles(const Guid&, std::size_t&, Handle*) override { return uefi_status::kNotFound; }
   Status OpenProtocol(Handle, const Guid&, void*&) override { return uefi_status::kNotFound; }

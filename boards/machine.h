@@ -12,8 +12,8 @@ namespace varnok::boards {
 /// Stands as the installed firmware while it lives.
 class OpenMachine {
  public:
-  /// `name` is a device of the kernel when it begins with "/dev/", else a board folder. Null, with `error` set, when it
-  /// cannot be had.
+  /// `name` is a device of the kernel when it begins with "/dev/", else a board folder. Null, with `error`
+  /// set, when it cannot be had.
   static std::unique_ptr<OpenMachine> Open(const std::string& name, std::string& error);
   ~OpenMachine();
   OpenMachine(const OpenMachine&) = delete;

@@ -28,6 +28,7 @@ inline constexpr std::uint8_t kColdReset = 0x02;
 inline constexpr std::uint8_t kClearMessageFlags = 0x30;
 inline constexpr std::uint8_t kGetMessage = 0x33;
 inline constexpr std::uint8_t kSendMessage = 0x34;
+inline constexpr std::uint8_t kGetChannelInfo = 0x42;
 inline constexpr std::uint8_t kMasterWriteRead = 0x52;
 // Sensor/Event (chapter 35).
 inline constexpr std::uint8_t kGetSensorReading = 0x2D;

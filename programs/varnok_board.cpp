@@ -37,7 +37,8 @@ void AddOption(CLI::App& page, const Option& row, Arguments& arguments) {
   const bool isRequired = row.count == Option::Required || row.count == Option::OneOrMore;
   const bool isNamed = name.starts_with("-");
   if (isNamed && row.value.empty()) {
-    page.add_flag_callback(name, [&arguments, name] { arguments.Add(name, {}); }, help);
+    page.add_flag_callback(
+        name, [&arguments, name] { arguments.Add(name, {}); }, help);
     return;
   }
   CLI::Option* option = page.add_option(
@@ -48,19 +49,20 @@ void AddOption(CLI::App& page, const Option& row, Arguments& arguments) {
       },
       help);
   option->type_name(isNamed ? std::string(row.value) : "")->required(isRequired)->type_size(1);
-  if (isMany)
-    option->expected(isRequired || isNamed ? 1 : 0, CLI::detail::expected_max_vector_size);
+  if (isMany) option->expected(isRequired || isNamed ? 1 : 0, CLI::detail::expected_max_vector_size);
   // One value for each time that a named option stands there, so that it does not swallow what follows.
   if (isMany && isNamed) option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   if (!isMany) option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::Throw);
 }
 
 bool IsCommand(std::string_view name) {
-  return std::any_of(std::begin(kCommands), std::end(kCommands), [name](auto* row) { return row->name == name; });
+  return std::any_of(std::begin(kCommands), std::end(kCommands),
+                     [name](auto* row) { return row->name == name; });
 }
 
 int Run(int argc, char* argv[]) {
-  CLI::App app("The companion of VARNOK: boards as folders of files, from a machine and back.", "varnok-board");
+  CLI::App app("The companion of VARNOK: boards as folders of files, from a machine and back.",
+               "varnok-board");
   app.set_version_flag("--version", "varnok-board " VARNOK_VERSION, "Show the version");
   app.set_help_flag("--help,-h", "Show this page; behind a command, that command's");
   app.require_subcommand(1);
@@ -86,7 +88,8 @@ int Run(int argc, char* argv[]) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& end) {
     if (end.get_exit_code() == 0) return app.exit(end);
-    const std::string page = std::string(app.get_subcommands().empty() ? "" : std::string(argv[1]) + " ") + "--help.";
+    const std::string page =
+        std::string(app.get_subcommands().empty() ? "" : std::string(argv[1]) + " ") + "--help.";
     return Fail(std::string(end.what()) + "\nSee varnok-board " + page, kWrongUse);
   }
   return run(arguments);

@@ -65,9 +65,24 @@ std::uint8_t GetMessage(CommandContext& context) {
   return code::kSuccess;
 }
 
+/// By this an operating system learns through which channels it may bridge (IPMI v2.0, section 22.24).
+std::uint8_t GetChannelInfo(CommandContext& context) {
+  constexpr std::uint8_t kSystemInterface = 15;
+  const std::uint8_t channel = context.data[0] & 15;
+  // Medium and protocol: system interface and KCS, or IPMB and IPMB.
+  const bool isInterface = channel == kSystemInterface;
+  const std::uint8_t medium = isInterface ? 12 : 1;
+  const std::uint8_t protocol = isInterface ? 5 : 1;
+  if (!isInterface && !context.bmc.HasChannel(channel)) return code::kInvalidField;
+  // Without sessions; IPMI's own enterprise number.
+  context.answer = {channel, medium, protocol, 0, 0xF2, 0x1B, 0x00, 0, 0};
+  return code::kSuccess;
+}
+
 constexpr CommandRow kRows[] = {
     {kApp, ipmi_command::kGetMessage, 0, 0, row_flag::kBmcOnly | row_flag::kInTransferMode, GetMessage},
     {kApp, ipmi_command::kSendMessage, 8, 0xFF, row_flag::kBmcOnly, SendMessage},
+    {kApp, ipmi_command::kGetChannelInfo, 1, 1, row_flag::kBmcOnly, GetChannelInfo},
 };
 
 }  // namespace

@@ -56,30 +56,36 @@ RequestBytes Start(const Device& device, std::size_t offset, std::size_t readCou
   return request;
 }
 
-Outcome Send(const Device& device, std::uint8_t fruCommand, const RequestBytes& request, IpmiMessage& response) {
-  const Target target = TargetOf(device.address);
-  if (IsEeprom(device))
-    return Exchange(target, net_function::kApplication, ipmi_command::kMasterWriteRead, request.Span(), response);
-  return Exchange(target, net_function::kStorage, fruCommand, request.Span(), response);
+template <class IsGood>
+Outcome Send(const Device& device, std::uint8_t fruCommand, const RequestBytes& request,
+             IpmiMessage& response, IsGood isGood) {
+  const bool isEeprom = IsEeprom(device);
+  return ExchangeFor(TargetOf(device.address), isEeprom ? net_function::kApplication : net_function::kStorage,
+                     isEeprom ? ipmi_command::kMasterWriteRead : fruCommand, request.Span(), response,
+                     isGood);
 }
 
-/// One read of `wanted` bytes, to the end of `target` or less; `count` is what came.
-Outcome ReadChunk(const Device& device, std::size_t offset, std::span<std::uint8_t> target, std::size_t& count) {
+/// One read to the end of `target` or less; `count` is what came.
+Outcome ReadChunk(const Device& device, std::size_t offset, std::span<std::uint8_t> target,
+                  std::size_t& count) {
   RequestBytes request = Start(device, offset, target.size());
   if (!IsEeprom(device)) request.Put(target.size() / UnitOf(device));
+  std::span<const std::uint8_t> bytes;
+  // An inventory device counts what it delivers, which may be less than was asked for.
+  auto take = [&](std::span<const std::uint8_t> data) {
+    bytes = data;
+    if (!IsEeprom(device)) {
+      if (data.empty() || data[0] * UnitOf(device) > data.size() - 1) return false;
+      bytes = data.subspan(1, data[0] * UnitOf(device));
+    }
+    return !bytes.empty() && bytes.size() <= target.size();
+  };
   IpmiMessage response;
   count = 0;
-  Outcome outcome = Send(device, ipmi_command::kReadFruData, request, response);
+  Outcome outcome = Send(device, ipmi_command::kReadFruData, request, response, take);
   if (!outcome.IsDone()) return outcome;
-  std::span<const std::uint8_t> data = DataOf(response);
-  if (!IsEeprom(device)) {
-    if (data.empty() || data[0] * UnitOf(device) > data.size() - 1) return {Outcome::Kind::Silent};
-    data = data.subspan(1, data[0] * UnitOf(device));
-  }
-  // Fewer bytes are a short read; none, or more than asked for, are no answer.
-  if (data.empty() || data.size() > target.size()) return {Outcome::Kind::Silent};
-  std::copy(data.begin(), data.end(), target.begin());
-  count = data.size();
+  std::copy(bytes.begin(), bytes.end(), target.begin());
+  count = bytes.size();
   return outcome;
 }
 
@@ -88,14 +94,17 @@ std::size_t Smaller(const Device& device, std::size_t chunk) {
   return chunk / 2 / UnitOf(device) * UnitOf(device);
 }
 
-Outcome WriteChunk(const Device& device, std::size_t offset, std::span<const std::uint8_t> bytes, std::size_t& count) {
+Outcome WriteChunk(const Device& device, std::size_t offset, std::span<const std::uint8_t> bytes,
+                   std::size_t& count) {
   RequestBytes request = Start(device, offset, 0);
   for (std::uint8_t byte : bytes) request.Put(byte);
   IpmiMessage response;
-  Outcome outcome = Send(device, ipmi_command::kWriteFruData, request, response);
-  for (int tries = 0; IsEeprom(device) && outcome.IsCode(completion_code::kNakOnWrite) && tries < kStoreTries; ++tries) {
+  auto isAny = [](std::span<const std::uint8_t>) { return true; };
+  Outcome outcome = Send(device, ipmi_command::kWriteFruData, request, response, isAny);
+  for (int tries = 0; IsEeprom(device) && outcome.IsCode(completion_code::kNakOnWrite) && tries < kStoreTries;
+       ++tries) {
     DelayMilliseconds(kStoreRest);
-    outcome = Send(device, ipmi_command::kWriteFruData, request, response);
+    outcome = Send(device, ipmi_command::kWriteFruData, request, response, isAny);
   }
   count = bytes.size();
   if (!outcome.IsDone() || IsEeprom(device)) return outcome;
@@ -112,11 +121,12 @@ Outcome MeasureDevice(Device& device) {
     return {};
   }
   IpmiMessage response;
-  Outcome outcome = Exchange(TargetOf(device.address), net_function::kStorage, ipmi_command::kGetFruAreaInfo,
-                             {device.address.id}, response);
+  const std::uint8_t id[] = {device.address.id};
+  Outcome outcome = ExchangeFor(TargetOf(device.address), net_function::kStorage,
+                                ipmi_command::kGetFruAreaInfo, std::span(id), response,
+                                [](std::span<const std::uint8_t> bytes) { return bytes.size() >= 2; });
   if (!outcome.IsDone()) return outcome;
   const auto data = DataOf(response);
-  if (data.size() < 2) return {Outcome::Kind::Silent, 0, "an answer without its size"};
   device.isWordAccess = data.size() > 2 && (data[2] & 1) != 0;
   std::size_t size = data[0] + std::size_t{256} * data[1];
   // A device counts in bytes in any case; half a word at its end cannot be reached.
@@ -145,7 +155,8 @@ Outcome ReadDevice(Device& device, Observer& observer) {
   return {};
 }
 
-Outcome WriteDevice(const Device& device, std::size_t offset, std::span<const std::uint8_t> bytes, std::size_t& chunk) {
+Outcome WriteDevice(const Device& device, std::size_t offset, std::span<const std::uint8_t> bytes,
+                    std::size_t& chunk) {
   while (!bytes.empty()) {
     std::size_t count = std::min(chunk, bytes.size());
     if (IsEeprom(device)) count = std::min(count, kEepromPage - offset % kEepromPage);

@@ -12,7 +12,8 @@ constexpr int kBusyLimit = 50;
 constexpr std::uint32_t kBusyRest = 100;  // milliseconds
 
 bool IsBusy(std::uint8_t completionCode) {
-  return completionCode == completion_code::kNodeBusy || completionCode == completion_code::kTimeout || completionCode == completion_code::kDeviceBusy;
+  return completionCode == completion_code::kNodeBusy || completionCode == completion_code::kTimeout ||
+         completionCode == completion_code::kDeviceBusy;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// One request to a controller, with the patience that reading and writing a whole board needs: what gets lost is asked
-// again a few times, what is busy for a while is waited for, and any other completion code is an answer.
+// One request to a controller, with the patience that reading and writing a whole board needs: what gets lost
+// is asked again a few times, what is busy for a while is waited for, and any other completion code is an
+// answer.
 #pragma once
 
 #include <cstdint>
@@ -17,10 +18,10 @@ namespace varnok::boards {
 struct Outcome {
   enum class Kind : std::uint8_t {
     Done,
-    Refused,   ///< the completion code says why
-    Silent,    ///< no answer came, or none that makes sense
-    Differs,   ///< what was written reads back as something else
-    Unfit,     ///< it cannot be done there; `reason` says why
+    Refused,  ///< the completion code says why
+    Silent,   ///< no answer came, or none that makes sense
+    Differs,  ///< what was written reads back as something else
+    Unfit,    ///< it cannot be done there; `reason` says why
   };
 
   Kind kind = Kind::Done;
@@ -39,6 +40,11 @@ struct Target {
   std::uint8_t channel = 0;
 };
 
+/// The bytes behind the completion code.
+inline std::span<const std::uint8_t> DataOf(const IpmiMessage& response) {
+  return std::span(response.data).first(response.dataLength);
+}
+
 /// Sends a request of LUN 0 and waits for its answer.
 Outcome Exchange(const Target& target, std::uint8_t netFunction, std::uint8_t command,
                  std::span<const std::uint8_t> data, IpmiMessage& response);
@@ -47,9 +53,16 @@ inline Outcome Exchange(const Target& target, std::uint8_t netFunction, std::uin
   return Exchange(target, netFunction, command, std::span(data.begin(), data.size()), response);
 }
 
-/// The bytes behind the completion code.
-inline std::span<const std::uint8_t> DataOf(const IpmiMessage& response) {
-  return std::span(response.data).first(response.dataLength);
+/// As Exchange; an answer for which `isGood(data)` is false counts as one that got lost.
+template <class Data, class IsGood>
+Outcome ExchangeFor(const Target& target, std::uint8_t netFunction, std::uint8_t command, const Data& data,
+                    IpmiMessage& response, IsGood isGood) {
+  constexpr int kTries = 3;
+  for (int tries = 0; tries < kTries; ++tries) {
+    Outcome outcome = Exchange(target, netFunction, command, data, response);
+    if (!outcome.IsDone() || isGood(DataOf(response))) return outcome;
+  }
+  return {Outcome::Kind::Silent, 0, "answers that make no sense"};
 }
 
 /// Told what is under way, for those who wait.

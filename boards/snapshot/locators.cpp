@@ -24,13 +24,15 @@ struct StorageType {
   DeviceKind kind;
   std::size_t size;
 };
+// clang-format off
 constexpr StorageType kStorageTypes[] = {
     {0x02, DeviceKind::Ds1624s, 256},
-    {0x08, DeviceKind::At24c02, 128},    // 24C01
-    {0x09, DeviceKind::At24c02, 256},    // 24C02
-    {0x0E, DeviceKind::At24c02, 4096},   // 24C32
-    {0x0F, DeviceKind::At24c02, 8192},   // 24C64
+    {0x08, DeviceKind::At24c02, 128},   // 24C01
+    {0x09, DeviceKind::At24c02, 256},   // 24C02
+    {0x0E, DeviceKind::At24c02, 4096},  // 24C32
+    {0x0F, DeviceKind::At24c02, 8192},  // 24C64
 };
+// clang-format on
 constexpr std::uint8_t kFirstEeprom = 0x08;
 constexpr std::uint8_t kLastEeprom = 0x0F;
 // Modifiers of the EEPROM types: those that hold FRU inventory, or may.
@@ -63,9 +65,10 @@ void AddController(Located& located, std::uint8_t address, std::uint8_t channel,
 }
 
 /// Storage that is reached by Master Write-Read: `bus` is the private bus's number.
-void AddStorage(Located& located, DeviceAddress address, std::uint8_t slave, std::uint8_t bus, std::uint8_t type,
-                std::uint8_t modifier) {
-  if (type >= kFirstEeprom && type <= kLastEeprom && modifier != kUnspecified && modifier != kFruInventory) return;
+void AddStorage(Located& located, DeviceAddress address, std::uint8_t slave, std::uint8_t bus,
+                std::uint8_t type, std::uint8_t modifier) {
+  if (type >= kFirstEeprom && type <= kLastEeprom && modifier != kUnspecified && modifier != kFruInventory)
+    return;
   address.slave = slave & 0xFE;
   address.bus = static_cast<std::uint8_t>(bus << 1 | 1);
   for (const StorageType& row : kStorageTypes) {
@@ -94,7 +97,8 @@ void AddFruDevice(Located& located, const Bytes& record) {
   address.controller = ByteAt(record, 5) & 0xFE;
   if (address.controller != kBmc) address.channel = ByteAt(record, 8) >> 4;
   if ((access & 0x80) == 0)
-    return AddStorage(located, address, ByteAt(record, 6), access & 7, ByteAt(record, 10), ByteAt(record, 11));
+    return AddStorage(located, address, ByteAt(record, 6), access & 7, ByteAt(record, 10),
+                      ByteAt(record, 11));
   address.id = ByteAt(record, 6);
   if (address.id <= kLastFruId) AddDevice(located, {address, 0});
 }

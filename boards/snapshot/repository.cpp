@@ -8,7 +8,6 @@
 namespace varnok::boards {
 namespace {
 
-
 constexpr std::uint16_t kLastId = 0xFFFF;
 constexpr std::size_t kHeader = 5;
 constexpr std::size_t kLargestRead = 32;
@@ -41,16 +40,22 @@ class Session {
   /// Bytes of a record, at most as many as `target` has room for; `count` is what came.
   Outcome Get(std::uint16_t id, std::size_t offset, std::span<std::uint8_t> target, std::size_t& count,
               std::uint16_t& nextId) {
+    const std::uint8_t request[] = {Low(reservation_),
+                                    High(reservation_),
+                                    Low(id),
+                                    High(id),
+                                    static_cast<std::uint8_t>(offset),
+                                    static_cast<std::uint8_t>(target.size())};
+    // The next record's ID and at least one byte, at most those that were asked for.
+    auto isGood = [&](std::span<const std::uint8_t> bytes) {
+      return bytes.size() >= 3 && bytes.size() - 2 <= target.size();
+    };
     IpmiMessage response;
     count = 0;
-    Outcome outcome =
-        Ask(ipmi_command::kGetSdr,
-            {Low(reservation_), High(reservation_), Low(id), High(id), static_cast<std::uint8_t>(offset),
-             static_cast<std::uint8_t>(target.size())},
-            response);
+    Outcome outcome = ExchangeFor(Target{}, net_function::kStorage, ipmi_command::kGetSdr, std::span(request),
+                                  response, isGood);
     if (!outcome.IsDone()) return outcome;
     const auto data = DataOf(response);
-    if (data.size() < 3 || data.size() - 2 > target.size()) return {Outcome::Kind::Silent};
     nextId = WordAt(data, 0);
     count = data.size() - 2;
     std::copy(data.begin() + 2, data.end(), target.begin());
@@ -59,12 +64,16 @@ class Session {
 
   Outcome Erase() {
     IpmiMessage response;
+    bool isStarted = false;
     for (int poll = 0; poll <= kErasePolls; ++poll) {
-      const std::uint8_t operation = poll == 0 ? 0xAA : 0x00;
-      Outcome outcome =
-          Ask(ipmi_command::kClearSdrRepository, {Low(reservation_), High(reservation_), 'C', 'L', 'R', operation}, response);
+      const std::uint8_t operation = isStarted ? 0x00 : 0xAA;
+      Outcome outcome = Ask(ipmi_command::kClearSdrRepository,
+                            {Low(reservation_), High(reservation_), 'C', 'L', 'R', operation}, response);
+      isStarted = outcome.IsDone();
+      // An erase may end its own reservation; to start it again does no harm.
+      if (outcome.IsCode(completion_code::kReservationLost)) outcome = Reserve();
       if (!outcome.IsDone()) return outcome;
-      if (!DataOf(response).empty() && (DataOf(response)[0] & 15) == 1) return outcome;
+      if (isStarted && !DataOf(response).empty() && (DataOf(response)[0] & 15) == 1) return outcome;
       DelayMilliseconds(kErasePoll);
     }
     return {Outcome::Kind::Unfit, 0, "the erase does not end"};
@@ -72,7 +81,11 @@ class Session {
 
   /// Adds in pieces; `id` is the record's own from the first piece on.
   Outcome AddPiece(std::uint16_t& id, std::size_t offset, bool isLast, std::span<const std::uint8_t> piece) {
-    Bytes data = {Low(reservation_), High(reservation_), Low(id), High(id), static_cast<std::uint8_t>(offset),
+    Bytes data = {Low(reservation_),
+                  High(reservation_),
+                  Low(id),
+                  High(id),
+                  static_cast<std::uint8_t>(offset),
                   static_cast<std::uint8_t>(isLast ? 1 : 0)};
     data.insert(data.end(), piece.begin(), piece.end());
     IpmiMessage response;
@@ -81,8 +94,19 @@ class Session {
     return outcome;
   }
 
+  /// The number of records.
+  static Outcome Count(std::size_t& count) {
+    IpmiMessage response;
+    Outcome outcome = ExchangeFor(Target{}, net_function::kStorage, ipmi_command::kGetSdrRepositoryInfo,
+                                  std::span<const std::uint8_t>(), response,
+                                  [](std::span<const std::uint8_t> bytes) { return bytes.size() >= 3; });
+    if (outcome.IsDone()) count = WordAt(DataOf(response), 1);
+    return outcome;
+  }
+
   Outcome AddWhole(const Bytes& record) {
-    if (record.size() > IpmiMessage::kCapacity) return {Outcome::Kind::Refused, completion_code::kInvalidCommand};
+    if (record.size() > IpmiMessage::kCapacity)
+      return {Outcome::Kind::Refused, completion_code::kInvalidCommand};
     IpmiMessage response;
     return Ask(ipmi_command::kAddSdr, record, response);
   }
@@ -107,8 +131,7 @@ Outcome ReadRecord(Session& session, std::uint16_t id, Bytes& record, std::uint1
   for (std::size_t offset = 0; offset < record.size();) {
     const auto target = std::span(record).subspan(offset);
     std::size_t count = 0;
-    Outcome outcome =
-        session.Get(id, offset, target.first(std::min(chunk, target.size())), count, nextId);
+    Outcome outcome = session.Get(id, offset, target.first(std::min(chunk, target.size())), count, nextId);
     if (outcome.IsDone()) {
       offset += count;
       if (hasNext || offset < kHeader) continue;
@@ -141,6 +164,22 @@ Outcome AddRecord(Session& session, const Bytes& record) {
   return {};
 }
 
+/// Adds the record to the `count` that are there.
+Outcome AddBehind(Session& session, const Bytes& record, std::size_t count) {
+  constexpr int kTries = 3;
+  Outcome outcome;
+  for (int tries = 0; tries < kTries; ++tries) {
+    // Adding a record ends the reservation.
+    outcome = session.Reserve();
+    if (outcome.IsDone()) outcome = AddRecord(session, record);
+    if (outcome.IsDone()) return outcome;
+    // A piece whose answer got lost cannot be sent twice: the record begins anew, unless it is there.
+    std::size_t now = 0;
+    if (Session::Count(now).IsDone() && now == count + 1) return {};
+  }
+  return outcome;
+}
+
 Outcome In(const char* place, Outcome outcome) {
   outcome.reason = Format("%s: %s", place, outcome.Text());
   return outcome;
@@ -150,11 +189,9 @@ Outcome In(const char* place, Outcome outcome) {
 
 Outcome ReadRepository(Repository& repository, Observer& observer) {
   repository = {};
-  IpmiMessage response;
-  Outcome outcome = Exchange({}, net_function::kStorage, ipmi_command::kGetSdrRepositoryInfo, {}, response);
+  std::size_t expected = 0;
+  Outcome outcome = Session::Count(expected);
   if (!outcome.IsDone()) return outcome;
-  const auto info = DataOf(response);
-  const std::size_t expected = info.size() >= 3 ? WordAt(info, 1) : 0;
   if (expected == 0) return outcome;
   Session session;
   if (outcome = session.Reserve(); !outcome.IsDone()) return outcome;
@@ -183,7 +220,8 @@ Outcome ReadRepository(Repository& repository, Observer& observer) {
 bool AreSameRecords(const std::vector<Bytes>& one, const std::vector<Bytes>& other) {
   constexpr std::size_t kIdSize = 2;
   return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](const Bytes& a, const Bytes& b) {
-    return a.size() == b.size() && a.size() >= kIdSize && std::equal(a.begin() + kIdSize, a.end(), b.begin() + kIdSize);
+    return a.size() == b.size() && a.size() >= kIdSize &&
+           std::equal(a.begin() + kIdSize, a.end(), b.begin() + kIdSize);
   });
 }
 
@@ -194,9 +232,7 @@ Outcome ReplaceRepository(const std::vector<Bytes>& records, Observer& observer)
   if (!outcome.IsDone()) return In("the repository could not be erased", outcome);
   for (std::size_t i = 0; i < records.size(); ++i) {
     observer.Step("SDR repository", i, records.size());
-    // Adding a record ends the reservation.
-    outcome = session.Reserve();
-    if (outcome.IsDone()) outcome = AddRecord(session, records[i]);
+    outcome = AddBehind(session, records[i], i);
     if (!outcome.IsDone())
       return In(Format("record %u of %u could not be added", i + 1, records.size()).c_str(), outcome);
   }

@@ -20,8 +20,8 @@ struct Repository {
   std::vector<UnreadRecord> unread;
 };
 
-/// Reads every record. What fails to be read whole is listed, and the walk goes on behind it. A failure is one of the
-/// repository itself: it is not there (C1h), or where its next record is cannot be learned.
+/// Reads every record. What fails to be read whole is listed, and the walk goes on behind it. A failure is
+/// one of the repository itself: it is not there (C1h), or where its next record is cannot be learned.
 Outcome ReadRepository(Repository& repository, Observer& observer);
 
 /// True when both hold the same records in the same order; record IDs are the BMC's own and do not count.

@@ -19,7 +19,8 @@ std::vector<ByteRange> Differences(std::span<const std::uint8_t> wanted, std::sp
   std::vector<ByteRange> ranges;
   for (std::size_t offset = 0; offset < wanted.size(); offset += unit) {
     const std::size_t count = std::min(unit, wanted.size() - offset);
-    if (std::equal(wanted.begin() + offset, wanted.begin() + offset + count, actual.begin() + offset)) continue;
+    if (std::equal(wanted.begin() + offset, wanted.begin() + offset + count, actual.begin() + offset))
+      continue;
     if (!ranges.empty() && ranges.back().offset + ranges.back().length == offset)
       ranges.back().length += count;
     else
@@ -86,10 +87,12 @@ bool RestoreWork::IsNeeded() const {
 
 bool RestoreWork::HasObstacle() const {
   return (repository.wanted != nullptr && !repository.outcome.IsDone()) ||
-         std::any_of(devices.begin(), devices.end(), [](const DeviceWork& work) { return !work.outcome.IsDone(); });
+         std::any_of(devices.begin(), devices.end(),
+                     [](const DeviceWork& work) { return !work.outcome.IsDone(); });
 }
 
-RestoreWork PlanRestore(std::span<const Device* const> devices, const std::vector<Bytes>* records, Observer& observer) {
+RestoreWork PlanRestore(std::span<const Device* const> devices, const std::vector<Bytes>* records,
+                        Observer& observer) {
   RestoreWork work;
   for (const Device* device : devices) work.devices.push_back(PlanDevice(*device, observer));
   if (records != nullptr) work.repository = PlanRecords(*records, observer);
@@ -102,7 +105,8 @@ Outcome RestoreDevice(DeviceWork& work, Observer& observer) {
   const std::string name = NameOf(work.wanted->address);
   for (const ByteRange& range : work.ranges) {
     observer.Step(name, range.offset, wanted.size());
-    Outcome outcome = WriteDevice(work.actual, range.offset, wanted.subspan(range.offset, range.length), chunk);
+    Outcome outcome =
+        WriteDevice(work.actual, range.offset, wanted.subspan(range.offset, range.length), chunk);
     if (!outcome.IsDone()) return outcome;
   }
   Device back = work.actual;

@@ -1,5 +1,5 @@
-// A board's data written back to a machine: what differs, first as a plan to show, then device by device, read back and
-// compared byte by byte.
+// A board's data written back to a machine: what differs, first as a plan to show, then device by device,
+// read back and compared byte by byte.
 #pragma once
 
 #include <cstddef>
@@ -19,9 +19,9 @@ struct ByteRange {
 
 struct DeviceWork {
   const Device* wanted = nullptr;
-  Device actual{};                ///< as the machine has it
+  Device actual{};                  ///< as the machine has it
   std::vector<ByteRange> ranges{};  ///< where they differ
-  Outcome outcome{};              ///< why it cannot be written
+  Outcome outcome{};                ///< why it cannot be written
 
   bool IsNeeded() const { return outcome.IsDone() && !ranges.empty(); }
   /// One line: "0: 24 bytes differ".
@@ -47,9 +47,10 @@ struct RestoreWork {
   bool HasObstacle() const;
 };
 
-/// Reads what the machine has of `devices` and, unless `records` is null, its SDR repository, and compares. Both must
-/// outlive the plan.
-RestoreWork PlanRestore(std::span<const Device* const> devices, const std::vector<Bytes>* records, Observer& observer);
+/// Reads what the machine has of `devices` and, unless `records` is null, its SDR repository, and compares.
+/// Both must outlive the plan.
+RestoreWork PlanRestore(std::span<const Device* const> devices, const std::vector<Bytes>* records,
+                        Observer& observer);
 
 /// Writes one device where it differs and reads all of it back.
 Outcome RestoreDevice(DeviceWork& work, Observer& observer);

@@ -30,7 +30,8 @@ void SetChecksum(Bytes& bytes, std::size_t at, std::size_t offset, std::size_t c
 }  // namespace
 
 Bytes DumpSmbios() {
-  const auto* entry = static_cast<const std::uint8_t*>(TheFirmware().FindConfigurationTable(kSmbiosTableGuid));
+  const auto* entry =
+      static_cast<const std::uint8_t*>(TheFirmware().FindConfigurationTable(kSmbiosTableGuid));
   if (entry == nullptr || std::memcmp(entry, "_SM_", 4) != 0) return {};
   Bytes dump(kTableOffset, 0);
   std::copy_n(entry, std::min<std::size_t>(entry[kLengthAt], kSize), dump.begin());

@@ -62,8 +62,9 @@ class Reader {
       Device device;
       device.address.id = static_cast<std::uint8_t>(id);
       const Outcome outcome = MeasureDevice(device);
-      const bool isNamed = std::any_of(located.begin(), located.end(),
-                                       [&](const LocatedDevice& other) { return other.address == device.address; });
+      const bool isNamed = std::any_of(located.begin(), located.end(), [&](const LocatedDevice& other) {
+        return other.address == device.address;
+      });
       silent = outcome.kind == Outcome::Kind::Silent ? silent + 1 : 0;
       if (outcome.IsDone()) {
         Read(device);
@@ -79,7 +80,8 @@ class Reader {
     for (const LocatedDevice& place : located) {
       const bool isScanned = place.address.kind == DeviceKind::Fru && place.address.controller == kBmc;
       // What stands behind a controller that does not answer is said with it.
-      if (isScanned || board_.FindController(place.address.controller, place.address.channel) == nullptr) continue;
+      if (isScanned || board_.FindController(place.address.controller, place.address.channel) == nullptr)
+        continue;
       Device device;
       device.address = place.address;
       device.bytes.resize(place.size);
@@ -91,7 +93,8 @@ class Reader {
     for (std::uint8_t number : numbers) {
       observer_.Step("sensors", board_.sensors.size(), numbers.size());
       IpmiMessage response;
-      const Outcome outcome = Exchange({}, net_function::kSensorEvent, ipmi_command::kGetSensorReading, {number}, response);
+      const Outcome outcome =
+          Exchange({}, net_function::kSensorEvent, ipmi_command::kGetSensorReading, {number}, response);
       if (outcome.kind == Outcome::Kind::Silent) {
         Check(Format("sensor %02Xh", number), outcome);
         continue;
@@ -145,7 +148,8 @@ bool ReachBmc(Identity& identity, std::string& error) {
   return outcome.IsDone();
 }
 
-bool TakeSnapshot(std::span<const DeviceAddress> named, Observer& observer, Snapshot& snapshot, std::string& error) {
+bool TakeSnapshot(std::span<const DeviceAddress> named, Observer& observer, Snapshot& snapshot,
+                  std::string& error) {
   snapshot = {};
   snapshot.board.bmc.name = "BMC";
   if (!ReachBmc(snapshot.board.bmc.identity.emplace(), error)) return false;

@@ -8,8 +8,9 @@ std::vector<std::string> SnapshotLines(const Snapshot& snapshot) {
   const Board& board = snapshot.board;
   std::vector<std::string> lines;
   if (const auto& identity = board.bmc.identity)
-    lines.push_back(Format("BMC: manufacturer %06Xh, product %04Xh, firmware %u.%02X", identity->manufacturerId,
-                           identity->productId, identity->firmwareMajor, identity->firmwareMinor));
+    lines.push_back(Format("BMC: manufacturer %06Xh, product %04Xh, firmware %u.%02X",
+                           identity->manufacturerId, identity->productId, identity->firmwareMajor,
+                           identity->firmwareMinor));
   for (const Controller& controller : board.controllers)
     lines.push_back(Format("Controller %02Xh %s", controller.address, controller.name));
   for (const Device& device : board.devices)

@@ -182,8 +182,7 @@ Status MakeShellFolder(const Shell& shell, std::u16string_view path) {
   // Opening for creation takes what is there already.
   Status status = OpenAt(place, EFI_FILE_MODE_READ, folder);
   const bool isThere = !IsError(status);
-  if (!isThere)
-    status = OpenAt(place, kWriting, folder, EFI_FILE_DIRECTORY);
+  if (!isThere) status = OpenAt(place, kWriting, folder, EFI_FILE_DIRECTORY);
   if (IsError(status)) return status;
   folder->Close(folder);
   return isThere ? uefi_status::kAlreadyStarted : kSuccess;

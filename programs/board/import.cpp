@@ -52,8 +52,8 @@ class Importer {
     if (!boards::ReadFile(file, device.bytes, error_)) return false;
     const std::size_t largest = LargestOf(address->kind);
     if (device.bytes.empty() || device.bytes.size() > largest)
-      return Refuse(file + ": has " + std::to_string(device.bytes.size()) + " bytes; such a device has 1 to " +
-                    std::to_string(largest));
+      return Refuse(file + ": has " + std::to_string(device.bytes.size()) +
+                    " bytes; such a device has 1 to " + std::to_string(largest));
     if (board_.FindController(address->controller, address->channel) == nullptr)
       board_.controllers.push_back({address->controller, address->channel, "", std::nullopt});
     board_.devices.push_back(std::move(device));
@@ -77,11 +77,14 @@ class Importer {
   bool TakeSmbios(const std::string& file) {
     constexpr std::string_view kAnchors[] = {"_SM_", "_SM3_"};
     if (!boards::ReadFile(file, board_.smbios, error_)) return false;
-    const bool isDump = std::any_of(std::begin(kAnchors), std::end(kAnchors), [this](std::string_view anchor) {
-      return board_.smbios.size() > anchor.size() &&
-             std::equal(anchor.begin(), anchor.end(), board_.smbios.begin());
-    });
-    return isDump || Refuse(file + ": does not begin with an SMBIOS entry point, as \"dmidecode --dump-bin\" writes it");
+    const bool isDump =
+        std::any_of(std::begin(kAnchors), std::end(kAnchors), [this](std::string_view anchor) {
+          return board_.smbios.size() > anchor.size() &&
+                 std::equal(anchor.begin(), anchor.end(), board_.smbios.begin());
+        });
+    return isDump ||
+           Refuse(file +
+                  ": does not begin with an SMBIOS entry point, as \"dmidecode --dump-bin\" writes it");
   }
 
   bool TakeIdentity(const std::string& file) {
@@ -127,13 +130,15 @@ int Run(const Arguments& arguments) {
   if (!boards::SaveFolder(folder, board, error)) return Fail(error);
   PrintLine("Made the board " + folder + ": " + std::to_string(board.devices.size()) + " devices, " +
             std::to_string(board.records.size()) + " SDRs.");
-  if (board.smbios.empty()) Note("Without --smbios the board has no SMBIOS tables, and VARNOK ends with status 8 on it.");
+  if (board.smbios.empty())
+    Note("Without --smbios the board has no SMBIOS tables, and VARNOK ends with status 8 on it.");
   return kDone;
 }
 
 }  // namespace
 
 const Command kImport = {"import", "Make a board folder from dumps of a board", kOptions,
-                         "  varnok-board import myboard --fru 0=board.bin --sdr sdr.bin --smbios smbios.bin", Run};
+                         "  varnok-board import myboard --fru 0=board.bin --sdr sdr.bin --smbios smbios.bin",
+                         Run};
 
 }  // namespace varnok::companion

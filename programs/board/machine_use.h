@@ -12,7 +12,9 @@ namespace varnok::companion {
 /// Shows the steps as progress.
 class ProgressObserver : public boards::Observer {
  public:
-  void Step(std::string_view what, std::size_t done, std::size_t total) override { progress_.Show(what, done, total); }
+  void Step(std::string_view what, std::size_t done, std::size_t total) override {
+    progress_.Show(what, done, total);
+  }
   void Clear() { progress_.Clear(); }
 
  private:

@@ -21,8 +21,8 @@ constexpr Option kOptions[] = {
 };
 
 /// The devices that --fru names, all of them without it.
-bool SelectDevices(const Arguments& arguments, const boards::Board& board, std::vector<const boards::Device*>& devices,
-                   std::string& error) {
+bool SelectDevices(const Arguments& arguments, const boards::Board& board,
+                   std::vector<const boards::Device*>& devices, std::string& error) {
   if (!arguments.Has("--fru") && !arguments.Has("--sdr"))
     for (const boards::Device& device : board.devices) devices.push_back(&device);
   for (const std::string& name : arguments.Values("--fru")) {
@@ -46,13 +46,14 @@ std::vector<Done> Restore(boards::RestoreWork& work, ProgressObserver& observer)
   std::vector<Done> done;
   for (boards::DeviceWork& device : work.devices) {
     const bool isNeeded = device.IsNeeded();
-    done.push_back(
-        {NameOf(device.wanted->address), isNeeded ? RestoreDevice(device, observer) : device.outcome, isNeeded});
+    done.push_back({NameOf(device.wanted->address),
+                    isNeeded ? RestoreDevice(device, observer) : device.outcome, isNeeded});
   }
   if (work.repository.wanted != nullptr) {
     const bool isNeeded = work.repository.IsNeeded();
     done.push_back({"SDR repository",
-                    isNeeded ? RestoreRecords(work.repository, observer) : work.repository.outcome, isNeeded});
+                    isNeeded ? RestoreRecords(work.repository, observer) : work.repository.outcome,
+                    isNeeded});
   }
   observer.Clear();
   return done;
@@ -63,8 +64,11 @@ Json ToJson(const std::vector<Done>& done, const std::string& machine) {
   for (const Done& row : done)
     rows.Add(Json::Object()
                  .Set("what", row.what)
-                 .Set("state", !row.outcome.IsDone() ? "failed" : row.isWritten ? "restored" : "equal")
-                 .Set("completionCode", row.outcome.completionCode != 0 ? Json(row.outcome.completionCode) : Json())
+                 .Set("state", !row.outcome.IsDone() ? "failed"
+                               : row.isWritten       ? "restored"
+                                                     : "equal")
+                 .Set("completionCode",
+                      row.outcome.completionCode != 0 ? Json(row.outcome.completionCode) : Json())
                  .Set("text", row.outcome.Text()));
   return Json::Object().Set("version", 1).Set("machine", machine).Set("results", rows);
 }
@@ -115,12 +119,14 @@ int Run(const Arguments& arguments) {
       PrintLine(row.what + (row.outcome.IsDone() ? ": restored" : ": NOT restored: " + row.outcome.Text()));
   }
   if (arguments.Has("--json")) PrintLine(ToJson(done, name).Text());
-  return isGood ? kDone : Fail("not everything could be restored; what is listed as restored is compared byte by byte");
+  return isGood
+             ? kDone
+             : Fail("not everything could be restored; what is listed as restored is compared byte by byte");
 }
 
 }  // namespace
 
-const Command kRestore = {"restore", "Write a folder's FRU images and SDRs back where the machine differs", kOptions,
-                          "  varnok-board restore before --to /dev/ipmi0 --fru 0", Run};
+const Command kRestore = {"restore", "Write a folder's FRU images and SDRs back where the machine differs",
+                          kOptions, "  varnok-board restore before --to /dev/ipmi0 --fru 0", Run};
 
 }  // namespace varnok::companion

@@ -22,7 +22,8 @@ namespace {
 constexpr Option kOptions[] = {
     {"FOLDER", "", "The folder to make", Option::Required},
     {"--from", "MACHINE", kMachineHelp},
-    {"--device", "ID", "A device to read besides those that the BMC and its SDRs name, such as 2@C0 or AT24C02:03:A0",
+    {"--device", "ID",
+     "A device to read besides those that the BMC and its SDRs name, such as 2@C0 or AT24C02:03:A0",
      Option::Many},
     {"--json", "", "Say what was read as JSON"},
 };
@@ -58,7 +59,8 @@ int Run(const Arguments& arguments) {
   std::vector<boards::DeviceAddress> named;
   for (const std::string& name : arguments.Values("--device")) {
     const auto address = boards::ParseDeviceName(name);
-    if (!address) return Fail("--device: \"" + name + "\" is no device like 2@C0 or AT24C02:03:A0", kWrongUse);
+    if (!address)
+      return Fail("--device: \"" + name + "\" is no device like 2@C0 or AT24C02:03:A0", kWrongUse);
     named.push_back(*address);
   }
   const std::string folder = arguments.Value("FOLDER");

@@ -1,4 +1,5 @@
-// SNAPSHOT.EFI: the board into a folder of the stick, and back. Reading, writing and comparing are varnok-board's code.
+// SNAPSHOT.EFI: the board into a folder of the stick, and back. Reading, writing and comparing are
+// varnok-board's code.
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -111,7 +112,8 @@ bool Report(const std::string& what, const boards::Outcome& outcome) {
 int Write(boards::RestoreWork& work, Announcer& announcer) {
   bool isGood = !work.HasObstacle();
   for (boards::DeviceWork& device : work.devices)
-    if (device.IsNeeded() && !Report(NameOf(device.wanted->address), RestoreDevice(device, announcer))) isGood = false;
+    if (device.IsNeeded() && !Report(NameOf(device.wanted->address), RestoreDevice(device, announcer)))
+      isGood = false;
   if (work.repository.IsNeeded() && !Report("SDR repository", RestoreRecords(work.repository, announcer)))
     isGood = false;
   return isGood ? kDone : Fail("not everything could be restored");

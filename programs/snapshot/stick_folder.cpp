@@ -81,7 +81,8 @@ bool MakeStickFolder(std::string_view name, std::u16string& path, std::string& e
     path = Widen(name);
     status = TheFirmware().MakeFolder(path);
   }
-  for (unsigned number = 1; name.empty() && number <= kLastNumber && status == uefi_status::kAlreadyStarted; ++number) {
+  for (unsigned number = 1; name.empty() && number <= kLastNumber && status == uefi_status::kAlreadyStarted;
+       ++number) {
     path = FormatWide("BOARD%03u", number);
     status = TheFirmware().MakeFolder(path);
   }

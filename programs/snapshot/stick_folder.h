@@ -16,8 +16,8 @@ class StickFolder : public boards::FolderSink {
 
   const std::u16string& Path() const { return path_; }
   Status Write(std::string_view name, std::span<const std::uint8_t> bytes) override;
-  /// The devices and the records of a folder that a snapshot made; a file's name says which device it is. False, with
-  /// the reason in `error`.
+  /// The devices and the records of a folder that a snapshot made; a file's name says which device it is.
+  /// False, with the reason in `error`.
   bool Read(boards::Board& board, std::string& error) const;
 
  private:
@@ -26,8 +26,8 @@ class StickFolder : public boards::FolderSink {
   std::u16string path_;
 };
 
-/// Makes the folder `name`, for an empty one the first of BOARD001 to BOARD999 that is free. False, with the reason in
-/// `error`.
+/// Makes the folder `name`, for an empty one the first of BOARD001 to BOARD999 that is free. False, with the
+/// reason in `error`.
 bool MakeStickFolder(std::string_view name, std::u16string& path, std::string& error);
 
 }  // namespace varnok::snapshot
