@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "app/services/console.h"
 #include "app/services/text.h"
@@ -9,20 +10,10 @@
 #include "cfg/cfg_parser.h"
 #include "cfg/fru_name_command.h"
 #include "cfg/messages.h"
+#include "fru/nvs_type.h"
 
 namespace varnok {
 namespace {
-
-struct NvsTypeRow {
-  const char* name;
-  std::uint32_t type;
-};
-constexpr std::array<NvsTypeRow, 3> kNvsTypes{{
-    {"AT24C02", nvs_type::kAt24c02},
-    {"DS1624S", nvs_type::kDs1624s},
-    {"IMBDEVICE", nvs_type::kImbDevice},
-}};
-constexpr std::string_view kImbDeviceName = "IMBDEVICE";
 
 constexpr const char* kReadAddress = "CCfgFruAddress::ReadFromFile";
 
@@ -55,7 +46,7 @@ Status CCfgFruAddress::ReadFromFile(CFileCfg& file) {
 Status CCfgFruAddress::ReadAddress(std::span<const std::string_view> tokens) {
   if (tokens.empty()) return MissingParameter(kReadAddress, "first", cfg_status::kTooManyParameters);
   if (tokens.size() == 1) return ReadNumber(tokens[0], address_.deviceId);
-  bool isImbDevice = EqualsIgnoreCase(tokens[0], kImbDeviceName);
+  bool isImbDevice = EqualsIgnoreCase(tokens[0], FindNvsType(nvs_type::kImbDevice)->keyword);
   if (tokens.size() == 2)
     return isImbDevice ? MissingParameter(kReadAddress, "third", cfg_status::kTooManyParameters)
                        : RefuseCount();
@@ -70,9 +61,9 @@ Status CCfgFruAddress::ReadAddress(std::span<const std::string_view> tokens) {
 }
 
 Status CCfgFruAddress::ReadNvsType(std::string_view token) {
-  auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(),
-                          [token](const NvsTypeRow& each) { return EqualsIgnoreCase(token, each.name); });
-  if (row == kNvsTypes.end()) {
+  auto row = std::find_if(std::begin(kNvsTypes), std::end(kNvsTypes),
+                          [token](const NvsTypeRow& each) { return EqualsIgnoreCase(token, each.keyword); });
+  if (row == std::end(kNvsTypes)) {
     CCfgParser::SetLastError("%s is not a valid NVS type.", token);
     return Fail(kReadAddress, "Invalid NVS type", cfg_status::kBadNvsType);
   }
@@ -126,10 +117,8 @@ FruDeviceAddress CCfgFruAddress::GetAddress() const {
 
 void CCfgFruAddress::DebugPrint() {
   TraceScope scope("CCfgFruAddress::DebugPrint");
-  auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(),
-                          [this](const NvsTypeRow& each) { return each.type == address_.nvsType; });
-  Print("FRU Address: %s %02X %02X %02X\n", row->name, address_.deviceId, address_.bus,
-        address_.deviceAddress);
+  Print("FRU Address: %s %02X %02X %02X\n", FindNvsType(address_.nvsType)->keyword, address_.deviceId,
+        address_.bus, address_.deviceAddress);
 }
 
 CommandFamily FruAddressCommands() {

@@ -136,7 +136,7 @@ Status CCfgProbeBmcVer::Ask(bool& isFound) {
   if (status == kSuccess) status = FwUpdate::IsVersionSupported(version, specs, isFound);
   if (status == kSuccess) return kSuccess;
   const char16_t* text = nullptr;
-  FwUpdate::GetLastErrorMessage(text);
+  Discard(FwUpdate::GetLastErrorMessage(text));  // without one there is none to hand on
   CCfgParser::SetLastError("%s", text != nullptr ? text : u"");
   return status;
 }

@@ -90,7 +90,7 @@ Status CCfgSdrName::Process() {
     return cfg_status::kFileNotFound;
   }
   Status status = SdrData::LoadConfigurationFromFile(path_);
-  SdrData::SetCompareOnly(isCompare_);
+  Discard(SdrData::SetCompareOnly(isCompare_));  // also behind a load that failed
   if (status != kSuccess) {
     if (!TakeSdrMessage()) CCfgParser::SetLastError(cfg_message::kFileNotFound, path_);
     Trace("CCfgSdrName::Process - LoadConfigurationFromFile failed", 1);

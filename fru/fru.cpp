@@ -99,7 +99,7 @@ bool CFru::IsSkippedAreaValid() {
     if (info.WriteMode() != FruWriteMode::Skip) continue;
     return SumOf(info.GetData().first(std::min(info.GetLength(), kMaxAreaLength))) == 0;
   }
-  // An image in which nothing was marked for validation is not valid, unless it has records.
+  // Kept: an image in which nothing was marked for validation is not valid, unless it has records.
   if (!HasMultiRecArea()) return false;
   if (!multiRecords_.IsEmpty() && multiRecords_.begin()->writeMode != FruWriteMode::Skip) return true;
   return std::all_of(multiRecords_.begin(), multiRecords_.end(), [](const MultiRecord& record) {

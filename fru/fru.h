@@ -152,7 +152,8 @@ class CFru {
   Status WriteArea(FruOutput& output, FruAreaId area, std::uint32_t offset,
                    std::span<const std::uint8_t> bytes);
   Status WriteMultiRecArea(FruOutput& output, std::uint32_t offset);
-  /// Takes what reading the device that `image` was written to will need. False when there is not enough memory.
+  /// Takes what reading the device that `image` was written to will need. False when there is not enough
+  /// memory.
   bool ReserveFor(CFru& image);
   /// Reads the device into `device`, which is reserved for this image, and compares.
   Status Verify(FruOutput& output, CFru& device);

@@ -15,7 +15,7 @@ bool ReadNvsType(std::string_view name, std::uint32_t& nvsType) {
   for (const NvsTypeRow& row : kNvsTypes) {
     // Kept: of this kind only the beginning is compared.
     bool isLoose = row.type == nvs_type::kDs1624s;
-    if (isLoose ? !name.starts_with(row.keyword) : name != row.keyword) continue;
+    if (isLoose ? !name.starts_with(row.name) : name != row.name) continue;
     nvsType = row.type;
     return true;
   }

@@ -119,9 +119,8 @@ Status FruData::GetMaxFieldSize(std::uint32_t& size) {
 }
 
 Status FruData::ResizeFruArea(std::uint32_t length) {
-  return OnArea("FruData::ResizeFruArea", [&](FruManager& manager, CFru& fru) {
-    return fru.ResizeFruArea(manager.area, length);
-  });
+  return OnArea("FruData::ResizeFruArea",
+                [&](FruManager& manager, CFru& fru) { return fru.ResizeFruArea(manager.area, length); });
 }
 
 Status FruData::GetAreaData(std::uint8_t* buffer, std::uint32_t& size) {

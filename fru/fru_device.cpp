@@ -31,8 +31,8 @@ bool IsPastOffsets(std::uint32_t offset, std::size_t count) {
   return offset > kOffsetLimit || count > kOffsetLimit - offset;
 }
 
-/// The request up to its offset; `readCount` bytes are to be read back from a private bus. `tail` are the bytes
-/// behind the offset.
+/// The request up to its offset; `readCount` bytes are to be read back from a private bus. `tail` are the
+/// bytes behind the offset.
 IpmiMessage MakeRequest(const FruDeviceAddress& address, std::uint8_t command, std::uint32_t offset,
                         std::uint8_t readCount, std::span<const std::uint8_t> tail) {
   IpmiMessage request;
@@ -147,7 +147,8 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
       case completion_code::kLengthLimitExceeded:
       case completion_code::kCannotReturnLength:
         if (chunk == 1) return fail(fru_status::kReadFailed);
-        // 8, 4, 0 and then 1: devices have been seen to answer to this sequence, so the 0 is sent as well.
+        // Kept: 8, 4, 0 and then 1; devices have been seen to answer to this sequence, so the 0 is sent as
+        // well.
         chunk = chunk - kChunkStep < 0 ? 1 : chunk - kChunkStep;
         break;
       case completion_code::kNodeBusy:
@@ -197,7 +198,7 @@ Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t of
   std::int64_t chunk = kLargestChunk;
   while (written < bytes.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(bytes.size() - written));
-    // A refused length shrinks 8, 4, 0 without a clamp. A request of 0 bytes can be sent, one of fewer
+    // Kept: a refused length shrinks 8, 4, 0 without a clamp. A request of 0 bytes can be sent, one of fewer
     // cannot, and an accepted one of 0 gets nowhere: the write ends there.
     if (chunk < 0) return fail(fru_status::kWriteFailed);
     IpmiMessage request =

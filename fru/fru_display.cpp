@@ -21,7 +21,7 @@ struct HeaderLine {
 };
 constexpr HeaderLine kHeaderLines[] = {
     {"Internal Area Offset", 1},
-    {"Chasis Area Offset", 2},
+    {"Chasis Area Offset", 2},  // Kept: spelled so in every transcript
     {"Board Area Offset", 3},
     {"Product Area Offset", 4},
     {"MultiRecord Offset", 5},
@@ -51,8 +51,8 @@ void PrintBcdDigit(unsigned digit) {
     PrintText(digit == kDash ? "-" : digit == kPeriod ? "." : "\b");
 }
 
-/// Only the first digit is shown, and then the field as 6-bit text; a first digit of 0 is shown as often as
-/// the field has digits, where it once went on for ever.
+/// Kept: only the first digit is shown, and then the field as 6-bit text; a first digit of 0 is shown as
+/// often as the field has digits, where it once went on for ever.
 void PrintBcdPlus(std::span<const std::uint8_t> data) {
   unsigned first = data.empty() ? 0 : data[0] >> 4;
   std::size_t count = first == 0 ? std::max<std::size_t>(1, 2 * data.size()) : 1;

@@ -243,7 +243,7 @@ class FruFileReader {
     std::uint32_t length = 0;
     if (Scan(lines_.Line(line_), "_DATA_LEN %x", &length) != 1 || length >= kDataLengthLimit)
       return FailKey("Data length");
-    // The header is still empty here, so this gives no area a length but marks the info areas modified.
+    // Kept: the header is still empty here, so this gives no area a length but marks the info areas modified.
     fru_.ComputeAreaLengths(length);
     step_ = Step::AddressOrCommon;
     return kSuccess;
@@ -261,9 +261,9 @@ class FruFileReader {
   Status TakeAddressKey(const AddressKey& key) {
     if (key.format.empty()) {
       std::optional<std::string_view> value = lines_.QuotedText(line_);
-      auto row = std::find_if(std::begin(kNvsTypes), std::end(kNvsTypes),
+      auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(),
                               [&](const NvsTypeRow& candidate) { return candidate.fileName == value; });
-      if (row == std::end(kNvsTypes)) return FailKey(key.name);
+      if (row == kNvsTypes.end()) return FailKey(key.name);
       fru_.address_.nvsType = row->type;
       return kSuccess;
     }

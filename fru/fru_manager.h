@@ -50,8 +50,8 @@ Status FailFru(const char* name, Status status, const char* format, const Argume
 Status FailFru(const char* name, Status status);
 Status FailUnsupported(const char* name);
 
-// An operation of the front: its trace lines, the checks of what it needs, in their order, and then `operation`
-// on what was found. The first check that fails is the result.
+// An operation of the front: its trace lines, the checks of what it needs, in their order, and then
+// `operation` on what was found. The first check that fails is the result.
 
 /// Needs the manager initialised: operation(manager).
 template <class Operation>

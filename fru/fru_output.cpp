@@ -15,8 +15,9 @@ void FruOutput::PrintWith(const char* format, const FormatArgument* arguments, s
   varnok::PrintWith(format, arguments, count);
   if (file_ == nullptr) return;
   // A file that takes no more does not stop the programming.
-  GatheredText file(
-      [this](std::span<char16_t> text) { Discard(WriteText(*file_, {text.data(), text.size()})); });
+  GatheredText file([this](std::span<char16_t> text) {
+    Discard(WriteText(*file_, {text.data(), text.size()}));
+  });
   FormatTo(file, format, arguments, count);
 }
 

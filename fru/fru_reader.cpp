@@ -76,8 +76,8 @@ Status CFru::GetBoardArea() {
 }
 
 Status CFru::GetProductArea() {
-  return GetInfoArea({FruAreaId::ProductInfoArea, "CFru::GetProductArea", fru_status::kProductInfoArea, nullptr,
-                      "Invalid Product Area"});
+  return GetInfoArea({FruAreaId::ProductInfoArea, "CFru::GetProductArea", fru_status::kProductInfoArea,
+                      nullptr, "Invalid Product Area"});
 }
 
 Status CFru::GetChassisArea() {
@@ -120,7 +120,7 @@ Status CFru::GetInternalUseArea() {
     (void)internalUse_.SetData({}, false);  // nothing is never too long
     return kSuccess;
   }
-  // The area ends where the first present one of the others begins: first by number, not by place.
+  // Kept: the area ends where the first present one of the others begins: first by number, not by place.
   std::int64_t length = 0;
   for (FruAreaId next : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea,
                          FruAreaId::MultiRecordArea}) {

@@ -34,8 +34,8 @@ constexpr const char* kMultiRecDataDiffers =
 constexpr const char* kMultiRecHeaderDiffers =
     "\nMultiRecord area is different between the file and the memory.\n";
 
-// The board area is compared behind its version, length, language and manufacturing date, which a factory
-// sets.
+// Kept: the board area is compared behind its version, length, language and manufacturing date, which a
+// factory sets.
 constexpr std::size_t kFirstComparedBoardByte = 6;
 
 bool IsSame(std::span<const std::uint8_t> left, std::span<const std::uint8_t> right) {
@@ -57,8 +57,8 @@ bool IsSameInfoArea(FruAreaId area, InfoArea& memory, InfoArea& device) {
 }  // namespace
 
 bool CFru::VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnnounced) const {
-  // The data are compared over the length of the product area, not over the record's own: what passes and
-  // what fails here is relied on. The buffers are longer than any area, with zeros behind the data.
+  // Kept: the data are compared over the length of the product area, not over the record's own: what passes
+  // and what fails here is relied on. The buffers are longer than any area, with zeros behind the data.
   const std::size_t dataLength = std::min(product_.GetLength(), MultiRecord::kDataCapacity);
   auto onDevice = device.multiRecords_.begin();
   bool isAreaAnnounced = false;

@@ -68,8 +68,8 @@ Status CFru::WriteArea(FruOutput& output, FruAreaId area, std::uint32_t offset,
 }
 
 Status CFru::WriteAreas(FruOutput& output, bool& isAnyWritten) {
-  // Each present area follows the one before it, wherever the header places it, and whether or not that is
-  // written.
+  // Kept: each present area follows the one before it, wherever the header places it, and whether or not that
+  // is written.
   std::uint32_t offset = 0;
   for (const AreaLine& line : kAreaLines) {
     if (!HasArea(line.area)) continue;

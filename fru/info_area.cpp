@@ -29,9 +29,7 @@ class FieldScope {
   FieldScope& operator=(const FieldScope&) = delete;
 
  private:
-  void Write(const char* way) const {
-    Trace("%s::%s%s%s [%s]", 3, className_, verb_, field_, suffix_, way);
-  }
+  void Write(const char* way) const { Trace("%s::%s%s%s [%s]", 3, className_, verb_, field_, suffix_, way); }
 
   const char* className_;
   const char* verb_;
@@ -144,7 +142,7 @@ bool InfoArea::GetFieldData(std::uint32_t index, std::span<const std::uint8_t>& 
     Trace("%s::GetFieldData - No such field", 1, layout_->className);
     return false;
   }
-  // Every custom field behind the first reads as the second: scripts rely on what this index gives.
+  // Kept: every custom field behind the first reads as the second; scripts rely on what this index gives.
   data = customFields_.At(std::min<std::size_t>(k, 1))->Bytes();
   return true;
 }

@@ -10,12 +10,12 @@
 #include <string_view>
 
 #include "firmware/pool.h"
+#include "firmware/pool_list.h"
+#include "firmware/pool_text.h"
 #include "firmware/status.h"
 #include "fru/fru_encoding.h"
 #include "fru/fru_types.h"
 #include "fru/info_area_rows.h"
-#include "firmware/pool_list.h"
-#include "firmware/pool_text.h"
 
 namespace varnok {
 

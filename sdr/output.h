@@ -1,5 +1,5 @@
-// What the operator sees of the SDR subsystem: progress, texts that go to the output file as well, dumps, and the
-// paging prompt.
+// What the operator sees of the SDR subsystem: progress, texts that go to the output file as well, dumps, and
+// the paging prompt.
 #pragma once
 
 #include <array>
@@ -14,7 +14,8 @@
 namespace varnok::SdrUtility {
 
 /// Reports to the current set's progress callback.
-void DisplayProgress(ProgressStyle style, std::u16string_view text, std::uint32_t current = 0, std::uint32_t total = 0);
+void DisplayProgress(ProgressStyle style, std::u16string_view text, std::uint32_t current = 0,
+                     std::uint32_t total = 0);
 /// Dumps bytes through the current set's callback: on the console, or into `file`.
 void DisplayHex(std::span<const std::uint8_t> bytes, File* file);
 

@@ -3,8 +3,8 @@
 
 #include "app/services/format.h"
 #include "app/services/text.h"
-#include "sdr/method_trace.h"
 #include "sdr/data_set.h"
+#include "sdr/method_trace.h"
 
 namespace varnok {
 namespace {
@@ -21,8 +21,8 @@ constexpr std::size_t kSensorNumberField = 6;
 constexpr std::uint32_t kLastDecimalEntity = 0x25;
 constexpr SdrBits kDeviceTypeByte{11};
 
-/// The length in an ID string's type/length byte. 31 counts as 0: a name of 31 characters is not accepted as
-/// such.
+/// The length in an ID string's type/length byte. Kept: 31 counts as 0, a name of 31 characters is not
+/// accepted as such.
 std::size_t IdStringLength(std::uint8_t typeLength) {
   constexpr std::uint8_t kLengthBits = 0x1F;
   return (typeLength & kLengthBits) == kLengthBits ? 0 : typeLength & kLengthBits;

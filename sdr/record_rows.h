@@ -124,7 +124,7 @@ inline constexpr SdrBits kInitializeThresholds{11, 4, 4};
 /// The fields that every type begins with.
 inline constexpr std::array<SdrFieldRow, 4> kHeaderRows{{
     {u"Record ID", u"1:2", WordAt(1), SdrShow::Word},
-    {u"SDR File", u"3", ByteAt(3)},  // the version's label, as people know it
+    {u"SDR File", u"3", ByteAt(3)},  // Kept: the version's label, as people know it
     {u"Record Type", u"4", ByteAt(4)},
     {u"Record Length", u"5", ByteAt(5)},
 }};

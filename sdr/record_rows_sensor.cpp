@@ -24,7 +24,7 @@ constexpr std::array<SdrFieldRow, 5> IdentityRows(const char16_t* unspecifiedNum
   }};
 }
 
-// Sensor number FFh shows the format itself in types 01h and 03h; people's notes know it so.
+// Kept: sensor number FFh shows the format itself in types 01h and 03h; people's notes know it so.
 constexpr const char16_t* kUnformattedNumber = u"%04xh";
 
 /// Fields 9 to 18 of the full and the compact record.
@@ -85,8 +85,8 @@ constexpr std::array<SdrFieldRow, 9> kCompactRows{{
     {kIdBytes, u"33 + N", ByteAt(33), SdrShow::IdString},
 }};
 
-// The list names type and event type twice and places what follows two bytes too late; the values are taken
-// from where they stand. The last two rows are not among the fields and only written.
+// Kept: the list names type and event type twice and places what follows two bytes too late; the values are
+// taken from where they stand. The last two rows are not among the fields and only written.
 constexpr std::array<SdrFieldRow, 9> kEventOnlyRows{{
     {u"Sensor Type", u"11", ByteAt(11), SdrShow::Code, kSensorType},
     {u"Event / Reading Type", u"12", ByteAt(12), SdrShow::Code, kEventType},
@@ -141,7 +141,7 @@ constexpr SdrTypeRows kSdrType03{.className = "CSdrType03",
                                  .namedField = 9,
                                  .nameFormat = {},
                                  .titleForm = SdrTitleForm::IdStringIfAny,
-                                 // The event-only record goes under the compact record's title.
+                                 // Kept: the event-only record goes under the compact record's title.
                                  .title = "SDR Type02h"};
 
 }  // namespace varnok

@@ -1,5 +1,5 @@
-// The record types in one array: a type is its code and its rows, which say what makes a record of it, too. Lists, counts
-// and order everywhere follow from the array.
+// The record types in one array: a type is its code and its rows, which say what makes a record of it, too.
+// Lists, counts and order everywhere follow from the array.
 #pragma once
 
 #include <array>
@@ -60,7 +60,8 @@ inline constexpr std::size_t kSdrTypeCount = std::size(kSdrTypes);
 using SdrTypeOrder = std::array<std::uint8_t, kSdrTypeCount>;
 inline constexpr SdrTypeOrder kSdrTypeOrder = [] {
   SdrTypeOrder order{};
-  for (std::size_t position = 0; position < kSdrTypeCount; ++position) order[position] = kSdrTypes[position].type;
+  for (std::size_t position = 0; position < kSdrTypeCount; ++position)
+    order[position] = kSdrTypes[position].type;
   return order;
 }();
 

@@ -1,5 +1,6 @@
 #include "sim/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -43,10 +44,10 @@ void Overwrite(const fs::path& path, std::span<const std::uint8_t> bytes, Flush 
 }
 
 /// The name of a file that is being written: ".board.bin.1234.tmp".
-bool IsTemporary(const std::string& name) {
+bool IsTemporary(std::string_view name) {
   constexpr std::string_view kEnd = ".tmp";
   if (!name.starts_with('.') || !name.ends_with(kEnd)) return false;
-  const std::string_view front = std::string_view(name).substr(0, name.size() - kEnd.size());
+  const std::string_view front = name.substr(0, name.size() - kEnd.size());
   const std::size_t dot = front.rfind('.');
   return dot != 0 && dot + 1 < front.size() &&
          std::all_of(front.begin() + static_cast<std::ptrdiff_t>(dot) + 1, front.end(),
@@ -143,10 +144,9 @@ void ReplaceFile(const fs::path& path, std::span<const std::uint8_t> bytes, Flus
 }
 
 void RemoveLeftovers(const fs::path& folder) {
-  std::error_code ignored;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored))
-    if (IsTemporary(entry.path().filename().string()) && entry.is_regular_file(ignored))
-      fs::remove(entry.path(), ignored);
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), closedir);
+  while (const dirent* entry = entries == nullptr ? nullptr : readdir(entries.get()))
+    if (IsTemporary(entry->d_name)) unlink((folder / entry->d_name).c_str());
 }
 
 FolderLock::FolderLock(const fs::path& folder)

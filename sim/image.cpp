@@ -27,12 +27,10 @@ std::string RealPath(const fs::path& path) {
   return real == nullptr ? path.string() : real.get();
 }
 
-/// Two names of one file, hard links among them.
-bool IsSameFile(const fs::path& one, const fs::path& other) {
-  struct stat first {
-  }, second{};
-  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+FileId FileIdOf(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return {};
+  return {status.st_dev, status.st_ino};
 }
 
 const char* NameOf(ImageUse use) {
@@ -49,10 +47,10 @@ const char* NameOf(ImageUse use) {
 
 }  // namespace
 
-Image::Image(fs::path path, Bytes bytes, const StorageFault& fault)
+Image::Image(fs::path path, Bytes bytes, const StorageFault& fault, Access access)
     : path_(std::move(path)), bytes_(std::move(bytes)), fault_(fault) {
   std::error_code ignored;
-  wasCutShort_ = fs::remove(Marker(), ignored);
+  wasCutShort_ = access == Access::Hold ? fs::remove(Marker(), ignored) : fs::exists(Marker(), ignored);
 }
 
 Image::~Image() {
@@ -138,13 +136,19 @@ void Image::Replace(Bytes content) {
   if (appended_.IsOpen()) BeginAppending();  // the old file is not the image any more
 }
 
-ImageStore::ImageStore(const fs::path& folder) : folder_(folder), realFolder_(RealPath(folder)) {
-  RemoveLeftovers(folder);
+ImageStore::ImageStore(const fs::path& folder, Access access)
+    : folder_(folder),
+      access_(access),
+      realFolder_(RealPath(folder)),
+      description_(FileIdOf(realFolder_ + "/" + kBoardFile)) {
+  if (access_ == Access::Hold) RemoveLeftovers(realFolder_);
 }
 
-ImageStore::Entry* ImageStore::FindFile(const fs::path& path) {
-  const auto found = std::find_if(images_.begin(), images_.end(),
-                                  [&path](const Entry& entry) { return IsSameFile(entry.path, path); });
+ImageStore::Entry* ImageStore::FindFile(const std::string& path, const FileId& id) {
+  // A file that was replaced since it was opened has its name still.
+  const auto found = std::find_if(images_.begin(), images_.end(), [&](const Entry& entry) {
+    return entry.path == path || (id.IsThere() && entry.id == id);
+  });
   return found == images_.end() ? nullptr : &*found;
 }
 
@@ -154,16 +158,18 @@ Image& ImageStore::Open(const std::string& name, ImageUse use, std::optional<std
       *relative.begin() == ".." || *relative.begin() == ".") {
     throw BoardError("\"" + name + "\" is not the name of a file inside the folder");
   }
-  const std::string path = RealPath(folder_ / relative);
-  if (fs::exists(path) && !path.starts_with(realFolder_ + "/"))
+  const std::string path = RealPath(realFolder_ + "/" + relative.native());
+  const FileId id = FileIdOf(path);
+  if (id.IsThere() && !path.starts_with(realFolder_ + "/"))
     throw BoardError("\"" + name + "\" leads out of the folder");
-  if (IsSameFile(path, folder_ / kBoardFile)) throw BoardError("\"" + name + "\" is the board's description");
-  Entry* entry = FindFile(path);
+  if (id.IsThere() && id == description_) throw BoardError("\"" + name + "\" is the board's description");
+  Entry* entry = FindFile(path, id);
   if (entry == nullptr) {
     Bytes bytes = ReadWholeFile(folder_ / relative);
     if (size && bytes.size() < *size) bytes.resize(*size, 0xFF);
-    if (relative.has_parent_path()) RemoveLeftovers(fs::path(path).parent_path());
-    entry = &images_.emplace_back(Entry{path, use, std::make_unique<Image>(path, std::move(bytes), fault)});
+    if (access_ == Access::Hold && relative.has_parent_path()) RemoveLeftovers(fs::path(path).parent_path());
+    entry = &images_.emplace_back(
+        Entry{path, id, use, std::make_unique<Image>(path, std::move(bytes), fault, access_)});
   } else if (entry->use != use || use != ImageUse::Device) {
     throw BoardError("\"" + name + "\" is " + NameOf(entry->use) + " already");
   }
@@ -182,7 +188,8 @@ Image* ImageStore::Find(const std::string& name) {
 }
 
 bool ImageStore::Holds(const fs::path& path) {
-  return IsSameFile(path, folder_ / kBoardFile) || FindFile(path) != nullptr;
+  const FileId id = FileIdOf(path);
+  return id.IsThere() && (id == description_ || FindFile(RealPath(path), id) != nullptr);
 }
 
 void ImageStore::Settle(std::uint64_t now) {

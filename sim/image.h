@@ -2,6 +2,8 @@
 // change, so that a kill leaves the old or the new content.
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -27,10 +29,14 @@ struct StorageFault {
       until;  ///< a write reaches the device at this time, in microseconds of the board
 };
 
+/// Who opens a folder's files: the program that holds the folder, which clears what a killed one left, or one
+/// that only looks at them, perhaps while another holds the folder.
+enum class Access { Hold, Look };
+
 class Image {
  public:
   /// `path` has no links in it. `fault` must outlive the image.
-  Image(std::filesystem::path path, Bytes bytes, const StorageFault& fault);
+  Image(std::filesystem::path path, Bytes bytes, const StorageFault& fault, Access access);
   /// Stores the writes that were to come later, and flushes what is not on the disk yet.
   ~Image();
   Image(const Image&) = delete;
@@ -82,10 +88,19 @@ inline constexpr const char* kBoardFile = "board.json";
 /// What an image is for. Devices may share one: an EEPROM that is seen on a private bus and as a FRU device.
 enum class ImageUse { Device, Sdrs, Smbios };
 
+/// What is the same for all names of a file, its hard links among them.
+struct FileId {
+  dev_t device = 0;
+  ino_t node = 0;
+
+  bool IsThere() const { return node != 0; }
+  bool operator==(const FileId&) const = default;
+};
+
 /// The images of one board folder, each opened once.
 class ImageStore {
  public:
-  explicit ImageStore(const std::filesystem::path& folder);
+  explicit ImageStore(const std::filesystem::path& folder, Access access = Access::Hold);
 
   const std::filesystem::path& Folder() const { return folder_; }
   /// Opens `name`, a relative path that stays inside the folder, links followed. With `size` the image has
@@ -104,15 +119,18 @@ class ImageStore {
 
  private:
   struct Entry {
-    std::filesystem::path path;  // of the file itself
+    std::string path;  // of the file itself
+    FileId id;
     ImageUse use;
     std::unique_ptr<Image> image;
   };
 
-  Entry* FindFile(const std::filesystem::path& path);
+  Entry* FindFile(const std::string& path, const FileId& id);
 
   std::filesystem::path folder_;
+  Access access_;
   std::string realFolder_;
+  FileId description_;
   std::vector<Entry> images_;
   std::map<std::string, Image*> names_;  // as board.json has them, tidied up
 };

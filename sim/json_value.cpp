@@ -1,7 +1,6 @@
 #include "sim/json_value.h"
 
 #include <nlohmann/json.hpp>
-#include <set>
 
 #include "sim/error.h"
 
@@ -33,9 +32,11 @@ class JsonBuilder : public nlohmann::json::json_sax_t {
   bool end_object() override { return End(); }
   bool end_array() override { return End(); }
   bool key(string_t& name) override {
-    Open& open = open_.back();
-    if (!open.keys.insert(name).second) throw BoardError("\"" + name + "\" stands twice in one object");
-    open.value->members.push_back({std::move(name), {}});
+    JsonValue& object = *open_.back();
+    if (object.Find(name) != nullptr) throw BoardError("\"" + name + "\" stands twice in one object");
+    if (object.members.size() == kMostMembers)
+      throw BoardError("an object has more than " + std::to_string(kMostMembers) + " keys");
+    object.members.push_back({std::move(name), {}});
     return true;
   }
   bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& complaint) override {
@@ -43,15 +44,9 @@ class JsonBuilder : public nlohmann::json::json_sax_t {
   }
 
  private:
-  /// An array or an object that has not ended, and the keys that it has.
-  struct Open {
-    JsonValue* value;
-    std::set<std::string> keys;
-  };
-
   JsonValue& Next() {
     if (open_.empty()) return root_;
-    JsonValue& outer = *open_.back().value;
+    JsonValue& outer = *open_.back();
     if (outer.kind == JsonValue::Kind::Object) return outer.members.back().value;
     if (outer.elements.size() == kLongestArray)
       throw BoardError("an array has more than " + std::to_string(kLongestArray) + " elements");
@@ -70,7 +65,7 @@ class JsonBuilder : public nlohmann::json::json_sax_t {
       throw BoardError("it is nested more than " + std::to_string(kDeepestNesting) + " deep");
     JsonValue& value = Next();
     value.kind = kind;
-    open_.push_back({&value, {}});
+    open_.push_back(&value);
     return true;
   }
   bool End() {
@@ -80,7 +75,7 @@ class JsonBuilder : public nlohmann::json::json_sax_t {
 
   JsonValue& root_;
   // What is open is the last element of what stands below it, so that nothing moves it.
-  std::vector<Open> open_;
+  std::vector<JsonValue*> open_;
 };
 
 }  // namespace

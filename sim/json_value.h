@@ -31,8 +31,9 @@ struct JsonMember {
   JsonValue value;
 };
 
-/// The longest array, and the deepest nesting, that a board description may have.
+/// The longest array, the largest object, and the deepest nesting, that a board description may have.
 inline constexpr std::size_t kLongestArray = 65536;
+inline constexpr std::size_t kMostMembers = 64;
 inline constexpr std::size_t kDeepestNesting = 32;
 
 /// Reads JSON with comments. Throws BoardError; a key that stands twice is one, since one of its values would

@@ -46,28 +46,31 @@ SdrRepository::SdrRepository(const SdrConfig& config, ImageStore& images, const 
 }
 
 void SdrRepository::Note(std::size_t offset, std::uint16_t id) {
-  numbers_.emplace(id, records_.size());
   records_.push_back({offset, id});
-  while (lowestFree_ != kLast && numbers_.contains(FreeId())) ++lowestFree_;
+  if (id >= numbers_.size()) numbers_.resize(id + std::size_t{1});
+  numbers_[id] = records_.size();
+  while (lowestFree_ != kLast && IsTaken(lowestFree_)) ++lowestFree_;
 }
 
 void SdrRepository::Index() {
   records_.clear();
   numbers_.clear();
   lowestFree_ = 1;
+  const auto place = [this](std::size_t offset) {
+    return config_.file + ": the record at byte " + std::to_string(offset);
+  };
   for (std::size_t offset = 0; offset < image_->Size(); offset += RecordAt(offset).size()) {
     const auto record = RecordAt(offset);
-    const std::string place = config_.file + ": the record at byte " + std::to_string(offset);
-    if (!IsWhole(record)) {
+    if (!IsWhole(record) && image_->WasCutShort()) {
       // The program was killed while it added this one, which nobody was told of.
-      if (image_->WasCutShort())
-        return image_->Replace(
-            {image_->Content().begin(), image_->Content().begin() + static_cast<std::ptrdiff_t>(offset)});
-      throw BoardError(place + " goes past the end of the file");
+      const auto whole = image_->Content().first(offset);
+      return image_->Replace({whole.begin(), whole.end()});
     }
-    if (numbers_.contains(IdOf(record)))
-      throw BoardError(place + " has record ID " + std::to_string(IdOf(record)) + ", as one before it has");
-    Note(offset, IdOf(record));
+    if (!IsWhole(record)) throw BoardError(place(offset) + " goes past the end of the file");
+    const std::uint16_t id = IdOf(record);
+    if (IsTaken(id))
+      throw BoardError(place(offset) + " has record ID " + std::to_string(id) + ", as one before it has");
+    Note(offset, id);
   }
 }
 
@@ -81,7 +84,7 @@ bool SdrRepository::HasRoomFor(std::size_t size) const {
 
 std::size_t SdrRepository::NumberOf(std::uint16_t recordId) const {
   if (recordId == kFirst) return 0;
-  if (const auto found = numbers_.find(recordId); found != numbers_.end()) return found->second;
+  if (IsTaken(recordId)) return numbers_[recordId] - 1;
   return recordId == kLast && Count() != 0 ? Count() - 1 : Count();
 }
 

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <unordered_map>
 #include <vector>
 
 #include "sim/board_config.h"
@@ -69,6 +68,7 @@ class SdrRepository {
   }
   /// Which record has this ID, by its number; Count() when there is none.
   std::size_t NumberOf(std::uint16_t recordId) const;
+  bool IsTaken(std::uint32_t id) const { return id < numbers_.size() && numbers_[id] != 0; }
   std::uint8_t AddPartTo(Part& part, std::size_t offset, bool isLast, std::span<const std::uint8_t> bytes);
   std::uint16_t FreeId() const { return static_cast<std::uint16_t>(lowestFree_); }
   bool HasRoomFor(std::size_t size) const;
@@ -78,8 +78,8 @@ class SdrRepository {
   Image* image_ = nullptr;
   // A request must cost as much in a large repository as in a small one.
   std::vector<Place> records_;
-  std::unordered_map<std::uint16_t, std::size_t> numbers_;  // of records, by their IDs
-  std::uint32_t lowestFree_ = 1;                            // of the IDs; FFFFh when none is left
+  std::vector<std::size_t> numbers_;  // of records, by their IDs and counted from 1; 0: no record has the ID
+  std::uint32_t lowestFree_ = 1;      // of the IDs; FFFFh when none is left
   const VirtualClock& clock_;
   std::optional<Part> part_;
   std::uint64_t erasedAt_ = 0;

@@ -1,6 +1,5 @@
 // Apart from the facade, since only a program with an entry can link it.
-#include <signal.h>
-
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -11,7 +10,6 @@
 namespace varnok::host {
 
 int RunProgram(Machine& machine, int argc, char* argv[]) {
-  signal(SIGPIPE, SIG_IGN);
   HostFirmware firmware(machine);
   InstallFirmware(&firmware);
   std::vector<std::string> arguments;
@@ -20,6 +18,10 @@ int RunProgram(Machine& machine, int argc, char* argv[]) {
   for (std::string& argument : arguments) vector.push_back(argument.data());
   vector.push_back(nullptr);
   int status = Main(argc, vector.data());
+  if (firmware.OutputError() != 0) {
+    Complain(std::string("the output is not complete: ") + std::strerror(firmware.OutputError()));
+    if (status == 0) return kOutputLostStatus;
+  }
   // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
   return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
 }

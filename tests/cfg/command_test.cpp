@@ -28,7 +28,7 @@ TEST_F(Command, CharacterIsFoundByItsOccurrence) {
 }
 
 TEST_F(Command, DisplayedTextIsBounded) {
-  CCfgCommand::Display("%hs", std::string(600, 'x'));
+  EXPECT_TRUE(CCfgCommand::Display("%hs", std::string(600, 'x')));
   CCfgCommand::DisplayWide("%ls", std::u16string(2000, u'y'));
   EXPECT_EQ(machine.console, std::string(511, 'x') + std::string(1023, 'y'));
   CCfgCommand::Callbacks().display = nullptr;
@@ -71,6 +71,9 @@ TEST_F(Command, ValueIsALineOfAFileAndTwoShorterThanItsBuffer) {
   EngineMessage().Reset();
   EXPECT_EQ(read("MISSING", 1), "-kept");
   EXPECT_EQ(Message(), "");
+  std::string value;
+  EXPECT_FALSE(CCfgCommand::GetStringFromFile("V.TXT", value, 0, 1));
+  EXPECT_EQ(Message(), "Unable to retrieve file V.TXT.");
 }
 
 TEST_F(Command, VariableOfTheEnvironmentIsCutToItsBuffer) {
@@ -81,6 +84,8 @@ TEST_F(Command, VariableOfTheEnvironmentIsCutToItsBuffer) {
   EXPECT_EQ(value, "123");
   EXPECT_TRUE(CCfgCommand::GetEnvVariable(std::string(1023, 'N'), value, 64));
   EXPECT_EQ(value, "123") << "kept";
+  CCfgCommand::Callbacks().getEnvVar = nullptr;
+  EXPECT_FALSE(CCfgCommand::GetEnvVariable("SN", value, 3));
 }
 
 TEST_F(Command, FilesAreInTheScriptsDirectory) {
@@ -107,6 +112,10 @@ TEST_F(Command, FactoryNeedsAParserAndAFile) {
   EXPECT_THAT(Message(), ::testing::StartsWith("Unrecoverable interanl error in 'cfgfile.dll' - command "));
   EXPECT_EQ(CCfgCommand::CreateCommand(nullptr, command, &parser), kBadLine);
   EXPECT_EQ(Message(), "Internal file error in 'cfgfile.dll'.");
+  std::string_view text;
+  EXPECT_FALSE(CCfgCommand().ReadLineFromFile(file, text));
+  EXPECT_EQ(Message(), "Reading from file failed.");
+  EXPECT_TRUE(CCfgCommand::IsSkipCmd(""));
   EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, &parser), kSuccess);
   EXPECT_STREQ(command->GetDisplayName(), "SET");
   EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, &parser), ~std::uint64_t{0});
@@ -164,7 +173,9 @@ TEST_F(Command, TooFewOrTooManyParametersAreRefused) {
   for (const auto& each : cases) {
     std::string line = std::string(each.before) + "\n" + each.command;
     const std::string read = std::string(each.name) + "::ReadFromFile - ";
-    auto expectLogged = [&](const std::string& reason) { EXPECT_THAT(machine.TraceLines(), Contains(read + reason)); };
+    auto expectLogged = [&](const std::string& reason) {
+      EXPECT_THAT(machine.TraceLines(), Contains(read + reason));
+    };
     if (each.missing != kSuccess) {
       ExpectRefused(line, 2, each.missing, Missing(each.command));
       expectLogged("Missing first parameter");
@@ -184,7 +195,8 @@ struct Listing : ScriptVisitor {
     text += Format("\n%d %s [%s]", command.Line() + 1, command.Keyword(), command.Parameters());
   }
   void Fact(ScriptFact kind, std::string_view what, std::uint32_t line) override {
-    const char* names[] = {"tests", "sets", "yes", "no", "clears", "asks", "item", "value", "fru", "sdr", "file", "env"};
+    const char* names[] = {"tests", "sets",  "yes", "no",  "clears", "asks",
+                           "item",  "value", "fru", "sdr", "file",   "env"};
     text += Format(" %s:%s@%d", names[static_cast<std::size_t>(kind)], what, line + 1);
   }
   void EnterBranch() override { text += " {"; }
@@ -193,28 +205,35 @@ struct Listing : ScriptVisitor {
 };
 
 TEST_F(Command, ReaderOutsideIsToldTheScript) {
-  ASSERT_EQ(Load("SET a // x\nIFSET a \"b c\"\n  CLEAR a\nIFSET d\nELSE\nPEFNAME x\nENDIF\nELSE\nPROMPT \"Q r?\"\n"
-                 "YES y\nNO n\nENDIF\nMENU m \"M 1\"\nMENU z\nMENUPROMPT\nPROBE PING 3 A0\n\nFOUND f g\n"
-                 "FRUNAME a.fru\nFRUAREA Board VALIDATE ok\nFRUNAME system\nFRUAREA Product\nFRUFIELD AT @STDIN:ASCII\n"
-                 "FRUFIELD AT @ENV:ASCII:V\nFRUFIELD AT @FILE:ASCII:f.txt:1\nSDRNAME s.sdr LAST\n"),
-            kSuccess);
+  ASSERT_EQ(
+      Load(
+          "SET a // x\nIFSET a \"b c\"\n  CLEAR a\nIFSET d\nELSE\nPEFNAME x\nENDIF\nELSE\nPROMPT \"Q r?\"\n"
+          "YES y\nNO n\nENDIF\nMENU m \"M 1\"\nMENU z\nMENUPROMPT\nPROBE PING 3 A0\n\nFOUND f g\n"
+          "FRUNAME a.fru\nFRUAREA Board VALIDATE ok\nFRUNAME system\nFRUAREA Product\nFRUFIELD AT @STDIN:ASCII\n"
+          "FRUFIELD AT @ENV:ASCII:V\nFRUFIELD AT @FILE:ASCII:f.txt:1\nSDRNAME s.sdr LAST\n"),
+      kSuccess);
   Listing listing;
   WalkScript(parser.Commands(), listing);
-  EXPECT_EQ(listing.text,
-            "\n1 SET [a] sets:a@1\n2 IFSET [a \"b c\"] tests:a@2 tests:b c@2 {\n3 CLEAR [a] clears:a@3"
-            "\n4 IFSET [d] tests:d@4 { }\n5 ELSE [] { } }\n8 ELSE [] {\n9 PROMPT [\"Q r?\"] asks:Q r?@9 yes:y@10 no:n@11 }"
-            "\n13 MENU [m \"M 1\"] asks:@13 item:M 1@13 sets:m@13 item:z@14\n16 PROBE [PING 3 A0] yes:f@18 no:g@18"
-            "\n19 FRUNAME [a.fru] fru:a.fru@19\n20 FRUAREA [Board VALIDATE ok] yes:ok@20\n21 FRUNAME [system]"
-            "\n22 FRUAREA [Product]\n23 FRUFIELD [AT @STDIN:ASCII] value:AT@23\n24 FRUFIELD [AT @ENV:ASCII:V] env:V@24"
-            "\n25 FRUFIELD [AT @FILE:ASCII:f.txt:1] file:f.txt@25\n26 SDRNAME [s.sdr LAST] sdr:s.sdr@26");
+  EXPECT_EQ(
+      listing.text,
+      "\n1 SET [a] sets:a@1\n2 IFSET [a \"b c\"] tests:a@2 tests:b c@2 {\n3 CLEAR [a] clears:a@3"
+      "\n4 IFSET [d] tests:d@4 { }\n5 ELSE [] { } }\n8 ELSE [] {\n9 PROMPT [\"Q r?\"] asks:Q r?@9 yes:y@10 no:n@11 }"
+      "\n13 MENU [m \"M 1\"] asks:@13 item:M 1@13 sets:m@13 item:z@14\n16 PROBE [PING 3 A0] yes:f@18 no:g@18"
+      "\n19 FRUNAME [a.fru] fru:a.fru@19\n20 FRUAREA [Board VALIDATE ok] yes:ok@20\n21 FRUNAME [system]"
+      "\n22 FRUAREA [Product]\n23 FRUFIELD [AT @STDIN:ASCII] value:AT@23\n24 FRUFIELD [AT @ENV:ASCII:V] env:V@24"
+      "\n25 FRUFIELD [AT @FILE:ASCII:f.txt:1] file:f.txt@25\n26 SDRNAME [s.sdr LAST] sdr:s.sdr@26");
 }
 
 TEST_F(Command, LogFollowsEveryOperationInAndOut) {
   const char* arguments[] = {"varnok", "-debug3"};
   TraceSelectLevel(2, arguments);
   machine.keys = u"y";
-  ASSERT_EQ(Run("SET a\nIFSET a\nCLEAR a\nENDIF\nPROMPT q\nYES y\nBMC_REFRESH\nPROBE HWID x\nFOUND a b\n"), kSuccess);
+  ASSERT_EQ(
+      Run("SET a\nIFSET a\nIFSET b\nELSE\nCLEAR a\nENDIF\nENDIF\nPROMPT q\nYES y\nBMC_REFRESH\nPROBE HWID x\n"
+          "FOUND a b\n"),
+      kSuccess);
   parser.DebugPrint();
+  EXPECT_EQ(Load("SET \xE9y"), kBadLine);
   std::vector<std::string> open, seen;
   for (const std::string& line : machine.TraceLines()) {
     std::string name = line.substr(0, line.rfind(" ["));
@@ -224,9 +243,13 @@ TEST_F(Command, LogFollowsEveryOperationInAndOut) {
     open.pop_back();
   }
   EXPECT_THAT(open, ElementsAre());
-  for (const char* name : {"CCfgBmcRefresh::ReadFromFile", "CCfgIfSet::DebugPrint", "CCfgClear::DebugPrint",
+  for (const char* name : {"CCfgBmcRefresh::ReadFromFile", "CCfgIfSet::DebugPrint", "CCfgElse::Process",
                            "CCfgProbeHwId::ValidateParams", "CCfgProbeHwId::Process", "CCfgFound::Process"})
     EXPECT_THAT(seen, Contains(name));
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), "CCfgCommand::CreateCommand"), 13)
+      << "one a command, and one at the end";
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), "CCfgIfSet::ReadFromFile"), 2);
+  EXPECT_THAT(machine.TextOf("DBGLOG.txt"), ::testing::HasSubstr("Buffer p_buff[]\r\n E9 79 00"));
 }
 
 }  // namespace

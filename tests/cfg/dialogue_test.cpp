@@ -31,8 +31,12 @@ TEST_F(Dialogue, InputThatFailsCountsAsAYesAndAKeyWithoutACharacterAsNone) {
   EXPECT_TRUE(parser.IsTagSet("Y"));
   EXPECT_EQ(machine.console, "A? x\n");
   CCfgCommand::Callbacks().inputChar = InputChar;
-  // A cursor key, and what a layout has for a letter beyond 8 bits, are delivered as a character that nobody waits for.
-  machine.keys = std::u16string(u"\0n\0" u"1\0\r", 6);
+  // A cursor key, and what a layout has for a letter beyond 8 bits, are delivered as a character that nobody
+  // waits for.
+  machine.keys = std::u16string(
+      u"\0n\0"
+      u"1\0\r",
+      6);
   EXPECT_EQ(Run("PROMPT A?\nYES Y\nNO N\nMENU M\nMENU X\nMENUPROMPT"), kSuccess);
   EXPECT_EQ(parser.FindTag("N") + 10 * parser.FindTag("M"), 10);
 }

@@ -61,6 +61,9 @@ TEST_F(Flow, DebugPrintShowsBlocksWithoutTheirElse) {
             kSuccess);
   parser.DebugPrint();
   EXPECT_EQ(machine.console, "IFSET a b c\nERRORLEVEL 1F\nIFSET d\nBoot\nERRORLEVEL 00\n");
+  machine.console.clear();
+  parser.Commands().front().AsBlock()->Choose()->DebugPrint();
+  EXPECT_EQ(machine.console, "ELSE\nBoot\n") << "by itself";
 }
 
 TEST_F(Flow, ErrorLevelStopsTheScript) {

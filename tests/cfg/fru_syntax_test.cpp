@@ -28,6 +28,10 @@ class FruSyntax : public testing::ScriptTest {
 TEST_F(FruSyntax, InputFilesAreCountedWhenLoaded) {
   ASSERT_EQ(Load("SDRNAME a.sdr\nSDRNAME b.sdr\nFRUNAME a.fru\nFRUNAME system"), kSuccess);
   EXPECT_EQ(parser.UpdateFileCount(), 3u);
+  for (const char* script : {"SET a", "SDRNAME b.sdr\nNOSUCH"}) {
+    Discard(Load(script));
+    EXPECT_EQ(parser.UpdateFileCount(), 0u) << script;
+  }
 }
 
 TEST_F(FruSyntax, AddressHasThreeForms) {

@@ -75,7 +75,7 @@ TEST_F(ProbeQuery, OneRequest) {
     EXPECT_EQ(Ask(probe), failure == "no" ? failure : "FFFFFE09" + failure);
   }
   const char16_t* text = nullptr;
-  FruData::GetLastErrorMessage(text);
+  Discard(FruData::GetLastErrorMessage(text));
   EXPECT_TRUE(text == nullptr || *text == 0) << "no message for a later failure";
 }
 
@@ -180,7 +180,7 @@ TEST_F(ProbeQuery, FirmwareVersion) {
     }
     bmc.ExpectFailing(kApp, kDeviceId, 0xC1, {});
     EXPECT_EQ(Ask(keyword + "01.05"), "C0000000000A0019 Unable to read FW version from the BMC.");
-    FwUpdate::DeInitialize();
+    Discard(FwUpdate::DeInitialize());
     EXPECT_EQ(Ask(keyword + "01.05"), "C0000000000A0008");
   }
 }
@@ -228,8 +228,10 @@ TEST_F(ProbeQuery, BridgeGivesUp) {
   bmc.ExpectSend(3, 0x30, 2, kApp, kDeviceId).Reply({});
   for (int i = 0; i < 256; ++i) bmc.ExpectFetch().ReplyBridged(0x30, 1, kApp, kDeviceId, {});
   EXPECT_EQ(probe.ProcessSendMessage(request, response, 3, 0x30), 0xFFFFFE08) << "answers of others for ever";
-  request.dataLength = 57;
-  EXPECT_EQ(probe.ProcessSendMessage(request, response, 3, 0x30), kBadValue);
+  for (std::uint32_t length : {57, 65}) {
+    request.dataLength = length;
+    EXPECT_EQ(probe.ProcessSendMessage(request, response, 3, 0x30), kBadValue);
+  }
 }
 
 TEST_F(ProbeQuery, BridgedSequenceIsSharedAndRunsTo63) {

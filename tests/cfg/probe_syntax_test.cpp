@@ -70,6 +70,9 @@ TEST_F(ProbeSyntax, ValueOutOfItsRange) {
 TEST_F(ProbeSyntax, Keyword) {
   constexpr Status kBadType = 0xC000000000090010;
   ExpectRefused("PROBE", 1, kTooMany, Missing("PROBE"));
+  ExpectRefused("PROBE PING", 1, kTooMany, "Too many parameters for the PING command.");
+  EXPECT_THAT(machine.TraceLines(),
+              ::testing::Contains("CCfgProbePing::ValidateParams - Invalid parameters"));
   ExpectRefused("PROBE FOO", 1, kBadType, "'FOO' is not a valid probe type.");
   ExpectRefused("PROBE HWID a\"", 1, kBadLine, "Invalid number of quotes in line.");
   ExpectRefused("PROBE HWID \xE9", 1, kBadLine, Extra("PROBE", "\xE9"));

@@ -86,7 +86,7 @@ TEST_F(Fw, InitialisationWithoutMemory) {
 }
 
 TEST_F(Fw, InitialisationWithoutAnswer) {
-  IpmiReset();
+  ForgetProgramState();
   IpmiLoadProtocol();
   bmc.ExpectSilence(6, 1);
   EXPECT_EQ(FwUpdate::Initialize(), fw_status::kNoBmcIdentity);

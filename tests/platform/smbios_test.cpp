@@ -87,9 +87,41 @@ TEST_F(Smbios, DisplayOfSystemBoardAndChassis) {
             " Asset Tag Number  = T-1\n");
 }
 
-TEST_F(Smbios, ChassisTypeWithoutNameIsUnknown) {
+TEST_F(Smbios, ChassisTypesHaveTheirNames) {
   const std::pair<std::uint8_t, std::string> cases[] = {
-      {0x00, "Unknown"}, {0x01, "Other"}, {0x1D, "BladeEnclosure"}, {0x1E, "Unknown"}, {0x97, "Unknown"}};
+      {0, "Unknown"},
+      {1, "Other"},
+      {2, "Unknown"},
+      {3, "Desktop"},
+      {4, "Low Profile Desktop"},
+      {5, "Pizza Box"},
+      {6, "Mini Tower"},
+      {7, "Tower"},
+      {8, "Portable"},
+      {9, "LapTop"},
+      {10, "Notebook"},
+      {11, "Hand Held"},
+      {12, "Docking Station"},
+      {13, "All in One"},
+      {14, "Sub Notebook"},
+      {15, "Space-Saving"},
+      {16, "Lunch Box"},
+      {17, "Main Server Chassis"},
+      {18, "Expansion Chassis"},
+      {19, "SubChassis"},
+      {20, "Bus Expansion Chassis"},
+      {21, "Peripheral Chassis"},
+      {22, "RAID Chassis"},
+      {23, "Rack Mount Chassis"},
+      {24, "Sealed-case PC"},
+      {25, "Multi-system chassis"},
+      {26, "CompactPCI Chassis"},
+      {27, "AdvancedTCA"},
+      {28, "Blade"},
+      {29, "BladeEnclosure"},
+      {30, "Unknown"},
+      {0x97, "Unknown"},  // a lockable rack
+  };
   for (const auto& [type, name] : cases) {
     machine.console.clear();
     table = {};

@@ -6,8 +6,8 @@
 #include "app/services/trace.h"
 #include "firmware/ipmi.h"
 #include "platform/ipmi.h"
-#include "sdr/sdr_data.h"
 #include "sdr/record_lists.h"
+#include "sdr/sdr_data.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
 #include "tests/sim/board_fixture.h"
@@ -19,7 +19,8 @@ namespace {
 
 using ::testing::HasSubstr;
 
-/// A test machine whose BMC and clock are the simulated board's. Once the BMC is told to erase, the pool is exhausted.
+/// A test machine whose BMC and clock are the simulated board's. Once the BMC is told to erase, the pool is
+/// exhausted.
 class BoardMachine : public TestFirmware {
  public:
   sim::Board* board = nullptr;
@@ -39,7 +40,9 @@ class BoardMachine : public TestFirmware {
   struct Wire : IpmiProtocol {
     BoardMachine* machine;
   };
-  static IpmiProtocol* Below(IpmiProtocol* self) { return static_cast<Wire*>(self)->machine->board->InstalledIpmi(); }
+  static IpmiProtocol* Below(IpmiProtocol* self) {
+    return static_cast<Wire*>(self)->machine->board->InstalledIpmi();
+  }
 
   Wire wire_{{kIpmiProtocolRevision,
               [](IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command,
@@ -123,10 +126,12 @@ TEST_F(Manager, CommitsWriteReadBackAndCompare) {
   const Bytes association = AssociationRecord(1);
   const Bytes held = Joined(AssociationRecord(7), TemperatureRecord("Inlet", 9));
   const std::string two = kAssociationLines + kAssociationLines;
-  const std::string start = kClearing + kPleaseWait, writesOne = start + Updating(1, 1) + "\n" + Reading(1, 1) + "\n\n";
+  const std::string start = kClearing + kPleaseWait,
+                    writesOne = start + Updating(1, 1) + "\n" + Reading(1, 1) + "\n\n";
   const std::string comparesTwo = kPleaseWait + "\n" + Reading(1, 2) + Reading(2, 2) + "\n\n";
   const std::string written = "SDRs written successfully.\n", failed = "SDR Verification failed\n\n\n";
-  const std::string refused = start.substr(0, kClearing.size()) + "\n\nClearSDR repository failed\n\n\n" + kPleaseWait;
+  const std::string refused =
+      start.substr(0, kClearing.size()) + "\n\nClearSDR repository failed\n\n\n" + kPleaseWait;
   const std::string notCleared =
       "varnok: the SDR repository was not cleared: records that it held stay in front of those now written\n";
   Bytes rotten = association;
@@ -174,7 +179,8 @@ TEST_F(Manager, CommitsWriteReadBackAndCompare) {
       ASSERT_EQ(Load(SdrFile(each.records)), kSuccess);
       ASSERT_EQ(SdrData::SetCompareOnly(each.isCompareOnly), kSuccess);
       EXPECT_EQ(SdrData::CommitConfigurationToSystem(), each.status);
-      EXPECT_TRUE(each.isCompareOnly || HeapAllocations() == machine.heapAtErase) << "memory asked for behind the erase";
+      EXPECT_TRUE(each.isCompareOnly || HeapAllocations() == machine.heapAtErase)
+          << "memory asked for behind the erase";
       machine.FailPoolAllocation(0);
       EXPECT_EQ(machine.console, each.console);
       EXPECT_EQ(machine.errors, each.warnings);

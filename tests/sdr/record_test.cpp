@@ -34,6 +34,14 @@ struct FullDisk : TestFirmware {
   }
 };
 
+/// Text with its bytes beyond printable ASCII as "\\xB0".
+std::string Escaped(const std::string& text) {
+  std::string escaped;
+  for (char each : text)
+    escaped += each == '\n' || (each >= ' ' && each <= '~') ? std::string(1, each) : Format("\\x%02X", each);
+  return escaped;
+}
+
 struct Records : ::testing::Test {
   FullDisk machine;
   PoolPtr<CSdr> record;
@@ -72,11 +80,12 @@ struct Records : ::testing::Test {
     written.clear();
     EXPECT_EQ(record->AddTags({"CPU1", "A tag of more than 17 characters"}), kSuccess);
     EXPECT_EQ(record->WriteRecordToFile(u"OUT.SDR"), kSuccess);
-    return shown + written;
+    return Escaped(shown + written);
   }
 };
 
-/// The part of a text of expectations that stands between lines that begin with '=': those lines and what follows each.
+/// The part of a text of expectations that stands between lines that begin with '=': those lines and what
+/// follows each.
 std::vector<std::pair<std::string, std::string>> Expectations(const char* name) {
   std::vector<std::pair<std::string, std::string>> parts;
   std::istringstream text(ContentOf(std::string(VARNOK_SOURCE_DIR "/tests/sdr/") + name));
@@ -104,7 +113,8 @@ TEST_F(Records, DecodeTables) {
     for (unsigned code = 0; code < 0x100; ++code) {
       std::u16string text;
       CSdr::DecodeType(numbers[0], static_cast<std::uint8_t>(code), text, numbers[1]);
-      if (const std::string now = Narrow(text); now != std::exchange(last, now)) shown += Format("%02X %s\n", code, now);
+      if (const std::string now = Narrow(text); now != std::exchange(last, now))
+        shown += Format("%02X %s\n", code, now);
     }
     EXPECT_EQ(shown, wanted) << table;
   }
@@ -115,7 +125,8 @@ TEST_F(Records, LengthRulesRefuseARecordAByteLongerOrShorter) {
     auto sized = [&each](std::size_t size) { return Record(each.type, Bytes(size - 5)); };
     SCOPED_TRACE(each.rows.className);
     EXPECT_EQ(Decode(sized(each.rows.size)), kSuccess);
-    for (std::size_t size : {each.rows.size + 1, each.rows.lengthRule == SdrLength::AtMost ? 9 : each.rows.size - 1}) {
+    for (std::size_t size :
+         {each.rows.size + 1, each.rows.lengthRule == SdrLength::AtMost ? 9 : each.rows.size - 1}) {
       TheSdr().LastFailingRecordId = 0;
       EXPECT_EQ(Decode(sized(size)), sdr_status::kBadRecordLength) << size;
       EXPECT_EQ(TheSdr().LastFailingRecordId, 0x1200U);
@@ -145,14 +156,16 @@ TEST_F(Records, QueriesBeforeADecodeAndWithoutASelection) {
   EXPECT_EQ(record->GetOEMData(data), sdr_status::kNotDecoded);
   ASSERT_EQ(SdrUtility::CreateSDRTypeObject(0x01, record), kSuccess);
   record->SelectField(0);
-  for (Status status : {record->GetNumberOfFields(count), record->GetFieldTitle(text), record->GetFieldValue(text),
-                        record->GetFieldLocation(text), record->GetName(text), record->GetSdrTitle(text),
-                        record->GetTypeAsInteger(code), record->WriteRecordToFile(u"OUT.SDR")})
+  for (Status status :
+       {record->GetNumberOfFields(count), record->GetFieldTitle(text), record->GetFieldValue(text),
+        record->GetFieldLocation(text), record->GetName(text), record->GetSdrTitle(text),
+        record->GetTypeAsInteger(code), record->WriteRecordToFile(u"OUT.SDR")})
     EXPECT_EQ(status, sdr_status::kNotDecoded);
   EXPECT_EQ(machine.TraceLines().back(), "CSdrType01::WriteRecordToFile - SDR Type Not Decoded");
   ASSERT_EQ(record->DecodeSDR(TemperatureRecord()), kSuccess);
   record->SelectField(CSdr::FieldNotSelected);
-  for (Status status : {record->GetFieldTitle(text), record->GetFieldValue(text), record->GetFieldLocation(text)})
+  for (Status status :
+       {record->GetFieldTitle(text), record->GetFieldValue(text), record->GetFieldLocation(text)})
     EXPECT_EQ(status, sdr_status::kFieldNotSelected);
   EXPECT_EQ(machine.TraceLines().back(), "CSdrType01::GetFieldLocation - SDR Type Field Not Selected");
 }
@@ -201,7 +214,8 @@ TEST_F(Records, RandomRecordsAreShownWithinTheirBytesAndReadBackWithTheirWordsRe
       if (auto places = reversed.find(each.type); places != reversed.end())
         for (auto [first, count] : places->second)
           std::reverse(bytes.begin() + first - 1, bytes.begin() + first - 1 + count);
-      EXPECT_TRUE(std::ranges::equal(lists[SdrUtility::PositionOfType(each.type)].front()->Raw(), bytes)) << written;
+      EXPECT_TRUE(std::ranges::equal(lists[SdrUtility::PositionOfType(each.type)].front()->Raw(), bytes))
+          << written;
       bytes.resize(random() % bytes.size());
       EXPECT_EQ(record->DecodeSDR(bytes), sdr_status::kBadRecordLength);
     }

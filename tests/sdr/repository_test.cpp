@@ -183,8 +183,7 @@ TEST_F(Repository, EveryFailureHasItsStatusAndTrace) {
   for (const auto& [what, operation, steps, status] : failures) {
     SCOPED_TRACE(operation.first + ", " + what);
     EXPECT_EQ(Play(steps, operation.second), status);
-    EXPECT_EQ(machine.TraceLines().back(),
-              "SdrReadSystem::" + operation.first + " - " + reasons.at(status));
+    EXPECT_EQ(machine.TraceLines().back(), "SdrReadSystem::" + operation.first + " - " + reasons.at(status));
     EXPECT_EQ(failingId, status == kReadFailed ? 0x0102U : 0U);
   }
 }

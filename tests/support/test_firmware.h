@@ -15,13 +15,6 @@
 #include "firmware/ipmi_protocol.h"
 #include "firmware/lasting.h"
 
-namespace varnok {
-
-/// What fixtures say between two runs on one machine.
-inline void IpmiReset() { ForgetProgramState(); }
-
-}  // namespace varnok
-
 namespace varnok::testing {
 
 /// Installs itself for its lifetime; then the program forgets what it kept, and the previous machine is put back.
