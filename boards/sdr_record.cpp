@@ -41,7 +41,9 @@ std::string IdStringOf(ByteView record, const SdrTypeRow& row) {
 
 /// What a record without an ID string is about.
 std::string SubjectOf(ByteView record, std::uint8_t type) {
-  auto byte = [&](std::size_t number) { return number <= record.size() ? record[number - 1] : std::uint8_t{0}; };
+  auto byte = [&](std::size_t number) {
+    return number <= record.size() ? record[number - 1] : std::uint8_t{0};
+  };
   switch (type) {
     case 0x08:
     case 0x09:
@@ -63,7 +65,8 @@ void DecodeHeader(SdrDecoder& decoder) {
   decoder.Put("Record ID", 1, 2, Hex(decoder.Word(1), 4));
   const std::uint8_t version = decoder.At(3);
   decoder.Put("SDR Version", 3, 1, std::to_string(version & 0xF) + "." + std::to_string(version >> 4));
-  decoder.Put("Record Type", 4, 1, Hex(decoder.At(4)) + ", " + SdrCodeText(SdrCode::RecordType, decoder.At(4)));
+  decoder.Put("Record Type", 4, 1,
+              Hex(decoder.At(4)) + ", " + SdrCodeText(SdrCode::RecordType, decoder.At(4)));
   decoder.Put("Record Length", 5, 1, Plural(decoder.At(5), "byte")).role = Role::Consequence;
 }
 

@@ -21,9 +21,10 @@ struct ValueRow {
 };
 
 constexpr ValueRow kFirmware[] = {{"Vendor", 4}, {"Version", 5}, {"Release Date", 8}};
-constexpr ValueRow kSystem[] = {{"Manufacturer", 4},  {"Product Name", 5},    {"Version", 6},
+constexpr ValueRow kSystem[] = {{"Manufacturer", 4},  {"Product Name", 5},     {"Version", 6},
                                 {"Serial Number", 7}, {"UUID", 8, Show::Uuid}, {"SKU Number", 25},
                                 {"Family", 26}};
+// clang-format off
 constexpr ValueRow kBoard[] = {
     {"Manufacturer", 4}, {"Product Name", 5}, {"Version", 6}, {"Serial Number", 7}, {"Asset Tag", 8}};
 constexpr ValueRow kChassis[] = {
@@ -46,9 +47,11 @@ struct StructureRow {
   const char* title;
   std::span<const ValueRow> values;
 };
-constexpr StructureRow kStructures[] = {{0, "BIOS Information", kFirmware},   {1, "System Information", kSystem},
-                                        {2, "Baseboard Information", kBoard}, {3, "System Enclosure", kChassis},
-                                        {4, "Processor", kProcessor},         {17, "Memory Device", kMemory}};
+// clang-format on
+constexpr StructureRow kStructures[] = {
+    {0, "BIOS Information", kFirmware},   {1, "System Information", kSystem},
+    {2, "Baseboard Information", kBoard}, {3, "System Enclosure", kChassis},
+    {4, "Processor", kProcessor},         {17, "Memory Device", kMemory}};
 constexpr std::uint8_t kEndOfTable = 127;
 constexpr std::size_t kStructureHeader = 4;
 
@@ -100,9 +103,9 @@ std::string MemorySizeText(ByteView structure) {
 }
 
 void AddValue(const Structure& structure, const ValueRow& row, Section& section) {
-  const std::size_t length = row.show == Show::Uuid                                               ? 16
+  const std::size_t length = row.show == Show::Uuid                                        ? 16
                              : row.show == Show::Megahertz || row.show == Show::MemorySize ? 2
-                                                                                                  : 1;
+                                                                                           : 1;
   if (row.offset + length > structure.formatted.size()) return;
   Field field;
   field.label = row.label;

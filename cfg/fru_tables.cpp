@@ -10,16 +10,19 @@
 namespace varnok {
 
 // Scripts reach every field of a chassis, board or product area by one keyword.
-static_assert([] {
-  for (auto id = static_cast<std::uint32_t>(FruFieldId::ChassisType); FruFieldId{id} != FruFieldId::End; ++id) {
-    int keywords = 0;
-    for (const FruFieldRow& row : kFruFields)
-      for (const std::optional<FruFieldId>& field : {row.chassis, row.board, row.product})
-        keywords += field == FruFieldId{id} ? 1 : 0;
-    if (keywords != 1) return false;
-  }
-  return true;
-}(), "each number of FruFieldId stands in one column of one row");
+static_assert(
+    [] {
+      for (auto id = static_cast<std::uint32_t>(FruFieldId::ChassisType); FruFieldId{id} != FruFieldId::End;
+           ++id) {
+        int keywords = 0;
+        for (const FruFieldRow& row : kFruFields)
+          for (const std::optional<FruFieldId>& field : {row.chassis, row.board, row.product})
+            keywords += field == FruFieldId{id} ? 1 : 0;
+        if (keywords != 1) return false;
+      }
+      return true;
+    }(),
+    "each number of FruFieldId stands in one column of one row");
 
 std::uint32_t FindFruField(std::string_view keyword) {
   constexpr std::size_t kCompared = 2;

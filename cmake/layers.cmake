@@ -25,8 +25,8 @@ if(VARNOK_UEFI)
   target_link_libraries(varnok_core_options INTERFACE varnok_uefi_options)
 endif()
 
-# varnok_precompiled(NAME OPTIONS headers...): the standard headers that nearly every file includes, parsed once for the
-# targets that reuse them by varnok_reuse(TARGET NAME). Those need the same OPTIONS library.
+# varnok_precompiled(NAME OPTIONS headers...): the standard headers that nearly every file includes, parsed
+# once for the targets that reuse them by varnok_reuse(TARGET NAME). Those need the same OPTIONS library.
 set(VARNOK_STANDARD_HEADERS <algorithm> <array> <charconv> <cstdint> <memory> <optional> <span> <string> <string_view>
   <utility> <vector>)
 file(WRITE ${CMAKE_BINARY_DIR}/precompiled.cpp "")

@@ -15,7 +15,8 @@ constexpr std::size_t kResponseHeader = 3;  // net function and LUN, command, co
 
 bool IpmiService::FindBmc() {
   if (!kcs_.IsPresent()) return false;
-  if (Send(this, net_function::kApplication, 0, ipmi_command::kGetDeviceId, nullptr, 0) != kSuccess) return false;
+  if (Send(this, net_function::kApplication, 0, ipmi_command::kGetDeviceId, nullptr, 0) != kSuccess)
+    return false;
   std::uint8_t netFunction = 0;
   std::uint8_t lun = 0;
   std::uint8_t command = 0;

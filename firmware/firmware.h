@@ -46,7 +46,8 @@ struct WallClock {
   std::uint8_t second = 0;
 };
 
-/// The exit status when the console's input ends while the program waits for a key: as for a file that cannot be read.
+/// The exit status when the console's input ends while the program waits for a key: as for a file that cannot
+/// be read.
 inline constexpr int kInputEndedStatus = 2;
 
 using Handle = void*;
@@ -79,7 +80,9 @@ class Firmware {
   /// kAlreadyStarted when something has that name. A machine without folders has neither of these two.
   virtual Status MakeFolder(std::u16string_view) { return uefi_status::kUnsupported; }
   /// The names of the files in a folder, in any order.
-  virtual Status ListFolder(std::u16string_view, std::vector<std::u16string>&) { return uefi_status::kUnsupported; }
+  virtual Status ListFolder(std::u16string_view, std::vector<std::u16string>&) {
+    return uefi_status::kUnsupported;
+  }
 
   /// False when the variable does not exist.
   virtual bool GetEnvironmentVariable(std::string_view name, std::u16string& value) = 0;

@@ -79,8 +79,8 @@ inline constexpr std::uint8_t kWrongState = 0xD5;
 inline constexpr std::uint8_t kUnspecified = 0xFF;
 }  // namespace completion_code
 
-/// The two's complement of the sum, so that the bytes and it sum to 0 (IPMB frames, section 5.1 of the IPMB protocol;
-/// FRU areas and headers, FRU storage definition, chapters 8 to 16).
+/// The two's complement of the sum, so that the bytes and it sum to 0 (IPMB frames, section 5.1 of the IPMB
+/// protocol; FRU areas and headers, FRU storage definition, chapters 8 to 16).
 constexpr std::uint8_t IpmiChecksum(std::span<const std::uint8_t> bytes) {
   unsigned sum = 0;
   for (std::uint8_t byte : bytes) sum += byte;

@@ -57,8 +57,7 @@ std::optional<SmbiosTable> SmbiosTable::Open(const void* entryPoint) {
   const auto* source = static_cast<const std::uint8_t*>(entryPoint);
   std::memcpy(entry.data(), source, std::min<std::size_t>(source[kEntryLengthAt], entry.size()));
   SmbiosTable table;
-  table.bytes_ = TheFirmware().PhysicalMemory(DwordAt(entry, kTableAddressAt),
-                                              WordAt(entry, kTableLengthAt));
+  table.bytes_ = TheFirmware().PhysicalMemory(DwordAt(entry, kTableAddressAt), WordAt(entry, kTableLengthAt));
   table.structureCount_ = WordAt(entry, kStructureCountAt);
   return table;
 }

@@ -1,8 +1,8 @@
 // The kernel's IPMI device (/dev/ipmi0) as a BMC. The kernel keeps Send Message and Get Message to itself and
 // bridges on its own, so the two are translated: a Send Message becomes a request to the controller's IPMB
-// address, the next Get Message hands out its answer. The kernel also hides that nobody took a request: it tries again
-// for seconds and then answers in the controller's place. Whoever sends the same request again after that is told what
-// a BMC tells at once: it was not taken.
+// address, the next Get Message hands out its answer. The kernel also hides that nobody took a request: it
+// tries again for seconds and then answers in the controller's place. Whoever sends the same request again
+// after that is told what a BMC tells at once: it was not taken.
 #pragma once
 
 #include <array>

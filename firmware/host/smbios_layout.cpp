@@ -12,7 +12,11 @@ void WriteEntryPoint(const TableFacts& facts, std::span<std::uint8_t> target) {
   std::fill(entry.begin(), entry.end(), std::uint8_t{0});
   std::copy(kAnchor.begin(), kAnchor.end(), entry.begin());
   auto at = [entry](std::size_t offset) { return ByteWriter(entry.subspan(offset)); };
-  at(5).Byte(kEntryPointLength).Byte(facts.majorVersion).Byte(facts.minorVersion).Word(facts.largestStructure);
+  at(5)
+      .Byte(kEntryPointLength)
+      .Byte(facts.majorVersion)
+      .Byte(facts.minorVersion)
+      .Word(facts.largestStructure);
   std::copy(kIntermediateAnchor.begin(), kIntermediateAnchor.end(), entry.begin() + kIntermediateOffset);
   at(22).Word(facts.length).Dword(facts.address).Word(facts.structures);
   entry[30] = static_cast<std::uint8_t>(facts.majorVersion << 4 | (facts.minorVersion & 0x0F));

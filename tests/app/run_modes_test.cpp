@@ -1,4 +1,5 @@
-// Every run mode over a simulated board with a fault: exit status, message, and what the trace log says at level 1.
+// Every run mode over a simulated board with a fault: exit status, message, and what the trace log says at
+// level 1.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -61,7 +62,8 @@ class RunModes : public ::testing::Test {
     Arguments arguments(line);
     return Main(arguments.Count(), arguments.Pointers());
   }
-  /// The same without the trace switch's being in the way: the lines of level 1 that name a way of the program's own.
+  /// The same without the trace switch's being in the way: the lines of level 1 that name a way of the
+  /// program's own.
   std::vector<std::string> TraceOf(const std::string& line) {
     machine.files.erase("DBGLOG.txt");
     ForgetProgramState();
@@ -103,12 +105,15 @@ struct Row {
   std::string trace;
 };
 
-std::string PrintableOf(const Row& row) { return row.line + " with " + row.faults + row.script; }
+std::string PrintableOf(const Row& row) {
+  return row.line + " with " + row.faults + row.script;
+}
 
 TEST_F(RunModes, EndWithStatusTextAndTrace) {
   const std::string kSystem = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT X1\n";
   const std::string kCfg = "CVarnok::CfgFileExecutive - ";
   const std::string kLoadText = "Error Loading FRU / SDR Information";
+  // clang-format off
   const Row rows[] = {
       {"/?", Failing("0x06", "0x01"), "", 9, "Unable to read FW version from the BMC.",
        "CVarnok::Initialize - Initialize for FwUpdate failed"},
@@ -152,6 +157,7 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
       {"/cfg t", "", "SDRNAME minimal.SDR\n", 0, kUpdated + kResetRequired, ""},
       {"/cfg t", "", "DISPLAY \"only this\"\n", 0, kBanner + "only this\n", ""},
   };
+  // clang-format on
   for (const Row& row : rows) {
     SCOPED_TRACE(PrintableOf(row));
     machine.files[".\\t.CFG"] = machine.files["t.CFG"] = row.script;
@@ -159,7 +165,8 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
     EXPECT_EQ(RunMain(row.line), row.status);
     const bool isError = row.status > 1;
     EXPECT_TRUE(machine.console.ends_with(isError ? "\nERROR:" + row.text + "\n\n" : row.text))
-        << machine.console.substr(machine.console.size() - std::min<std::size_t>(machine.console.size(), 300));
+        << machine.console.substr(machine.console.size() -
+                                  std::min<std::size_t>(machine.console.size(), 300));
     OpenBoard(row.faults);
     const std::vector<std::string> lines = TraceOf(row.line);
     EXPECT_EQ(lines.empty() ? "" : lines.back(), row.trace);
@@ -209,9 +216,9 @@ TEST_F(RunModes, UsagePagesStayAsTheyAreAndStopAtThePrompt) {
 }
 
 TEST_F(RunModes, TemporaryFileIsMadeWhereItsFlagIsSet) {
-  const std::pair<std::string, std::string> rows[] = {{"/d fru", "FRU.TMP"}, {"/d sdr", "SDR.TMP"},
-                                                      {"/d smb", "SMB.TMP"}, {"/fru minimal", "FRU.TMP"},
-                                                      {"/sdr minimal", "SDR.TMP"}, {"/cfg t", "CFG.TMP"}};
+  const std::pair<std::string, std::string> rows[] = {
+      {"/d fru", "FRU.TMP"},       {"/d sdr", "SDR.TMP"},       {"/d smb", "SMB.TMP"},
+      {"/fru minimal", "FRU.TMP"}, {"/sdr minimal", "SDR.TMP"}, {"/cfg t", "CFG.TMP"}};
   machine.files["t.CFG"] = machine.files[".\\t.CFG"] = "DISPLAY \"x\"\n";
   OpenBoard("");
   auto run = [this](const std::string& line) {

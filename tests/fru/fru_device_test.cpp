@@ -81,9 +81,10 @@ TEST_F(FruRequests, ADeviceBusyForMoreThanTenSecondsIsToldOnce) {
   for (int time = 0; time < 2; ++time) {
     busy(0xC0), bmc.Pass(12), busy(0xC0), bmc.Pass(20), busy(0xC0), busy(0);
     EXPECT_EQ(Read(kBridged, 0, 1), kSuccess);
-    EXPECT_EQ(machine.errors,
-              "varnok: FRU ID(0) Addr(20) SlaveAddr(C0) Bus(3) has been busy for 10 seconds; it is asked until it "
-              "answers\n");
+    EXPECT_EQ(
+        machine.errors,
+        "varnok: FRU ID(0) Addr(20) SlaveAddr(C0) Bus(3) has been busy for 10 seconds; it is asked until it "
+        "answers\n");
   }
 }
 
@@ -103,8 +104,8 @@ TEST_F(FruRequests, ShrinkWritesTo8And4And0AndEnd) {
 }
 
 TEST_F(FruRequests, AnswersThatDeliverAnotherCountThanAskedAreRefused) {
-  for (const Bytes& answer :
-       {Bytes{}, Bytes{4}, Bytes{4, 1, 2, 3}, Bytes{3, 1, 2, 3, 4}, Bytes{0, 0, 0, 0, 0}, Bytes{5, 1, 2, 3, 4, 5}}) {
+  for (const Bytes& answer : {Bytes{}, Bytes{4}, Bytes{4, 1, 2, 3}, Bytes{3, 1, 2, 3, 4},
+                              Bytes{0, 0, 0, 0, 0}, Bytes{5, 1, 2, 3, 4, 5}}) {
     bmc.Expect(0x0A, 0x11, {0, 0, 0, 4}).Reply(answer);
     EXPECT_EQ(Read(kBmcFru, 0, 4), kReadFailed) << answer.size();
     EXPECT_EQ(read, Bytes(4, 0xEE)) << "nothing is invented";
@@ -200,7 +201,8 @@ TEST_F(FruReading, EachInvalidAreaHasItsStatusTextAndFlag) {
 TEST_F(FruReading, BoundsTheInternalAreaByTheFirstPresentAreaByNumber) {
   EXPECT_EQ(Load(FullImage({1, 0, 0, 0, 19})), kSuccess) << LastFruError();
   EXPECT_EQ(fru->InternalUse().GetLength(), 144u);
-  for (const Bytes& offsets : {Bytes{1, 0, 0, 0, 0}, {20, 2, 7, 13, 19}}) {  // nothing behind it, or only before it
+  for (const Bytes& offsets :
+       {Bytes{1, 0, 0, 0, 0}, {20, 2, 7, 13, 19}}) {  // nothing behind it, or only before it
     EXPECT_EQ(Load(FullImage(offsets)), kSuccess) << LastFruError();
     EXPECT_EQ(fru->InternalUse().GetLength(), 0u);
   }

@@ -16,8 +16,8 @@ class FruMemory : public FruDeviceTest {
     EXPECT_EQ(FruData::SetOutputFile("FRU.TMP"), kSuccess);
   }
 
-  /// The status of programming; `taken` counts what was taken from the first write on, and the pool is exhausted
-  /// from there. `onDevice` is what is then read back.
+  /// The status of programming; `taken` counts what was taken from the first write on, and the pool is
+  /// exhausted from there. `onDevice` is what is then read back.
   Status Program(int firstRefused, const Bytes& onDevice) {
     device.log.clear();
     std::size_t before = 0;
@@ -43,15 +43,11 @@ class FruMemory : public FruDeviceTest {
 
 TEST_F(FruMemory, IsTakenBeforeTheFirstWriteOnly) {
   // More fields and records than were written.
-  const Bytes crowded = Join({Header({1, 2, 7, 13, 19}),
-                              Bytes(8, 1),
-                              Area(5, Join({kChassisContent, Fields({"x1", "x2"})})),
-                              Area(6, Join({kBoardContent, Fields({"yy"})})),
-                              Area(6, Join({kProductContent, Fields({"", "zz"})})),
-                              Record(0xC0, {1, 2, 3}, false),
-                              Record(0xC1, {4, 5, 6, 7}, false),
-                              Record(0xC2, {8, 9}, false),
-                              Record(0xC3, {8, 9}, true)});
+  const Bytes crowded =
+      Join({Header({1, 2, 7, 13, 19}), Bytes(8, 1), Area(5, Join({kChassisContent, Fields({"x1", "x2"})})),
+            Area(6, Join({kBoardContent, Fields({"yy"})})),
+            Area(6, Join({kProductContent, Fields({"", "zz"})})), Record(0xC0, {1, 2, 3}, false),
+            Record(0xC1, {4, 5, 6, 7}, false), Record(0xC2, {8, 9}, false), Record(0xC3, {8, 9}, true)});
   struct Case {
     const char* rule;
     Status status;

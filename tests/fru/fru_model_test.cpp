@@ -101,7 +101,8 @@ TEST_F(FruResize, MovesTheAreasBehindInTheHeaderOrSaysWhyNot) {
       {BoardInfoArea, 64, 256, kSuccess, "", {1, 2, 7, 15, 21}, 64},
       {BoardInfoArea, 48, 256, kSuccess, "", unmoved, 48},  // the fields fit to the byte
       {BoardInfoArea, 40, 256, kFieldsTooBig, fields, unmoved, 48},
-      // 169 bytes are in use. An area that is too long keeps its length all the same, and moves nothing later.
+      // 169 bytes are in use. An area that is too long keeps its length all the same, and moves nothing
+      // later.
       {ProductInfoArea, 48 + 88, 256, kAreasTooBig, areas, unmoved, 136},
       {ProductInfoArea, 48 + 88, 257, kSuccess, "", unmoved, 136},
       {ProductInfoArea, 512, 2048, kSuccess, "", {1, 2, 7, 13, 66}, 512},

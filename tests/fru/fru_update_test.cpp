@@ -135,7 +135,7 @@ TEST_F(FruUpdate, FailuresOfWritingAndReading) {
 
 TEST_F(FruUpdate, AppendsWhatItPrintsAndWritesToTheOutputFile) {
   ASSERT_EQ(FruData::Initialize(), kSuccess);
-  FruData::SetDisplayHexCallback(DisplayHex);
+  Discard(FruData::SetDisplayHexCallback(DisplayHex));
   ASSERT_EQ(FruData::SetOutputFile("FRU.TMP"), kSuccess);
   SetModes(FruWriteMode::Skip);
   ASSERT_EQ(fru->SetAreaWriteMode(CommonHeaderArea, FruWriteMode::WriteAndVerify, 0), kSuccess);

@@ -155,8 +155,8 @@ TEST_F(Smbios, FailuresAreTraced) {
   const char* arguments[] = {"varnok", "-debug1"};
   TraceSelectLevel(2, arguments);
   std::string text;
-  SmbiosDisplay();
-  SmbiosGetBiosVersion(text);
+  Discard(SmbiosDisplay());
+  Discard(SmbiosGetBiosVersion(text));
   TraceSelectLevel(0, nullptr);
   EXPECT_THAT(machine.TraceLines(), ElementsAre("SmbiosGetStructure - Structure not found",
                                                 "SmbiosDisplay - SMBIOS structure not found",
@@ -295,13 +295,13 @@ TEST_F(Smbios, DamagedByteOrCutTableIsReadWithinItsBounds) {
   const Bytes whole = table.table;
   auto readAll = [&] {
     Install();
-    SmbiosDisplay();
+    Discard(SmbiosDisplay());
     SmbiosProcessor processor;
     std::string text;
     std::uint32_t number = 0;
-    SmbiosGetBiosVersion(text);
-    SmbiosGetMemoryDeviceSize(number);
-    SmbiosGetProcessorByIndex(0, number, processor);
+    Discard(SmbiosGetBiosVersion(text));
+    Discard(SmbiosGetMemoryDeviceSize(number));
+    Discard(SmbiosGetProcessorByIndex(0, number, processor));
     cursor = 0;
     for (std::size_t i = 0; Get(kSmbiosAny) == kSuccess; ++i) ASSERT_LT(i, whole.size() / 4);
     EXPECT_EQ(cursor, kSmbiosAny);

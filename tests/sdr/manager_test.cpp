@@ -244,7 +244,7 @@ TEST_F(Manager, PagingAsksAfterEveryThirdRecord) {
   for (std::uint16_t id = 1; id <= 7; ++id) records = Joined(records, AssociationRecord(id));
   StartBoard(records);
   const std::string prompt = "\n[S]top, [N]on-stop, or [M]ore";
-  SdrData::SetPaging(true);
+  Discard(SdrData::SetPaging(true));
   machine.keys = u"xmS";
   EXPECT_EQ(SdrData::DisplaySdrArea(), kSuccess);
   EXPECT_THAT(machine.console, HasSubstr(prompt + "\n\n\nDisplaying SDR Record #4"));

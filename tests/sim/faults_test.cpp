@@ -51,6 +51,7 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
   const std::string ab = "00 02 61 62", cd = "00 02 63 64", ef = "00 02 65 66";
   const std::string writeX = "0A/0 12 00 00 00 58", writeY = "0A/0 12 00 01 00 59";
   // The last one is the content of a.bin behind the conversation.
+  // clang-format off
   const std::tuple<const char*, std::string, Conversation, const char*> cases[] = {
       {"lost answers and a failed send", R"({"command": "0x12", "nth": 1, "fault": "no-answer"},
          {"command": "0x12", "nth": 2, "fault": "no-answer", "executed": false},
@@ -111,6 +112,7 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
        {{read, ab}, {kBridgedRead, "83"}, {kFetch, "80"}, {kBridgedRead, "00"}, {kFetch, "80"},
         {kBridgedRead, "00"}, {kFetch, kFetched}, {kFetch, kFetched}, {kFetch, "80"}}, "abcdefgh"},
   };
+  // clang-format on
   for (const auto& [what, rules, conversation, after] : cases) {
     SCOPED_TRACE(what);
     OpenWith(Board(rules));
@@ -131,7 +133,9 @@ TEST_F(FaultTest, RepositoryLies) {
     {"command": "0x20", "fault": "record-count", "records": 500},
     {"command": "0x24", "nth": 2, "fault": "full-storage"}])");
   const std::string add = "0A/0 24 00 00 51 C0 03 40 E2 01";
-  Converse({{add, "00 01 00"}, {add, "C4"}, {"0A/0 23 00 00 01 00 00 01", "00 01 00 01"},
+  Converse({{add, "00 01 00"},
+            {add, "C4"},
+            {"0A/0 23 00 00 01 00 00 01", "00 01 00 01"},
             {"0A/0 23 00 00 01 00 00 01", "00 FF FF 01"}});
   EXPECT_EQ(Ask("0A/0 20").substr(0, 11), "00 51 F4 01");
 }
