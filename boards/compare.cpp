@@ -98,8 +98,8 @@ class PartComparer {
       if (!differs(i)) continue;
       std::size_t end = i + 1;
       while (end < isOpen.size() && differs(end)) ++end;
-      Add(Change::Changed, "No area", RangeName(i, end - i),
-          Shortened(Part(a_.bytes, i, end - i)), Shortened(Part(b_.bytes, i, end - i)));
+      Add(Change::Changed, "No area", RangeName(i, end - i), Shortened(Part(a_.bytes, i, end - i)),
+          Shortened(Part(b_.bytes, i, end - i)));
       i = end;
     }
   }

@@ -15,8 +15,8 @@ namespace {
 
 constexpr const char* kConfigName = "board.json";
 
-Bytes ImageOf(sim::ImageStore& images, const std::string& key, const std::string& file,
-              sim::ImageUse use, std::optional<std::size_t> size = std::nullopt) {
+Bytes ImageOf(sim::ImageStore& images, const std::string& key, const std::string& file, sim::ImageUse use,
+              std::optional<std::size_t> size = std::nullopt) {
   try {
     const auto content = images.Open(file, use, size).Content();
     return {content.begin(), content.end()};
@@ -44,15 +44,15 @@ Identity IdentityOf(const sim::IdentityConfig& config) {
 Controller AddController(const sim::ControllerConfig& config, sim::ImageStore& images, Board& board) {
   const DeviceAddress place{.controller = config.address, .channel = config.channel};
   for (const sim::FruConfig& fru : config.frus) {
-    Device device{.address = place, .isWordAccess = fru.wordAccess, .isReadOnly = fru.readOnly, .file = fru.file};
+    Device device{
+        .address = place, .isWordAccess = fru.wordAccess, .isReadOnly = fru.readOnly, .file = fru.file};
     device.address.id = fru.id;
     device.bytes = ImageOf(images, fru.path, fru.file, sim::ImageUse::Device, fru.size);
     board.devices.push_back(std::move(device));
   }
   for (const sim::EepromConfig& eeprom : config.eeproms) {
     Device device{.address = place, .isReadOnly = eeprom.readOnly, .file = eeprom.file};
-    device.address.kind =
-        eeprom.kind == sim::EepromKind::At24c02 ? DeviceKind::At24c02 : DeviceKind::Ds1624s;
+    device.address.kind = eeprom.kind == sim::EepromKind::At24c02 ? DeviceKind::At24c02 : DeviceKind::Ds1624s;
     device.address.bus = eeprom.bus;
     device.address.slave = eeprom.address;
     device.bytes = ImageOf(images, eeprom.path, eeprom.file, sim::ImageUse::Device, eeprom.size);

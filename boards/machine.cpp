@@ -26,7 +26,7 @@ OpenMachine::OpenMachine(std::unique_ptr<host::Machine> machine)
     : machine_(std::move(machine)), firmware_(*machine_), previous_(InstallFirmware(&firmware_)) {}
 
 OpenMachine::~OpenMachine() {
-  // What the transport knows of this machine ends with it, as all that the program keeps.
+  // What the transport knows of this machine ends with it.
   ForgetProgramState();
   InstallFirmware(previous_);
 }

@@ -29,8 +29,8 @@ Source RecordSource(std::vector<Bytes> records) {
 std::vector<std::string> LinesOf(const Comparison& comparison) {
   std::vector<std::string> lines;
   for (const Difference& difference : comparison.differences)
-    lines.push_back(difference.part + " | " + difference.group + " | " + difference.field + ": " + difference.before +
-                    " > " + difference.after);
+    lines.push_back(difference.part + " | " + difference.group + " | " + difference.field + ": " +
+                    difference.before + " > " + difference.after);
   return lines;
 }
 
@@ -56,7 +56,8 @@ TEST(Compare, RecordsDifferExactlyWhenTheirBytesDoButForIdAndOrder) {
     Bytes& changed = others[generator.Number(0, static_cast<unsigned>(others.size()) - 1)];
     const std::size_t at = generator.Number(5, static_cast<unsigned>(changed.size()) - 1);
     changed[at] ^= static_cast<std::uint8_t>(generator.Number(1, 255));
-    ASSERT_FALSE(Compare(RecordSource(records), RecordSource(others)).differences.empty()) << i << " byte " << at;
+    ASSERT_FALSE(Compare(RecordSource(records), RecordSource(others)).differences.empty())
+        << i << " byte " << at;
   }
 }
 
@@ -70,11 +71,12 @@ TEST(Compare, SaysWhatChangedInWords) {
   layout.chassisType = 0x11;
   Bytes after = sim::BuildFruImage(layout, 128);
   after[120] = 0x12;
-  EXPECT_THAT(LinesOf(Compare(ImageSource(before), ImageSource(after))),
-              ElementsAre("FRU 0 | Chassis Info Area | Chassis Type: Rack Mount Chassis > Main Server Chassis",
-                          "FRU 0 | Product Info Area | Product Serial Number: VWS225060417 > VWS226110042",
-                          "FRU 0 | Product Info Area | Product Asset Tag: DELL [6-bit] > DELL [text]",
-                          "FRU 0 | No area | Byte 120: FF > 12"));
+  EXPECT_THAT(
+      LinesOf(Compare(ImageSource(before), ImageSource(after))),
+      ElementsAre("FRU 0 | Chassis Info Area | Chassis Type: Rack Mount Chassis > Main Server Chassis",
+                  "FRU 0 | Product Info Area | Product Serial Number: VWS225060417 > VWS226110042",
+                  "FRU 0 | Product Info Area | Product Asset Tag: DELL [6-bit] > DELL [text]",
+                  "FRU 0 | No area | Byte 120: FF > 12"));
   // An unexplained byte inside an area, a checksum that is wrong alone.
   Bytes damaged = before;
   damaged[15] ^= 1;

@@ -1,5 +1,5 @@
-// Images, records and tables by the standards: every encoding and conversion with a value that others give, and damage
-// by its place.
+// Images, records and tables by the standards: every encoding and conversion with a value that others give,
+// and damage by its place.
 #include <gmock/gmock.h>
 
 #include <map>
@@ -97,7 +97,9 @@ TEST(DecodeFru, DamageIsNamedByItsPlaceAndTheRestIsRead) {
   layout.chassis = {"", ""};
   layout.board = {"Works", "Board", "123", "456", ""};
   layout.records = {{0xC0, {1, 2, 3, 4}}, {0xC0, {1, 2, 3, 5}}};
-  const Bytes good = sim::BuildFruImage(layout, 128);  // chassis at 8, board at 16, records at 56 and 65
+  const Bytes good =
+      sim::BuildFruImage(layout, 128);  // chassis at 8, board at 16 to 47, records at 48 and 57
+  EXPECT_TRUE(DecodeFru(good).problems.empty());
   struct Row {
     std::size_t offset;
     std::uint8_t value;
@@ -111,24 +113,29 @@ TEST(DecodeFru, DamageIsNamedByItsPlaceAndTheRestIsRead) {
       {9, 0x3F, 9, "its length is 504, the image ends 120 bytes behind its start"},
       {9, 2, 16, "Board Info Area begins inside Chassis Info Area, which ends at byte 24"},
       {16, 2, 16, "format version 02h instead of 01h"},
-      {16, 0xB8, 55, "Board Info Area: checksum"},
-      {22, 0xFF, 22, "Board Manufacturer has 63 bytes, 32 left"},
+      {22, 0xFF, 22, "Board Manufacturer has 63 bytes, 24 left"},
       {28, 0xC1, 28, "the fields end before the Board Product Name"},
-      {50, 1, 50, "its padding is not zero"},
-      {60, 0, 60, "Multi-Record 1: header checksum 00h"},
-      {61, 9, 59, "Multi-Record 1: data checksum"},
-      {66, 2, 0, ""},  // no last record: what follows is read as one
+      {45, 1, 45, "its padding is not zero"},
+      {47, 0, 47, "Board Info Area: checksum 00h"},
+      {52, 0, 52, "Multi-Record 1: header checksum 00h"},
+      {53, 9, 51, "Multi-Record 1: data checksum"},
+      {58, 2, 70, "Multi-Record 3: header checksum FFh"},  // no last record: what follows is taken for one
   };
   for (const Row& row : kRows) {
     Bytes image = good;
     image[row.offset] = row.value;
     const Decoded decoded = DecodeFru(image);
-    const bool isFound = std::any_of(decoded.problems.begin(), decoded.problems.end(), [&](const Problem& problem) {
-      return (*row.problem == 0 || problem.offset == row.place) && problem.text.find(row.problem) != std::string::npos;
-    });
+    const bool isFound =
+        std::any_of(decoded.problems.begin(), decoded.problems.end(), [&](const Problem& problem) {
+          return problem.offset == row.place && problem.text.find(row.problem) != std::string::npos;
+        });
     EXPECT_TRUE(isFound) << row.problem;
-    EXPECT_NE(decoded.Find("multi-record 2") == nullptr, row.offset != 60 && row.offset != 9) << row.problem;
+    EXPECT_NE(decoded.Find("multi-record 2"), nullptr) << row.problem;
   }
+  // Bytes that are no area at all are not read as fields.
+  Bytes image = good;
+  std::fill(image.begin() + 16, image.begin() + 24, std::uint8_t{0xB8});
+  EXPECT_EQ(DecodeFru(image).Find("board"), nullptr);
 }
 
 TEST(Sensor, ReadingsInRealUnits) {
@@ -144,11 +151,11 @@ TEST(Sensor, ReadingsInRealUnits) {
   };
   // IPMI v2.0, section 36.3: y = L[(M x + B * 10^K1) * 10^K2].
   const Row kRows[] = {
-      {0x00, 0, 1, 0, 0, 0, 0xFF, 255},       {0x00, 0, 63, 0, 0, -3, 200, 12.6}, {0x80, 0, 1, 0, 0, 0, 0xF6, -10},
-      {0x40, 0, 1, 0, 0, 0, 0xF5, -10},       {0x40, 0, 1, 0, 0, 0, 0xFF, 0},     {0x00, 0, -2, 5, 2, -1, 10, 48},
-      {0x00, 0, 1, -512, 0, 0, 0, -512},      {0x00, 7, 4, 0, 0, -2, 5, 5},       {0x00, 8, 2, 0, 0, 0, 3, 36},
-      {0x00, 10, 1, 0, 0, 0, 81, 9},          {0x00, 11, 1, 0, 0, 0, 27, 3},      {0x00, 9, 1, 0, 0, 0, 3, 27},
-      {0x00, 3, 1, 0, 0, 0, 8, 3},            {0x00, 2, 1, 0, 0, 0, 100, 2},      {0x00, 6, 1, 0, 0, 0, 10, 1024},
+      {0x00, 0, 1, 0, 0, 0, 0xFF, 255},  {0x00, 0, 63, 0, 0, -3, 200, 12.6}, {0x80, 0, 1, 0, 0, 0, 0xF6, -10},
+      {0x40, 0, 1, 0, 0, 0, 0xF5, -10},  {0x40, 0, 1, 0, 0, 0, 0xFF, 0},     {0x00, 0, -2, 5, 2, -1, 10, 48},
+      {0x00, 0, 1, -512, 0, 0, 0, -512}, {0x00, 7, 4, 0, 0, -2, 5, 5},       {0x00, 8, 2, 0, 0, 0, 3, 36},
+      {0x00, 10, 1, 0, 0, 0, 81, 9},     {0x00, 11, 1, 0, 0, 0, 27, 3},      {0x00, 9, 1, 0, 0, 0, 3, 27},
+      {0x00, 3, 1, 0, 0, 0, 8, 3},       {0x00, 2, 1, 0, 0, 0, 100, 2},      {0x00, 6, 1, 0, 0, 0, 10, 1024},
   };
   for (const Row& row : kRows) {
     Bytes record(48);
@@ -177,7 +184,8 @@ TEST(DecodeSdr, DefaultBoardsSensorsInOneLineEach) {
   std::vector<Bytes> records;
   EXPECT_TRUE(SplitRecords(dump, records).empty());
   std::string lines;
-  for (const Bytes& record : records) lines += HeadOf(record).name + ": " + SummaryOf(record, DecodeSdr(record)) + "\n";
+  for (const Bytes& record : records)
+    lines += HeadOf(record).name + ": " + SummaryOf(record, DecodeSdr(record)) + "\n";
   EXPECT_THAT(lines, HasSubstr("Inlet Temp: Full Sensor, sensor 20h, Temperature, Front Panel Board 1, "
                                "lcr 2, lnc 5, unc 40, ucr 45 degrees C\n"));
 }

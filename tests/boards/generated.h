@@ -1,5 +1,5 @@
-// Generated FRU images and sensor data records: every choice comes from a seeded source, so that a failing case comes
-// again.
+// Generated FRU images and sensor data records: every choice comes from a seeded source, so that a failing
+// case comes again.
 #pragma once
 
 #include <random>
@@ -14,7 +14,9 @@ class Generator {
   explicit Generator(unsigned seed) : random_(seed) {}
 
   /// `low` to `high`.
-  unsigned Number(unsigned low, unsigned high) { return low + static_cast<unsigned>(random_() % (high - low + 1)); }
+  unsigned Number(unsigned low, unsigned high) {
+    return low + static_cast<unsigned>(random_() % (high - low + 1));
+  }
   bool IsOneIn(unsigned count) { return Number(1, count) == 1; }
   std::uint8_t Byte() { return static_cast<std::uint8_t>(random_()); }
 
@@ -27,7 +29,8 @@ class Generator {
     layout.boardMinutes = static_cast<std::uint32_t>(random_() & 0xFFFFFF);
     if (!IsOneIn(3)) layout.board = Fields(5);
     if (!IsOneIn(3)) layout.product = Fields(7);
-    for (unsigned i = IsOneIn(2) ? Number(0, 4) : 0; i > 0; --i) layout.records.push_back({RecordType(), Some(Number(0, 40))});
+    for (unsigned i = IsOneIn(2) ? Number(0, 4) : 0; i > 0; --i)
+      layout.records.push_back({RecordType(), Some(Number(0, 40))});
     return sim::BuildFruImage(layout, 2560);
   }
 
@@ -38,8 +41,8 @@ class Generator {
       unsigned fixed;
       bool hasName;
     };
-    static constexpr Row kRows[] = {{0x01, 48, true},  {0x02, 32, true},  {0x03, 17, true},  {0x08, 16, false},
-                                    {0x09, 32, false}, {0x10, 16, true},  {0x11, 16, true},  {0x12, 16, true},
+    static constexpr Row kRows[] = {{0x01, 48, true},  {0x02, 32, true},  {0x03, 17, true}, {0x08, 16, false},
+                                    {0x09, 32, false}, {0x10, 16, true},  {0x11, 16, true}, {0x12, 16, true},
                                     {0x13, 32, false}, {0x14, 16, false}, {0xC0, 10, false}};
     const Row& row = kRows[Number(0, std::size(kRows) - 1)];
     boards::Bytes record = Some(row.fixed);
@@ -66,9 +69,11 @@ class Generator {
   }
 
   boards::Bytes Text(unsigned longest) {
-    static const std::string_view kHard[] = {"it's", "http://x", "_SEE_BOARD", "_SDR_TYPE 01", ")", " ", "a\tb", "\xE9t\xE9", "C0"};
+    static const std::string_view kHard[] = {"it's", "http://x",  "_SEE_BOARD", "_SDR_TYPE 01", ")", " ",
+                                             "a\tb", "\xE9t\xE9", "C0"};
     std::string text;
-    while (text.size() < Number(0, longest)) text += IsOneIn(4) ? kHard[Number(0, std::size(kHard) - 1)] : "AbC 0-9";
+    while (text.size() < Number(0, longest))
+      text += IsOneIn(4) ? kHard[Number(0, std::size(kHard) - 1)] : "AbC 0-9";
     text.resize(std::min<std::size_t>(text.size(), longest));
     return {text.begin(), text.end()};
   }

@@ -1,5 +1,5 @@
-// Load files out of images and records: what the program makes of them is what they were made of, and what is lost is
-// said.
+// Load files out of images and records: what the program makes of them is what they were made of, and what is
+// lost is said.
 #include "boards/load_text.h"
 
 #include <gmock/gmock.h>
@@ -41,7 +41,8 @@ void ExpectTextIsHonest(const Bytes& image, const LoadText& made) {
 TEST(FruLoadText, EveryImageComesBack) {
   std::vector<Bytes> images;
   for (const sim::DefaultFile& file : sim::DefaultBoardImages())
-    if (file.name.ends_with(".bin") && file.name != "sdr.bin" && file.name != "smbios.bin" && file.content[0] == 1)
+    if (file.name.ends_with(".bin") && file.name != "sdr.bin" && file.name != "smbios.bin" &&
+        file.content[0] == 1)
       images.push_back(file.content);
   EXPECT_GE(images.size(), 4u);
   Generator generator(5);
@@ -108,9 +109,10 @@ TEST(SdrLoadText, WhatNoFileHoldsIsSaid) {
   ++longer[4];
   const Bytes rest = {1, 2, 3};
   const LoadText made = SdrLoadText({locator, unknown, longer, locator}, rest, "records");
-  EXPECT_THAT(made.losses, ElementsAre(HasSubstr("no known record type: 15h"), HasSubstr("refuses its length"),
-                                       HasSubstr("3 bytes behind the last whole record"),
-                                       HasSubstr("a BMC may keep one of the two only")));
+  EXPECT_THAT(made.losses,
+              ElementsAre(HasSubstr("no known record type: 15h"), HasSubstr("refuses its length"),
+                          HasSubstr("3 bytes behind the last whole record"),
+                          HasSubstr("a BMC may keep one of the two only")));
   EXPECT_THAT(made.text, HasSubstr("//   - record "));
 }
 
