@@ -32,8 +32,8 @@ constexpr const char* kExitStatuses =
 /// Puts the row into the page; what it is given goes into `arguments`.
 void AddOption(CLI::App& page, const Option& row, Arguments& arguments) {
   const std::string name(row.name);
-  const std::string help(row.help);
   const bool isMany = row.count == Option::Many || row.count == Option::OneOrMore;
+  const std::string help = std::string(row.help) + (isMany ? " (may repeat)" : "");
   const bool isRequired = row.count == Option::Required || row.count == Option::OneOrMore;
   const bool isNamed = name.starts_with("-");
   if (isNamed && row.value.empty()) {
@@ -68,13 +68,14 @@ int Run(int argc, char* argv[]) {
   app.require_subcommand(1);
   app.footer(kExitStatuses);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.get_formatter()->label("Subcommands", "Commands");
+  app.get_formatter()->label("Positionals", "Arguments");
   app.get_formatter()->column_width(34);
   int (*run)(const Arguments&) = nullptr;
   Arguments arguments;
   for (const Command* command : kCommands) {
     CLI::App* page = app.add_subcommand(std::string(command->name), std::string(command->summary));
     page->footer("Example:\n" + std::string(command->example));
+    page->group("Commands");
     page->set_help_flag("--help,-h", "Show this page");
     for (const Option& option : command->options) AddOption(*page, option, arguments);
     page->callback([&run, command] { run = command->run; });

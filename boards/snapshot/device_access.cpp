@@ -136,7 +136,7 @@ Outcome MeasureDevice(Device& device) {
 }
 
 Outcome ReadDevice(Device& device, Observer& observer) {
-  const std::string name = NameOf(device.address);
+  const std::string name = "device " + NameOf(device.address);
   std::size_t chunk = device.address.controller == kBmc ? kLargestRead : kLargestBridgedRead;
   std::size_t offset = 0;
   while (offset < device.bytes.size()) {

@@ -192,7 +192,6 @@ Outcome ReadRepository(Repository& repository, Observer& observer) {
   std::size_t expected = 0;
   Outcome outcome = Session::Count(expected);
   if (!outcome.IsDone()) return outcome;
-  if (expected == 0) return outcome;
   Session session;
   if (outcome = session.Reserve(); !outcome.IsDone()) return outcome;
   std::vector<bool> seen(kLastId + 1u);
@@ -208,6 +207,9 @@ Outcome ReadRepository(Repository& repository, Observer& observer) {
     if (outcome.IsDone()) {
       seen[WordAt(record, 0)] = true;
       repository.records.push_back(std::move(record));
+    } else if (expected == 0 && id == 0 && outcome.kind == Outcome::Kind::Refused) {
+      // Empty; a count of 0 alone may be wrong.
+      return {};
     } else {
       repository.unread.push_back({id, outcome});
       if (!hasNext) break;

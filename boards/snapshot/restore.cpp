@@ -102,7 +102,7 @@ RestoreWork PlanRestore(std::span<const Device* const> devices, const std::vecto
 Outcome RestoreDevice(DeviceWork& work, Observer& observer) {
   std::size_t chunk = kLargestWrite;
   const std::span<const std::uint8_t> wanted(work.wanted->bytes);
-  const std::string name = NameOf(work.wanted->address);
+  const std::string name = "device " + NameOf(work.wanted->address);
   for (const ByteRange& range : work.ranges) {
     observer.Step(name, range.offset, wanted.size());
     Outcome outcome =

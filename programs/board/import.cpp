@@ -16,12 +16,10 @@ using boards::Bytes;
 
 constexpr Option kOptions[] = {
     {"FOLDER", "", "The folder to make", Option::Required},
-    {"--fru", "ID=FILE", "A FRU image, as \"ipmitool fru read\" writes it: 0=board.bin, 2@C0=backplane.bin",
-     Option::Many},
-    {"--eeprom", "ID=FILE", "An EEPROM on a private bus: AT24C02:03:A0=supply.bin (kind, bus byte, address)",
-     Option::Many},
-    {"--sdr", "FILE", "The SDR repository, as \"ipmitool sdr dump\" writes it"},
-    {"--smbios", "FILE", "The SMBIOS tables, as \"dmidecode --dump-bin\" writes them"},
+    {"--fru", "ID=FILE", "A FRU image of \"ipmitool fru read\": 0=board.bin, 2@C0=back.bin", Option::Many},
+    {"--eeprom", "ID=FILE", "An EEPROM: kind, bus byte, address: AT24C02:03:A0=supply.bin", Option::Many},
+    {"--sdr", "FILE", "The SDR repository of \"ipmitool sdr dump\""},
+    {"--smbios", "FILE", "The SMBIOS tables of \"dmidecode --dump-bin\""},
     {"--identity", "FILE", "The text of \"ipmitool mc info\""},
 };
 

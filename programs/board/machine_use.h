@@ -25,6 +25,6 @@ class ProgressObserver : public boards::Observer {
 std::string MachineName(const Arguments& arguments, std::string_view option);
 
 inline constexpr std::string_view kMachineHelp =
-    "/dev/ipmi0 or a board folder; VARNOK_BOARD, else /dev/ipmi0, when it is not given";
+    "/dev/ipmi0 or a board folder; else VARNOK_BOARD, else /dev/ipmi0";
 
 }  // namespace varnok::companion

@@ -13,7 +13,7 @@ namespace {
 constexpr Option kOptions[] = {
     {"FOLDER", "", "The board to restore", Option::Required},
     {"--to", "MACHINE", kMachineHelp},
-    {"--fru", "ID", "Restore this device alone, such as 0, 2@C0 or AT24C02:03:A0", Option::Many},
+    {"--fru", "ID", "Restore this device alone: 0, 2@C0, AT24C02:03:A0", Option::Many},
     {"--sdr", "", "Restore the SDR repository alone"},
     {"--yes", "", "Do not ask"},
     {"--other-board", "", "Go on when the machine's maker or product is not the folder's"},

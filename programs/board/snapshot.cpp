@@ -22,9 +22,7 @@ namespace {
 constexpr Option kOptions[] = {
     {"FOLDER", "", "The folder to make", Option::Required},
     {"--from", "MACHINE", kMachineHelp},
-    {"--device", "ID",
-     "A device to read besides those that the BMC and its SDRs name, such as 2@C0 or AT24C02:03:A0",
-     Option::Many},
+    {"--device", "ID", "Read this device too: 2@C0, AT24C02:03:A0", Option::Many},
     {"--json", "", "Say what was read as JSON"},
 };
 

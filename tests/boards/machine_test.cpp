@@ -144,6 +144,7 @@ const std::pair<const char*, std::string> kBearable[] = {
     {"", Fault("0A 23", R"("every": 6, )", R"("lost-reservation")")},
     {"", Fault("06 52", R"("every": 5, )", R"("completion-code", "code": "0xC3")")},
     {"", Fault("0A 25", "", R"("completion-code", "code": "0xC1")")},
+    {"", Fault("0A 20", "", R"("record-count", "records": 0)")},
 };
 
 TEST_F(MachineTest, IsReadWholeUnderWhatCanBeBorne) {
