@@ -264,9 +264,8 @@ class FruDecoder {
       const std::string id = "multi-record " + std::to_string(number);
       const std::string title = "Multi-Record " + std::to_string(number);
       constexpr std::size_t kHeader = 5;
-      if (position + kHeader > Size())
-        return Complain(position,
-                        title + ": the image ends before its header, and no record is marked as the last");
+      if (position + kHeader > Size() || IsFill(View(position, kHeader)))
+        return Complain(position, title + ": there is none, and no record is marked as the last");
       const std::size_t length = At(position + 2);
       Section& section = Open(id, title + ": " + RecordTypeName(At(position)), position, kHeader);
       isLast = (At(position + 1) & 0x80) != 0;

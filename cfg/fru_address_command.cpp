@@ -46,7 +46,7 @@ Status CCfgFruAddress::ReadFromFile(CFileCfg& file) {
 Status CCfgFruAddress::ReadAddress(std::span<const std::string_view> tokens) {
   if (tokens.empty()) return MissingParameter(kReadAddress, "first", cfg_status::kTooManyParameters);
   if (tokens.size() == 1) return ReadNumber(tokens[0], address_.deviceId);
-  bool isImbDevice = EqualsIgnoreCase(tokens[0], FindNvsType(nvs_type::kImbDevice)->keyword);
+  bool isImbDevice = EqualsIgnoreCase(tokens[0], FindNvsType(nvs_type::kImbDevice)->name);
   if (tokens.size() == 2)
     return isImbDevice ? MissingParameter(kReadAddress, "third", cfg_status::kTooManyParameters)
                        : RefuseCount();
@@ -62,7 +62,7 @@ Status CCfgFruAddress::ReadAddress(std::span<const std::string_view> tokens) {
 
 Status CCfgFruAddress::ReadNvsType(std::string_view token) {
   auto row = std::find_if(std::begin(kNvsTypes), std::end(kNvsTypes),
-                          [token](const NvsTypeRow& each) { return EqualsIgnoreCase(token, each.keyword); });
+                          [token](const NvsTypeRow& each) { return EqualsIgnoreCase(token, each.name); });
   if (row == std::end(kNvsTypes)) {
     CCfgParser::SetLastError("%s is not a valid NVS type.", token);
     return Fail(kReadAddress, "Invalid NVS type", cfg_status::kBadNvsType);
@@ -117,7 +117,7 @@ FruDeviceAddress CCfgFruAddress::GetAddress() const {
 
 void CCfgFruAddress::DebugPrint() {
   TraceScope scope("CCfgFruAddress::DebugPrint");
-  Print("FRU Address: %s %02X %02X %02X\n", FindNvsType(address_.nvsType)->keyword, address_.deviceId,
+  Print("FRU Address: %s %02X %02X %02X\n", FindNvsType(address_.nvsType)->name, address_.deviceId,
         address_.bus, address_.deviceAddress);
 }
 
