@@ -105,7 +105,7 @@ class PartComparer {
   }
 
  private:
-  static bool IsDeviceText(const Field& field) { return field.encoding != "" && field.encoding != "binary"; }
+  static bool IsDeviceText(const Field& field) { return !field.encoding.empty() && field.encoding != "binary"; }
 
   static std::vector<bool> OpenBytes(const Decoded& decoded) {
     std::vector<bool> isOpen(decoded.bytes.size());

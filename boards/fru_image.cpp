@@ -302,7 +302,7 @@ class FruDecoder {
   void AddRecordData(Section& section, const std::string& title) {
     const std::size_t offset = section.offset;
     ByteView data = View(offset + 5, section.length - 5);
-    const std::uint8_t sum = static_cast<std::uint8_t>(At(offset + 3) + SumOf(data));
+    const auto sum = static_cast<std::uint8_t>(At(offset + 3) + SumOf(data));
     AddConsequence(section, "Data Checksum", Hex(At(offset + 3)), offset + 3);
     AddConsequence(section, "Header Checksum", Hex(At(offset + 4)), offset + 4);
     if (sum != 0) {

@@ -120,7 +120,8 @@ class FruTextMaker {
         if (field.offset >= section.offset + kRecordHeader)
           block.pieces.push_back({Copy(field.offset, field.length), Commented(field)});
       if (section.isChecksumGood == false)
-        Remark(section.title + ": its checksum is wrong and stays so; a device with it fails its verification");
+        Remark(section.title +
+               ": its checksum is wrong and stays so; a device with it fails its verification");
     }
     if (block.pieces.empty()) return false;
     Bytes& header = block.pieces[last].bytes;

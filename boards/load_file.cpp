@@ -52,7 +52,9 @@ class DeskMachine : public Firmware {
     file = std::make_unique<MemoryFile>(text_);
     return kSuccess;
   }
-  Status AppendToFile(std::u16string_view, std::span<const std::uint8_t>) override { return uefi_status::kWriteProtected; }
+  Status AppendToFile(std::u16string_view, std::span<const std::uint8_t>) override {
+    return uefi_status::kWriteProtected;
+  }
   bool GetEnvironmentVariable(std::string_view, std::u16string&) override { return false; }
   Status LocateHandles(const Guid&, std::size_t&, Handle*) override { return uefi_status::kNotFound; }
   Status OpenProtocol(Handle, const Guid&, void*&) override { return uefi_status::kNotFound; }

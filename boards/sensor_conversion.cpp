@@ -39,7 +39,8 @@ constexpr LinearizationRow kLinearizations[] = {
 };
 constexpr std::uint8_t kNonLinear = 0x70;
 
-constexpr const char* kRates[] = {"", " per us", " per ms", " per s", " per minute", " per hour", " per day", ""};
+constexpr const char* kRates[] = {"",          " per us",  " per ms", " per s", " per minute",
+                                  " per hour", " per day", ""};
 
 }  // namespace
 

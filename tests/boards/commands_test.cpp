@@ -30,7 +30,7 @@ class Commands : public ::testing::Test {
   }
 
   int Run(const std::string& arguments) {
-    const std::string command = "cd " + folder.Path().string() + " && " VARNOK_COMPANION " " + arguments +
+    const std::string command = "cd " + folder.Path().string() + " && " VARNOK_BOARD_PROGRAM " " + arguments +
                                 " >output 2>error; echo $? >status";
     EXPECT_EQ(std::system(command.c_str()), 0);
     output = ContentOf(folder.Path() / "output");
