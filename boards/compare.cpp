@@ -105,7 +105,9 @@ class PartComparer {
   }
 
  private:
-  static bool IsDeviceText(const Field& field) { return field.encoding != "" && field.encoding != "binary"; }
+  static bool IsDeviceText(const Field& field) {
+    return !field.encoding.empty() && field.encoding != "binary";
+  }
 
   static std::vector<bool> OpenBytes(const Decoded& decoded) {
     std::vector<bool> isOpen(decoded.bytes.size());
@@ -250,7 +252,7 @@ class RecordComparer {
     for (const Bytes* partner : partners_)
       if (partner != nullptr) order.push_back(partner);
     if (!std::is_sorted(order.begin(), order.end()))
-      comparison_.remarks.push_back("The records stand in another order.");
+      comparison_.remarks.emplace_back("The records stand in another order.");
   }
 
  private:

@@ -85,7 +85,7 @@ class SdrTextMaker {
       return WritingOrder((*a)[3]) < WritingOrder((*b)[3]);
     });
     if (!isOrdered)
-      result_.remarks.push_back(
+      result_.remarks.emplace_back(
           "The records are written in the order of their types, not in the one that they have here.");
   }
 

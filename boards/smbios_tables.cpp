@@ -24,30 +24,28 @@ constexpr ValueRow kFirmware[] = {{"Vendor", 4}, {"Version", 5}, {"Release Date"
 constexpr ValueRow kSystem[] = {{"Manufacturer", 4},  {"Product Name", 5},     {"Version", 6},
                                 {"Serial Number", 7}, {"UUID", 8, Show::Uuid}, {"SKU Number", 25},
                                 {"Family", 26}};
-// clang-format off
 constexpr ValueRow kBoard[] = {
     {"Manufacturer", 4}, {"Product Name", 5}, {"Version", 6}, {"Serial Number", 7}, {"Asset Tag", 8}};
-constexpr ValueRow kChassis[] = {
-    {"Manufacturer", 4}, {"Type", 5, Show::ChassisType}, {"Version", 6}, {"Serial Number", 7}, {"Asset Tag", 8}};
+constexpr ValueRow kChassis[] = {{"Manufacturer", 4},
+                                 {"Type", 5, Show::ChassisType},
+                                 {"Version", 6},
+                                 {"Serial Number", 7},
+                                 {"Asset Tag", 8}};
 constexpr ValueRow kProcessor[] = {{"Socket", 4},
                                    {"Manufacturer", 7},
                                    {"Version", 16},
                                    {"Maximum Speed", 20, Show::Megahertz},
                                    {"Cores", 35, Show::Number},
                                    {"Threads", 37, Show::Number}};
-constexpr ValueRow kMemory[] = {{"Locator", 16},
-                                {"Size", 12, Show::MemorySize},
-                                {"Speed", 21, Show::Megahertz},
-                                {"Manufacturer", 23},
-                                {"Serial Number", 24},
-                                {"Part Number", 26}};
+constexpr ValueRow kMemory[] = {
+    {"Locator", 16},      {"Size", 12, Show::MemorySize}, {"Speed", 21, Show::Megahertz},
+    {"Manufacturer", 23}, {"Serial Number", 24},          {"Part Number", 26}};
 
 struct StructureRow {
   std::uint8_t type;
   const char* title;
   std::span<const ValueRow> values;
 };
-// clang-format on
 constexpr StructureRow kStructures[] = {
     {0, "BIOS Information", kFirmware},   {1, "System Information", kSystem},
     {2, "Baseboard Information", kBoard}, {3, "System Enclosure", kChassis},
@@ -56,8 +54,8 @@ constexpr std::uint8_t kEndOfTable = 127;
 constexpr std::size_t kStructureHeader = 4;
 
 const StructureRow* FindStructure(std::uint8_t type) {
-  auto row = std::find_if(std::begin(kStructures), std::end(kStructures),
-                          [type](const StructureRow& candidate) { return candidate.type == type; });
+  const auto* row = std::find_if(std::begin(kStructures), std::end(kStructures),
+                                 [type](const StructureRow& candidate) { return candidate.type == type; });
   return row == std::end(kStructures) ? nullptr : row;
 }
 

@@ -30,7 +30,7 @@ class Commands : public ::testing::Test {
   }
 
   int Run(const std::string& arguments) {
-    const std::string command = "cd " + folder.Path().string() + " && " VARNOK_COMPANION " " + arguments +
+    const std::string command = "cd " + folder.Path().string() + " && " VARNOK_BOARD_PROGRAM " " + arguments +
                                 " >output 2>error; echo $? >status";
     EXPECT_EQ(std::system(command.c_str()), 0);
     output = ContentOf(folder.Path() / "output");
@@ -58,7 +58,7 @@ TEST_F(Commands, StatusesAndWhatTheySay) {
       {"show a --as x", 2, "", "\"x\" is not fru, sdr or smbios"},
       {"show a/board.bin --hex", 0, "  -- Chassis Info Area\n", ""},
       {"show a/sdr.bin", 0, "Inlet Temp", ""},
-      {"show a/sdr.bin --as fru", 1, "  ! byte 0: Common Header: ", ""},
+      {"show a/sdr.bin --as fru", 1, "  ! byte 7: Common Header: checksum", ""},
       {"diff a a", 0, "", ""},
       {"diff a b", 1, "FRU 0\n  No area\n    Byte 600: FF \u2192 1B\n", ""},
       {"diff 'a#0' b/board.bin", 1, "Byte 600", ""},

@@ -119,7 +119,7 @@ TEST(DecodeFru, DamageIsNamedByItsPlaceAndTheRestIsRead) {
       {47, 0, 47, "Board Info Area: checksum 00h"},
       {52, 0, 52, "Multi-Record 1: header checksum 00h"},
       {53, 9, 51, "Multi-Record 1: data checksum"},
-      {58, 2, 70, "Multi-Record 3: header checksum FFh"},  // no last record: what follows is taken for one
+      {58, 2, 66, "no record is marked as the last"},
   };
   for (const Row& row : kRows) {
     Bytes image = good;
