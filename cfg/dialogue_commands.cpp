@@ -120,7 +120,7 @@ Status CCfgPrompt::Process() {
   }
   Display(question);
   Display(" ");
-  // Input that fails leaves no N behind: it counts as a yes.
+  // Kept: input that fails leaves no N behind and counts as a yes; scripts run without an operator go on.
   char answer = ReadYesOrNo();
   std::string_view tag = ToUpper(answer) == 'N' ? no_.tag : yes_.tag;
   if (tag.data() != nullptr && parser_ != nullptr) parser_->SetTag(tag);

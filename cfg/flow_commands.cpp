@@ -101,7 +101,7 @@ Status CCfgErrorLevel::ReadFromFile(CFileCfg& file) {
   TraceScope scope(kName);
   std::string_view cursor, token;
   if (Status status = ReadLine(kName, file, cursor); status != kSuccess) return status;
-  // Without a level the command stands for ERRORLEVEL 0.
+  // Kept: without a level the command stands for ERRORLEVEL 0; scripts end with it.
   if (IsBufferEmpty(cursor)) return kSuccess;
   if (!GetNextInput(cursor, token) || !StringToInt(token, level_)) {
     CCfgParser::SetLastError("%s is not a valid error level, it must be a valid hexidecimal number.", token);
@@ -196,7 +196,7 @@ CommandFamily FlowCommands() {
       {CommandType{8}, "ERRORLEVEL", "ERRORLEVEL", Create<CCfgErrorLevel>},
       {CommandType{0}, "BOOT", "BOOT", Create<CCfgBoot>},
       {CommandType{4}, "CONFIGURATION", "CONFIGURATION", Create<CCfgConfiguration>},
-      // Without a name of its own: messages show this one, as it is spelled.
+      // Kept: without a name of its own; messages show this one, as it is spelled.
       {CommandType::BmcRefresh, "BMC_REFRESH", "INVLALID_COMMAND_TYPE", Create<CCfgBmcRefresh>},
   };
   return kRows;

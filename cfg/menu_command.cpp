@@ -81,7 +81,7 @@ Status CCfgMenu::ReadFromFile(CFileCfg& file) {
   if (Status status = ReadOneParameter(kReadMenu, file, cfg_status::kTooManyParameters); status != kSuccess)
     return status;
   if (Status status = ReadAnswersFromFile(file); status != kSuccess) return status;
-  // A menu that MENU begins may have any number of items.
+  // Kept: a menu that MENU begins may have any number of items; old scripts stand on it.
   if (items_.size() <= kMostTitledItems) return kSuccess;
   CCfgParser::SetLastError("Invalid number of menus to prompt: %d, the maximum allowed is %d.", items_.size(),
                            kMostTitledItems);
@@ -150,7 +150,7 @@ Status CCfgMenu::Process() {
     number = GetInputString(answer, kAnswerCapacity, true) ? ToNumber(answer) : 0;
   }
   DisplayWide("\n%s\n", answer);
-  // The last item stands for none of the others: it sets no tag.
+  // Kept: the last item stands for none of the others, and sets no tag.
   if (number < items_.size() && parser_ != nullptr) parser_->SetTag(items_[number - 1].tag);
   return kSuccess;
 }

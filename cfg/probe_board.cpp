@@ -45,7 +45,7 @@ bool MatchBiosVersion(std::string_view spec, std::int32_t version, bool& isMatch
   return true;
 }
 
-/// Never found; kept for scripts of boards that had hardware IDs.
+// Kept: never found; scripts of boards that had hardware IDs still run.
 class CCfgProbeHwId : public CCfgProbe {
  public:
   Status ValidateParams() override;

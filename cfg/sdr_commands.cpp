@@ -42,7 +42,7 @@ class CCfgSdrName : public CCfgCommand, public CCfgFileInputCommand {
 class CCfgSdrClear : public CCfgCommand {
  public:
   Status ReadFromFile(CFileCfg& file) override;
-  /// Clears the repository at once, not with the commit.
+  // Kept: clears the repository at once, not with the commit; a later failure finds it empty.
   Status Process() override;
   void DebugPrint() override { TraceScope scope("CCfgSdrClear::DebugPrint"); }
 };

@@ -44,6 +44,7 @@ TEST_F(ProbeQuery, FoundSetsOneTagOrTheOther) {
 
 TEST_F(ProbeQuery, OneRequest) {
   const Bytes sound = {8, 1, 0, 0, 0, 0, 0, 0, 0xFF}, damaged = {8, 1, 0, 0, 0, 0, 0, 0, 0xFE};
+  ScriptedIpmi bmc(machine);
   ASSERT_EQ(FruData::Initialize(), kSuccess);
   struct {
     const char* probe;
@@ -64,7 +65,6 @@ TEST_F(ProbeQuery, OneRequest) {
   };
   for (const auto& [probe, query, yes, no, failure] : cases) {
     SCOPED_TRACE(probe);
-    ScriptedIpmi bmc(machine);
     bmc.Expect(query.netFunction, query.command, query.data).Reply(yes);
     EXPECT_EQ(Ask(probe), "yes");
     bmc.Expect(query.netFunction, query.command, query.data).Reply(no);

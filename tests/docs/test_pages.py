@@ -1,11 +1,11 @@
 """Runs what the pages show: every command line and every complete example, in the order of the page.
 
-A page needs no marks for this. Each page has a folder of its own with the samples, a home without a board, and
-one simulated board for all that it shows.
+A page needs no marks for this. Each page has a folder of its own with the samples, a home without a board,
+and one simulated board for all that it shows.
 
 `$ COMMAND` in a fenced block
-    is run; what follows, up to the next one, is all that it may show. A line that is only an ellipsis stands for
-    any lines, the home folder is written /home/you.
+    is run; what follows, up to the next one, is all that it may show. A line that is only an ellipsis stands
+    for any lines, the home folder is written /home/you.
 a fenced block of kind sh
     is run as a whole and must end with 0.
 an indented command line
@@ -126,7 +126,8 @@ class PageTest(unittest.TestCase):
         for file in (*(ROOT / "samples").iterdir(), *self.images.glob(".local/state/varnok/board/*.bin")):
             shutil.copy(file, self.work)
         for name, target in [("varnok", PROGRAM), ("varnok-board", BOARD_PROGRAM),
-                             ("build/host/varnok-board", BOARD_PROGRAM), ("varnok-qemu", ROOT / "varnok-qemu")]:
+                             ("build/host/varnok-board", BOARD_PROGRAM),
+                             ("varnok-qemu", ROOT / "varnok-qemu")]:
             (self.work / name).parent.mkdir(parents=True, exist_ok=True)
             (self.work / name).symlink_to(target)
         (self.work / "build/uefi").mkdir()
@@ -167,6 +168,9 @@ class PageTest(unittest.TestCase):
     def command(self, line):
         """A line of an indented block, if it is a command line."""
         command = re.split(r"\s{2,}", line, maxsplit=1)[0]
+        if "./varnok-board" in command:  # the simulated board is its machine
+            self.run_shell("./varnok '/?'")
+            command = command.replace("/dev/ipmi0", "~/.local/state/varnok/board")
         elsewhere = [row for part, row in ELSEWHERE.items() if part in command]
         for where, what in elsewhere:
             self.assertIn(what, (ROOT / where).read_text(), f"{command}: is said to be run by {where}")
@@ -187,7 +191,8 @@ class PageTest(unittest.TestCase):
 
     def succeeds(self, command):
         status, shown = self.run_shell(command, self.keys.get(command, ANY_KEYS))
-        self.assertEqual(status, 0, "\n".join([command, *shown]))
+        # The companion tells differences and findings by a 1.
+        self.assertIn(status, [0, 1] if "./varnok-board" in command else [0], "\n".join([command, *shown]))
 
     def script(self, lines):
         """A script that the page shows; one that begins inside a FRU gets that FRU in front."""

@@ -84,8 +84,8 @@ TEST(KernelIpmi, WaitsForAControllerAsLongAsItsCaller) {
   // The kernel answers for the controller that did not, and the same frame goes no further.
   KernelIpmi::Answer answer;
   EXPECT_EQ(kernel.Receive(answer), kSuccess);
-  EXPECT_EQ(kernel.Send(6, 0, 0x33, {}), kSuccess);
   queue = {{IPMI_RESPONSE_RECV_TYPE, 0, {0xC3}}};
+  EXPECT_EQ(kernel.Send(6, 0, 0x33, {}), kSuccess);
   EXPECT_EQ(kernel.Receive(answer), kSuccess);
   EXPECT_THAT(answer.Bytes(), ElementsAre(0, 0, 0x1E, 0xC2, 0xB4, 0x04, 0x01, 0xC3, 0x84));
   const long lastSent = sent.req.msgid;
