@@ -3,6 +3,7 @@
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "app/varnok.h"
+#include "app/version.h"
 #include "firmware/entry.h"
 #include "firmware/lasting.h"
 
@@ -30,7 +31,7 @@ int Main(int argc, char* argv[]) {
   std::uint32_t level = TraceSelectLevel(argc, argv);
   application.SetDebugLevel(level);
   Trace("VARNOK Main:: Got Debug Level %d", 3, level);
-  Print("\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n");
+  Print("\nVARNOK Load Utility Version %s Build %d \n\n", kVersion, kBuild);
   int status = Run(application, argc, argv);
   if (status != app_status::kSuccess && status != app_status::kCommandLine) ShowError(application, status);
   application.DeInitialize();

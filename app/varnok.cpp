@@ -51,7 +51,8 @@ int CVarnok::InitializeBmcState() {
   return app_status::kSuccess;
 }
 
-// A manager that is initialised takes its callbacks: their setters fail on one that is not, and on nothing else.
+// A manager that is initialised takes its callbacks: their setters fail on one that is not, and on nothing
+// else.
 int CVarnok::InitializeManagers() {
   if (CfgMain::Initialize() != kSuccess)
     return FailStep("CVarnok::Initialize - Initialize for CfgFile failed", app_status::kProtocolInterfaces,

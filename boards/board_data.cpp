@@ -75,7 +75,8 @@ bool TakeEeprom(std::string_view& text, std::string_view separator, DeviceAddres
   return false;
 }
 
-std::optional<DeviceAddress> Parse(std::string_view text, std::string_view fruPrefix, std::string_view separator) {
+std::optional<DeviceAddress> Parse(std::string_view text, std::string_view fruPrefix,
+                                   std::string_view separator) {
   DeviceAddress address;
   std::string_view rest = text;
   bool isGood = Take(rest, fruPrefix) && TakeNumber(rest, 10, 3, kLastFruId, address.id);

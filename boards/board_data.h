@@ -1,6 +1,6 @@
-// A board as data: who it is, what its FRU devices, its SDR repository and its SMBIOS tables hold, byte for byte. A
-// board folder, a dump and a machine are all read into this; everything that the companion shows, compares, writes
-// or restores starts here. Builds for UEFI too.
+// A board as data: who it is, what its FRU devices, its SDR repository and its SMBIOS tables hold, byte for
+// byte. A board folder, a dump and a machine are all read into this; everything that the companion shows,
+// compares, writes or restores starts here. Builds for UEFI too.
 #pragma once
 
 #include <array>
@@ -12,12 +12,13 @@
 #include <string_view>
 #include <vector>
 
+#include "firmware/ipmi.h"
+
 namespace varnok::boards {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// IPMB slave address of the BMC.
-inline constexpr std::uint8_t kBmc = 0x20;
+inline constexpr std::uint8_t kBmc = kBmcAddress;
 
 enum class DeviceKind : std::uint8_t {
   Fru,      ///< a FRU inventory device of a controller, by its device ID
@@ -40,8 +41,8 @@ struct DeviceAddress {
 /// The channel on which the transport seeks a controller: 6 for 2Ch, else the primary IPMB, 0.
 std::uint8_t UsualChannel(std::uint8_t controller);
 
-/// "0" and "2@C0" for FRU devices 0 of the BMC and 2 of controller C0h; "AT24C02:03:A0" for an EEPROM of the BMC at
-/// bus 03h, slave address A0h; "2@C0.3" where the channel is not the usual one.
+/// "0" and "2@C0" for FRU devices 0 of the BMC and 2 of controller C0h; "AT24C02:03:A0" for an EEPROM of the
+/// BMC at bus 03h, slave address A0h; "2@C0.3" where the channel is not the usual one.
 std::string NameOf(const DeviceAddress& address);
 /// Reads what NameOf gives; nothing when `name` has another form. Letters count without regard to case.
 std::optional<DeviceAddress> ParseDeviceName(std::string_view name);
@@ -55,8 +56,8 @@ struct Identity {
   std::uint8_t deviceId = 0x20;
   std::uint8_t deviceRevision = 0;  ///< 0 to 15
   bool providesSdrs = false;
-  std::uint8_t firmwareMajor = 0;  ///< 0 to 127
-  std::uint8_t firmwareMinor = 0;  ///< BCD
+  std::uint8_t firmwareMajor = 0;   ///< 0 to 127
+  std::uint8_t firmwareMinor = 0;   ///< BCD
   std::uint8_t ipmiVersion = 0x02;  ///< BCD, digits swapped: 02h is 2.0, 51h is 1.5
   std::uint8_t additionalSupport = 0;
   std::uint32_t manufacturerId = 0;  ///< 20 bits used, IANA enterprise number
@@ -103,16 +104,16 @@ struct Board {
   std::vector<Device> devices;          ///< FRU devices and EEPROMs, of the BMC and of the controllers
   bool hasRepository = true;            ///< false: the BMC has no SDR repository
   std::size_t repositoryCapacity = 0;   ///< bytes; 0: not known
-  std::vector<Bytes> records;           ///< the repository's records in its order, each with its 5-byte header
-  std::vector<SensorReading> sensors;   ///< of the BMC
-  Bytes smbios;                         ///< as `dmidecode --dump-bin` writes it; empty: no tables
+  std::vector<Bytes> records;          ///< the repository's records in its order, each with its 5-byte header
+  std::vector<SensorReading> sensors;  ///< of the BMC
+  Bytes smbios;                        ///< as `dmidecode --dump-bin` writes it; empty: no tables
 
   const Device* Find(const DeviceAddress& address) const;
   Controller* FindController(std::uint8_t address, std::uint8_t channel);
 };
 
-/// Cuts records that stand back to back, as `ipmitool sdr dump` writes them. Returns the bytes behind the last whole
-/// record; none for a whole dump.
+/// Cuts records that stand back to back, as `ipmitool sdr dump` writes them. Returns the bytes behind the
+/// last whole record; none for a whole dump.
 std::span<const std::uint8_t> SplitRecords(std::span<const std::uint8_t> dump, std::vector<Bytes>& records);
 /// The records back to back.
 Bytes JoinRecords(std::span<const Bytes> records);

@@ -22,6 +22,11 @@ std::string Shortened(ByteView bytes) {
   return HexBytes(bytes.first(kShownBytes)) + "... (" + Plural(bytes.size(), "byte") + ")";
 }
 
+std::string RangeName(std::size_t offset, std::size_t length) {
+  if (length == 1) return "Byte " + std::to_string(offset);
+  return "Bytes " + std::to_string(offset) + " to " + std::to_string(offset + length - 1);
+}
+
 bool IsSame(ByteView a, ByteView b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
@@ -93,14 +98,16 @@ class PartComparer {
       if (!differs(i)) continue;
       std::size_t end = i + 1;
       while (end < isOpen.size() && differs(end)) ++end;
-      Add(Change::Changed, "No area", "Bytes " + std::to_string(i) + " to " + std::to_string(end - 1),
-          Shortened(Part(a_.bytes, i, end - i)), Shortened(Part(b_.bytes, i, end - i)));
+      Add(Change::Changed, "No area", RangeName(i, end - i), Shortened(Part(a_.bytes, i, end - i)),
+          Shortened(Part(b_.bytes, i, end - i)));
       i = end;
     }
   }
 
  private:
-  static bool IsDeviceText(const Field& field) { return field.encoding != "" && field.encoding != "binary"; }
+  static bool IsDeviceText(const Field& field) {
+    return !field.encoding.empty() && field.encoding != "binary";
+  }
 
   static std::vector<bool> OpenBytes(const Decoded& decoded) {
     std::vector<bool> isOpen(decoded.bytes.size());
@@ -245,7 +252,7 @@ class RecordComparer {
     for (const Bytes* partner : partners_)
       if (partner != nullptr) order.push_back(partner);
     if (!std::is_sorted(order.begin(), order.end()))
-      comparison_.remarks.push_back("The records stand in another order.");
+      comparison_.remarks.emplace_back("The records stand in another order.");
   }
 
  private:

@@ -44,7 +44,8 @@ Status TextFile::Read(std::span<std::uint8_t> buffer, std::size_t& count) {
 std::string MessageLine(std::u16string_view text) {
   std::string line;
   for (char16_t character : text)
-    if (character != u'\n' && character != u'\r') line += character < 0x80 ? static_cast<char>(character) : '?';
+    if (character != u'\n' && character != u'\r')
+      line += character < 0x80 ? static_cast<char>(character) : '?';
   return line;
 }
 

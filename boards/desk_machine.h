@@ -1,5 +1,5 @@
-// The machine that the program's own file readers find on a desk: files and memory, no board, and an error output that
-// is kept for whoever asks.
+// The machine that the program's own file readers find on a desk: files and memory, no board, and an error
+// output that is kept for whoever asks.
 #pragma once
 
 #include <string>
@@ -29,6 +29,9 @@ class DeskMachine : public Firmware {
   void Stall(std::uint64_t, StallKind) override {}
   WallClock Now() override { return {}; }
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
+  Status AppendToFile(std::u16string_view, std::span<const std::uint8_t>) override {
+    return uefi_status::kWriteProtected;
+  }
   bool GetEnvironmentVariable(std::string_view, std::u16string&) override { return false; }
   Status LocateHandles(const Guid&, std::size_t&, Handle*) override { return uefi_status::kNotFound; }
   Status OpenProtocol(Handle, const Guid&, void*&) override { return uefi_status::kNotFound; }

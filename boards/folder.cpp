@@ -15,10 +15,10 @@ namespace {
 
 constexpr const char* kConfigName = "board.json";
 
-Bytes ImageOf(sim::ImageStore& images, const std::string& key, const std::string& file,
-              std::optional<std::size_t> size) {
+Bytes ImageOf(sim::ImageStore& images, const std::string& key, const std::string& file, sim::ImageUse use,
+              std::optional<std::size_t> size = std::nullopt) {
   try {
-    const auto content = images.Open(file, size).Content();
+    const auto content = images.Open(file, use, size).Content();
     return {content.begin(), content.end()};
   } catch (const std::runtime_error& error) {
     throw sim::BoardError(key + ": " + error.what());
@@ -44,18 +44,18 @@ Identity IdentityOf(const sim::IdentityConfig& config) {
 Controller AddController(const sim::ControllerConfig& config, sim::ImageStore& images, Board& board) {
   const DeviceAddress place{.controller = config.address, .channel = config.channel};
   for (const sim::FruConfig& fru : config.frus) {
-    Device device{.address = place, .isWordAccess = fru.wordAccess, .isReadOnly = fru.readOnly, .file = fru.file};
+    Device device{
+        .address = place, .isWordAccess = fru.wordAccess, .isReadOnly = fru.readOnly, .file = fru.file};
     device.address.id = fru.id;
-    device.bytes = ImageOf(images, fru.path, fru.file, fru.size);
+    device.bytes = ImageOf(images, fru.path, fru.file, sim::ImageUse::Device, fru.size);
     board.devices.push_back(std::move(device));
   }
   for (const sim::EepromConfig& eeprom : config.eeproms) {
     Device device{.address = place, .isReadOnly = eeprom.readOnly, .file = eeprom.file};
-    device.address.kind =
-        eeprom.kind == sim::EepromKind::At24c02 ? DeviceKind::At24c02 : DeviceKind::Ds1624s;
+    device.address.kind = eeprom.kind == sim::EepromKind::At24c02 ? DeviceKind::At24c02 : DeviceKind::Ds1624s;
     device.address.bus = eeprom.bus;
     device.address.slave = eeprom.address;
-    device.bytes = ImageOf(images, eeprom.path, eeprom.file, eeprom.size);
+    device.bytes = ImageOf(images, eeprom.path, eeprom.file, sim::ImageUse::Device, eeprom.size);
     board.devices.push_back(std::move(device));
   }
   return {config.address, config.channel, config.name, IdentityOf(config.identity)};
@@ -67,9 +67,10 @@ void ReadRecords(const sim::SdrConfig& config, sim::ImageStore& images, Board& b
   board.repositoryCapacity = config.capacity;
   // A board whose file is nowhere named begins with an empty repository.
   if (!config.isFileNamed && !std::filesystem::exists(images.Folder() / config.file)) return;
-  const Bytes dump = ImageOf(images, "bmc.sdrs.file", config.file, std::nullopt);
+  const Bytes dump = ImageOf(images, "bmc.sdrs.file", config.file, sim::ImageUse::Sdrs);
   const std::size_t rest = SplitRecords(dump, board.records).size();
-  if (rest != 0)
+  // A program that was killed, or that is at work, may have written a part of its last record only.
+  if (rest != 0 && !images.Find(config.file)->WasCutShort())
     throw sim::BoardError("bmc.sdrs.file: " + config.file + ": the record at byte " +
                           std::to_string(dump.size() - rest) + " goes past the end of the file");
 }
@@ -86,13 +87,6 @@ class HostFolder : public FolderSink {
   const std::filesystem::path& folder_;
 };
 
-/// Makes the folder; throws when it holds a board already.
-void MakeFreeFolder(const std::filesystem::path& folder) {
-  if (std::filesystem::exists(folder / kConfigName))
-    throw sim::BoardError(folder.string() + ": holds a board already; name a new folder");
-  std::filesystem::create_directories(folder);
-}
-
 /// Runs `work`; false, with the text of what it throws, when it fails.
 template <class Work>
 bool Attempt(Work work, std::string& error) {
@@ -107,7 +101,7 @@ bool Attempt(Work work, std::string& error) {
 
 Board ReadBoard(const std::filesystem::path& folder, const std::filesystem::path& file) {
   const sim::BoardConfig config = sim::ReadBoardConfig(file);
-  sim::ImageStore images(folder);
+  sim::ImageStore images(folder, sim::Access::Look);
   Board board;
   board.bmc = AddController(config.bmc, images, board);
   board.bmc.identity->isInTransferMode = config.transferMode.active;
@@ -116,7 +110,7 @@ Board ReadBoard(const std::filesystem::path& folder, const std::filesystem::path
   ReadRecords(config.sdrs, images, board);
   for (const sim::SensorConfig& sensor : config.bmc.answers.sensors)
     board.sensors.push_back({sensor.number, sensor.completionCode, sensor.reading});
-  if (config.smbiosFile) board.smbios = ImageOf(images, "smbios", *config.smbiosFile, std::nullopt);
+  if (config.smbiosFile) board.smbios = ImageOf(images, "smbios", *config.smbiosFile, sim::ImageUse::Smbios);
   return board;
 }
 
@@ -130,19 +124,27 @@ bool LoadFolder(const std::filesystem::path& folder, Board& board, std::string& 
   return false;
 }
 
-bool SaveFolder(const std::filesystem::path& folder, const Board& board, std::string& error) {
+bool MakeFreeFolder(const std::filesystem::path& folder, std::string& error) {
   return Attempt(
       [&] {
-        MakeFreeFolder(folder);
-        HostFolder sink(folder);
-        std::string failed;
-        (void)SaveBoard(board, sink, failed);  // the sink throws
+        if (std::filesystem::exists(folder / kConfigName))
+          throw sim::BoardError(folder.string() + ": holds a board already; name a new folder");
+        std::filesystem::create_directories(folder);
       },
       error);
 }
 
+bool SaveFolder(const std::filesystem::path& folder, const Board& board, std::string& error) {
+  auto save = [&] {
+    HostFolder sink(folder);
+    std::string failed;
+    (void)SaveBoard(board, sink, failed);  // the sink throws
+  };
+  return MakeFreeFolder(folder, error) && Attempt(save, error);
+}
+
 bool SaveDefaultBoard(const std::filesystem::path& folder, std::string& error) {
-  return Attempt([&] { MakeFreeFolder(folder); }, error) && sim::Board::CreateDefault(folder, error);
+  return MakeFreeFolder(folder, error) && sim::Board::CreateDefault(folder, error);
 }
 
 Board EmptyBoard() {

@@ -264,9 +264,8 @@ class FruDecoder {
       const std::string id = "multi-record " + std::to_string(number);
       const std::string title = "Multi-Record " + std::to_string(number);
       constexpr std::size_t kHeader = 5;
-      if (position + kHeader > Size())
-        return Complain(position,
-                        title + ": the image ends before its header, and no record is marked as the last");
+      if (position + kHeader > Size() || IsFill(View(position, kHeader)))
+        return Complain(position, title + ": there is none, and no record is marked as the last");
       const std::size_t length = At(position + 2);
       Section& section = Open(id, title + ": " + RecordTypeName(At(position)), position, kHeader);
       isLast = (At(position + 1) & 0x80) != 0;
@@ -303,7 +302,7 @@ class FruDecoder {
   void AddRecordData(Section& section, const std::string& title) {
     const std::size_t offset = section.offset;
     ByteView data = View(offset + 5, section.length - 5);
-    const std::uint8_t sum = static_cast<std::uint8_t>(At(offset + 3) + SumOf(data));
+    const auto sum = static_cast<std::uint8_t>(At(offset + 3) + SumOf(data));
     AddConsequence(section, "Data Checksum", Hex(At(offset + 3)), offset + 3);
     AddConsequence(section, "Header Checksum", Hex(At(offset + 4)), offset + 4);
     if (sum != 0) {

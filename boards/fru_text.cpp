@@ -13,6 +13,8 @@ namespace varnok::boards {
 namespace {
 
 constexpr std::size_t kLargestArea = 512;  ///< that a block and the program can hold
+constexpr std::size_t kRecordHeader = 5;
+constexpr std::uint8_t kLastRecord = 0x80;
 constexpr std::size_t kIndent = 4;
 constexpr std::size_t kCommentColumn = 40;
 constexpr const char* kBlockTags[] = {"_SEE_INTERNAL", "_SEE_CHASSIS", "_SEE_BOARD", "_SEE_PRODUCT",
@@ -93,28 +95,41 @@ class FruTextMaker {
   bool AddInternalUse(Block& block) {
     const Section* section = image_.Find("internal");
     if (section == nullptr) return false;
-    block.length = section->length;
-    block.pieces.push_back({Copy(section->offset, 1), "format version"});
-    block.pieces.push_back({Copy(section->offset + 1, section->length - 1), "the board's own data"});
     // Whole units, so that what follows begins on one.
-    const std::size_t beyond = section->length % kFruUnit;
-    if (beyond != 0) block.length -= beyond, block.pieces.back().bytes.resize(block.length - 1);
-    return block.length != 0;
+    block.length = section->length / kFruUnit * kFruUnit;
+    if (block.length == 0) return false;
+    block.pieces.push_back({Copy(section->offset, 1), "format version"});
+    block.pieces.push_back({Copy(section->offset + 1, block.length - 1), "the board's own data"});
+    return true;
   }
 
+  /// As many records as a block holds; the last of them then says that it is the last.
   bool AddMultiRecords(Block& block) {
+    std::size_t last = 0;  // the piece that is the header of the last record
     for (const Section& section : image_.sections) {
       if (!section.id.starts_with("multi-record ")) continue;
+      if (block.length + section.length > kLargestArea) {
+        Lose(section.title + " and what follows it at byte " + std::to_string(section.offset) +
+             ": left out, a block holds 512 bytes");
+        break;
+      }
+      last = block.pieces.size();
       block.length += section.length;
-      block.pieces.push_back({Copy(section.offset, 5), section.title});
+      block.pieces.push_back({Copy(section.offset, kRecordHeader), section.title});
       for (const Field& field : section.fields)
-        if (field.offset >= section.offset + 5)
+        if (field.offset >= section.offset + kRecordHeader)
           block.pieces.push_back({Copy(field.offset, field.length), Commented(field)});
       if (section.isChecksumGood == false)
         Remark(section.title +
                ": its checksum is wrong and stays so; a device with it fails its verification");
     }
-    return !block.pieces.empty();
+    if (block.pieces.empty()) return false;
+    Bytes& header = block.pieces[last].bytes;
+    if ((header[1] & kLastRecord) == 0) {
+      header[1] |= kLastRecord;
+      header[4] = static_cast<std::uint8_t>(header[4] - kLastRecord);
+    }
+    return true;
   }
 
   /// The area up to its end of fields. One that the program would refuse is mended: fields that are missing

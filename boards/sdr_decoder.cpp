@@ -28,7 +28,7 @@ void SdrDecoder::PutQuiet(std::string label, std::size_t byte, std::size_t lengt
   Put(std::move(label), byte, length, std::move(value)).role = Role::Layout;
 }
 
-void SdrDecoder::PutCode(std::string label, std::size_t byte, std::string text) {
+void SdrDecoder::PutCode(std::string label, std::size_t byte, const std::string& text) {
   Put(std::move(label), byte, 1, Hex(At(byte)) + ", " + text);
 }
 

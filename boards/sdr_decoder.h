@@ -25,7 +25,7 @@ class SdrDecoder {
   Field& Put(std::string label, std::size_t byte, std::size_t length, std::string value);
   /// A field that is seldom worth a line.
   void PutQuiet(std::string label, std::size_t byte, std::size_t length, std::string value);
-  void PutCode(std::string label, std::size_t byte, std::string text);
+  void PutCode(std::string label, std::size_t byte, const std::string& text);
   void PutEntity(const char* label, std::size_t byte);
   void Complain(std::size_t offset, std::string text);
 

@@ -1,4 +1,5 @@
-// Associations, locators, and the records of controllers, channels and makers (IPMI v2.0, sections 43.4 to 43.12).
+// Associations, locators, and the records of controllers, channels and makers (IPMI v2.0, sections 43.4
+// to 43.12).
 #include <algorithm>
 #include <iterator>
 
@@ -77,7 +78,7 @@ void DecodeFruLocator(SdrDecoder& decoder) {
 }
 
 void DecodeControllerLocator(SdrDecoder& decoder) {
-  constexpr const char* kCapabilities[] = {"sensors",       "SDR repository",  "SEL",    "FRU inventory",
+  constexpr const char* kCapabilities[] = {"sensors",        "SDR repository",  "SEL",    "FRU inventory",
                                            "event receiver", "event generator", "bridge", "chassis"};
   decoder.Put("Device Slave Address", 6, 1, AddressText(decoder.At(6)));
   decoder.Put("Channel", 7, 1, std::to_string(decoder.At(7) & 0xF));
@@ -93,12 +94,15 @@ void DecodeControllerLocator(SdrDecoder& decoder) {
 void DecodeConfirmation(SdrDecoder& decoder) {
   decoder.Put("Device Slave Address", 6, 1, AddressText(decoder.At(6)));
   decoder.Put("Device ID", 7, 1, Hex(decoder.At(7)));
-  decoder.Put("Channel and Device Revision", 8, 1,
-              "channel " + std::to_string(decoder.At(8) >> 4) + ", revision " + std::to_string(decoder.At(8) & 0xF));
-  decoder.Put("Firmware Revision", 9, 2, std::to_string(decoder.At(9) & 0x7F) + "." + HexBytes(Part(decoder.Record(), 9, 1)));
+  decoder.Put(
+      "Channel and Device Revision", 8, 1,
+      "channel " + std::to_string(decoder.At(8) >> 4) + ", revision " + std::to_string(decoder.At(8) & 0xF));
+  decoder.Put("Firmware Revision", 9, 2,
+              std::to_string(decoder.At(9) & 0x7F) + "." + HexBytes(Part(decoder.Record(), 9, 1)));
   decoder.Put("IPMI Version", 11, 1,
               std::to_string(decoder.At(11) & 0xF) + "." + std::to_string(decoder.At(11) >> 4));
-  decoder.Put("Manufacturer ID", 12, 3, Hex(decoder.Word(12) | static_cast<std::uint32_t>(decoder.At(14)) << 16, 6));
+  decoder.Put("Manufacturer ID", 12, 3,
+              Hex(decoder.Word(12) | static_cast<std::uint32_t>(decoder.At(14)) << 16, 6));
   decoder.Put("Product ID", 15, 2, Hex(decoder.Word(15), 4));
   decoder.Put("Device GUID", 17, 16, HexBytes(Part(decoder.Record(), 16, 16)));
 }
@@ -115,10 +119,12 @@ void DecodeChannelInfo(SdrDecoder& decoder) {
 }
 
 void DecodeOemRecord(SdrDecoder& decoder) {
-  decoder.Put("Manufacturer ID", 6, 3, Hex(decoder.Word(6) | static_cast<std::uint32_t>(decoder.At(8)) << 16, 6));
+  decoder.Put("Manufacturer ID", 6, 3,
+              Hex(decoder.Word(6) | static_cast<std::uint32_t>(decoder.At(8)) << 16, 6));
   ByteView data = Part(decoder.Record(), 8, decoder.Size());
   if (data.empty()) return;
-  const bool isText = std::all_of(data.begin(), data.end(), [](std::uint8_t b) { return b >= 0x20 && b < 0x7F; });
+  const bool isText =
+      std::all_of(data.begin(), data.end(), [](std::uint8_t b) { return b >= 0x20 && b < 0x7F; });
   decoder.Put("OEM Data", 9, data.size(), isText ? TextFromLatin1(data) : HexBytes(data));
 }
 

@@ -14,22 +14,22 @@ namespace {
 /// What a record type is made of.
 struct SdrTypeRow {
   std::uint8_t type;
+  bool hasIdString;
   std::size_t keyLength;
   std::size_t fixedLength;  ///< of the whole record, up to and with the ID string's type/length byte
-  bool hasIdString;
   void (*decode)(SdrDecoder&);
 };
 constexpr SdrTypeRow kTypes[] = {
-    {0x01, 3, 48, true, DecodeFullSensor},      {0x02, 3, 32, true, DecodeCompactSensor},
-    {0x03, 3, 17, true, DecodeEventOnlySensor}, {0x08, 5, 16, false, DecodeAssociation},
-    {0x09, 9, 32, false, DecodeDeviceRelative}, {0x10, 3, 16, true, DecodeGenericLocator},
-    {0x11, 4, 16, true, DecodeFruLocator},      {0x12, 2, 16, true, DecodeControllerLocator},
-    {0x13, 3, 32, false, DecodeConfirmation},   {0x14, 0, 16, false, DecodeChannelInfo},
-    {0xC0, 3, 8, false, DecodeOemRecord}};
+    {0x01, true, 3, 48, DecodeFullSensor},      {0x02, true, 3, 32, DecodeCompactSensor},
+    {0x03, true, 3, 17, DecodeEventOnlySensor}, {0x08, false, 5, 16, DecodeAssociation},
+    {0x09, false, 9, 32, DecodeDeviceRelative}, {0x10, true, 3, 16, DecodeGenericLocator},
+    {0x11, true, 4, 16, DecodeFruLocator},      {0x12, true, 2, 16, DecodeControllerLocator},
+    {0x13, false, 3, 32, DecodeConfirmation},   {0x14, false, 0, 16, DecodeChannelInfo},
+    {0xC0, false, 3, 8, DecodeOemRecord}};
 
 const SdrTypeRow* FindType(std::uint8_t type) {
-  auto row = std::find_if(std::begin(kTypes), std::end(kTypes),
-                          [type](const SdrTypeRow& candidate) { return candidate.type == type; });
+  const auto* row = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                 [type](const SdrTypeRow& candidate) { return candidate.type == type; });
   return row == std::end(kTypes) ? nullptr : row;
 }
 
@@ -41,7 +41,9 @@ std::string IdStringOf(ByteView record, const SdrTypeRow& row) {
 
 /// What a record without an ID string is about.
 std::string SubjectOf(ByteView record, std::uint8_t type) {
-  auto byte = [&](std::size_t number) { return number <= record.size() ? record[number - 1] : std::uint8_t{0}; };
+  auto byte = [&](std::size_t number) {
+    return number <= record.size() ? record[number - 1] : std::uint8_t{0};
+  };
   switch (type) {
     case 0x08:
     case 0x09:
@@ -63,7 +65,8 @@ void DecodeHeader(SdrDecoder& decoder) {
   decoder.Put("Record ID", 1, 2, Hex(decoder.Word(1), 4));
   const std::uint8_t version = decoder.At(3);
   decoder.Put("SDR Version", 3, 1, std::to_string(version & 0xF) + "." + std::to_string(version >> 4));
-  decoder.Put("Record Type", 4, 1, Hex(decoder.At(4)) + ", " + SdrCodeText(SdrCode::RecordType, decoder.At(4)));
+  decoder.Put("Record Type", 4, 1,
+              Hex(decoder.At(4)) + ", " + SdrCodeText(SdrCode::RecordType, decoder.At(4)));
   decoder.Put("Record Length", 5, 1, Plural(decoder.At(5), "byte")).role = Role::Consequence;
 }
 

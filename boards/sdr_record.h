@@ -1,5 +1,6 @@
-// A sensor data record by the standard (IPMI v2.0, chapter 43): its fields with names for their codes, readings in real
-// units, and what its sensor does not have left out. Unlike the program's own display it keeps no quirk.
+// A sensor data record by the standard (IPMI v2.0, chapter 43): its fields with names for their codes,
+// readings in real units, and what its sensor does not have left out. Unlike the program's own display it
+// keeps no quirk.
 #pragma once
 
 #include <string>

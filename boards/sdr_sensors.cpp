@@ -26,19 +26,22 @@ std::string States(std::uint32_t mask) {
   return list.empty() ? "none" : list;
 }
 
-// As people know them from the tools that list sensors: lower or upper, non-critical, critical or non-recoverable,
-// going low or going high.
+// As people know them from the tools that list sensors: lower or upper, non-critical, critical or
+// non-recoverable, going low or going high.
 constexpr const char* kThresholdEventNames[] = {"lnc-", "lnc+", "lcr-", "lcr+", "lnr-", "lnr+",
                                                 "unc-", "unc+", "ucr-", "ucr+", "unr-", "unr+"};
 constexpr const char* kThresholdNames[] = {"lnc", "lcr", "lnr", "unc", "ucr", "unr"};
-constexpr const char* kInitializationNames[] = {"scanning on",   "events on",   "set type",        "set hysteresis",
-                                                "set thresholds", "set events", "set scanning on", "settable"};
+constexpr const char* kInitializationNames[] = {"scanning on",     "events on",      "set type",
+                                                "set hysteresis",  "set thresholds", "set events",
+                                                "set scanning on", "settable"};
 constexpr const char* kAccess[] = {"none", "readable", "readable and settable", "fixed"};
 constexpr const char* kEventControl[] = {"per state", "for the whole sensor", "global only", "none"};
 
 void PutOwner(SdrDecoder& decoder) {
   const std::uint8_t owner = decoder.At(6);
-  const std::string who = (owner & 1) != 0 ? ", system software" : owner == 0x20 ? ", the BMC" : ", IPMB address";
+  const std::string who = (owner & 1) != 0 ? ", system software"
+                          : owner == 0x20  ? ", the BMC"
+                                           : ", IPMB address";
   decoder.Put("Sensor Owner ID", 6, 1, Hex(owner) + who);
   decoder.Put("Sensor Owner LUN", 7, 1,
               std::to_string(decoder.At(7) & 3) + ", channel " + std::to_string(decoder.At(7) >> 4));
@@ -53,7 +56,9 @@ void PutTypes(SdrDecoder& decoder, std::size_t byte) {
 
 /// Masks of 16 bits, whose meaning the event/reading type and the threshold access decide.
 void PutMasks(SdrDecoder& decoder, bool hasThresholds) {
-  auto text = [](std::uint32_t mask, std::string list) { return std::move(list) + " (" + Hex(mask, 4) + ")"; };
+  auto text = [](std::uint32_t mask, std::string list) {
+    return std::move(list) + " (" + Hex(mask, 4) + ")";
+  };
   const std::uint32_t first = decoder.Word(15);
   const std::uint32_t second = decoder.Word(17);
   const std::uint32_t third = decoder.Word(19);
@@ -114,12 +119,10 @@ constexpr ValueRow kReadings[] = {{"Nominal Reading", 32, 0},
                                   {"Sensor Maximum", 35, kAlways},
                                   {"Sensor Minimum", 36, kAlways}};
 /// By bits of the readable thresholds.
-constexpr ValueRow kThresholds[] = {{"Upper Non-Recoverable Threshold", 37, 5},
-                                    {"Upper Critical Threshold", 38, 4},
-                                    {"Upper Non-Critical Threshold", 39, 3},
-                                    {"Lower Non-Recoverable Threshold", 40, 2},
-                                    {"Lower Critical Threshold", 41, 1},
-                                    {"Lower Non-Critical Threshold", 42, 0}};
+constexpr ValueRow kThresholds[] = {
+    {"Upper Non-Recoverable Threshold", 37, 5}, {"Upper Critical Threshold", 38, 4},
+    {"Upper Non-Critical Threshold", 39, 3},    {"Lower Non-Recoverable Threshold", 40, 2},
+    {"Lower Critical Threshold", 41, 1},        {"Lower Non-Critical Threshold", 42, 0}};
 
 void PutValue(SdrDecoder& decoder, const char* label, std::size_t byte, std::optional<double> number) {
   const std::uint8_t raw = decoder.At(byte);

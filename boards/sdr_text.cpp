@@ -25,11 +25,14 @@ struct Group {
 /// The fields as lines: those that share a byte share a line.
 std::vector<Group> GroupsOf(const Decoded& record) {
   std::vector<Field> fields = record.sections.front().fields;
-  std::stable_sort(fields.begin(), fields.end(), [](const Field& a, const Field& b) { return a.offset < b.offset; });
+  std::stable_sort(fields.begin(), fields.end(),
+                   [](const Field& a, const Field& b) { return a.offset < b.offset; });
   std::vector<Group> groups;
   for (const Field& field : fields) {
     const bool isReserved = field.label.starts_with("Bytes ");
-    const std::string comment = isReserved ? "Reserved" : field.value.empty() ? field.label : field.label + ": " + field.value;
+    const std::string comment = isReserved            ? "Reserved"
+                                : field.value.empty() ? field.label
+                                                      : field.label + ": " + field.value;
     const std::size_t end = field.offset + field.length;
     if (!groups.empty() && field.offset < groups.back().end) {
       groups.back().end = std::max(groups.back().end, end);
@@ -61,7 +64,8 @@ class SdrTextMaker {
  private:
   static std::string Named(ByteView record) {
     const SdrHead head = HeadOf(record);
-    return "record " + Hex(head.id, 4) + " (" + head.typeName + (head.name.empty() ? "" : " \"" + head.name + "\"") + ")";
+    return "record " + Hex(head.id, 4) + " (" + head.typeName +
+           (head.name.empty() ? "" : " \"" + head.name + "\"") + ")";
   }
   void Lose(std::string text) { result_.losses.push_back(std::move(text)); }
 
@@ -80,11 +84,13 @@ class SdrTextMaker {
     const bool isOrdered = std::is_sorted(chosen_.begin(), chosen_.end(), [](const Bytes* a, const Bytes* b) {
       return WritingOrder((*a)[3]) < WritingOrder((*b)[3]);
     });
-    if (!isOrdered) result_.remarks.push_back("The records are written in the order of their types, not in the one that they have here.");
+    if (!isOrdered)
+      result_.remarks.emplace_back(
+          "The records are written in the order of their types, not in the one that they have here.");
   }
 
-  /// Two records of one key: a controller may take the second for a new version of the first. Makers' records share
-  /// theirs, the manufacturer, by right.
+  /// Two records of one key: a controller may take the second for a new version of the first. Makers' records
+  /// share theirs, the manufacturer, by right.
   void FindDoubles() {
     std::map<std::string, const Bytes*> seen;
     for (const Bytes* record : chosen_) {
@@ -92,12 +98,14 @@ class SdrTextMaker {
       if (head.type == kOemRecord) continue;
       const auto [found, isNew] = seen.emplace(head.key, record);
       if (!isNew)
-        Lose(Named(*record) + " has the key of " + Named(*found->second) + ": a BMC may keep one of the two only");
+        Lose(Named(*record) + " has the key of " + Named(*found->second) +
+             ": a BMC may keep one of the two only");
     }
   }
 
   void PutHead(FileWriter& file) const {
-    file.Line("// Sensor data records of " + QuotedValue(name_) + ", made from its repository: " + Plural(chosen_.size(), "record") + ".");
+    file.Line("// Sensor data records of " + QuotedValue(name_) +
+              ", made from its repository: " + Plural(chosen_.size(), "record") + ".");
     PutHeadRemarks(file, result_.losses, result_.remarks);
     file.Line();
     file.Line("_LF_NAME        '" + QuotedValue(name_) + "'");
@@ -140,7 +148,8 @@ class SdrTextMaker {
   /// An ID string and text of a maker's record stand in quotes, which take a line of their own.
   static void PutGroup(FileWriter& file, const Group& group, ByteView bytes) {
     constexpr std::string_view kIdString = "ID String: ";
-    const bool isName = group.comment.starts_with(kIdString) && bytes[0] >> 6 == 3 && IsQuotable(bytes.subspan(1));
+    const bool isName =
+        group.comment.starts_with(kIdString) && bytes[0] >> 6 == 3 && IsQuotable(bytes.subspan(1));
     if (isName) {
       file.Data(bytes.first(1), "ID String Type / Length: " + Plural(bytes.size() - 1, "character"));
       file.TextOrData(bytes.subspan(1));
@@ -177,7 +186,8 @@ class SdrTextMaker {
 
 }  // namespace
 
-LoadText SdrLoadText(const std::vector<Bytes>& records, std::span<const std::uint8_t> rest, const std::string& name) {
+LoadText SdrLoadText(const std::vector<Bytes>& records, std::span<const std::uint8_t> rest,
+                     const std::string& name) {
   return SdrTextMaker(records, rest, name).Make();
 }
 

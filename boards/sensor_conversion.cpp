@@ -39,7 +39,8 @@ constexpr LinearizationRow kLinearizations[] = {
 };
 constexpr std::uint8_t kNonLinear = 0x70;
 
-constexpr const char* kRates[] = {"", " per us", " per ms", " per s", " per minute", " per hour", " per day", ""};
+constexpr const char* kRates[] = {"",          " per us",  " per ms", " per s", " per minute",
+                                  " per hour", " per day", ""};
 
 }  // namespace
 
@@ -54,7 +55,7 @@ SensorConversion::SensorConversion(ByteView record)
 std::optional<double> SensorConversion::Convert(std::uint8_t raw) const {
   if (!IsAnalog() || linearization_ >= std::size(kLinearizations)) return std::nullopt;
   int x = raw;
-  if (format_ == Format::TwosComplement) x = static_cast<std::int8_t>(raw);
+  if (format_ == Format::TwosComplement) x = SignExtend(raw, 8);
   if (format_ == Format::OnesComplement && x >= 0x80) x -= 0xFF;
   const double y = (m_ * x + b_ * std::pow(10, bExponent_)) * std::pow(10, rExponent_);
   return kLinearizations[linearization_].apply(y);

@@ -1,5 +1,5 @@
-// Raw sensor values in real units (IPMI v2.0, sections 36.3 to 36.5): signed formats, M, B and their exponents, the
-// linearisation, and the unit's name.
+// Raw sensor values in real units (IPMI v2.0, sections 36.3 to 36.5): signed formats, M, B and their
+// exponents, the linearisation, and the unit's name.
 #pragma once
 
 #include <optional>

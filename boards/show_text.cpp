@@ -6,6 +6,7 @@
 #include "boards/fru_image.h"
 #include "boards/sdr_codes.h"
 #include "boards/sdr_record.h"
+#include "boards/sensor_conversion.h"
 #include "boards/smbios_tables.h"
 
 namespace varnok::boards {
@@ -15,8 +16,8 @@ constexpr std::size_t kLongestValue = 96;
 
 /// Characters of UTF-8 text.
 std::size_t Width(const std::string& text) {
-  return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<std::uint8_t>(c) & 0xC0) != 0x80; }));
+  return static_cast<std::size_t>(std::count_if(
+      text.begin(), text.end(), [](char c) { return (static_cast<std::uint8_t>(c) & 0xC0) != 0x80; }));
 }
 
 std::string Padded(std::string text, std::size_t width) {
@@ -37,9 +38,11 @@ class Shower {
   std::vector<std::string> Show(std::size_t& findings) {
     const Board& board = source_.board;
     if (board.bmc.identity) ShowController("BMC", board.bmc);
-    for (const Controller& controller : board.controllers) ShowController("Controller " + Hex(controller.address), controller);
+    for (const Controller& controller : board.controllers)
+      ShowController("Controller " + Hex(controller.address), controller);
     for (const Device& device : board.devices) ShowDevice(device);
-    if (!board.records.empty() || source_.kind == SourceKind::SdrDump) ShowRecords();
+    if (!board.records.empty() || source_.kind == SourceKind::SdrDump)
+      ShowRecords();
     else if (source_.kind == SourceKind::Folder)
       Title(board.hasRepository ? "SDR repository: empty" : "No SDR repository");
     if (!board.smbios.empty()) ShowSmbios();
@@ -62,12 +65,14 @@ class Shower {
     for (const Field& field : section.fields) {
       if (!isShown(field)) continue;
       std::string value = field.value;
-      if (!options_.hasDetails && value.size() > kLongestValue && field.encoding != "text" && field.encoding != "Unicode") {
+      if (!options_.hasDetails && value.size() > kLongestValue && field.encoding != "text" &&
+          field.encoding != "Unicode") {
         value.resize(kLongestValue - 1);
         value += "... (" + Plural(field.length, "byte") + ")";
       }
       const bool isPlain = field.encoding.empty() || field.encoding == "text" || field.value.empty();
-      Line(std::string(indent, ' ') + (value.empty() ? field.label : Padded(field.label, width) + "  " + value) +
+      Line(std::string(indent, ' ') +
+           (value.empty() ? field.label : Padded(field.label, width) + "  " + value) +
            (isPlain ? "" : "  [" + field.encoding + "]"));
     }
   }
@@ -160,13 +165,29 @@ class Shower {
     for (const Bytes& record : records) {
       const SdrHead head = HeadOf(record);
       const Decoded decoded = DecodeSdr(record);
-      Line("  " + Hex(head.id, 4) + "  " + Padded(head.name, std::min<std::size_t>(width, 32)) + "  " + SummaryOf(record, decoded));
+      Line("  " + Hex(head.id, 4) + "  " + Padded(head.name, std::min<std::size_t>(width, 32)) + "  " +
+           SummaryOf(record, decoded) + ReadingOf(record));
       if (options_.hasDetails) ShowFields(decoded.sections.front(), 6);
       ShowProblems(decoded, "record " + Hex(head.id, 4) + ", ");
     }
     if (source_.rest.empty()) return;
-    Line("  ! byte " + std::to_string(size) + ": " + Plural(source_.rest.size(), "byte") + " that are no whole record");
+    Line("  ! byte " + std::to_string(size) + ": " + Plural(source_.rest.size(), "byte") +
+         " that are no whole record");
     ++findings_;
+  }
+
+  /// What a sensor of the BMC read when the folder was made; empty for one without a reading.
+  std::string ReadingOf(ByteView record) const {
+    constexpr std::uint8_t kFullSensor = 1;
+    constexpr std::uint8_t kUnavailable = 0x20;
+    if (record.size() < 48 || record[3] != kFullSensor || record[5] != kBmc) return {};
+    for (const SensorReading& reading : source_.board.sensors) {
+      if (reading.number != record[7] || reading.completionCode != 0 || reading.bytes.size() < 2) continue;
+      if ((reading.bytes[1] & kUnavailable) != 0) return {};
+      const auto value = SensorConversion(record).Convert(reading.bytes[0]);
+      if (value) return ", read " + NumberText(*value) + " " + UnitName(record[20], record[21], record[22]);
+    }
+    return {};
   }
 
   void ShowSmbios() {
@@ -198,9 +219,10 @@ std::string ThresholdsOf(const Decoded& decoded) {
     const char* label;
     const char* name;
   };
-  constexpr Row kRows[] = {{"Lower Non-Recoverable Threshold", "lnr"}, {"Lower Critical Threshold", "lcr"},
-                           {"Lower Non-Critical Threshold", "lnc"},    {"Upper Non-Critical Threshold", "unc"},
-                           {"Upper Critical Threshold", "ucr"},        {"Upper Non-Recoverable Threshold", "unr"}};
+  constexpr Row kRows[] = {
+      {"Lower Non-Recoverable Threshold", "lnr"}, {"Lower Critical Threshold", "lcr"},
+      {"Lower Non-Critical Threshold", "lnc"},    {"Upper Non-Critical Threshold", "unc"},
+      {"Upper Critical Threshold", "ucr"},        {"Upper Non-Recoverable Threshold", "unr"}};
   std::string text;
   std::string unit;
   for (const Row& row : kRows) {
@@ -237,8 +259,10 @@ Section IdentitySection(const Controller& controller) {
   const std::string minor = HexBytes({&identity.firmwareMinor, 1});
   add("Device ID", Hex(identity.deviceId) + ", revision " + std::to_string(identity.deviceRevision));
   add("Firmware Revision", std::to_string(identity.firmwareMajor) + "." + minor);
-  add("IPMI Version", std::to_string(identity.ipmiVersion & 0xF) + "." + std::to_string(identity.ipmiVersion >> 4));
-  add("Manufacturer ID", Hex(identity.manufacturerId, 6) + " (" + std::to_string(identity.manufacturerId) + ")");
+  add("IPMI Version",
+      std::to_string(identity.ipmiVersion & 0xF) + "." + std::to_string(identity.ipmiVersion >> 4));
+  add("Manufacturer ID",
+      Hex(identity.manufacturerId, 6) + " (" + std::to_string(identity.manufacturerId) + ")");
   add("Product ID", Hex(identity.productId, 4));
   add("Additional Support", Hex(identity.additionalSupport));
   if (identity.hasAuxiliary) add("Auxiliary Revision", HexBytes(identity.auxiliary));
@@ -255,7 +279,8 @@ std::string SummaryOf(ByteView record, const Decoded& decoded) {
   if (const Field* number = FindField(decoded, "Sensor Number")) add("sensor " + number->value);
   add(Meaning(FindField(decoded, "Sensor Type")));
   if (const Field* id = FindField(decoded, "FRU Device ID")) add("FRU " + id->value);
-  if (const Field* entity = FindField(decoded, "Entity")) add(entity->value.substr(0, entity->value.rfind(" (")));
+  if (const Field* entity = FindField(decoded, "Entity"))
+    add(entity->value.substr(0, entity->value.rfind(" (")));
   const Field* units = FindField(decoded, "Units");
   const std::string thresholds = ThresholdsOf(decoded);
   if (units != nullptr && units->value != "unspecified" && thresholds.find(units->value) == std::string::npos)

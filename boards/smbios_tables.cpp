@@ -21,40 +21,41 @@ struct ValueRow {
 };
 
 constexpr ValueRow kFirmware[] = {{"Vendor", 4}, {"Version", 5}, {"Release Date", 8}};
-constexpr ValueRow kSystem[] = {{"Manufacturer", 4},  {"Product Name", 5},    {"Version", 6},
+constexpr ValueRow kSystem[] = {{"Manufacturer", 4},  {"Product Name", 5},     {"Version", 6},
                                 {"Serial Number", 7}, {"UUID", 8, Show::Uuid}, {"SKU Number", 25},
                                 {"Family", 26}};
 constexpr ValueRow kBoard[] = {
     {"Manufacturer", 4}, {"Product Name", 5}, {"Version", 6}, {"Serial Number", 7}, {"Asset Tag", 8}};
-constexpr ValueRow kChassis[] = {
-    {"Manufacturer", 4}, {"Type", 5, Show::ChassisType}, {"Version", 6}, {"Serial Number", 7}, {"Asset Tag", 8}};
+constexpr ValueRow kChassis[] = {{"Manufacturer", 4},
+                                 {"Type", 5, Show::ChassisType},
+                                 {"Version", 6},
+                                 {"Serial Number", 7},
+                                 {"Asset Tag", 8}};
 constexpr ValueRow kProcessor[] = {{"Socket", 4},
                                    {"Manufacturer", 7},
                                    {"Version", 16},
                                    {"Maximum Speed", 20, Show::Megahertz},
                                    {"Cores", 35, Show::Number},
                                    {"Threads", 37, Show::Number}};
-constexpr ValueRow kMemory[] = {{"Locator", 16},
-                                {"Size", 12, Show::MemorySize},
-                                {"Speed", 21, Show::Megahertz},
-                                {"Manufacturer", 23},
-                                {"Serial Number", 24},
-                                {"Part Number", 26}};
+constexpr ValueRow kMemory[] = {
+    {"Locator", 16},      {"Size", 12, Show::MemorySize}, {"Speed", 21, Show::Megahertz},
+    {"Manufacturer", 23}, {"Serial Number", 24},          {"Part Number", 26}};
 
 struct StructureRow {
   std::uint8_t type;
   const char* title;
   std::span<const ValueRow> values;
 };
-constexpr StructureRow kStructures[] = {{0, "BIOS Information", kFirmware},   {1, "System Information", kSystem},
-                                        {2, "Baseboard Information", kBoard}, {3, "System Enclosure", kChassis},
-                                        {4, "Processor", kProcessor},         {17, "Memory Device", kMemory}};
+constexpr StructureRow kStructures[] = {
+    {0, "BIOS Information", kFirmware},   {1, "System Information", kSystem},
+    {2, "Baseboard Information", kBoard}, {3, "System Enclosure", kChassis},
+    {4, "Processor", kProcessor},         {17, "Memory Device", kMemory}};
 constexpr std::uint8_t kEndOfTable = 127;
 constexpr std::size_t kStructureHeader = 4;
 
 const StructureRow* FindStructure(std::uint8_t type) {
-  auto row = std::find_if(std::begin(kStructures), std::end(kStructures),
-                          [type](const StructureRow& candidate) { return candidate.type == type; });
+  const auto* row = std::find_if(std::begin(kStructures), std::end(kStructures),
+                                 [type](const StructureRow& candidate) { return candidate.type == type; });
   return row == std::end(kStructures) ? nullptr : row;
 }
 
@@ -100,9 +101,9 @@ std::string MemorySizeText(ByteView structure) {
 }
 
 void AddValue(const Structure& structure, const ValueRow& row, Section& section) {
-  const std::size_t length = row.show == Show::Uuid                                               ? 16
+  const std::size_t length = row.show == Show::Uuid                                        ? 16
                              : row.show == Show::Megahertz || row.show == Show::MemorySize ? 2
-                                                                                                  : 1;
+                                                                                           : 1;
   if (row.offset + length > structure.formatted.size()) return;
   Field field;
   field.label = row.label;

@@ -24,7 +24,8 @@ bool IsFruHeader(const Bytes& bytes) {
 /// True when the bytes begin with a record of a known version and type.
 bool IsRecord(const Bytes& bytes) {
   constexpr std::uint8_t kVersions[] = {0x51, 0x02, 0x01, 0x10, 0x20};
-  return bytes.size() >= kSdrHeaderLength && std::find(std::begin(kVersions), std::end(kVersions), bytes[2]) != std::end(kVersions) &&
+  return bytes.size() >= kSdrHeaderLength &&
+         std::find(std::begin(kVersions), std::end(kVersions), bytes[2]) != std::end(kVersions) &&
          (SdrKeyLength(bytes[3]) != 0 || bytes[3] == 0x14) && bytes[4] != 0;
 }
 
@@ -90,7 +91,8 @@ std::optional<SourceKind> KindByWord(std::string_view word) {
   return std::nullopt;
 }
 
-bool LoadSource(const std::string& argument, std::optional<SourceKind> kind, Source& source, std::string& error) {
+bool LoadSource(const std::string& argument, std::optional<SourceKind> kind, Source& source,
+                std::string& error) {
   source = {};
   source.name = argument;
   std::error_code ignored;
@@ -99,7 +101,8 @@ bool LoadSource(const std::string& argument, std::optional<SourceKind> kind, Sou
   const std::string folder = argument.substr(0, mark);
   if (mark != std::string::npos && !std::filesystem::exists(argument, ignored) &&
       std::filesystem::is_directory(folder, ignored))
-    return LoadFolder(folder, source.board, error) && ChooseDevice(folder, argument.substr(mark + 1), source, error);
+    return LoadFolder(folder, source.board, error) &&
+           ChooseDevice(folder, argument.substr(mark + 1), source, error);
   return LoadFile(argument, kind, source, error);
 }
 

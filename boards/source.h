@@ -1,5 +1,5 @@
-// What a command line names: a board folder, one device of it (FOLDER#2@C0), a FRU image, an SDR dump or an SMBIOS
-// dump, each as a board.
+// What a command line names: a board folder, one device of it (FOLDER#2@C0), a FRU image, an SDR dump or an
+// SMBIOS dump, each as a board.
 #pragma once
 
 #include <string>
@@ -23,8 +23,9 @@ struct Source {
 /// "fru", "sdr" and "smbios"; nothing for another word.
 std::optional<SourceKind> KindByWord(std::string_view word);
 
-/// Loads what `argument` names; a file's kind is told by its content unless `kind` says it. False, with `error` naming
-/// the file or the device.
-bool LoadSource(const std::string& argument, std::optional<SourceKind> kind, Source& source, std::string& error);
+/// Loads what `argument` names; a file's kind is told by its content unless `kind` says it. False, with
+/// `error` naming the file or the device.
+bool LoadSource(const std::string& argument, std::optional<SourceKind> kind, Source& source,
+                std::string& error);
 
 }  // namespace varnok::boards

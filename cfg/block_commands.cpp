@@ -1,133 +1,54 @@
-#include "cfg/block_commands.h"
-
-#include <algorithm>
-#include <list>
-#include <optional>
-#include <utility>
-
+// IFSET, ELSE and ENDIF: blocks of commands that run when tags are set.
 #include "app/services/console.h"
 #include "app/services/trace.h"
-#include "cfg/block_reader.h"
+#include "cfg/block.h"
 #include "cfg/cfg_parser.h"
 
 namespace varnok {
 namespace {
 
-constexpr const char* kMisplaced = "Command %s can not be used here, it must follow an IFSET command.";
+constexpr const char* kNoIfSet = "Command %s can not be used here, it must follow an IFSET command.";
 
-/// A block whose body is being run; writes the log's lines of the way in and out.
-struct RunningBlock {
-  explicit RunningBlock(CCfgBlock& block)
-      : className(block.ClassName()), scope(className, "Process"), chosen(block.Choose()) {
-    if (chosen != nullptr && chosen != &block) chosenScope.emplace(chosen->ClassName(), "Process");
-  }
+class CCfgIfSet : public CCfgBlock {
+ public:
+  ~CCfgIfSet() override;
+  const char* ClassName() const override { return "CCfgIfSet"; }
+  const CCfgBlock* Else() const override { return else_ != nullptr ? else_->AsBlock() : nullptr; }
+  Status ReadOwnLine(CFileCfg& file) override;
+  Status Take(PoolPtr<CCfgCommand> command, bool& isComplete) override;
+  CCfgBlock* Choose() override;
+  void Release(CommandList& commands) override;
+  void Describe(ScriptVisitor& visitor) const override;
 
-  bool IsDone() const { return chosen == nullptr || next == chosen->Body().size(); }
+ protected:
+  void PrintHead() const override;
 
-  const char* className;
-  TraceScope scope;
-  CCfgBlock* chosen;
-  std::optional<TraceScope> chosenScope;
-  std::size_t next = 0;
+ private:
+  PoolPtr<CCfgCommand> else_;
 };
 
-}  // namespace
+class CCfgElse : public CCfgBlock {
+ public:
+  const char* ClassName() const override { return "CCfgElse"; }
+  Status ReadOwnLine(CFileCfg& file) override;
+  Status Take(PoolPtr<CCfgCommand> command, bool& isComplete) override;
+  bool IsValidCommandLocation() override;
 
-CCfgBlock::~CCfgBlock() {
-  // Inner blocks are emptied before they are destroyed, so that destruction does not nest.
-  CommandList doomed = std::move(body_);
-  while (!doomed.empty()) {
-    PoolPtr<CCfgCommand> command = std::move(doomed.back());
-    doomed.pop_back();
-    if (CCfgBlock* block = command->AsBlock()) block->Release(doomed);
-  }
-}
+ protected:
+  void PrintHead() const override;
+};
 
-void CCfgBlock::Release(CommandList& commands) {
-  commands.insert(commands.end(), std::make_move_iterator(body_.begin()),
-                  std::make_move_iterator(body_.end()));
-  body_.clear();
-}
-
-Status CCfgBlock::ReadFromFile(CFileCfg& file) {
-  return BlockReader(file, parser_).Read(*this);
-}
-
-Status CCfgBlock::Process() {
-  std::list<RunningBlock> running;
-  running.emplace_back(*this);
-  Status status = kSuccess;
-  while (!running.empty() && status == kSuccess) {
-    RunningBlock& innermost = running.back();
-    if (innermost.IsDone()) {
-      running.pop_back();
-      continue;
-    }
-    CCfgCommand& command = *innermost.chosen->Body()[innermost.next++];
-    if (CCfgBlock* block = command.AsBlock())
-      running.emplace_back(*block);
-    else
-      status = command.Process();
-  }
-  while (!running.empty()) {
-    Trace("%s::Process - Command in the body failed", 1, running.back().className);
-    running.pop_back();
-  }
-  return status;
-}
-
-void CCfgBlock::DebugPrint() {
-  std::vector<std::pair<CCfgBlock*, std::size_t>> printed{{this, 0}};
-  PrintHead();
-  while (!printed.empty()) {
-    auto& [block, next] = printed.back();
-    if (next == block->body_.size()) {
-      printed.pop_back();
-      continue;
-    }
-    CCfgCommand& command = *block->body_[next++];
-    if (CCfgBlock* inner = command.AsBlock()) {
-      inner->PrintHead();
-      printed.emplace_back(inner, 0);
-    } else {
-      command.DebugPrint();
-    }
-  }
-}
-
-CCfgCommand* CCfgBlock::Next() {
-  auto current =
-      std::find_if(body_.begin(), body_.end(), [this](const auto& each) { return each.get() == link_; });
-  auto next = link_ == nullptr || current == body_.end() ? body_.begin() : current + 1;
-  return link_ = next == body_.end() ? nullptr : next->get();
-}
-
-CCfgCommand* CCfgBlock::Previous() {
-  auto current =
-      std::find_if(body_.begin(), body_.end(), [this](const auto& each) { return each.get() == link_; });
-  return link_ = current == body_.begin() ? nullptr : (current - 1)->get();
-}
-
-Status CCfgBlock::RefuseEndOfFile() const {
-  CCfgParser::SetLastError("%s found without matching ENDIF.", GetDisplayName());
-  Trace("%s::ReadFromFile - No matching ENDIF", 1, ClassName());
-  return cfg_status::kNoEndIf;
-}
-
-Status CCfgBlock::Append(PoolPtr<CCfgCommand> command) {
-  if (!command->IsValidCommandLocation()) {
-    Trace("%s::ReadFromFile - Command out of order", 1, ClassName());
-    return cfg_status::kOutOfPlace;
-  }
-  body_.push_back(std::move(command));
-  return kSuccess;
-}
+class CCfgEndIf : public CCfgCommand {
+ public:
+  bool IsValidCommandLocation() override;
+};
 
 // --- IFSET ---
 
 CCfgIfSet::~CCfgIfSet() {
-  // Handed to the base, whose destructor takes nested blocks apart without nesting.
-  if (else_ != nullptr) body_.push_back(std::move(else_));
+  // A list takes nested blocks apart without nesting.
+  CommandList doomed;
+  Release(doomed);
 }
 
 void CCfgIfSet::Release(CommandList& commands) {
@@ -136,14 +57,14 @@ void CCfgIfSet::Release(CommandList& commands) {
 }
 
 Status CCfgIfSet::ReadOwnLine(CFileCfg& file) {
-  std::string rest;
-  if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
-  std::string_view cursor = rest;
-  std::string tag;
-  while (!cursor.empty() && GetNextInput(cursor, tag)) tags_.push_back(tag);
-  if (tags_.empty()) return MissingParameter("first", cfg_status::kBadLine);
+  constexpr const char* kName = "CCfgIfSet::ReadFromFile";
+  std::string_view cursor, tag;
+  if (Status status = ReadLine(kName, file, cursor); status != kSuccess) return status;
+  bool hasTag = false;
+  while (!cursor.empty() && GetNextInput(cursor, tag)) hasTag = true;
+  if (!hasTag) return MissingParameter(kName, "first", cfg_status::kBadLine);
   // What is no word must not leave the block with fewer conditions than were written.
-  return RefuseExtra(cursor, cfg_status::kBadLine);
+  return RefuseExtra(kName, cursor, cfg_status::kBadLine);
 }
 
 Status CCfgIfSet::Take(PoolPtr<CCfgCommand> command, bool& isComplete) {
@@ -153,26 +74,31 @@ Status CCfgIfSet::Take(PoolPtr<CCfgCommand> command, bool& isComplete) {
 }
 
 CCfgBlock* CCfgIfSet::Choose() {
-  bool holds = std::all_of(tags_.begin(), tags_.end(), [this](const std::string& tag) {
-    return parser_ != nullptr && parser_->IsTagSet(tag);
-  });
-  if (holds) return this;
-  return else_ != nullptr ? else_->AsBlock() : nullptr;
+  std::string_view cursor = Parameters(), tag;
+  while (TakeArgument(cursor, tag))
+    if (!parser_->IsTagSet(tag)) return else_ != nullptr ? else_->AsBlock() : nullptr;
+  return this;
+}
+
+void CCfgIfSet::Describe(ScriptVisitor& visitor) const {
+  std::string_view cursor = Parameters(), tag;
+  while (TakeArgument(cursor, tag)) visitor.Fact(ScriptFact::TestsTag, tag, Line());
 }
 
 void CCfgIfSet::PrintHead() const {
   Print("IFSET");
-  for (const std::string& tag : tags_) Print(" %s", tag);
+  std::string_view cursor = Parameters(), tag;
+  while (TakeArgument(cursor, tag)) Print(" %s", tag);
   Print("\n");
 }
 
 // --- ELSE, ENDIF ---
 
 Status CCfgElse::ReadOwnLine(CFileCfg& file) {
-  std::string rest;
-  if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
-  line_ = file.GetCurrentLineNumber();
-  return RefuseExtra(rest, cfg_status::kBadLine);
+  constexpr const char* kName = "CCfgElse::ReadFromFile";
+  std::string_view rest;
+  Status status = ReadLine(kName, file, rest);
+  return status == kSuccess ? RefuseExtra(kName, rest, cfg_status::kBadLine) : status;
 }
 
 Status CCfgElse::Take(PoolPtr<CCfgCommand> command, bool& isComplete) {
@@ -182,10 +108,10 @@ Status CCfgElse::Take(PoolPtr<CCfgCommand> command, bool& isComplete) {
 
 bool CCfgElse::IsValidCommandLocation() {
   TraceScope scope("CCfgElse::IsValidCommandLocation");
-  CCfgParser::SetLastError(kMisplaced, GetDisplayName());
+  CCfgParser::SetLastError(kNoIfSet, GetDisplayName());
   Trace("CCfgElse::IsValidCommandLocation - ELSE outside an IFSET block", 1);
   // The error is to be reported at this line, not at the ENDIF that reading has reached.
-  if (parser_ != nullptr) parser_->GotoLineInFile(line_);
+  if (parser_ != nullptr) parser_->GotoLineInFile(Line());
   return false;
 }
 
@@ -195,9 +121,20 @@ void CCfgElse::PrintHead() const {
 
 bool CCfgEndIf::IsValidCommandLocation() {
   TraceScope scope("CCfgEndIf::IsValidCommandLocation");
-  CCfgParser::SetLastError(kMisplaced, GetDisplayName());
+  CCfgParser::SetLastError(kNoIfSet, GetDisplayName());
   Trace("CCfgEndIf::IsValidCommandLocation - ENDIF outside an IFSET block", 1);
   return false;
+}
+
+}  // namespace
+
+CommandFamily BlockCommands() {
+  static constexpr CommandRow kRows[] = {
+      {CommandType{14}, "IFSET", "IFSET", Create<CCfgIfSet>},
+      {CommandType::Else, "ELSE", "ELSE", Create<CCfgElse>},
+      {CommandType::EndIf, "ENDIF", "ENDIF", Create<CCfgEndIf>},
+  };
+  return kRows;
 }
 
 }  // namespace varnok

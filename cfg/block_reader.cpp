@@ -31,8 +31,7 @@ Status BlockReader::ReadNext() {
   if (status != kSuccess) return status;
   if (entry.command == nullptr) {
     // At the top level the script would end here; a block that lost its ENDIF must not run.
-    Trace("CCfgCommand::CreateCommand - Memory allocation failed", 1);
-    return cfg_status::kOutOfMemory;
+    return Fail("CCfgCommand::CreateCommand", "Memory allocation failed", cfg_status::kOutOfMemory);
   }
   if (CCfgBlock* block = entry.command->AsBlock()) return Open(entry, *block);
   if (entry.command->Type() != CommandType::Skip) status = entry.command->ReadFromFile(file_);

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "app/services/trace.h"
-#include "cfg/block_commands.h"
+#include "cfg/block.h"
 
 namespace varnok {
 

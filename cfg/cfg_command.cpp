@@ -34,16 +34,29 @@ std::string_view SkipBlanks(std::string_view text) {
 
 }  // namespace
 
-Status CCfgCommand::ReadFromFile(CFileCfg& file) {
-  TraceScope scope("CCfgCommand::ReadFromFile");
-  std::string rest;
-  if (ReadLineFromFile(file, rest)) return kSuccess;
-  CCfgParser::SetLastError(cfg_message::kReadFailed);
-  Trace("CCfgCommand::ReadFromFile - Failed to parse the configuration file", 1);
-  return cfg_status::kBadLine;
+void CCfgCommand::Adopt(const CommandRow* row, CCfgParser* parser, std::uint32_t line) {
+  row_ = row;
+  parser_ = parser;
+  line_ = line;
 }
 
-bool CCfgCommand::ReadLineFromFile(CFileCfg& file, std::string& text, std::size_t size) {
+std::string_view CCfgCommand::Parameters() const {
+  std::string_view line = parser_ != nullptr ? parser_->Line(line_) : std::string_view();
+  line.remove_prefix(
+      static_cast<std::size_t>(std::find_if(line.begin(), line.end(), IsBlank) - line.begin()));
+  return SkipBlanks(line);
+}
+
+Status CCfgCommand::ReadFromFile(CFileCfg& file) {
+  constexpr const char* kName = "CCfgCommand::ReadFromFile";
+  TraceScope scope(kName);
+  std::string_view rest;
+  if (ReadLineFromFile(file, rest)) return kSuccess;
+  CCfgParser::SetLastError(cfg_message::kReadFailed);
+  return Fail(kName, "Failed to parse the configuration file", cfg_status::kBadLine);
+}
+
+bool CCfgCommand::ReadLineFromFile(CFileCfg& file, std::string_view& text, std::size_t size) {
   TraceScope scope("CCfgCommand::ReadLineFromFile");
   if (parser_ == nullptr) {
     CCfgParser::SetLastError(cfg_message::kReadFailed);
@@ -64,9 +77,9 @@ bool CCfgCommand::ReadLineFromFile(CFileCfg& file, std::string& text, std::size_
   return true;
 }
 
-bool CCfgCommand::GetNextInput(std::string_view& cursor, std::string& token) {
+bool CCfgCommand::GetNextInput(std::string_view& cursor, std::string_view& token) {
   TraceScope scope("CCfgCommand::GetNextInput");
-  token.clear();
+  token = {};
   if (cursor.empty()) return RefuseArgument(cursor, 3);
   cursor = SkipBlanks(cursor);
   if (!cursor.empty() && cursor.front() == '"') {
@@ -80,7 +93,7 @@ bool CCfgCommand::GetNextInput(std::string_view& cursor, std::string& token) {
   if (cursor.empty() || !IsWordCharacter(cursor.front())) return RefuseArgument(cursor, 3);
   if (cursor.starts_with("//")) return RefuseArgument(cursor, 2);
   auto end = std::find_if_not(cursor.begin(), cursor.end(), IsWordCharacter);
-  token.assign(cursor.begin(), end);
+  token = cursor.substr(0, static_cast<std::size_t>(end - cursor.begin()));
   if (token.empty()) return RefuseArgument(cursor, 1);
   cursor.remove_prefix(token.size());
   return true;
@@ -114,8 +127,7 @@ bool CCfgCommand::StringToDec(std::string_view text, std::int32_t& value) {
 
 bool CCfgCommand::IsBufferEmpty(std::string_view text) {
   TraceScope scope("CCfgCommand::IsBufferEmpty");
-  std::u16string word;
-  return Scan(text, "%s", &word) != 1;
+  return text.find_first_not_of(" \t\n\v\f\r") == std::string_view::npos;
 }
 
 int CCfgCommand::FindCharacter(std::string_view text, char character, int occurrence, std::size_t length) {
@@ -133,29 +145,53 @@ int CCfgCommand::FindCharacter(std::string_view text, char character, int occurr
 
 const char* CCfgCommand::GetDisplayName() const {
   TraceScope scope("CCfgCommand::GetDisplayName");
-  return CommandName(type_);
+  return row_ != nullptr ? row_->name : nullptr;
 }
 
-Status CCfgCommand::MissingParameter(const char* which, Status status, const char* name) {
+Status CCfgCommand::ReadLine(const char* operation, CFileCfg& file, std::string_view& text) {
+  if (ReadLineFromFile(file, text)) return kSuccess;
+  Trace("%s - Unable to read the line", 1, operation);
+  return cfg_status::kBadLine;
+}
+
+Status CCfgCommand::MissingParameter(const char* operation, const char* which, Status status,
+                                     const char* name) const {
   CCfgParser::SetLastError(cfg_message::kMissingParameter, name != nullptr ? name : GetDisplayName(), which);
-  Trace("CCfgCommand::ReadFromFile - Missing %s parameter", 1, which);
+  Trace("%s - Missing %s parameter", 1, operation, which);
   return status;
 }
 
-Status CCfgCommand::RefuseExtra(std::string_view cursor, Status status, const char* name) {
+Status CCfgCommand::RefuseExtra(const char* operation, std::string_view cursor, Status status,
+                                const char* name) const {
   if (IsBufferEmpty(cursor)) return kSuccess;
   CCfgParser::SetLastError(cfg_message::kTooManyParameters, name != nullptr ? name : GetDisplayName(),
                            SkipBlanks(cursor));
-  Trace("CCfgCommand::ReadFromFile - Too many parameters", 1);
+  Trace("%s - Too many parameters", 1, operation);
   return status;
 }
 
-Status CCfgCommand::ReadOneParameter(CFileCfg& file, std::string& parameter, Status extraStatus) {
-  std::string rest;
-  if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
-  std::string_view cursor = rest;
-  if (!GetNextInput(cursor, parameter)) return MissingParameter("first", cfg_status::kBadLine);
-  return RefuseExtra(cursor, extraStatus);
+Status CCfgCommand::ReadOneParameter(const char* operation, CFileCfg& file, Status extraStatus) {
+  std::string_view cursor, parameter;
+  if (Status status = ReadLine(operation, file, cursor); status != kSuccess) return status;
+  if (!GetNextInput(cursor, parameter)) return MissingParameter(operation, "first", cfg_status::kBadLine);
+  return RefuseExtra(operation, cursor, extraStatus);
+}
+
+bool CCfgCommand::TakeArgument(std::string_view& cursor, std::string_view& argument) {
+  cursor = SkipBlanks(cursor);
+  bool isQuoted = cursor.starts_with('"');
+  if (isQuoted) cursor.remove_prefix(1);
+  auto end = isQuoted ? std::find(cursor.begin(), cursor.end(), '"')
+                      : std::find_if_not(cursor.begin(), cursor.end(), IsWordCharacter);
+  argument = cursor.substr(0, static_cast<std::size_t>(end - cursor.begin()));
+  cursor.remove_prefix(std::min(argument.size() + (isQuoted ? 1 : 0), cursor.size()));
+  return isQuoted || !argument.empty();
+}
+
+std::string_view CCfgCommand::FirstParameter() const {
+  std::string_view cursor = Parameters(), argument;
+  TakeArgument(cursor, argument);
+  return argument;
 }
 
 }  // namespace varnok

@@ -6,24 +6,19 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "app/services/callbacks.h"
 #include "app/services/format.h"
 #include "cfg/cfg_status.h"
-#include "cfg/command_type.h"
+#include "cfg/command_list.h"
+#include "cfg/command_table.h"
 #include "cfg/file_cfg.h"
-#include "firmware/pool.h"
+#include "cfg/script_visitor.h"
 
 namespace varnok {
 
 class CCfgBlock;
-class CCfgCommand;
 class CCfgParser;
-
-/// Commands in the order of the script. A command lives in pool memory: the parser stops reading when it is
-/// exhausted.
-using CommandList = std::vector<PoolPtr<CCfgCommand>>;
 
 /// What the engine may ask of its user; null where nothing is installed.
 struct CfgCallbacks {
@@ -38,7 +33,7 @@ class CCfgCommand {
   /// Room for a keyword or the rest of a line, the terminating NUL included.
   static constexpr std::size_t kLineCapacity = 256;
 
-  explicit CCfgCommand(CommandType type) : type_(type) {}
+  CCfgCommand() = default;
   virtual ~CCfgCommand() = default;
   CCfgCommand(const CCfgCommand&) = delete;
   CCfgCommand& operator=(const CCfgCommand&) = delete;
@@ -57,11 +52,15 @@ class CCfgCommand {
   /// The command to go on with; null for no jump.
   virtual CCfgCommand* Next() { return nullptr; }
   virtual CCfgCommand* Previous() { return nullptr; }
-  virtual void ResetLink() { link_ = nullptr; }
+  virtual void ResetLink() {}
   /// Whether the command may stand at the top level or in a block's body; sets the message when not.
   virtual bool IsValidCommandLocation() { return true; }
   /// The command as one with a body; null for any other.
   virtual CCfgBlock* AsBlock() { return nullptr; }
+  /// Whether the commit executes the command before all others.
+  virtual bool IsWriteFirst() const { return false; }
+  /// Tells a reader of the script what the command means to it.
+  virtual void Describe(ScriptVisitor&) const {}
 
   /// Reads the next command of the script and lets it read its line. Returns kEndOfScript at the end,
   /// kSuccess with a null command when the pool is exhausted.
@@ -72,14 +71,22 @@ class CCfgCommand {
   /// Whether a keyword belongs to a smaller management controller's scripts and is passed over.
   static bool IsSkipCmd(std::string_view keyword);
 
-  CommandType Type() const { return type_; }
+  /// What the factory knows of the command. Without a row it is one that is passed over.
+  void Adopt(const CommandRow* row, CCfgParser* parser, std::uint32_t line);
+
+  CommandType Type() const { return row_ != nullptr ? row_->type : CommandType::Skip; }
   const char* GetDisplayName() const;
-  void SetParser(CCfgParser* parser) { parser_ = parser; }
+  std::string_view Keyword() const { return row_ != nullptr ? row_->keyword : std::string_view(); }
+  /// The line in the script, 0-based.
+  std::uint32_t Line() const { return line_; }
+  /// What the line holds behind the keyword. It lives as long as the parser keeps the script.
+  std::string_view Parameters() const;
 
   static CfgCallbacks& Callbacks();
 
-  /// Takes the next argument off `cursor`: a double-quoted text or a word. False when there is none.
-  static bool GetNextInput(std::string_view& cursor, std::string& token);
+  /// Takes the next argument off `cursor`: a double-quoted text or a word, within the same text. False when
+  /// there is none.
+  static bool GetNextInput(std::string_view& cursor, std::string_view& token);
   /// True when the text is exactly one hexadecimal number.
   static bool StringToInt(std::string_view text, std::uint32_t& value);
   /// As above; stores the low byte.
@@ -106,9 +113,11 @@ class CCfgCommand {
   static bool GetInputChar(char& character, bool echo);
   /// Reads up to the return key, at most `size` - 1 characters. Without echo nothing is stored.
   static bool GetInputString(std::u16string& text, std::size_t size, bool echo);
-  /// Reads keys until one of y, Y, n, N and echoes it. A failing input callback ends the reading with the
-  /// last key.
+  /// Reads keys until one of y, Y, n, N; others are passed over. A failing input callback ends the reading
+  /// with the last key.
   static char ReadYesOrNo();
+  /// Shows the answer and ends its line.
+  static void EchoAnswer(char key);
   /// The given line (from 1) of a text file; false, with the message, when it has none or the line does not
   /// fit.
   static bool GetStringFromFile(std::string_view fileName, std::string& text, std::size_t size,
@@ -117,27 +126,42 @@ class CCfgCommand {
 
   /// Reads the rest of the line for its parameters; false, with the message, for a line that is too long or
   /// holds an odd number of quotes.
-  bool ReadLineFromFile(CFileCfg& file, std::string& text, std::size_t size = kLineCapacity);
+  bool ReadLineFromFile(CFileCfg& file, std::string_view& text, std::size_t size = kLineCapacity);
   /// A path with ':' as it is, any other behind the script's directory.
   bool GetFile(std::u16string_view path, std::u16string& fullPath, std::size_t size);
 
  protected:
+  // Each `operation` is the name in the log of the operation that reads, "CLASS::METHOD".
+
+  /// ReadLineFromFile as a status.
+  Status ReadLine(const char* operation, CFileCfg& file, std::string_view& text);
   /// Sets "The %hs command is missing its %ls parameter." and returns `status`.
-  Status MissingParameter(const char* which, Status status, const char* name = nullptr);
+  Status MissingParameter(const char* operation, const char* which, Status status,
+                          const char* name = nullptr) const;
   /// Refuses what `cursor` still holds with "Too many parameters ..." and `status`; kSuccess when it is
   /// empty.
-  Status RefuseExtra(std::string_view cursor, Status status, const char* name = nullptr);
+  Status RefuseExtra(const char* operation, std::string_view cursor, Status status,
+                     const char* name = nullptr) const;
   /// Reads the line of a command that takes exactly one parameter.
-  Status ReadOneParameter(CFileCfg& file, std::string& parameter, Status extraStatus);
+  Status ReadOneParameter(const char* operation, CFileCfg& file, Status extraStatus);
+
+  /// GetNextInput once more, for a text that it has accepted, without a word in the log.
+  static bool TakeArgument(std::string_view& cursor, std::string_view& argument);
+  /// The first argument of the command's line.
+  std::string_view FirstParameter() const;
 
   CCfgParser* parser_ = nullptr;
-  CCfgCommand* link_ = nullptr;
 
  private:
   static bool Show(std::u16string text);
   static bool Show(std::string text);
 
-  CommandType type_;
+  friend class CommandList;
+
+  PoolPtr<CCfgCommand> next_;
+  const CommandRow* row_ = nullptr;
+  // Last, so that a command's own flags take the room behind it: a script may have a million of them.
+  std::uint32_t line_ = 0;
 };
 
 }  // namespace varnok

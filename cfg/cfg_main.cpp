@@ -37,8 +37,7 @@ Status InitializeProtocol() {
   Engine() = nullptr;
   Engine() = MakeInPool<EngineState>();
   if (Engine() != nullptr) return kSuccess;
-  Trace("Cfg- Main.cpp::InitializeProtocol - NULL value for gp_cfgParse", 1);
-  return cfg_status::kNotLoaded;
+  return Fail("Cfg- Main.cpp::InitializeProtocol", "NULL value for gp_cfgParse", cfg_status::kNotLoaded);
 }
 
 /// Takes the level off the status of an ERRORLEVEL command.
@@ -58,14 +57,13 @@ Status CfgMain::Initialize() {
   EngineState& engine = *Engine();
   engine.parser = MakeInPool<CCfgParser>();
   if (engine.parser == nullptr) {
-    Trace("CfgMain::Initialize - Memory allocation failed", 1);
-    return cfg_status::kOutOfMemory;
+    return Fail("CfgMain::Initialize", "Memory allocation failed", cfg_status::kOutOfMemory);
   }
   CCfgCommand::Callbacks().progress = nullptr;
   engine.isInitialized = true;
   if (GetBmcTypeAndVersion(engine.bmc.type, engine.bmc.ipmiVersion) != ipmi_result::kSuccess) {
-    Trace("CfgMain::Initialize - Unable to read BMC type and version resource for this module", 1);
-    return cfg_status::kNoBmcVersion;
+    return Fail("CfgMain::Initialize", "Unable to read BMC type and version resource for this module",
+                cfg_status::kNoBmcVersion);
   }
   return kSuccess;
 }
@@ -80,8 +78,8 @@ Status CfgMain::LoadConfigurationFromFile(const char16_t* path, const char16_t* 
   engine.isBusy = true;
   Status status = engine.parser->ParseFile(path, name);
   engine.isLoaded = status == kSuccess;
-  if (status != kSuccess) Trace("CfgMain::LoadConfigurationFromFile - ParseFile failed", 1);
-  return status;
+  if (status != kSuccess) return Fail("CfgMain::LoadConfigurationFromFile", "ParseFile failed", status);
+  return kSuccess;
 }
 
 Status CfgMain::CommitConfigurationToSystem() {
@@ -89,8 +87,8 @@ Status CfgMain::CommitConfigurationToSystem() {
   if (!IsReady("CommitConfigurationToSystem - Unable to commit configuration"))
     return cfg_status::kNotInitialized;
   if (Engine()->isProcessed) return Engine()->parser->Execute();
-  Trace("CfgMain::CommitConfigurationToSystem - Commands are not processed", 1);
-  return cfg_status::kCommitRefused;
+  return Fail("CfgMain::CommitConfigurationToSystem", "Commands are not processed",
+              cfg_status::kCommitRefused);
 }
 
 Status CfgMain::SetProgressCallback(ProgressCallback callback) {
@@ -152,8 +150,8 @@ Status CfgFile::ProcessCommands() {
   engine.isProcessed = false;
   engine.isBusy = true;
   if (!engine.isLoaded) {
-    Trace("CfgMain::ProcessCommands - Unable to process commands since file is not loaded", 1);
-    return cfg_status::kNotLoaded;
+    return Fail("CfgMain::ProcessCommands", "Unable to process commands since file is not loaded",
+                cfg_status::kNotLoaded);
   }
   Status status = engine.parser->Process();
   engine.isProcessed = status == kSuccess;
@@ -165,8 +163,8 @@ Status CfgFile::GetErrorLevel(std::uint64_t& level) {
   TraceScope scope("CfgFile::GetErrorLevel");
   if (!IsReady("GetErrorLevel - Unable to get error level")) return cfg_status::kNotInitialized;
   if (!Engine()->isLoaded) {
-    Trace("CfgMain::GetErrorLevel - Unable to Get error level since file is not loaded", 1);
-    return cfg_status::kNotLoaded;
+    return Fail("CfgMain::GetErrorLevel", "Unable to Get error level since file is not loaded",
+                cfg_status::kNotLoaded);
   }
   level = Engine()->errorLevel;
   return kSuccess;

@@ -28,11 +28,17 @@ bool HasScriptExtension(std::u16string_view name) {
 }  // namespace
 
 void CCfgParser::SetLastErrorWith(const char* format, const FormatArgument* arguments, std::size_t count) {
+  TraceScope scope("CCfgParser::SetLastError");
   // A script in 16-bit text is full of NULs: each ends its token, not the message that quotes it.
   std::vector<FormatArgument> shown(arguments, arguments + count);
   for (FormatArgument& argument : shown)
     if (argument.kind() == FormatArgument::Kind::Text8) argument = UpToNul(argument.text8());
   EngineMessage().Set(FormatWideWith(format, shown.data(), count));
+}
+
+std::u16string_view CCfgParser::GetLastError() {
+  TraceScope scope("CCfgParser::GetLastError");
+  return EngineMessage().Current();
 }
 
 CCfgParser::~CCfgParser() {
@@ -45,8 +51,7 @@ Status CCfgParser::ParseFile(const char16_t* path, const char16_t* name) {
   Free();
   if (path == nullptr) {
     SetLastError(cfg_message::kNullFileName, "Configuration");
-    Trace("CCfgParser::ParseFile - File name is NULL", 1);
-    return cfg_status::kFileNotFound;
+    return Fail("CCfgParser::ParseFile", "File name is NULL", cfg_status::kFileNotFound);
   }
   const char16_t* checked = name != nullptr ? name : path;
   if (!HasScriptExtension(checked)) {
@@ -75,8 +80,7 @@ Status CCfgParser::DerivePaths() {
 Status CCfgParser::ReadFile(CommandList& commands) {
   TraceScope scope("CCfgParser::ReadFile");
   if (!echoName_.empty() && TheFirmware().OpenFile(Widen(echoName_), FileMode::Append, echo_) != kSuccess) {
-    Trace("CCfgParser::ReadFile - Unable to open the output file", 1);
-    return cfg_status::kFileNotFound;
+    return Fail("CCfgParser::ReadFile", "Unable to open the output file", cfg_status::kFileNotFound);
   }
   reader_ = std::make_unique<CFileCfg>(Narrow(fullPath_));
   Status status = kSuccess;
@@ -89,7 +93,6 @@ Status CCfgParser::ReadFile(CommandList& commands) {
     // What a refused command registered went with it.
     ForgetUpdates();
   }
-  reader_.reset();
   echo_.reset();
   return status;
 }
@@ -100,8 +103,7 @@ Status CCfgParser::ReadCommands(CommandList& commands) {
     Status status = CCfgCommand::CreateCommand(reader_.get(), command, this);
     if (status == cfg_status::kEndOfScript) return kSuccess;
     if (status != kSuccess) {
-      Trace("CCfgParser::ReadFile - Error in reading the configuration file ", 1);
-      return status;
+      return Fail("CCfgParser::ReadFile", "Error in reading the configuration file ", status);
     }
     if (command == nullptr) {
       // The script ends here, without an error: its first commands are run as if they were all.
@@ -110,8 +112,7 @@ Status CCfgParser::ReadCommands(CommandList& commands) {
     }
     if (!command->IsValidCommandLocation()) {
       command.reset();
-      Trace("CCfgParser::ReadFile - Command out of order ", 1);
-      return cfg_status::kOutOfPlace;
+      return Fail("CCfgParser::ReadFile", "Command out of order ", cfg_status::kOutOfPlace);
     }
     commands.push_back(std::move(command));
   }
@@ -128,10 +129,9 @@ void CCfgParser::ReportLine() {
 Status CCfgParser::Process() {
   TraceScope scope("CCfgParser::Process");
   ForgetUpdates();
-  for (const PoolPtr<CCfgCommand>& command : commands_) {
-    if (Status status = command->Process(); status != kSuccess) {
-      Trace("CCfgParser::Process - Unable to process command", 1);
-      return status;
+  for (CCfgCommand& command : commands_) {
+    if (Status status = command.Process(); status != kSuccess) {
+      return Fail("CCfgParser::Process", "Unable to process command", status);
     }
   }
   isProcessed_ = true;
@@ -155,12 +155,12 @@ void CCfgParser::Free() {
 
 void CCfgParser::DebugPrint() {
   TraceScope scope("CCfgParser::DebugPrint");
-  for (const PoolPtr<CCfgCommand>& command : commands_) command->DebugPrint();
+  for (CCfgCommand& command : commands_) command.DebugPrint();
 }
 
-void CCfgParser::SetTag(const char* name) {
+void CCfgParser::SetTag(std::string_view name) {
   TraceScope scope("CCfgParser::SetTag");
-  if (name != nullptr) tags_.Add(name);
+  if (name.data() != nullptr) tags_.Add(UpToNul(name));
 }
 
 void CCfgParser::ClearTag(std::string_view name) {
@@ -182,11 +182,15 @@ Status CCfgParser::GetTag(std::int64_t index, std::string& name) {
   TraceScope scope("CCfgParser::GetTag");
   if (index < 0 || static_cast<std::size_t>(index) >= tags_.Count()) {
     SetLastError("Unrecoverable internal error: Get tag selector out of range.");
-    Trace("CCfgParser::GetTag - Unrecoverable internal error: Get tag selector out of range", 1);
-    return cfg_status::kNoSuchTag;
+    return Fail("CCfgParser::GetTag", "Unrecoverable internal error: Get tag selector out of range",
+                cfg_status::kNoSuchTag);
   }
   name = tags_.At(static_cast<std::size_t>(index));
   return kSuccess;
+}
+
+std::string_view CCfgParser::Line(std::uint32_t line) const {
+  return reader_ != nullptr ? reader_->Line(line) : std::string_view();
 }
 
 void CCfgParser::GotoLineInFile(std::uint32_t line) {

@@ -43,7 +43,8 @@ class CCfgParser {
   void Free();
   void DebugPrint();
 
-  void SetTag(const char* name);
+  /// A name without text (no data) does nothing; one ends at its first NUL.
+  void SetTag(std::string_view name);
   void ClearTag(std::string_view name);
   bool IsTagSet(std::string_view name) const;
   int FindTag(std::string_view name);
@@ -58,8 +59,6 @@ class CCfgParser {
   void AddUpdateCommand(CCfgCommand& command, CCfgFileInputCommand* file, bool replace);
   void ClearUpdateFileList();
   std::size_t UpdateFileCount() const { return updateFiles_.size(); }
-  std::size_t UpdateCount() const { return updates_.size(); }
-  bool HasFruUpdate() const { return hasFruUpdate_; }
 
   void ClearConfigNameList();
   const CCfgRefNode* ConfigNames() const { return configNames_ ? &*configNames_ : nullptr; }
@@ -77,11 +76,13 @@ class CCfgParser {
     SetLastErrorWith(format, list.data(), list.size());
   }
   static void SetLastErrorWith(const char* format, const FormatArgument* arguments, std::size_t count);
-  static std::u16string_view GetLastError() { return EngineMessage().Current(); }
+  static std::u16string_view GetLastError();
 
   /// The directory of the script with its last separator; empty before a script was named.
   std::u16string_view Directory() const { return directory_; }
   const CommandList& Commands() const { return commands_; }
+  /// A line of the script (from 0), trimmed and without its comment; empty before a script was read.
+  std::string_view Line(std::uint32_t line) const;
 
   /// The FRUNAME that registered itself last; its FRU commands follow it.
   CCfgFruName* CurrentFruName() const { return currentFruName_; }
@@ -101,24 +102,21 @@ class CCfgParser {
 
   Status DerivePaths();
   Status ReadCommands(CommandList& commands);
-  Status ReadCommand(CommandList& commands);
   void ReportLine();
   void ForgetUpdates();
   void RemoveFirstSdrName();
   Status ExecuteWriteFirst();
   Status ExecuteOthers();
-  static bool IsWriteFirst(const CCfgCommand& command);
 
   std::u16string fileName_;
   std::u16string directory_;
   std::u16string fullPath_;
-  std::unique_ptr<CFileCfg> reader_;
+  std::unique_ptr<CFileCfg> reader_;  ///< kept with the script: its commands' parameters lie in its text
   TagList tags_;
   CommandList commands_;
   UpdateFileList updateFiles_;
   UpdateList updates_;
   std::list<UpdateList::iterator> sdrUpdates_;  ///< the SDRNAME entries of updates_, in order of registration
-  bool hasFruUpdate_ = false;
   bool isProcessed_ = false;
   bool isRefreshRequested_ = false;
   std::u16string targetPlatform_;

@@ -31,7 +31,6 @@ inline constexpr Status kOutOfBlock = kModuleBits | 0x17;     ///< FRU command w
 inline constexpr Status kBadNvsType = kModuleBits | 0x18;     ///< unknown NVS type
 inline constexpr Status kBadFruArea = kModuleBits | 0x19;     ///< unknown area, or one that the FRU lacks
 inline constexpr Status kBadFruField = kModuleBits | 0x1A;    ///< unknown field, or a value it cannot hold
-inline constexpr Status kNotSupported = kModuleBits | 0x1B;   ///< an operation that no input file offers
 inline constexpr Status kNoParser = kModuleBits | 0x1C;       ///< command created without a parser
 inline constexpr Status kFruLoadFailed = kModuleBits | 0x20;  ///< FRU not loaded, or its header differs
 inline constexpr Status kFruCommitFailed = kModuleBits | 0x21;  ///< FRU not written

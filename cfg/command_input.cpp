@@ -18,7 +18,7 @@ constexpr std::size_t kNarrowDisplayLength = 511;
 constexpr char kBackspace = 8;
 constexpr char kLineFeed = 10;
 constexpr char kReturn = 13;
-// A name this long is reported as found although nothing is read.
+// Kept: a name this long is reported as found although nothing is read.
 constexpr std::size_t kLongestVariableName = 1022;
 
 /// Reads a file in pieces that end with a line feed or at 256 bytes; a longer line counts as several.
@@ -125,8 +125,11 @@ char CCfgCommand::ReadYesOrNo() {
   char key = 0;
   while (GetInputChar(key, false) && ToUpper(key) != 'Y' && ToUpper(key) != 'N') {
   }
-  DisplayWide("%lc\n", static_cast<char16_t>(static_cast<unsigned char>(key)));
   return key;
+}
+
+void CCfgCommand::EchoAnswer(char key) {
+  DisplayWide("%lc\n", static_cast<char16_t>(static_cast<unsigned char>(key)));
 }
 
 bool CCfgCommand::GetStringFromFile(std::string_view fileName, std::string& text, std::size_t size,

@@ -43,7 +43,7 @@ void CFileCfg::SetCurrentLineNumber(std::uint32_t line) {
   currentColumn_ = 0;
 }
 
-bool CFileCfg::GetFirstInput(std::string& keyword, std::size_t size) {
+bool CFileCfg::GetFirstInput(std::string_view& keyword, std::size_t size) {
   TraceScope scope("CFileCfg::GetFirstInput");
   if (currentColumn_ != 0) ++currentLine_;
   currentColumn_ = 0;
@@ -63,7 +63,7 @@ bool CFileCfg::GetFirstInput(std::string& keyword, std::size_t size) {
   return true;
 }
 
-bool CFileCfg::GetNextInput(std::string& argument, std::size_t size) {
+bool CFileCfg::GetNextInput(std::string_view& argument, std::size_t size) {
   TraceScope scope("CFileCfg::GetNextInput");
   if (IsAtEnd()) {
     Trace("CFileCfg::GetNextInput - EOF detected", 1);
@@ -86,7 +86,7 @@ bool CFileCfg::GetNextInput(std::string& argument, std::size_t size) {
   return true;
 }
 
-bool CFileCfg::GetRemainingLine(std::string& rest, std::size_t size) const {
+bool CFileCfg::GetRemainingLine(std::string_view& rest, std::size_t size) const {
   TraceScope scope("CFileCfg::GetRemainingLine");
   std::string_view line = CurrentLine();
   if (IsAtEnd() || line.empty()) {

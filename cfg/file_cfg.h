@@ -25,16 +25,19 @@ class CFileCfg : public PreparedText {
   void SetCurrentLineNumber(std::uint32_t line);
 
   std::string_view CurrentLine() const { return Line(currentLine_); }
+  /// GetCurrentLineNumber without its lines in the log.
+  std::uint32_t CurrentIndex() const { return currentLine_; }
 
-  // Each `size` is the room of the text with a terminating NUL; a text that does not fit makes the call fail.
+  // What is read lies in the file's own text and lives as long. Each `size` is the room that it may take with
+  // a terminating NUL; a text that does not fit makes the call fail.
 
   /// The keyword of the next line that holds one. False at the end of the file or for a keyword that does not
   /// fit.
-  bool GetFirstInput(std::string& keyword, std::size_t size);
+  bool GetFirstInput(std::string_view& keyword, std::size_t size);
   /// The next argument of the line, read straight from it: a quoted text or a word. False for an empty one.
-  bool GetNextInput(std::string& argument, std::size_t size);
+  bool GetNextInput(std::string_view& argument, std::size_t size);
   /// Everything behind the last thing read, leading blanks included.
-  bool GetRemainingLine(std::string& rest, std::size_t size) const;
+  bool GetRemainingLine(std::string_view& rest, std::size_t size) const;
 
  private:
   bool IsAtEnd() const { return currentLine_ >= LineCount(); }

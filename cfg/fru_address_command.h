@@ -1,8 +1,8 @@
 // FRUADDRESS: the device that its FRUNAME programs, in place of the one that the FRU file names.
 #pragma once
 
-#include <string>
-#include <vector>
+#include <span>
+#include <string_view>
 
 #include "cfg/cfg_command.h"
 #include "fru/fru_device_address.h"
@@ -11,19 +11,18 @@ namespace varnok {
 
 class CCfgFruAddress : public CCfgCommand {
  public:
-  CCfgFruAddress() : CCfgCommand(CommandType::FruAddress) {}
-
   Status ReadFromFile(CFileCfg& file) override;
   Status Process() override;
   void DebugPrint() override;
   bool IsValidCommandLocation() override;
 
-  FruDeviceAddress GetAddress() const { return address_; }
+  FruDeviceAddress GetAddress() const;
 
  private:
-  Status ReadAddress(const std::vector<std::string>& tokens);
-  Status ReadNvsType(const std::string& token);
-  Status ReadNumber(const std::string& token, std::uint8_t& number);
+  Status ReadAddress(std::span<const std::string_view> tokens);
+  Status ReadNvsType(std::string_view token);
+  Status ReadNumber(std::string_view token, std::uint8_t& number);
+  Status RefuseCount() const;
   Status Attach();
 
   FruDeviceAddress address_;

@@ -14,16 +14,15 @@ namespace {
 
 constexpr std::uint32_t kMostRecords = 9;
 constexpr std::string_view kSizeOption = "size=";
+constexpr const char* kReadArea = "CCfgFruArea::ReadFromFile";
 
 }  // namespace
 
 Status CCfgFruArea::ReadFromFile(CFileCfg& file) {
-  TraceScope scope("CCfgFruArea::ReadFromFile");
-  std::string rest;
-  if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
-  std::string_view cursor = rest;
-  std::string keyword;
-  if (!GetNextInput(cursor, keyword)) return MissingParameter("first", cfg_status::kBadLine);
+  TraceScope scope(kReadArea);
+  std::string_view cursor, keyword;
+  if (Status status = ReadLine(kReadArea, file, cursor); status != kSuccess) return status;
+  if (!GetNextInput(cursor, keyword)) return MissingParameter(kReadArea, "first", cfg_status::kBadLine);
   if (Status status = ReadArea(keyword); status != kSuccess) return status;
   if (index_ == FruAreaIndex::MultiRec) {
     if (Status status = ReadRecordNumber(cursor); status != kSuccess) return status;
@@ -36,40 +35,38 @@ Status CCfgFruArea::ReadFromFile(CFileCfg& file) {
   return kSuccess;
 }
 
-Status CCfgFruArea::ReadArea(const std::string& keyword) {
-  auto row = std::find_if(kFruAreas.begin(), kFruAreas.end(), [&keyword](const FruAreaRow& each) {
+Status CCfgFruArea::ReadArea(std::string_view keyword) {
+  auto row = std::find_if(kFruAreas.begin(), kFruAreas.end(), [keyword](const FruAreaRow& each) {
     return EqualsIgnoreCase(keyword, each.keyword);
   });
   if (row == kFruAreas.end()) {
     CCfgParser::SetLastError("%s is not a valid FRU area.", keyword);
-    Trace("CCfgFruArea::ReadFromFile - Invalid FRU area", 1);
-    return cfg_status::kBadFruArea;
+    return Fail(kReadArea, "Invalid FRU area", cfg_status::kBadFruArea);
   }
   index_ = static_cast<FruAreaIndex>(row - kFruAreas.begin());
   return kSuccess;
 }
 
 Status CCfgFruArea::ReadRecordNumber(std::string_view& cursor) {
-  std::string token;
+  std::string_view token;
   std::uint32_t number = 0;
-  if (!GetNextInput(cursor, token)) return MissingParameter("second", cfg_status::kTooManyParameters);
+  if (!GetNextInput(cursor, token))
+    return MissingParameter(kReadArea, "second", cfg_status::kTooManyParameters);
   if (!StringToInt(token, number)) {
     CCfgParser::SetLastError(cfg_message::kNotHexadecimal, token, GetDisplayName());
-    Trace("CCfgFruArea::ReadFromFile - Invalid multi record number", 1);
-    return cfg_status::kBadLine;
+    return Fail(kReadArea, "Invalid multi record number", cfg_status::kBadLine);
   }
   if (number < 1 || number > kMostRecords) {
     CCfgParser::SetLastError("Invalid multi record selection: %X.  The value must be in the range 1 - %X.",
                              number, kMostRecords);
-    Trace("CCfgFruArea::ReadFromFile - Multi record number out of range", 1);
-    return cfg_status::kBadValue;
+    return Fail(kReadArea, "Multi record number out of range", cfg_status::kBadValue);
   }
   recordNumber_ = static_cast<std::uint8_t>(number);
   return kSuccess;
 }
 
 Status CCfgFruArea::ReadOptions(std::string_view cursor) {
-  std::string option;
+  std::string_view option;
   Status status = kSuccess;
   while (status == kSuccess && !IsBufferEmpty(cursor)) {
     std::string_view fromOption = cursor;
@@ -81,7 +78,7 @@ Status CCfgFruArea::ReadOptions(std::string_view cursor) {
     else if (isRead && EqualsIgnoreCase(option.substr(0, kSizeOption.size()), kSizeOption))
       status = ReadSize(option);
     else
-      status = RefuseExtra(fromOption, cfg_status::kTooManyParameters);
+      status = RefuseExtra(kReadArea, fromOption, cfg_status::kTooManyParameters);
   }
   return status;
 }
@@ -90,26 +87,24 @@ Status CCfgFruArea::ReadValidateTag(std::string_view& cursor) {
   mode_ = Mode::Validate;
   if (!GetNextInput(cursor, validateTag_)) {
     CCfgParser::SetLastError("Validate command should be followed by one parameter.\n");
-    Trace("CCfgFruArea::ReadFromFile - VALIDATE without a tag", 1);
-    return cfg_status::kOutOfBlock;
+    return Fail(kReadArea, "VALIDATE without a tag", cfg_status::kOutOfBlock);
   }
-  if (parser_->CurrentFruName() == nullptr) return RefuseOutOfBlock();
+  if (parser_->CurrentFruName() == nullptr) return RefuseOutOfBlock(kReadArea);
   parser_->CurrentFruName()->MarkValidateOnly();
   return kSuccess;
 }
 
-Status CCfgFruArea::ReadSize(const std::string& option) {
+Status CCfgFruArea::ReadSize(std::string_view option) {
   // Far past any area, and far from overflow when rounded up.
   constexpr std::uint32_t kLargest = 0x00FFFFF8;
-  std::string_view digits = std::string_view(option).substr(kSizeOption.size());
+  std::string_view digits = option.substr(kSizeOption.size());
   bool isNumber = !digits.empty() && std::all_of(digits.begin(), digits.end(),
                                                  [](char digit) { return digit >= '0' && digit <= '9'; });
   bool hasSize =
       index_ == FruAreaIndex::Chassis || index_ == FruAreaIndex::Board || index_ == FruAreaIndex::Product;
   if (!isNumber || !hasSize) {
     CCfgParser::SetLastError(cfg_message::kInvalidInput, option, GetDisplayName());
-    Trace("CCfgFruArea::ReadFromFile - Invalid size", 1);
-    return cfg_status::kBadValue;
+    return Fail(kReadArea, "Invalid size", cfg_status::kBadValue);
   }
   size_ = 0;
   for (char digit : digits) size_ = std::min(size_ * 10 + static_cast<std::uint32_t>(digit - '0'), kLargest);
@@ -117,13 +112,14 @@ Status CCfgFruArea::ReadSize(const std::string& option) {
 }
 
 bool CCfgFruArea::IsValidCommandLocation() {
-  TraceScope scope("CCfgFruArea::IsValidCommandLocation");
-  return (parser_ != nullptr && parser_->CurrentFruName() != nullptr) || RefuseOutOfBlock() == kSuccess;
+  constexpr const char* kName = "CCfgFruArea::IsValidCommandLocation";
+  TraceScope scope(kName);
+  return (parser_ != nullptr && parser_->CurrentFruName() != nullptr) || RefuseOutOfBlock(kName) == kSuccess;
 }
 
-Status CCfgFruArea::RefuseOutOfBlock() const {
+Status CCfgFruArea::RefuseOutOfBlock(const char* operation) {
   CCfgParser::SetLastError(cfg_message::kNoFruName);
-  Trace("CCfgFruArea - FRUAREA command found without matching FRUNAME", 1);
+  Trace("%s - %s", 1, operation, cfg_message::kNoFruName);
   return cfg_status::kOutOfBlock;
 }
 
@@ -142,7 +138,17 @@ bool CCfgFruArea::IsFieldAllowed(std::uint32_t fieldBit) const {
 }
 
 void CCfgFruArea::DebugPrint() {
+  TraceScope scope("CCfgFruArea::DebugPrint");
   Print("FRU Area: %s\n", Keyword());
+}
+
+void CCfgFruArea::Describe(ScriptVisitor& visitor) const {
+  if (mode_ == Mode::Validate) visitor.Fact(ScriptFact::SetsTagOnYes, validateTag_, Line());
+}
+
+CommandFamily FruAreaCommands() {
+  static constexpr CommandRow kRows[] = {{CommandType{12}, "FRUAREA", "FRUAREA", Create<CCfgFruArea>}};
+  return kRows;
 }
 
 }  // namespace varnok

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "cfg/cfg_command.h"
@@ -15,12 +15,11 @@ class CCfgFruName;
 
 class CCfgFruArea : public CCfgCommand {
  public:
-  CCfgFruArea() : CCfgCommand(CommandType::FruArea) {}
-
   Status ReadFromFile(CFileCfg& file) override;
   Status Process() override;
   void DebugPrint() override;
   bool IsValidCommandLocation() override;
+  void Describe(ScriptVisitor& visitor) const override;
 
   FruAreaIndex Index() const { return index_; }
   const char* Keyword() const;
@@ -32,12 +31,12 @@ class CCfgFruArea : public CCfgCommand {
  private:
   enum class Mode : std::uint32_t { None, Validate, Compare };
 
-  Status ReadArea(const std::string& keyword);
+  Status ReadArea(std::string_view keyword);
   Status ReadRecordNumber(std::string_view& cursor);
   Status ReadOptions(std::string_view cursor);
   Status ReadValidateTag(std::string_view& cursor);
-  Status ReadSize(const std::string& option);
-  Status RefuseOutOfBlock() const;
+  Status ReadSize(std::string_view option);
+  static Status RefuseOutOfBlock(const char* operation);
 
   Status CopyFromFile(CCfgFruName& fruName);
   Status Validate(CCfgFruName& fruName);
@@ -45,12 +44,12 @@ class CCfgFruArea : public CCfgCommand {
   Status Resize(CCfgFruName& fruName);
   Status CopyWhole(CCfgFruName& fruName);
   Status ReadWhole(CCfgFruName& fruName, std::vector<std::uint8_t>& bytes);
-  Status Fail(Status status) const;
+  Status ReportFailure(Status status) const;
   FruWriteMode WriteMode() const;
 
   FruAreaIndex index_ = FruAreaIndex::None;
   Mode mode_ = Mode::None;
-  std::string validateTag_;
+  std::string_view validateTag_;
   std::uint8_t recordNumber_ = 0;  ///< 1 to 9 for MultiRec
   std::uint32_t size_ = 0;         ///< bytes; 0 for none
 };

@@ -12,6 +12,8 @@
 namespace varnok {
 namespace {
 
+constexpr const char* kProcessArea = "CCfgFruArea::Process";
+
 using HasArea = Status (*)(bool& isPresent);
 
 Status HasHeader(bool& isPresent) {
@@ -30,17 +32,16 @@ constexpr std::array<HasArea, kFruAreaCount> kHasArea{HasHeader,
 }  // namespace
 
 Status CCfgFruArea::Process() {
-  TraceScope scope("CCfgFruArea::Process");
+  TraceScope scope(kProcessArea);
   ForgetFruMessage();
   CCfgFruName* fruName = parser_ != nullptr ? parser_->CurrentFruName() : nullptr;
-  if (fruName == nullptr) return RefuseOutOfBlock();
+  if (fruName == nullptr) return RefuseOutOfBlock(kProcessArea);
   if (fruName->IsWholeFile()) return CopyFromFile(*fruName);
   if (mode_ == Mode::Validate) return Validate(*fruName);
   if (!DoesAreaExistInFru(*fruName)) {
     CCfgParser::SetLastError("The %s area does not exist in the system FRU, it cannot be updated.",
                              Keyword());
-    Trace("CCfgFruArea::Process - The area does not exist", 1);
-    return cfg_status::kBadFruArea;
+    return Fail(kProcessArea, "The area does not exist", cfg_status::kBadFruArea);
   }
   Status status = Select(*fruName);
   if (status == kSuccess && size_ != 0) status = Resize(*fruName);
@@ -54,8 +55,8 @@ FruWriteMode CCfgFruArea::WriteMode() const {
   return static_cast<FruWriteMode>(mode_);
 }
 
-Status CCfgFruArea::Fail(Status status) const {
-  Trace("CCfgFruArea::Process - Unable to update the %s area", 1, Keyword());
+Status CCfgFruArea::ReportFailure(Status status) const {
+  Trace("%s - Unable to update the %s area", 1, kProcessArea, Keyword());
   return ReportFruFailure(status);
 }
 
@@ -65,7 +66,7 @@ Status CCfgFruArea::CopyFromFile(CCfgFruName& fruName) {
   if (status == kSuccess)
     fruName.MarkModified();
   else
-    Fail(status);
+    (void)ReportFailure(status);
   fruName.SetFruArea(this);
   return mode_ == Mode::Validate ? kSuccess : status;
 }
@@ -75,7 +76,7 @@ Status CCfgFruArea::Validate(CCfgFruName& fruName) {
   if (status == kSuccess) status = FruData::SelectAreaEnum(Id());
   if (status == kSuccess) status = FruData::SetAreaWriteMode(WriteMode());
   if (status == kSuccess) status = FruData::ValidateSelectedArea();
-  if (status == kSuccess) parser_->SetTag(validateTag_.c_str());
+  if (status == kSuccess) parser_->SetTag(validateTag_);
   // An area that is not valid is an answer, not a failure. No field of it can be changed, nor may one that
   // follows change the area before it.
   index_ = FruAreaIndex::None;
@@ -84,7 +85,7 @@ Status CCfgFruArea::Validate(CCfgFruName& fruName) {
 }
 
 bool CCfgFruArea::DoesAreaExistInFru(CCfgFruName& fruName) const {
-  TraceScope scope("CCfgFruArea::DoesAreaExistInFr");
+  TraceScope scope("CCfgFruArea::DoesAreaExistInFru");
   bool isPresent = false;
   return index_ != FruAreaIndex::None && fruName.SelectFru(false) == kSuccess &&
          kHasArea[static_cast<std::size_t>(index_)](isPresent) == kSuccess && isPresent;
@@ -94,7 +95,7 @@ Status CCfgFruArea::Select(CCfgFruName& fruName) {
   Status status = fruName.SelectFru(false);
   if (status == kSuccess) status = FruData::SelectAreaEnum(Id());
   if (status == kSuccess) status = FruData::SetAreaWriteMode(WriteMode());
-  if (status != kSuccess) return Fail(cfg_status::kBadFruArea);
+  if (status != kSuccess) return ReportFailure(cfg_status::kBadFruArea);
   fruName.SetFruArea(this);
   return kSuccess;
 }
@@ -107,7 +108,7 @@ Status CCfgFruArea::Resize(CCfgFruName& fruName) {
   }
   if (FruData::ResizeFruArea(size_) != kSuccess) {
     CCfgParser::SetLastError("Failed to resize FRU Area.");
-    return Fail(cfg_status::kResizeFailed);
+    return ReportFailure(cfg_status::kResizeFailed);
   }
   fruName.MarkModified();
   return kSuccess;
@@ -117,18 +118,19 @@ Status CCfgFruArea::Resize(CCfgFruName& fruName) {
 Status CCfgFruArea::CopyWhole(CCfgFruName& fruName) {
   fruName.MarkModified();
   std::vector<std::uint8_t> bytes;
-  if (Status status = ReadWhole(fruName, bytes); status != kSuccess) return Fail(status);
+  if (Status status = ReadWhole(fruName, bytes); status != kSuccess) return ReportFailure(status);
   Status status = fruName.SelectFru(false);
   if (status == kSuccess) status = FruData::SelectAreaEnum(Id());
   if (status == kSuccess && index_ == FruAreaIndex::MultiRec &&
       FruData::SelectMultiRecNum(recordNumber_) != kSuccess) {
     Print("\nInvalid MultiRecord Number.\n");
-    return Fail(cfg_status::kBadMultiRecord);
+    return ReportFailure(cfg_status::kBadMultiRecord);
   }
   if (status == kSuccess)
     status = FruData::SetAreaData(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
   if (status == kSuccess) return kSuccess;
-  return Fail(index_ == FruAreaIndex::MultiRec ? cfg_status::kBadMultiRecord : cfg_status::kBadFruArea);
+  return ReportFailure(index_ == FruAreaIndex::MultiRec ? cfg_status::kBadMultiRecord
+                                                        : cfg_status::kBadFruArea);
 }
 
 Status CCfgFruArea::ReadWhole(CCfgFruName& fruName, std::vector<std::uint8_t>& bytes) {

@@ -14,6 +14,7 @@
 namespace varnok {
 namespace {
 
+constexpr const char* kReadField = "CCfgFruField::ReadFromFile";
 constexpr std::size_t kKeywordLength = 2;
 constexpr std::int32_t kMostCustomFields = 9;
 
@@ -40,19 +41,16 @@ std::size_t IndexOf(const std::array<std::string_view, kCount>& names, std::stri
 template <class Text>
 Status RefuseValue(const char* message, const Text& text, Status status = cfg_status::kBadLine) {
   CCfgParser::SetLastError(message, text);
-  Trace("CCfgFruField::ReadFromFile - Invalid field value", 1);
-  return status;
+  return Fail(kReadField, "Invalid field value", status);
 }
 
 }  // namespace
 
 Status CCfgFruField::ReadFromFile(CFileCfg& file) {
-  TraceScope scope("CCfgFruField::ReadFromFile");
-  std::string rest;
-  if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
-  std::string_view cursor = rest;
-  std::string keyword;
-  if (!GetNextInput(cursor, keyword)) return MissingParameter("first", cfg_status::kBadLine);
+  TraceScope scope(kReadField);
+  std::string_view cursor, keyword;
+  if (Status status = ReadLine(kReadField, file, cursor); status != kSuccess) return status;
+  if (!GetNextInput(cursor, keyword)) return MissingParameter(kReadField, "first", cfg_status::kBadLine);
   if (Status status = ReadField(keyword); status != kSuccess) return status;
   if (!IsBufferEmpty(cursor)) {
     if (Status status = ReadValue(cursor); status != kSuccess) return status;
@@ -60,18 +58,16 @@ Status CCfgFruField::ReadFromFile(CFileCfg& file) {
   return CheckArea();
 }
 
-Status CCfgFruField::ReadField(const std::string& keyword) {
+Status CCfgFruField::ReadField(std::string_view keyword) {
   field_ = FindFruField(keyword);
   if (field_ == fru_field::kNone)
     return RefuseValue("%s is not a valid FRU field.", keyword, cfg_status::kBadFruField);
   if (field_ != fru_field::kCustom) return kSuccess;
-  if (!StringToDec(std::string_view(keyword).substr(kKeywordLength), customNumber_)) {
-    Trace("CCfgFruField::ReadFromFile - Invalid custom field number", 1);
-    return cfg_status::kBadLine;
+  if (!StringToDec(keyword.substr(kKeywordLength), customNumber_)) {
+    return Fail(kReadField, "Invalid custom field number", cfg_status::kBadLine);
   }
   if (customNumber_ < 1 || customNumber_ > kMostCustomFields) {
-    Trace("CCfgFruField::ReadFromFile - Custom field number out of range", 1);
-    return cfg_status::kBadValue;
+    return Fail(kReadField, "Custom field number out of range", cfg_status::kBadValue);
   }
   return kSuccess;
 }
@@ -79,22 +75,21 @@ Status CCfgFruField::ReadField(const std::string& keyword) {
 Status CCfgFruField::ReadValue(std::string_view cursor) {
   if (field_ == fru_field::kMfgDate) {
     CCfgParser::SetLastError("The FRUFIELD MD is not allowed to have any parameters.");
-    Trace("CCfgFruField::ReadFromFile - MD with a value", 1);
-    return cfg_status::kTooManyParameters;
+    return Fail(kReadField, "MD with a value", cfg_status::kTooManyParameters);
   }
-  std::string token;
-  if (!GetNextInput(cursor, token)) return RefuseExtra(cursor, cfg_status::kTooManyParameters);
+  std::string_view token;
+  if (!GetNextInput(cursor, token)) return RefuseExtra(kReadField, cursor, cfg_status::kTooManyParameters);
   if (!token.starts_with('@')) {
     value_ = token;
   } else if (Status status = ReadRedirection(token); status != kSuccess) {
     return status;
   }
-  return RefuseExtra(cursor, cfg_status::kTooManyParameters);
+  return RefuseExtra(kReadField, cursor, cfg_status::kTooManyParameters);
 }
 
 /// "@STDIN:type", "@ENV:type:variable", "@FILE:type:file:line" or "@ENVFILE:type:variable:line".
-Status CCfgFruField::ReadRedirection(const std::string& text) {
-  std::string_view rest = std::string_view(text).substr(1);
+Status CCfgFruField::ReadRedirection(std::string_view text) {
+  std::string_view rest = text.substr(1);
   std::optional<std::string_view> kind = TakePart(rest);
   if (!kind)
     return RefuseValue("Unable to determine FRU field redirection type from string:\n   '%s'.", text);
@@ -115,7 +110,7 @@ Status CCfgFruField::ReadInputType(std::string_view name) const {
   return kSuccess;
 }
 
-Status CCfgFruField::ReadSourceName(const std::string& text, std::string_view rest) {
+Status CCfgFruField::ReadSourceName(std::string_view text, std::string_view rest) {
   std::optional<std::string_view> name = TakePart(rest);
   sourceName_ = name.value_or(rest);
   if (name) return ReadLineNumber(text, rest);
@@ -123,7 +118,7 @@ Status CCfgFruField::ReadSourceName(const std::string& text, std::string_view re
   return RefuseValue("Unable to determine environment variable name from string: '%s'.", text);
 }
 
-Status CCfgFruField::ReadLineNumber(const std::string& text, std::string_view digits) {
+Status CCfgFruField::ReadLineNumber(std::string_view text, std::string_view digits) {
   if (!StringToDec(digits, sourceLine_))
     return RefuseValue("Unable to read the FRU field file redirection line number from string:\n   '%s'",
                        Widen(text));
@@ -135,31 +130,45 @@ Status CCfgFruField::ReadLineNumber(const std::string& text, std::string_view di
 Status CCfgFruField::CheckArea() const {
   CCfgFruName* fruName = parser_->CurrentFruName();
   if (fruName == nullptr || fruName->GetFruArea() == nullptr) {
-    RefuseOutOfBlock(cfg_message::kNoFruArea);
+    RefuseOutOfBlock(kReadField, cfg_message::kNoFruArea);
     return cfg_status::kOutOfBlock;
   }
   if (fruName->GetFruArea()->IsFieldAllowed(Row().bit)) return kSuccess;
   CCfgParser::SetLastError("%s is not a valid FRU field for the %s FRU area.", Row().keyword,
                            fruName->GetFruArea()->Keyword());
-  Trace("CCfgFruField::ReadFromFile - The area has no such field", 1);
-  return cfg_status::kBadFruField;
+  return Fail(kReadField, "The area has no such field", cfg_status::kBadFruField);
 }
 
 bool CCfgFruField::IsValidCommandLocation() {
-  TraceScope scope("CCfgFruField::IsValidCommandLocation");
+  constexpr const char* kName = "CCfgFruField::IsValidCommandLocation";
+  TraceScope scope(kName);
   if (parser_ == nullptr || parser_->CurrentFruName() == nullptr)
-    return RefuseOutOfBlock(cfg_message::kNoFruName);
-  return parser_->CurrentFruName()->GetFruArea() != nullptr || RefuseOutOfBlock(cfg_message::kNoFruArea);
+    return RefuseOutOfBlock(kName, cfg_message::kNoFruName);
+  return parser_->CurrentFruName()->GetFruArea() != nullptr ||
+         RefuseOutOfBlock(kName, cfg_message::kNoFruArea);
 }
 
-bool CCfgFruField::RefuseOutOfBlock(const char* message) const {
+bool CCfgFruField::RefuseOutOfBlock(const char* operation, const char* message) {
   CCfgParser::SetLastError(message);
-  Trace("CCfgFruField - %s", 1, message);
+  Trace("%s - %s", 1, operation, message);
   return false;
 }
 
 void CCfgFruField::DebugPrint() {
+  TraceScope scope("CCfgFruField::DebugPrint");
   Print("FRU Field: %s\n", Row().keyword);
+}
+
+void CCfgFruField::Describe(ScriptVisitor& visitor) const {
+  bool isVariable = source_ == Source::Env || source_ == Source::EnvFile;
+  if (isVariable) visitor.Fact(ScriptFact::Variable, sourceName_, Line());
+  if (source_ == Source::File) visitor.Fact(ScriptFact::ValueFile, sourceName_, Line());
+  if (source_ == Source::Stdin) visitor.Fact(ScriptFact::AsksValue, Row().keyword, Line());
+}
+
+CommandFamily FruFieldCommands() {
+  static constexpr CommandRow kRows[] = {{CommandType{13}, "FRUFIELD", "FRUFIELD", Create<CCfgFruField>}};
+  return kRows;
 }
 
 }  // namespace varnok

@@ -17,12 +17,11 @@ class CCfgFruName;
 
 class CCfgFruField : public CCfgCommand {
  public:
-  CCfgFruField() : CCfgCommand(CommandType::FruField) {}
-
   Status ReadFromFile(CFileCfg& file) override;
   Status Process() override;
   void DebugPrint() override;
   bool IsValidCommandLocation() override;
+  void Describe(ScriptVisitor& visitor) const override;
 
   /// The most that the field holds, in bytes.
   std::size_t GetMaxFieldSize() const;
@@ -37,29 +36,29 @@ class CCfgFruField : public CCfgCommand {
  private:
   enum class Source : std::uint32_t { File = 0, Env = 1, EnvFile = 2, Stdin = 3, Literal = 4 };
 
-  Status ReadField(const std::string& keyword);
+  Status ReadField(std::string_view keyword);
   Status ReadValue(std::string_view cursor);
-  Status ReadRedirection(const std::string& text);
+  Status ReadRedirection(std::string_view text);
   Status ReadInputType(std::string_view name) const;
-  Status ReadSourceName(const std::string& text, std::string_view rest);
-  Status ReadLineNumber(const std::string& text, std::string_view digits);
+  Status ReadSourceName(std::string_view text, std::string_view rest);
+  Status ReadLineNumber(std::string_view text, std::string_view digits);
   Status CheckArea() const;
-  bool RefuseOutOfBlock(const char* message) const;
+  static bool RefuseOutOfBlock(const char* operation, const char* message);
 
   Status GetValue(CCfgFruName& fruName, std::string& value);
   Status GetCurrentValue(CCfgFruName& fruName, std::string& value) const;
   Status GetValueFromVariable(std::string& value, std::size_t size) const;
-  Status GetValueFromFile(const std::string& fileName, std::string& value);
+  Status GetValueFromFile(std::string_view fileName, std::string& value);
   Status AskOperator(std::string& value);
   Status LongestAnswer(CCfgFruName& fruName, std::size_t& size) const;
-  Status Fail(Status status) const;
+  Status ReportFailure(const char* operation, Status status) const;
   bool IsChassisType() const { return field_ == fru_field::kChassisType; }
   const FruFieldRow& Row() const { return kFruFields[field_]; }
 
   std::uint32_t field_ = fru_field::kNone;
   Source source_ = Source::Literal;
-  std::optional<std::string> value_;
-  std::string sourceName_;
+  std::optional<std::string_view> value_;
+  std::string_view sourceName_;
   std::int32_t sourceLine_ = 0;
   std::int32_t customNumber_ = 0;  ///< 1 to 9 for AMx
 };

@@ -14,6 +14,10 @@
 namespace varnok {
 namespace {
 
+constexpr const char* kProcessField = "CCfgFruField::Process";
+constexpr const char* kSelectField = "CCfgFruField::SelectField";
+constexpr const char* kAssignValue = "CCfgFruField::AssignValueToFruField";
+
 constexpr std::size_t kLongestValue = 64;
 constexpr std::size_t kLongestChassisType = 3;
 constexpr std::uint32_t kLeastChassisType = 0x01;
@@ -25,30 +29,32 @@ constexpr const char* kTooLong =
 
 }  // namespace
 
-Status CCfgFruField::Fail(Status status) const {
-  Trace("CCfgFruField::Process - Unable to update the %s field", 1, Row().keyword);
+Status CCfgFruField::ReportFailure(const char* operation, Status status) const {
+  Trace("%s - Unable to update the %s field", 1, operation, Row().keyword);
   return ReportFruFailure(status);
 }
 
 Status CCfgFruField::Process() {
-  TraceScope scope("CCfgFruField::Process");
+  TraceScope scope(kProcessField);
   ForgetFruMessage();
-  if (!IsValidCommandLocation()) return cfg_status::kOutOfBlock;
+  if (!IsValidCommandLocation()) {
+    return Fail(kProcessField, "Out of its block", cfg_status::kOutOfBlock);
+  }
   CCfgFruName& fruName = *parser_->CurrentFruName();
   std::string value;
-  if (Status status = GetValue(fruName, value); status != kSuccess) return status;
+  Status status = GetValue(fruName, value);
   // A value copied from the FRU is in the field's own form already.
   bool isText = source_ != Source::Literal || value_.has_value();
-  if (isText && source_ != Source::Stdin) {
-    if (Status status = DoSpecialFieldConversions(value); status != kSuccess) return status;
-  }
-  return AssignValueToFruField(fruName, value);
+  if (status == kSuccess && isText && source_ != Source::Stdin) status = DoSpecialFieldConversions(value);
+  if (status == kSuccess) status = AssignValueToFruField(fruName, value);
+  if (status != kSuccess) Trace("%s - Unable to update the %s field", 1, kProcessField, Row().keyword);
+  return status;
 }
 
 Status CCfgFruField::SelectField(const CCfgFruArea& area) const {
-  TraceScope scope("CCfgFruField::SelectField");
+  TraceScope scope(kSelectField);
   Status status = FruData::SelectAreaEnum(area.Id());
-  if (status != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (status != kSuccess) return ReportFailure(kSelectField, cfg_status::kBadFruField);
   if (field_ == fru_field::kCustom) {
     status = FruData::SelectFieldInteger(static_cast<std::uint32_t>(customNumber_) +
                                          CustomFruFieldOffset(area.Index()));
@@ -57,7 +63,7 @@ Status CCfgFruField::SelectField(const CCfgFruArea& area) const {
     std::optional<FruFieldId> field = FixedFruField(Row(), area.Index());
     status = field ? FruData::SelectFieldEnum(*field) : fru_status::kNoSuchItem;
   }
-  return status == kSuccess ? kSuccess : Fail(cfg_status::kBadFruField);
+  return status == kSuccess ? kSuccess : ReportFailure(kSelectField, cfg_status::kBadFruField);
 }
 
 Status CCfgFruField::GetValue(CCfgFruName& fruName, std::string& value) {
@@ -83,11 +89,11 @@ Status CCfgFruField::GetValue(CCfgFruName& fruName, std::string& value) {
 
 Status CCfgFruField::GetCurrentValue(CCfgFruName& fruName, std::string& value) const {
   Status status = fruName.SelectFru(true);
-  if (status != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (status != kSuccess) return ReportFruFailure(cfg_status::kBadFruField);
   if (status = SelectField(*fruName.GetFruArea()); status != kSuccess) return status;
   const std::uint8_t* data = nullptr;
   std::uint32_t length = 0;
-  if (FruData::GetFieldDataValue(data, length) != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (FruData::GetFieldDataValue(data, length) != kSuccess) return ReportFruFailure(cfg_status::kBadFruField);
   value.assign(data, data + length);
   return kSuccess;
 }
@@ -97,35 +103,33 @@ Status CCfgFruField::GetValueFromVariable(std::string& value, std::size_t size) 
   CCfgParser::SetLastError(
       "Unable to read the FRU field value from the environment variable '%s', the variable does not exist.",
       sourceName_);
-  Trace("CCfgFruField::Process - The variable does not exist", 1);
-  return cfg_status::kNoVariable;
+  return Fail(kProcessField, "The variable does not exist", cfg_status::kNoVariable);
 }
 
-Status CCfgFruField::GetValueFromFile(const std::string& fileName, std::string& value) {
+Status CCfgFruField::GetValueFromFile(std::string_view fileName, std::string& value) {
   std::u16string path;
   if (!GetFile(Widen(fileName), path, CCfgFileInputCommand::kPathCapacity)) {
     CCfgParser::SetLastError("Unable to retrieve file for FRU field input %s.", fileName);
-    Trace("CCfgFruField::Process - Unable to retrieve file", 1);
-    return cfg_status::kFileNotFound;
+    return Fail(kProcessField, "Unable to retrieve file", cfg_status::kFileNotFound);
   }
   if (GetStringFromFile(Narrow(path), value, kLongestValue, sourceLine_)) return kSuccess;
-  Trace("CCfgFruField::Process - Unable to read the value", 1);
-  return cfg_status::kBadLine;
+  return Fail(kProcessField, "Unable to read the value", cfg_status::kBadLine);
 }
 
 std::size_t CCfgFruField::GetMaxFieldSize() const {
+  TraceScope scope("CCfgFruField::GetMaxFieldSize");
   return IsChassisType() ? kLongestChassisType : kLongestValue;
 }
 
 /// The room for an answer, with its end: what the field holds now and what the area has free besides.
 Status CCfgFruField::LongestAnswer(CCfgFruName& fruName, std::size_t& size) const {
-  if (fruName.SelectFru(false) != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (fruName.SelectFru(false) != kSuccess) return ReportFruFailure(cfg_status::kBadFruField);
   if (Status status = SelectField(*fruName.GetFruArea()); status != kSuccess) return status;
   const std::uint8_t* data = nullptr;
   std::uint32_t length = 0;
   std::uint32_t freeBytes = 0;
   if (FruData::GetFieldDataValue(data, length) != kSuccess || FruData::GetMaxFieldSize(freeBytes) != kSuccess)
-    return Fail(cfg_status::kBadFruField);
+    return ReportFruFailure(cfg_status::kBadFruField);
   // 32-bit arithmetic: an area with less than no room left gives 0.
   std::uint32_t room = length + 1 + freeBytes;
   size = std::min({static_cast<std::size_t>(room), GetMaxFieldSize(), kLongestValue});
@@ -142,15 +146,16 @@ Status CCfgFruField::AskOperator(std::string& value) {
                 std::u16string_view(&digit, 1));
     std::u16string text;
     if (!GetInputString(text, size, true)) {
-      Trace("CCfgFruField::Process - Unable to read the operator's input", 1);
-      return cfg_status::kNoInput;
+      return Fail(kProcessField, "Unable to read the operator's input", cfg_status::kNoInput);
     }
     value = Narrow(text);
     if (!IsValidInput(value)) continue;
     DisplayWide("\nIs this correct: '%s'? ", text);
-    if (ToUpper(ReadYesOrNo()) != 'N') return kSuccess;
+    char answer = ReadYesOrNo();
+    EchoAnswer(answer);
+    if (ToUpper(answer) != 'N') return kSuccess;
   }
-  return cfg_status::kOutOfBlock;
+  return Fail(kProcessField, "No FRUNAME", cfg_status::kOutOfBlock);
 }
 
 bool CCfgFruField::IsValidInput(std::string_view text) const {
@@ -183,29 +188,26 @@ Status CCfgFruField::DoSpecialFieldConversions(std::string& value) const {
     value.assign(1, static_cast<char>(type));
     return kSuccess;
   }
-  Trace("CCfgFruField::DoSpecialFieldConversions - Invalid chassis type", 1);
-  return cfg_status::kBadFruField;
+  return Fail("CCfgFruField::DoSpecialFieldConversions", "Invalid chassis type", cfg_status::kBadFruField);
 }
 
 Status CCfgFruField::AssignValueToFruField(CCfgFruName& fruName, const std::string& value) const {
-  TraceScope scope("CCfgFruField::AssignValueToFruField");
+  TraceScope scope(kAssignValue);
   // The byte of a chassis type is no text of length 1.
   if (value.size() == 1 && !IsChassisType()) {
     CCfgParser::SetLastError(kTooShort, Widen(value));
-    Trace("CCfgFruField::AssignValueToFruField - The value is too short", 1);
-    return cfg_status::kBadFruField;
+    return Fail(kAssignValue, "The value is too short", cfg_status::kBadFruField);
   }
   if (value.size() > GetMaxFieldSize()) {
     CCfgParser::SetLastError(kTooLong, Widen(value), GetMaxFieldSize());
-    Trace("CCfgFruField::AssignValueToFruField - The value is too long", 1);
-    return cfg_status::kBadFruField;
+    return Fail(kAssignValue, "The value is too long", cfg_status::kBadFruField);
   }
-  if (fruName.SelectFru(false) != kSuccess) return Fail(cfg_status::kBadFruField);
+  if (fruName.SelectFru(false) != kSuccess) return ReportFailure(kAssignValue, cfg_status::kBadFruField);
   if (Status status = SelectField(*fruName.GetFruArea()); status != kSuccess) return status;
   std::vector<std::uint8_t> bytes(value.begin(), value.end());
   bytes.push_back(0);
   if (FruData::SetFieldDataValue(bytes.data(), static_cast<std::uint32_t>(value.size())) != kSuccess)
-    return Fail(cfg_status::kBadFruField);
+    return ReportFailure(kAssignValue, cfg_status::kBadFruField);
   fruName.MarkModified();
   return kSuccess;
 }

@@ -52,17 +52,32 @@ void CCfgFruName::Register() {
 }
 
 Status CCfgFruName::ReadFromFile(CFileCfg& file) {
-  TraceScope scope("CCfgFruName::ReadFromFile");
-  std::string name;
-  if (Status status = ReadOneParameter(file, name, cfg_status::kTooManyParameters); status != kSuccess)
+  constexpr const char* kName = "CCfgFruName::ReadFromFile";
+  TraceScope scope(kName);
+  if (Status status = ReadOneParameter(kName, file, cfg_status::kTooManyParameters); status != kSuccess)
     return status;
-  SetName(name);
+  SetName(std::string(FirstParameter()));
   Register();
   return kSuccess;
 }
 
+void CCfgFruName::SetFruAddress(const CCfgFruAddress* command) {
+  TraceScope scope("CCfgFruName::SetFruAddress");
+  addressCommand_ = command;
+}
+
+void CCfgFruName::SetFruArea(CCfgFruArea* area) {
+  TraceScope scope("CCfgFruName::SetFruArea");
+  area_ = area;
+}
+
+CCfgFruArea* CCfgFruName::GetFruArea() const {
+  TraceScope scope("CCfgFruName::GetFruArea");
+  return area_;
+}
+
 Status CCfgFruName::SelectFru(bool source) {
-  TraceScope scope("CCfgFruName::SelectFr");
+  TraceScope scope("CCfgFruName::SelectFru");
   bool fromFile = source && usesFile_;
   FruDeviceAddress address = address_;
   if (addressCommand_ != nullptr && (!source || !usesFile_)) address = addressCommand_->GetAddress();
@@ -78,8 +93,7 @@ Status CCfgFruName::Process() {
   ForgetFruMessage();
   if (GetWideName().empty()) {
     CCfgParser::SetLastError(cfg_message::kNullFileName, "FRU");
-    Trace("CCfgFruName::Process - File name is NULL", 1);
-    return cfg_status::kBadValue;
+    return Fail("CCfgFruName::Process", "File name is NULL", cfg_status::kBadValue);
   }
   HeaderBytes fileHeader{};
   usesFile_ = !EqualsIgnoreCase(GetName(), kSystem);
@@ -134,7 +148,9 @@ Status CCfgFruName::LoadSystem(HeaderBytes& header) {
 
 Status CCfgFruName::AskForWholeFile() {
   DisplayWide("%s", kHeaderQuestion);
-  if (ToUpper(ReadYesOrNo()) != 'N') {
+  char answer = ReadYesOrNo();
+  EchoAnswer(answer);
+  if (ToUpper(answer) != 'N') {
     isWholeFile_ = true;
     Register();
     return kSuccess;
@@ -142,8 +158,8 @@ Status CCfgFruName::AskForWholeFile() {
   CCfgParser::SetLastError(
       "The header in the FRU file '%s' does not match the header in the system FRU.  The FRU cannot be updated.",
       GetWideName());
-  Trace("CCfgFruName::Process - The headers of file and system FRU differ", 1);
-  return cfg_status::kFruLoadFailed;
+  return Fail("CCfgFruName::Process", "The headers of file and system FRU differ",
+              cfg_status::kFruLoadFailed);
 }
 
 bool CCfgFruName::AreAllAreasMentioned() const {
@@ -165,8 +181,7 @@ Status CCfgFruName::Execute() {
     CCfgParser::SetLastError(
         "The configuration file should update all the FRU ares in the file '%s', to avoid corrupting the FRU.",
         GetWideName());
-    Trace("CCfgFruName::Execute - An area of the FRU is not updated", 1);
-    return cfg_status::kFruCommitFailed;
+    return Fail("CCfgFruName::Execute", "An area of the FRU is not updated", cfg_status::kFruCommitFailed);
   }
   if (status == kSuccess) status = FruData::CommitConfigurationToSystem(false);
   if (status == kSuccess) return kSuccess;
@@ -175,7 +190,17 @@ Status CCfgFruName::Execute() {
 }
 
 void CCfgFruName::DebugPrint() {
+  TraceScope scope("CCfgFruName::DebugPrint");
   Print("%s\n", GetName());
+}
+
+void CCfgFruName::Describe(ScriptVisitor& visitor) const {
+  if (!EqualsIgnoreCase(GetName(), kSystem)) visitor.Fact(ScriptFact::FruFile, GetName(), Line());
+}
+
+CommandFamily FruNameCommands() {
+  static constexpr CommandRow kRows[] = {{CommandType{10}, "FRUNAME", "FRUNAME", Create<CCfgFruName>}};
+  return kRows;
 }
 
 }  // namespace varnok

@@ -15,7 +15,6 @@ class CCfgFruArea;
 
 class CCfgFruName : public CCfgCommand, public CCfgFileInputCommand {
  public:
-  CCfgFruName() : CCfgCommand(CommandType::FruName), CCfgFileInputCommand(InputFileKind::Fru) {}
   ~CCfgFruName() override;
 
   Status ReadFromFile(CFileCfg& file) override;
@@ -25,11 +24,13 @@ class CCfgFruName : public CCfgCommand, public CCfgFileInputCommand {
   Status Execute() override;
   void DebugPrint() override;
 
-  void SetFruAddress(const CCfgFruAddress* command) { addressCommand_ = command; }
+  void Describe(ScriptVisitor& visitor) const override;
+
+  void SetFruAddress(const CCfgFruAddress* command);
   bool IsAddressGiven() const { return isAddressGiven_; }
   void MarkAddressGiven() { isAddressGiven_ = true; }
-  void SetFruArea(CCfgFruArea* area) { area_ = area; }
-  CCfgFruArea* GetFruArea() const { return area_; }
+  void SetFruArea(CCfgFruArea* area);
+  CCfgFruArea* GetFruArea() const;
 
   /// Selects the FRU to read from (`source`: the file's image, if the block has a file) or to change.
   Status SelectFru(bool source);

@@ -5,8 +5,24 @@
 #include "app/services/text.h"
 #include "cfg/cfg_parser.h"
 #include "fru/fru_data.h"
+#include "fru/info_area_rows.h"
 
 namespace varnok {
+
+// Scripts reach every field of a chassis, board or product area by one keyword.
+static_assert(
+    [] {
+      for (auto id = static_cast<std::uint32_t>(FruFieldId::ChassisType); FruFieldId{id} != FruFieldId::End;
+           ++id) {
+        int keywords = 0;
+        for (const FruFieldRow& row : kFruFields)
+          for (const std::optional<FruFieldId>& field : {row.chassis, row.board, row.product})
+            keywords += field == FruFieldId{id} ? 1 : 0;
+        if (keywords != 1) return false;
+      }
+      return true;
+    }(),
+    "each number of FruFieldId stands in one column of one row");
 
 std::uint32_t FindFruField(std::string_view keyword) {
   constexpr std::size_t kCompared = 2;
@@ -24,8 +40,10 @@ std::optional<FruFieldId> FixedFruField(const FruFieldRow& row, FruAreaIndex are
 }
 
 std::uint32_t CustomFruFieldOffset(FruAreaIndex area) {
-  if (area == FruAreaIndex::Chassis) return 2;
-  return area == FruAreaIndex::Board ? 5 : 6;
+  const InfoAreaLayout& layout = area == FruAreaIndex::Chassis ? kChassisLayout
+                                 : area == FruAreaIndex::Board ? kBoardLayout
+                                                               : kProductLayout;
+  return layout.FirstCustomIndex() - 1;
 }
 
 Status ReportFruFailure(Status status) {

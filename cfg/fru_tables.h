@@ -12,9 +12,58 @@
 
 namespace varnok {
 
+struct FruFieldRow {
+  const char* keyword;  ///< compared on its first two characters
+  const char* description;
+  std::optional<FruFieldId> chassis;
+  std::optional<FruFieldId> board;
+  std::optional<FruFieldId> product;
+  std::uint32_t bit = 0;  ///< by its place
+};
+
+inline constexpr auto kFruFields = [] {
+  auto rows = std::to_array<FruFieldRow>({
+      {"CT", "Type", FruFieldId::ChassisType, {}, {}},
+      {"MN", "Manufacturer Name", {}, FruFieldId::BoardManufacturer, FruFieldId::ProductManufacturer},
+      {"PN", "Product Name", {}, FruFieldId::BoardProductName, FruFieldId::ProductName},
+      {"P#", "Part Number", FruFieldId::ChassisPartNumber, FruFieldId::BoardPartNumber,
+       FruFieldId::ProductPartNumber},
+      {"S#", "Serial Number", FruFieldId::ChassisSerialNumber, FruFieldId::BoardSerialNumber,
+       FruFieldId::ProductSerialNumber},
+      {"PV", "Product Version", {}, {}, FruFieldId::ProductVersion},
+      {"AT", "Asset Tag", {}, {}, FruFieldId::ProductAssetTag},
+      {"ID", "Manufacturer ID", {}, FruFieldId::BoardFruFileId, FruFieldId::ProductFruFileId},
+      {"MD", "Manufacturer Date & Time", {}, FruFieldId::BoardMfgDateTime, {}},
+      {"AMx", "Additional Manufacturer Field", {}, {}, {}},
+  });
+  for (std::size_t place = 0; place < rows.size(); ++place) rows[place].bit = std::uint32_t{1} << place;
+  return rows;
+}();
+static_assert(kFruFields.size() <= 32, "a field has a bit of its own");
+
+/// The places of the fields that have rules of their own.
+namespace fru_field {
+constexpr std::uint32_t PlaceOf(std::string_view keyword) {
+  std::uint32_t place = 0;
+  while (place < kFruFields.size() && kFruFields[place].keyword != keyword) ++place;
+  return place;
+}
+inline constexpr std::uint32_t kChassisType = PlaceOf("CT");
+inline constexpr std::uint32_t kMfgDate = PlaceOf("MD");
+inline constexpr std::uint32_t kCustom = PlaceOf("AMx");
+inline constexpr std::uint32_t kNone = PlaceOf({});
+}  // namespace fru_field
+
+/// The bits of the fields that an area has: those of its column, and the custom fields.
+constexpr std::uint32_t FruFieldMask(std::optional<FruFieldId> FruFieldRow::*column) {
+  std::uint32_t mask = kFruFields[fru_field::kCustom].bit;
+  for (const FruFieldRow& row : kFruFields) mask |= row.*column ? row.bit : 0;
+  return mask;
+}
+
 /// The places of the areas in kFruAreas.
 enum class FruAreaIndex : std::uint32_t { Header, InternalUse, Chassis, Board, Product, MultiRec, None };
-inline constexpr std::size_t kFruAreaCount = 6;
+inline constexpr std::size_t kFruAreaCount = static_cast<std::size_t>(FruAreaIndex::None);
 
 struct FruAreaRow {
   const char* keyword;
@@ -25,42 +74,10 @@ struct FruAreaRow {
 inline constexpr std::array<FruAreaRow, kFruAreaCount> kFruAreas{{
     {"Header", 0, FruAreaId::CommonHeaderArea},
     {"InternalUse", 0, FruAreaId::InternalUseArea},
-    {"Chassis", 0x219, FruAreaId::ChassisInfoArea},
-    {"Board", 0x39E, FruAreaId::BoardInfoArea},
-    {"Product", 0x2FE, FruAreaId::ProductInfoArea},
+    {"Chassis", FruFieldMask(&FruFieldRow::chassis), FruAreaId::ChassisInfoArea},
+    {"Board", FruFieldMask(&FruFieldRow::board), FruAreaId::BoardInfoArea},
+    {"Product", FruFieldMask(&FruFieldRow::product), FruAreaId::ProductInfoArea},
     {"MultiRec", 0, FruAreaId::MultiRecordArea},
-}};
-
-/// The places of the fields that have rules of their own.
-namespace fru_field {
-inline constexpr std::uint32_t kChassisType = 0;
-inline constexpr std::uint32_t kMfgDate = 8;
-inline constexpr std::uint32_t kCustom = 9;
-inline constexpr std::uint32_t kNone = 10;
-}  // namespace fru_field
-
-struct FruFieldRow {
-  const char* keyword;  ///< compared on its first two characters
-  std::uint32_t bit;
-  const char* description;
-  std::optional<FruFieldId> chassis;
-  std::optional<FruFieldId> board;
-  std::optional<FruFieldId> product;
-};
-
-inline constexpr std::array<FruFieldRow, 10> kFruFields{{
-    {"CT", 0x1, "Type", FruFieldId::ChassisType, {}, {}},
-    {"MN", 0x2, "Manufacturer Name", {}, FruFieldId::BoardManufacturer, FruFieldId::ProductManufacturer},
-    {"PN", 0x4, "Product Name", {}, FruFieldId::BoardProductName, FruFieldId::ProductName},
-    {"P#", 0x8, "Part Number", FruFieldId::ChassisPartNumber, FruFieldId::BoardPartNumber,
-     FruFieldId::ProductPartNumber},
-    {"S#", 0x10, "Serial Number", FruFieldId::ChassisSerialNumber, FruFieldId::BoardSerialNumber,
-     FruFieldId::ProductSerialNumber},
-    {"PV", 0x20, "Product Version", {}, {}, FruFieldId::ProductVersion},
-    {"AT", 0x40, "Asset Tag", {}, {}, FruFieldId::ProductAssetTag},
-    {"ID", 0x80, "Manufacturer ID", {}, FruFieldId::BoardFruFileId, FruFieldId::ProductFruFileId},
-    {"MD", 0x100, "Manufacturer Date & Time", {}, FruFieldId::BoardMfgDateTime, {}},
-    {"AMx", 0x200, "Additional Manufacturer Field", {}, {}, {}},
 }};
 
 /// The place of the field whose keyword the text begins with, in any case; fru_field::kNone for none.

@@ -1,7 +1,7 @@
 // The messages that several commands share.
 #pragma once
 
-#include <string_view>
+#include <cstdint>
 
 namespace varnok::cfg_message {
 
@@ -27,6 +27,8 @@ inline constexpr const char* kNoFruArea = "FRUFIELD command found without matchi
 inline constexpr const char* kNotHexadecimal =
     "%s is not a valid input for the %s command.  The value must be a valid hexidecimal number.";
 
+/// The bus that stands for none; it goes with the BMC's own address only.
+inline constexpr std::uint8_t kNoBus = 0xFF;
 inline constexpr const char* kBadBus = "The bus address %02X is not valid with the slave address %02X.";
 
 }  // namespace varnok::cfg_message

@@ -3,7 +3,6 @@
 
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
-#include "cfg/sdr_commands.h"
 #include "platform/fw_update.h"
 
 namespace varnok {
@@ -12,7 +11,6 @@ void CCfgParser::AddUpdateCommand(CCfgCommand& command, CCfgFileInputCommand* fi
   TraceScope scope("CCfgParser::AddUpdateCommand");
   bool isSdrName = command.Type() == CommandType::SdrName;
   if (isSdrName && replace) RemoveFirstSdrName();
-  if (command.Type() == CommandType::FruName) hasFruUpdate_ = true;
   updates_.push_back(
       {&command, file == nullptr ? updateFiles_.end() : updateFiles_.insert(updateFiles_.end(), file)});
   if (isSdrName) sdrUpdates_.push_back(std::prev(updates_.end()));
@@ -36,25 +34,19 @@ void CCfgParser::ForgetUpdates() {
   ClearUpdateFileList();
   sdrUpdates_.clear();
   updates_.clear();
-  hasFruUpdate_ = false;
-}
-
-bool CCfgParser::IsWriteFirst(const CCfgCommand& command) {
-  return command.Type() == CommandType::SdrName && static_cast<const CCfgSdrName&>(command).IsWriteFirst();
 }
 
 Status CCfgParser::Execute() {
   TraceScope scope("CCfgParser::Execute");
   if (!isProcessed_) {
-    Trace("CCfgParser::Execute - Commands are not processed", 1);
-    return cfg_status::kCommitRefused;
+    return Fail("CCfgParser::Execute", "Commands are not processed", cfg_status::kCommitRefused);
   }
   isRefreshRequested_ = false;
   Status status = ExecuteWriteFirst();
   if (status == kSuccess) status = ExecuteOthers();
   if (isRefreshRequested_ && FwUpdate::BmcRefresh() != kSuccess) {
-    Trace("CCfgParser::Execute - Unable to process commands since BmcRefreshfailed", 1);
-    return cfg_status::kCommitRefused;
+    return Fail("CCfgParser::Execute", "Unable to process commands since BmcRefreshfailed",
+                cfg_status::kCommitRefused);
   }
   return status;
 }
@@ -64,10 +56,9 @@ Status CCfgParser::ExecuteWriteFirst() {
   // Entries moved to the end are not met again.
   for (std::size_t left = updates_.size(); left > 0; --left) {
     auto current = update++;
-    if (IsWriteFirst(*current->command)) {
+    if (current->command->IsWriteFirst()) {
       if (Status status = current->command->Execute(); status != kSuccess) {
-        Trace("CCfgParser::Execute - Unable to execute command", 1);
-        return status;
+        return Fail("CCfgParser::Execute", "Unable to execute command", status);
       }
     } else if (current->command->Type() == CommandType::SdrName && std::next(current) != updates_.end()) {
       updates_.splice(updates_.end(), updates_, current);
@@ -78,11 +69,10 @@ Status CCfgParser::ExecuteWriteFirst() {
 
 Status CCfgParser::ExecuteOthers() {
   for (const Update& update : updates_) {
-    if (IsWriteFirst(*update.command)) continue;
+    if (update.command->IsWriteFirst()) continue;
     if (update.command->Type() == CommandType::BmcRefresh) isRefreshRequested_ = true;
     if (Status status = update.command->Execute(); status != kSuccess) {
-      Trace("CCfgParser::Execute - Unable to execute command", 1);
-      return status;
+      return Fail("CCfgParser::Execute", "Unable to execute command", status);
     }
   }
   return kSuccess;

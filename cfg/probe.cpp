@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
@@ -12,66 +13,75 @@
 namespace varnok {
 namespace {
 
+constexpr const char* kProbeKeyword = "PROBE";
 constexpr const char* kFoundKeyword = "FOUND";
-constexpr std::uint8_t kNoBus = 0xFF;
+constexpr const char* kCreateProbe = "CCfgProbe::CreateProbe";
+constexpr const char* kReadProbe = "CCfgProbe::ReadFromFile";
 
 Status RefuseProbe(std::string_view keyword, const char* text) {
   CCfgParser::SetLastError(text, keyword);
-  Trace("CCfgProbe::CreateProbe - Unable to create probe %s", 1, keyword);
+  Trace("%s - Unable to create probe %s", 1, kCreateProbe, keyword);
   return cfg_status::kBadProbeType;
 }
 
 }  // namespace
 
+/// FOUND: turns the answer of the PROBE before it into a tag.
+class CCfgFound : public CCfgCommand {
+ public:
+  Status ReadFromFile(CFileCfg& file) override;
+  /// Sets the tag of the answer; a "no" without a second tag sets none.
+  Status Process() override;
+  void DebugPrint() override;
+  /// False: a FOUND that no PROBE has read is out of place.
+  bool IsValidCommandLocation() override;
+  void Describe(ScriptVisitor& visitor) const override;
+
+  void SetFound(bool isFound) { isFound_ = isFound; }
+
+ private:
+  bool isFound_ = false;
+  std::string_view foundTag_;
+  std::string_view notFoundTag_;  ///< without text when there is none
+};
+
 // --- Reading ---
 
 Status CCfgProbe::CreateProbe(CFileCfg& file, PoolPtr<CCfgCommand>& command, CCfgParser* parser) {
-  TraceScope scope("CCfgProbe::CreateProbe");
+  TraceScope scope(kCreateProbe);
   if (parser == nullptr) {
     CCfgParser::SetLastError(cfg_message::kInternalError, cfg_message::kModuleName, "CreateProbe");
-    Trace("CCfgProbe::CreateProbe - Value of p_parser is NULL", 1);
-    return cfg_status::kNoParser;
+    return Fail(kCreateProbe, "Value of p_parser is NULL", cfg_status::kNoParser);
   }
-  std::string keyword;
+  std::string_view keyword;
   if (!file.GetNextInput(keyword, kLineCapacity)) {
-    CCfgParser::SetLastError(cfg_message::kMissingParameter, CommandName(CommandType::Probe), "first");
-    Trace("CCfgProbe::CreateProbe - No probe keyword", 1);
-    return cfg_status::kTooManyParameters;
+    CCfgParser::SetLastError(cfg_message::kMissingParameter, kProbeKeyword, "first");
+    return Fail(kCreateProbe, "No probe keyword", cfg_status::kTooManyParameters);
   }
-  auto rows = ProbeRows();
-  auto row = std::find_if(rows.begin(), rows.end(), [&keyword](const ProbeRow& each) {
-    return EqualsIgnoreCase(keyword, each.keyword);
-  });
-  if (row == rows.end()) return RefuseProbe(keyword, "'%s' is not a valid probe type.");
+  const ProbeRow* row = FindProbe(keyword);
+  if (row == nullptr) return RefuseProbe(keyword, "'%s' is not a valid probe type.");
   PoolPtr<CCfgProbe> probe = row->make();
   if (probe == nullptr)
     return RefuseProbe(keyword, "Unrecoverable internal error: Failed to create PROBE command.");
-  probe->type_ = row->type;
+  probe->probeRow_ = row;
   command = std::move(probe);
   return kSuccess;
 }
 
-const char* CCfgProbe::ClassName() const {
-  auto index = static_cast<std::size_t>(type_);
-  return index < ProbeRows().size() ? ProbeRows()[index].className : "CCfgProbe";
-}
-
 Status CCfgProbe::ReadFromFile(CFileCfg& file) {
-  TraceScope scope("CCfgProbe::ReadFromFile");
+  TraceScope scope(kReadProbe);
   Status status = ReadParameters(file);
   if (status == kSuccess) status = ReadFound(file);
-  if (status != kSuccess) Trace("CCfgProbe::ReadFromFile - Unable to read the PROBE command", 1);
-  return status;
+  return status == kSuccess ? kSuccess : Fail(kReadProbe, "Unable to read the PROBE command", status);
 }
 
 Status CCfgProbe::ReadParameters(CFileCfg& file) {
-  std::string rest;
-  if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
-  std::string_view cursor = rest;
-  std::string token;
+  std::string_view cursor, token;
+  if (!ReadLineFromFile(file, cursor)) return cfg_status::kBadLine;
   while (!cursor.empty() && GetNextInput(cursor, token)) parameters_.push_back(token);
   // What is no word must not leave the probe with fewer parameters than were written.
-  if (Status status = RefuseExtra(cursor, cfg_status::kBadLine); status != kSuccess) return status;
+  if (Status status = RefuseExtra(kReadProbe, cursor, cfg_status::kBadLine); status != kSuccess)
+    return status;
   TraceScope scope(ClassName(), "ValidateParams");
   Status status = ValidateParams();
   if (status != kSuccess) Trace("%s::ValidateParams - Invalid parameters", 1, ClassName());
@@ -79,7 +89,7 @@ Status CCfgProbe::ReadParameters(CFileCfg& file) {
 }
 
 Status CCfgProbe::ReadFound(CFileCfg& file) {
-  std::string keyword;
+  std::string_view keyword;
   bool isRead = file.GetFirstInput(keyword, kLineCapacity);
   file.SetCurrentLineNumber(file.GetCurrentLineNumber());
   if (!isRead || !EqualsIgnoreCase(keyword, kFoundKeyword)) return kSuccess;
@@ -113,10 +123,13 @@ Status CCfgProbe::ProcessFound() {
   return found_ != nullptr ? found_->Process() : kSuccess;
 }
 
+void CCfgProbe::Describe(ScriptVisitor& visitor) const {
+  if (found_ != nullptr) found_->Describe(visitor);
+}
+
 const char* CCfgProbe::GetProbeDisplayName() const {
   TraceScope scope("CCfgProbe::GetProbeDisplayName");
-  auto index = static_cast<std::size_t>(type_);
-  return index < ProbeRows().size() ? ProbeRows()[index].keyword : nullptr;
+  return probeRow_->keyword;
 }
 
 // --- Checks ---
@@ -165,7 +178,7 @@ Status CCfgProbe::CheckDevice(std::uint8_t bus, std::uint8_t slave) {
     CCfgParser::SetLastError("The device address %02X is not even.", slave);
     return cfg_status::kBadValue;
   }
-  if (bus == kNoBus && slave != kBmcAddress) {
+  if (bus == cfg_message::kNoBus && slave != kBmcAddress) {
     CCfgParser::SetLastError(cfg_message::kBadBus, bus, slave);
     return cfg_status::kBadValue;
   }
@@ -201,6 +214,54 @@ Status CCfgProbe::AnswerWithoutRecord(bool& isFound) {
   (void)SmbiosGetLastErrorMessage(text);  // cannot fail
   CCfgParser::SetLastError("%s", text != nullptr ? text : u"");
   return kSuccess;
+}
+
+// --- FOUND ---
+
+Status CCfgFound::ReadFromFile(CFileCfg& file) {
+  constexpr const char* kName = "CCfgFound::ReadFromFile";
+  TraceScope scope(kName);
+  std::string_view cursor;
+  if (Status status = ReadLine(kName, file, cursor); status != kSuccess) return status;
+  if (!GetNextInput(cursor, foundTag_)) return MissingParameter(kName, "first", cfg_status::kBadLine);
+  if (!IsBufferEmpty(cursor)) (void)GetNextInput(cursor, notFoundTag_);
+  return RefuseExtra(kName, cursor, cfg_status::kTooManyParameters);
+}
+
+Status CCfgFound::Process() {
+  TraceScope scope("CCfgFound::Process");
+  std::string_view tag = isFound_ ? foundTag_ : notFoundTag_;
+  if (tag.data() != nullptr && parser_ != nullptr) parser_->SetTag(tag);
+  return kSuccess;
+}
+
+bool CCfgFound::IsValidCommandLocation() {
+  TraceScope scope("CCfgFound::IsValidCommandLocation");
+  CCfgParser::SetLastError("Command %s can not be used here, it must directly follow a PROBE command.",
+                           GetDisplayName());
+  Trace("CCfgFound::IsValidCommandLocation - FOUND without PROBE", 1);
+  return false;
+}
+
+void CCfgFound::DebugPrint() {
+  TraceScope scope("CCfgFound::DebugPrint");
+  Print("FOUND");
+  if (foundTag_.data() != nullptr) Print(":\t%s", foundTag_);
+  if (notFoundTag_.data() != nullptr) Print("\t%s", notFoundTag_);
+  Print("\n");
+}
+
+void CCfgFound::Describe(ScriptVisitor& visitor) const {
+  visitor.Fact(ScriptFact::SetsTagOnYes, foundTag_, Line());
+  if (notFoundTag_.data() != nullptr) visitor.Fact(ScriptFact::SetsTagOnNo, notFoundTag_, Line());
+}
+
+CommandFamily ProbeCommands() {
+  static constexpr CommandRow kRows[] = {
+      {CommandType{19}, kProbeKeyword, kProbeKeyword, CCfgProbe::CreateProbe},
+      {CommandType::Found, kFoundKeyword, kFoundKeyword, Create<CCfgFound>},
+  };
+  return kRows;
 }
 
 }  // namespace varnok

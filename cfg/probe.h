@@ -1,6 +1,7 @@
 // PROBE: asks the hardware a yes/no question, which the FOUND on the next line turns into a tag. CCfgProbe is
 // the base of the probe types: it creates the one that the keyword names, owns the parameters and the FOUND,
-// and offers the checks and queries that the types share. A type is one class with two operations:
+// and offers the checks and queries that the types share. A type is one class with two operations, and a row
+// in its family's table:
 //
 //   class CCfgProbePing : public CCfgProbe {
 //     Status ValidateParams() override;       // when the line is read: check and convert the parameters
@@ -11,21 +12,20 @@
 #include <array>
 #include <cstdint>
 #include <initializer_list>
-#include <string>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "cfg/cfg_command.h"
-#include "cfg/found_command.h"
-#include "cfg/probe_type.h"
+#include "cfg/probe_table.h"
 #include "platform/ipmi.h"
 
 namespace varnok {
 
+class CCfgFound;
+
 class CCfgProbe : public CCfgCommand {
  public:
-  CCfgProbe() : CCfgCommand(CommandType::Probe) {}
-
   /// Makes the probe type whose keyword stands next on the line. kTooManyParameters without a keyword,
   /// kBadProbeType for an unknown one or without memory, kNoParser.
   static Status CreateProbe(CFileCfg& file, PoolPtr<CCfgCommand>& command, CCfgParser* parser);
@@ -36,11 +36,12 @@ class CCfgProbe : public CCfgCommand {
   Status Process() override;
   /// Checks and converts the parameters; sets the message when it refuses them.
   virtual Status ValidateParams() = 0;
+  void Describe(ScriptVisitor& visitor) const override;
 
   void SetFound(bool isFound);
   Status ProcessFound();
-  ProbeType GetProbeType() const { return type_; }
-  /// The keyword; null before the type is known.
+  ProbeType GetProbeType() const { return probeRow_ != nullptr ? probeRow_->type : ProbeType::None; }
+  /// The keyword.
   const char* GetProbeDisplayName() const;
 
   // Queries. A hardware that does not answer is an answer: no. The status is 0 unless the arguments are of no
@@ -48,7 +49,7 @@ class CCfgProbe : public CCfgCommand {
 
   /// Asks the BMC for a key's value (net function 32h, command 10h); kBadValue for a key of 0 or more than 12
   /// characters or an empty value.
-  Status ProbeKeyValue(const char* key, const char* value, bool& isFound);
+  Status ProbeKeyValue(std::string_view key, std::string_view value, bool& isFound);
   /// Whether a device on a private bus of the BMC acknowledges its address (IPMI v2.0, section 22.11).
   Status ProbeFruDevice(std::uint8_t bus, std::uint8_t slave, std::uint8_t lun, bool& isFound);
   /// Whether an IPMI FRU with a right common header is there; the kind of storage is the probe type's.
@@ -62,6 +63,8 @@ class CCfgProbe : public CCfgCommand {
   /// the transport's result. Takes up to minutes when nothing answers.
   Status ProcessSendMessage(const IpmiMessage& message, IpmiMessage& response, std::uint8_t channel,
                             std::uint8_t target);
+  /// What makes the sum of the bytes 0.
+  static std::uint8_t CalculateChecksum(std::span<const std::uint8_t> bytes);
 
  protected:
   /// Works out the answer. A status other than 0 ends the script's processing.
@@ -70,8 +73,8 @@ class CCfgProbe : public CCfgCommand {
   // Parameters. Each check sets the message that is the same for all types.
 
   std::size_t Count() const { return parameters_.size(); }
-  const std::string& Parameter(std::size_t index) const { return parameters_[index]; }
-  const std::vector<std::string>& Parameters() const { return parameters_; }
+  std::string_view Parameter(std::size_t index) const { return parameters_[index]; }
+  std::span<const std::string_view> Tokens() const { return parameters_; }
   void DropFirstParameter() { parameters_.erase(parameters_.begin()); }
 
   Status RefuseCount() const;
@@ -87,6 +90,9 @@ class CCfgProbe : public CCfgCommand {
   static Status CheckDevice(std::uint8_t bus, std::uint8_t slave);
 
   // Requests to the BMC.
+
+  /// OEM requests about the board that the BMC sits on.
+  static constexpr std::uint8_t kBoardNetFunction = 0x30;
 
   /// A transport result as a status. Its bits stay 32: sign-extended they would look like the engine's own,
   /// and a failed probe would end the script with an error level.
@@ -105,13 +111,15 @@ class CCfgProbe : public CCfgCommand {
   std::array<std::uint8_t, 6> p_{};  ///< converted parameters, in their order
 
  private:
+  static bool WrapRequest(const IpmiMessage& request, std::uint8_t channel, std::uint8_t target,
+                          std::uint8_t sequence, IpmiMessage& sendMessage);
   Status ReadParameters(CFileCfg& file);
   Status ReadFound(CFileCfg& file);
-  const char* ClassName() const;
+  const char* ClassName() const { return probeRow_->className; }
 
-  std::vector<std::string> parameters_;
+  std::vector<std::string_view> parameters_;
   PoolPtr<CCfgCommand> found_;  ///< a CCfgFound or null
-  ProbeType type_ = ProbeType::None;
+  const ProbeRow* probeRow_ = nullptr;
 };
 
 }  // namespace varnok

@@ -1,17 +1,16 @@
-#include "cfg/probe_board.h"
-
+// Probes for what the board is: HWID, SYSTEM, BOARD_ID, DIMM, BIOSVER, BASEBOARD_PRODID, BASEBOARD_REVID.
 #include <algorithm>
 
 #include "app/services/scan.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
+#include "cfg/probe.h"
 #include "platform/smbios.h"
 
 namespace varnok {
 namespace {
 
-constexpr std::uint8_t kOem = 0x30;
 constexpr std::uint8_t kGetProductId = 0x93;
 constexpr std::uint8_t kGetRevisionId = 0x94;
 constexpr int kDots = 5;  // in front of the part of the BIOS version that counts
@@ -23,6 +22,7 @@ bool IsLetterOrDigit(char character) {
 
 /// The part of a BIOS version between its fifth and sixth dot; empty when it has no fifth.
 std::string_view ExtractBiosVersion(std::string_view version) {
+  TraceScope scope("CCfgProbeBiosVer::ExtractBiosVersion");
   for (int i = 0; i < kDots; ++i) {
     std::size_t dot = version.find('.');
     version.remove_prefix(dot == version.npos ? version.size() : dot + 1);
@@ -45,7 +45,71 @@ bool MatchBiosVersion(std::string_view spec, std::int32_t version, bool& isMatch
   return true;
 }
 
-}  // namespace
+// Kept: never found; scripts of boards that had hardware IDs still run.
+class CCfgProbeHwId : public CCfgProbe {
+ public:
+  Status ValidateParams() override;
+
+ protected:
+  Status Ask(bool& isFound) override;
+};
+
+/// The first word of the SMBIOS board product.
+class CCfgProbeSystem : public CCfgProbe {
+ public:
+  Status ValidateParams() override { return RequireCount(1, 1); }
+
+ protected:
+  Status Ask(bool& isFound) override;
+};
+
+/// The last character of the SMBIOS board product.
+class CCfgProbeBoardId : public CCfgProbe {
+ public:
+  Status ValidateParams() override;
+
+ protected:
+  Status Ask(bool& isFound) override;
+};
+
+/// The size of the largest memory module.
+class CCfgProbeDimm : public CCfgProbe {
+ public:
+  Status ValidateParams() override;
+
+ protected:
+  Status Ask(bool& isFound) override;
+
+ private:
+  std::int32_t size_ = 0;
+};
+
+/// The sixth part of the SMBIOS BIOS version, against numbers and ranges.
+class CCfgProbeBiosVer : public CCfgProbe {
+ public:
+  Status ValidateParams() override;
+
+ protected:
+  Status Ask(bool& isFound) override;
+};
+
+/// The base board's product ID, which the BMC knows.
+class CCfgProbeProdId : public CCfgProbe {
+ public:
+  Status ValidateParams() override { return ReadExactly(1); }
+
+ protected:
+  Status Ask(bool& isFound) override;
+};
+
+/// The base board's revision ID, which the BMC knows.
+class CCfgProbeRevId : public CCfgProbe {
+ public:
+  Status ValidateParams() override { return ReadExactly(1); }
+
+ protected:
+  Status Ask(bool& isFound) override;
+};
 
 // --- HWID ---
 
@@ -118,7 +182,7 @@ Status CCfgProbeBiosVer::Ask(bool& isFound) {
   std::int32_t version = 0;
   if (Scan(part, "%d", &version) != 1) return RefuseValue(part);
   isFound = false;
-  for (const std::string& spec : Parameters()) {
+  for (std::string_view spec : Tokens()) {
     bool isMatch = false;
     if (!MatchBiosVersion(spec, version, isMatch)) return RefuseValue(spec);
     isFound = isFound || isMatch;
@@ -130,7 +194,8 @@ Status CCfgProbeBiosVer::Ask(bool& isFound) {
 
 Status CCfgProbeProdId::Ask(bool& isFound) {
   IpmiMessage response;
-  if (Status status = AskBmc(kOem, kGetProductId, {}, response); status != kSuccess) return status;
+  if (Status status = AskBmc(kBoardNetFunction, kGetProductId, {}, response); status != kSuccess)
+    return status;
   if (ByteAt(response, 0) == 0) {
     CCfgParser::SetLastError("Invalid Base board product ID '0' detected.");
     return cfg_status::kNoProductId;
@@ -141,10 +206,26 @@ Status CCfgProbeProdId::Ask(bool& isFound) {
 
 Status CCfgProbeRevId::Ask(bool& isFound) {
   IpmiMessage response;
-  if (Status status = AskBmc(kOem, kGetRevisionId, {}, response); status != kSuccess) return status;
+  if (Status status = AskBmc(kBoardNetFunction, kGetRevisionId, {}, response); status != kSuccess)
+    return status;
   if (ByteAt(response, 0) == 0) return cfg_status::kBadValue;
   isFound = ByteAt(response, 0) == p_[0];
   return kSuccess;
+}
+
+}  // namespace
+
+ProbeFamily BoardProbes() {
+  static constexpr ProbeRow kRows[] = {
+      {ProbeType{0}, "HWID", "CCfgProbeHwId", MakeProbe<CCfgProbeHwId>},
+      {ProbeType{1}, "SYSTEM", "CCfgProbeSystem", MakeProbe<CCfgProbeSystem>},
+      {ProbeType{2}, "BOARD_ID", "CCfgProbeBoardId", MakeProbe<CCfgProbeBoardId>},
+      {ProbeType{3}, "DIMM", "CCfgProbeDimm", MakeProbe<CCfgProbeDimm>},
+      {ProbeType{11}, "BIOSVER", "CCfgProbeBiosVer", MakeProbe<CCfgProbeBiosVer>},
+      {ProbeType{20}, "BASEBOARD_PRODID", "CCfgProbeProdId", MakeProbe<CCfgProbeProdId>},
+      {ProbeType{21}, "BASEBOARD_REVID", "CCfgProbeRevId", MakeProbe<CCfgProbeRevId>},
+  };
+  return kRows;
 }
 
 }  // namespace varnok

@@ -1,10 +1,11 @@
-#include "cfg/probe_fru.h"
-
+// Probes for FRU devices and their fields: IMBDEVICE, DS1624S and AT24C02; FRUFIELD.
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
 #include "cfg/fru_area_command.h"
 #include "cfg/fru_name_command.h"
+#include "cfg/fru_tables.h"
+#include "cfg/probe.h"
 #include "fru/fru_data.h"
 
 namespace varnok {
@@ -12,7 +13,37 @@ namespace {
 
 constexpr std::size_t kCodeLength = 2;
 
-}  // namespace
+/// Whether a device holds an IPMI FRU; the keyword is its kind of storage.
+class CCfgProbeNvsType : public CCfgProbe {
+ public:
+  Status ValidateParams() override;
+
+ protected:
+  Status Ask(bool& isFound) override;
+
+ private:
+  std::uint8_t deviceId_ = 0;
+  std::uint8_t lun_ = 0;
+  std::uint8_t bus_ = 0xFF;
+  std::uint8_t slave_ = kBmcAddress;
+};
+
+/// Whether a field of the FRUAREA that the script has selected begins with a text.
+class CCfgProbeFru : public CCfgProbe {
+ public:
+  Status ValidateParams() override;
+
+ protected:
+  Status Ask(bool& isFound) override;
+
+ private:
+  bool IsInArea() const;
+  Status SelectField() const;
+
+  std::uint32_t field_ = fru_field::kNone;
+  const CCfgFruName* fruName_ = nullptr;  ///< the block that the probe was read in, never looked into
+  bool hasArea_ = false;                  ///< a FRUAREA of it stands before the probe
+};
 
 // --- IMBDEVICE, DS1624S, AT24C02 ---
 
@@ -41,7 +72,7 @@ Status CCfgProbeNvsType::Ask(bool& isFound) {
 
 Status CCfgProbeFru::ValidateParams() {
   if (Status status = RequireCount(2, 2); status != kSuccess) return status;
-  const std::string& code = Parameter(0);
+  std::string_view code = Parameter(0);
   if (code.size() != kCodeLength) {
     CCfgParser::SetLastError("\nThe input '%s' is invalid, the string cannot be longer than %d characters.\n",
                              Widen(code), kCodeLength);
@@ -64,6 +95,7 @@ bool CCfgProbeFru::IsInArea() const {
 }
 
 Status CCfgProbeFru::SelectField() const {
+  TraceScope scope("CCfgProbeFru::SelectField");
   CCfgFruArea& area = *parser_->CurrentFruName()->GetFruArea();
   Status status = FruData::SelectAreaEnum(area.Id());
   if (status != kSuccess) return status;
@@ -89,10 +121,22 @@ Status CCfgProbeFru::Ask(bool& isFound) {
   std::uint32_t length = 0;
   if (Status status = FruData::GetFieldDataValue(data, length); status != kSuccess)
     return ReportFruFailure(status);
-  const std::string& text = Parameter(1);
+  std::string_view text = Parameter(1);
   std::string value(data, data + length);
   isFound = EqualsIgnoreCase(std::string_view(value).substr(0, text.size()), text);
   return kSuccess;
+}
+
+}  // namespace
+
+ProbeFamily FruProbes() {
+  static constexpr ProbeRow kRows[] = {
+      {ProbeType::ImbDevice, "IMBDEVICE", "CCfgProbeNvsType", MakeProbe<CCfgProbeNvsType>},
+      {ProbeType::Ds1624s, "DS1624S", "CCfgProbeNvsType", MakeProbe<CCfgProbeNvsType>},
+      {ProbeType::At24c02, "AT24C02", "CCfgProbeNvsType", MakeProbe<CCfgProbeNvsType>},
+      {ProbeType{22}, "FRUFIELD", "CCfgProbeFru", MakeProbe<CCfgProbeFru>},
+  };
+  return kRows;
 }
 
 }  // namespace varnok

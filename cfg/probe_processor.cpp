@@ -1,13 +1,14 @@
-#include "cfg/probe_processor.h"
-
+// Probes for one processor socket: PROCESSOR, PROCESSOR_FAMILY_MODEL, PROCESSOR_CORES, PROCESSOR_TDC. The
+// first parameter of each is the socket; its SMBIOS record is looked up before the probe's own question.
 #include "cfg/cfg_parser.h"
+#include "cfg/probe.h"
 #include "platform/smbios.h"
+#include "platform/smbios_records.h"
 
 namespace varnok {
 namespace {
 
 constexpr std::uint8_t kMostSockets = 8;
-constexpr std::uint8_t kOem = 0x30;
 constexpr std::uint8_t kGetProcessorTdc = 0x97;
 
 // Two processors share each of these signatures; family and upgrade of their records tell them apart.
@@ -17,7 +18,58 @@ std::uint32_t Bits(std::uint32_t number, unsigned low, unsigned count) {
   return number >> low & ((1u << count) - 1);
 }
 
-}  // namespace
+class CCfgSocketProbe : public CCfgProbe {
+ protected:
+  /// Reads the socket number into p_[0] and checks its range.
+  Status ReadSocket();
+  /// Exactly two hexadecimal parameters, the first of them the socket.
+  Status ReadSocketAndByte();
+  /// The processor's record; a failed look-up answers no.
+  Status Ask(bool& isFound) final;
+  virtual Status AskProcessor(const SmbiosProcessor& processor, bool& isFound) = 0;
+};
+
+/// Whether the socket is populated, or holds a processor of this signature.
+class CCfgProbeProcessor : public CCfgSocketProbe {
+ public:
+  Status ValidateParams() override;
+
+ protected:
+  Status AskProcessor(const SmbiosProcessor& processor, bool& isFound) override;
+
+ private:
+  Status AskSignature(const SmbiosProcessor& processor, bool& isFound) const;
+  void RecordPlatform(const SmbiosProcessor& processor) const;
+};
+
+class CCfgProbeProcFamMod : public CCfgSocketProbe {
+ public:
+  Status ValidateParams() override;
+
+ protected:
+  Status AskProcessor(const SmbiosProcessor& processor, bool& isFound) override;
+
+ private:
+  std::uint16_t family_ = 0;
+  std::uint16_t model_ = 0;
+};
+
+class CCfgProbeProcCores : public CCfgSocketProbe {
+ public:
+  Status ValidateParams() override { return ReadSocketAndByte(); }
+
+ protected:
+  Status AskProcessor(const SmbiosProcessor& processor, bool& isFound) override;
+};
+
+/// The processor's thermal design class, which the BMC knows.
+class CCfgProbeProcessorTdc : public CCfgSocketProbe {
+ public:
+  Status ValidateParams() override { return ReadSocketAndByte(); }
+
+ protected:
+  Status AskProcessor(const SmbiosProcessor& processor, bool& isFound) override;
+};
 
 Status CCfgSocketProbe::ReadSocket() {
   if (Status status = ReadBytes(1); status != kSuccess) return status;
@@ -126,9 +178,22 @@ Status CCfgProbeProcCores::AskProcessor(const SmbiosProcessor& processor, bool& 
 
 Status CCfgProbeProcessorTdc::AskProcessor(const SmbiosProcessor& processor, bool& isFound) {
   IpmiMessage response;
-  if (Status status = AskBmc(kOem, kGetProcessorTdc, {p_[0]}, response); status != kSuccess) return status;
+  if (Status status = AskBmc(kBoardNetFunction, kGetProcessorTdc, {p_[0]}, response); status != kSuccess)
+    return status;
   isFound = processor.IsPopulated() && ByteAt(response, 0) == p_[1];
   return kSuccess;
+}
+
+}  // namespace
+
+ProbeFamily ProcessorProbes() {
+  static constexpr ProbeRow kRows[] = {
+      {ProbeType{7}, "PROCESSOR", "CCfgProbeProcessor", MakeProbe<CCfgProbeProcessor>},
+      {ProbeType{17}, "PROCESSOR_FAMILY_MODEL", "CCfgProbeProcFamMod", MakeProbe<CCfgProbeProcFamMod>},
+      {ProbeType{18}, "PROCESSOR_CORES", "CCfgProbeProcCores", MakeProbe<CCfgProbeProcCores>},
+      {ProbeType{24}, "PROCESSOR_TDC", "CCfgProbeProcessorTdc", MakeProbe<CCfgProbeProcessorTdc>},
+  };
+  return kRows;
 }
 
 }  // namespace varnok

@@ -1,14 +1,16 @@
-#include "cfg/sdr_commands.h"
-
+// SDRNAME and CLEARSDR: programming an SDR file, and emptying the BMC's SDR repository.
 #include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
+#include "cfg/file_input_command.h"
 #include "cfg/messages.h"
 #include "sdr/sdr_data.h"
 
 namespace varnok {
 namespace {
+
+constexpr const char* kReadSdrName = "CCfgSdrName::ReadFromFile";
 
 /// Makes the SDR manager's message the engine's; false when it has none.
 bool TakeSdrMessage() {
@@ -18,18 +20,41 @@ bool TakeSdrMessage() {
   return true;
 }
 
-}  // namespace
+class CCfgSdrName : public CCfgCommand, public CCfgFileInputCommand {
+ public:
+  Status ReadFromFile(CFileCfg& file) override;
+  /// Loads the file into the SDR manager and registers the command in place of an earlier SDRNAME.
+  Status Process() override;
+  /// Hands the script's tags to the SDR manager, then writes (or compares) the records that they select.
+  Status Execute() override;
+  void DebugPrint() override;
+  bool IsWriteFirst() const override { return isWriteFirst_; }
+  void Describe(ScriptVisitor& visitor) const override;
+
+ private:
+  Status ReadOptions(std::string_view cursor);
+  Status SelectTags();
+
+  bool isWriteFirst_ = true;
+  bool isCompare_ = false;
+};
+
+class CCfgSdrClear : public CCfgCommand {
+ public:
+  Status ReadFromFile(CFileCfg& file) override;
+  // Kept: clears the repository at once, not with the commit; a later failure finds it empty.
+  Status Process() override;
+  void DebugPrint() override { TraceScope scope("CCfgSdrClear::DebugPrint"); }
+};
 
 // --- SDRNAME ---
 
 Status CCfgSdrName::ReadFromFile(CFileCfg& file) {
-  TraceScope scope("CCfgSdrName::ReadFromFile");
-  std::string rest;
-  if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
-  std::string_view cursor = rest;
-  std::string name;
-  if (!GetNextInput(cursor, name)) return MissingParameter("first", cfg_status::kBadLine);
-  SetName(name);
+  TraceScope scope(kReadSdrName);
+  std::string_view cursor, name;
+  if (Status status = ReadLine(kReadSdrName, file, cursor); status != kSuccess) return status;
+  if (!GetNextInput(cursor, name)) return MissingParameter(kReadSdrName, "first", cfg_status::kBadLine);
+  SetName(std::string(name));
   // Only so that input files can be counted before the script is processed, which begins with an empty update
   // list.
   parser_->AddUpdateCommand(*this, this, false);
@@ -37,7 +62,7 @@ Status CCfgSdrName::ReadFromFile(CFileCfg& file) {
 }
 
 Status CCfgSdrName::ReadOptions(std::string_view cursor) {
-  std::string option;
+  std::string_view option;
   while (!IsBufferEmpty(cursor)) {
     std::string_view fromOption = cursor;
     bool isRead = GetNextInput(cursor, option);
@@ -48,7 +73,7 @@ Status CCfgSdrName::ReadOptions(std::string_view cursor) {
     else if (isRead && EqualsIgnoreCase(option, "LAST"))
       isWriteFirst_ = false;
     else
-      return RefuseExtra(fromOption, cfg_status::kTooManyParameters);
+      return RefuseExtra(kReadSdrName, fromOption, cfg_status::kTooManyParameters);
   }
   return kSuccess;
 }
@@ -57,8 +82,7 @@ Status CCfgSdrName::Process() {
   TraceScope scope("CCfgSdrName::Process");
   if (GetWideName().empty()) {
     CCfgParser::SetLastError(cfg_message::kNullFileName, "SDR");
-    Trace("CCfgSdrName::Process - File name is NULL", 1);
-    return cfg_status::kBadValue;
+    return Fail("CCfgSdrName::Process", "File name is NULL", cfg_status::kBadValue);
   }
   if (!GetFile(GetWideName(), path_, kPathCapacity)) {
     CCfgParser::SetLastError(cfg_message::kCannotRetrieve, GetWideName());
@@ -66,7 +90,7 @@ Status CCfgSdrName::Process() {
     return cfg_status::kFileNotFound;
   }
   Status status = SdrData::LoadConfigurationFromFile(path_);
-  SdrData::SetCompareOnly(isCompare_);
+  Discard(SdrData::SetCompareOnly(isCompare_));  // also behind a load that failed
   if (status != kSuccess) {
     if (!TakeSdrMessage()) CCfgParser::SetLastError(cfg_message::kFileNotFound, path_);
     Trace("CCfgSdrName::Process - LoadConfigurationFromFile failed", 1);
@@ -81,17 +105,14 @@ Status CCfgSdrName::SelectTags() {
     std::string tag;
     if (parser_->GetTag(static_cast<std::int64_t>(i), tag) != kSuccess) {
       TakeSdrMessage();
-      Trace("CCfgSdrName::Execute - GetTag failed", 1);
-      return cfg_status::kSdrCommitFailed;
+      return Fail("CCfgSdrName::Execute", "GetTag failed", cfg_status::kSdrCommitFailed);
     }
     if (tag.empty()) {
-      Trace("CCfgSdrName::Execute - The tag is empty", 1);
-      return cfg_status::kNoSuchTag;
+      return Fail("CCfgSdrName::Execute", "The tag is empty", cfg_status::kNoSuchTag);
     }
     if (SdrData::SetTag(Widen(tag)) != kSuccess) {
       TakeSdrMessage();
-      Trace("CCfgSdrName::Execute - SetTag failed", 1);
-      return cfg_status::kSdrCommitFailed;
+      return Fail("CCfgSdrName::Execute", "SetTag failed", cfg_status::kSdrCommitFailed);
     }
   }
   return kSuccess;
@@ -103,34 +124,47 @@ Status CCfgSdrName::Execute() {
   bool isLoaded = false;
   if (SdrData::IsLoaded(isLoaded) != kSuccess || !isLoaded) {
     CCfgParser::SetLastError(cfg_message::kFileNotFound, GetWideName());
-    Trace("CCfgSdrName::Execute - No SDR file is loaded", 1);
-    return cfg_status::kSdrCommitFailed;
+    return Fail("CCfgSdrName::Execute", "No SDR file is loaded", cfg_status::kSdrCommitFailed);
   }
   if (SdrData::CommitConfigurationToSystem() == kSuccess) return kSuccess;
   if (!TakeSdrMessage()) CCfgParser::SetLastError("Unknown error occurred during %s process.", "SDR");
-  Trace("CCfgSdrName::Execute - CommitConfigurationToSystem failed", 1);
-  return cfg_status::kSdrCommitFailed;
+  return Fail("CCfgSdrName::Execute", "CommitConfigurationToSystem failed", cfg_status::kSdrCommitFailed);
 }
 
 void CCfgSdrName::DebugPrint() {
+  TraceScope scope("CCfgSdrName::DebugPrint");
   Print("%s\n", GetName());
+}
+
+void CCfgSdrName::Describe(ScriptVisitor& visitor) const {
+  visitor.Fact(ScriptFact::SdrFile, GetName(), Line());
 }
 
 // --- CLEARSDR ---
 
 Status CCfgSdrClear::ReadFromFile(CFileCfg& file) {
-  TraceScope scope("CCfgSdrClear::ReadFromFile");
-  isRead_ = true;
-  std::string rest;
-  if (!ReadLineFromFile(file, rest)) return cfg_status::kBadLine;
-  return RefuseExtra(rest, cfg_status::kTooManyParameters);
+  constexpr const char* kName = "CCfgSdrClear::ReadFromFile";
+  TraceScope scope(kName);
+  std::string_view rest;
+  Status status = ReadLine(kName, file, rest);
+  return status == kSuccess ? RefuseExtra(kName, rest, cfg_status::kTooManyParameters) : status;
 }
 
 Status CCfgSdrClear::Process() {
   TraceScope scope("CCfgSdrClear::Process");
   Status status = SdrData::ClearRepository();
-  if (status != kSuccess) Trace("CCfgSdrClear::Process - ClearSDRRepository failed", 1);
-  return status;
+  if (status != kSuccess) return Fail("CCfgSdrClear::Process", "ClearSDRRepository failed", status);
+  return kSuccess;
+}
+
+}  // namespace
+
+CommandFamily SdrCommands() {
+  static constexpr CommandRow kRows[] = {
+      {CommandType::SdrName, "SDRNAME", "SDRNAME", Create<CCfgSdrName>},
+      {CommandType{21}, "CLEARSDR", "CLEARSDR", Create<CCfgSdrClear>},
+  };
+  return kRows;
 }
 
 }  // namespace varnok

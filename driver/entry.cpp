@@ -67,5 +67,5 @@ Status Start(EFI_HANDLE image, const EFI_SYSTEM_TABLE& system) {
 }  // namespace varnok
 
 extern "C" EFI_STATUS efi_main(EFI_HANDLE image, EFI_SYSTEM_TABLE* system) {
-  return varnok::Start(image, *system);
+  return varnok::Start(image, *system).value;
 }

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "firmware/ipmi.h"
+
 namespace varnok {
 namespace {
 
-constexpr std::uint8_t kApplication = 0x06;
-constexpr std::uint8_t kGetDeviceId = 0x01;
 constexpr std::size_t kRequestHeader = 2;   // net function and LUN, command
 constexpr std::size_t kResponseHeader = 3;  // net function and LUN, command, completion code
 
@@ -15,7 +15,8 @@ constexpr std::size_t kResponseHeader = 3;  // net function and LUN, command, co
 
 bool IpmiService::FindBmc() {
   if (!kcs_.IsPresent()) return false;
-  if (Send(this, kApplication, 0, kGetDeviceId, nullptr, 0) != kSuccess) return false;
+  if (Send(this, net_function::kApplication, 0, ipmi_command::kGetDeviceId, nullptr, 0) != kSuccess)
+    return false;
   std::uint8_t netFunction = 0;
   std::uint8_t lun = 0;
   std::uint8_t command = 0;
@@ -24,7 +25,7 @@ bool IpmiService::FindBmc() {
   std::uint32_t length = data.size();
   // Any completion code will do: a BMC that is busy or starting is a BMC.
   return Receive(this, &netFunction, &lun, &command, &completionCode, data.data(), &length) == kSuccess &&
-         netFunction == kApplication + 1 && command == kGetDeviceId;
+         netFunction == net_function::kApplication + 1 && command == ipmi_command::kGetDeviceId;
 }
 
 Status IpmiService::SendRequest(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun,

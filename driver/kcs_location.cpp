@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <string_view>
 
+#include "firmware/bytes.h"
+#include "firmware/ipmi.h"
+
 namespace varnok {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
-
-std::uint64_t Number(Bytes bytes, std::size_t offset, std::size_t width) {
-  std::uint64_t value = 0;
-  for (std::size_t i = width; i > 0; --i) value = value << 8 | bytes[offset + i - 1];
-  return value;
-}
 
 bool StartsWith(Bytes bytes, std::string_view anchor) {
   return bytes.size() >= anchor.size() &&
@@ -25,9 +22,7 @@ Bytes Checked(Bytes bytes, std::size_t lengthOffset, std::size_t shortest) {
   if (bytes.size() < shortest || bytes[lengthOffset] < shortest || bytes[lengthOffset] > bytes.size())
     return {};
   bytes = bytes.first(bytes[lengthOffset]);
-  std::uint8_t sum = 0;
-  for (std::uint8_t byte : bytes) sum = static_cast<std::uint8_t>(sum + byte);
-  return sum == 0 ? bytes : Bytes{};
+  return IpmiChecksum(bytes) == 0 ? bytes : Bytes{};
 }
 
 // IPMI device record.
@@ -41,7 +36,7 @@ constexpr std::uint8_t kSpacings[] = {1, 4, 16};
 
 std::optional<KcsLocation> ReadIpmiDevice(Bytes record) {
   if (record.size() < kModifierOffset || record[kInterfaceOffset] != kKcsInterface) return {};
-  std::uint64_t base = Number(record, kBaseOffset, 8);
+  std::uint64_t base = NumberAt(record, kBaseOffset, 8);
   // Version 1.0 of the record ends with the address.
   unsigned modifier = record.size() > kModifierOffset ? record[kModifierOffset] : 0u;
   std::size_t spacing = modifier >> 6;
@@ -58,13 +53,13 @@ std::optional<SmbiosStructures> ReadSmbiosEntryPoint(Bytes entryPoint) {
   if (StartsWith(entryPoint, "_SM3_")) {
     Bytes entry = Checked(entryPoint, 6, 0x18);
     if (entry.empty()) return {};
-    return SmbiosStructures{Number(entry, 0x10, 8), static_cast<std::size_t>(Number(entry, 0x0C, 4))};
+    return SmbiosStructures{NumberAt(entry, 0x10, 8), static_cast<std::size_t>(NumberAt(entry, 0x0C, 4))};
   }
   if (StartsWith(entryPoint, "_SM_")) {
     // Some firmware gives the length of version 2.1 as 1Eh.
     Bytes entry = Checked(entryPoint, 5, 0x1E);
     if (entry.empty()) return {};
-    return SmbiosStructures{Number(entry, 0x18, 4), static_cast<std::size_t>(Number(entry, 0x16, 2))};
+    return SmbiosStructures{NumberAt(entry, 0x18, 4), static_cast<std::size_t>(NumberAt(entry, 0x16, 2))};
   }
   return {};
 }

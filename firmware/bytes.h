@@ -1,5 +1,5 @@
-// Bytes on a wire, in an image or in a table, least significant first. A reader never leaves its bytes: what is not
-// there reads as 0 and is remembered, so that a whole record is taken first and judged once.
+// Bytes on a wire, in an image or in a table, least significant first. A reader never leaves its bytes: what
+// is not there reads as 0 and is remembered, so that a whole record is taken first and judged once.
 #pragma once
 
 #include <algorithm>

@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "firmware/guid.h"
 #include "firmware/status.h"
@@ -45,7 +46,8 @@ struct WallClock {
   std::uint8_t second = 0;
 };
 
-/// The exit status when the console's input ends while the program waits for a key: as for a file that cannot be read.
+/// The exit status when the console's input ends while the program waits for a key: as for a file that cannot
+/// be read.
 inline constexpr int kInputEndedStatus = 2;
 
 using Handle = void*;
@@ -74,6 +76,13 @@ class Firmware {
   /// Writes behind the end of a file, which is created if missing and closed again. From the second call for
   /// one path on this takes no memory of the program's.
   virtual Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) = 0;
+
+  /// kAlreadyStarted when something has that name. A machine without folders has neither of these two.
+  virtual Status MakeFolder(std::u16string_view) { return uefi_status::kUnsupported; }
+  /// The names of the files in a folder, in any order.
+  virtual Status ListFolder(std::u16string_view, std::vector<std::u16string>&) {
+    return uefi_status::kUnsupported;
+  }
 
   /// False when the variable does not exist.
   virtual bool GetEnvironmentVariable(std::string_view name, std::u16string& value) = 0;

@@ -28,6 +28,7 @@ inline constexpr std::uint8_t kColdReset = 0x02;
 inline constexpr std::uint8_t kClearMessageFlags = 0x30;
 inline constexpr std::uint8_t kGetMessage = 0x33;
 inline constexpr std::uint8_t kSendMessage = 0x34;
+inline constexpr std::uint8_t kGetChannelInfo = 0x42;
 inline constexpr std::uint8_t kMasterWriteRead = 0x52;
 // Sensor/Event (chapter 35).
 inline constexpr std::uint8_t kGetSensorReading = 0x2D;
@@ -78,8 +79,8 @@ inline constexpr std::uint8_t kWrongState = 0xD5;
 inline constexpr std::uint8_t kUnspecified = 0xFF;
 }  // namespace completion_code
 
-/// The two's complement of the sum, so that the bytes and it sum to 0 (IPMB frames, section 5.1 of the IPMB protocol;
-/// FRU areas and headers, FRU storage definition, chapters 8 to 16).
+/// The two's complement of the sum, so that the bytes and it sum to 0 (IPMB frames, section 5.1 of the IPMB
+/// protocol; FRU areas and headers, FRU storage definition, chapters 8 to 16).
 constexpr std::uint8_t IpmiChecksum(std::span<const std::uint8_t> bytes) {
   unsigned sum = 0;
   for (std::uint8_t byte : bytes) sum += byte;

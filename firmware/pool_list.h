@@ -49,7 +49,10 @@ class PoolList {
   using ConstIterator = BasicIterator<const T>;
 
   PoolList() = default;
-  ~PoolList() { Clear(); }
+  ~PoolList() {
+    Free(first_);
+    Free(spare_);
+  }
   PoolList(PoolList&& other) noexcept { Swap(other); }
   PoolList& operator=(PoolList&& other) noexcept {
     Swap(other);
@@ -58,7 +61,8 @@ class PoolList {
 
   /// A new value at the end; null when the pool is exhausted.
   T* Append() {
-    PoolPtr<Node> node = MakeInPool<Node>();
+    if (spare_ == nullptr && isReserved_) return &(last_->value = T{});
+    PoolPtr<Node> node = spare_ == nullptr ? MakeInPool<Node>() : TakeSpare();
     if (node == nullptr) return nullptr;
     Node* appended = node.get();
     (last_ == nullptr ? first_ : last_->next) = std::move(node);
@@ -67,11 +71,25 @@ class PoolList {
     return &appended->value;
   }
 
-  /// Frees node by node: a long list must not cost stack depth.
+  /// Takes the memory for `count` values and one more. From then on the list takes none: every value appended
+  /// behind those takes the place of the one before it. False when the pool is exhausted.
+  bool Reserve(std::size_t count) {
+    for (std::size_t made = 0; made <= count; ++made) {
+      PoolPtr<Node> node = MakeInPool<Node>();
+      if (node == nullptr) return false;
+      PutSpare(std::move(node));
+    }
+    return isReserved_ = true;
+  }
+
+  /// A reserved list keeps its memory.
   void Clear() {
+    if (!isReserved_) Free(first_);
     while (first_ != nullptr) {
-      PoolPtr<Node> rest = std::move(first_->next);
-      first_ = std::move(rest);
+      PoolPtr<Node> node = std::move(first_);
+      first_ = std::move(node->next);
+      node->value = T{};
+      PutSpare(std::move(node));
     }
     last_ = nullptr;
     size_ = 0;
@@ -93,13 +111,33 @@ class PoolList {
   ConstIterator end() const { return ConstIterator(); }
 
  private:
+  /// Node by node: a long list must not cost stack depth.
+  static void Free(PoolPtr<Node>& nodes) {
+    while (nodes != nullptr) {
+      PoolPtr<Node> rest = std::move(nodes->next);
+      nodes = std::move(rest);
+    }
+  }
+  void PutSpare(PoolPtr<Node> node) {
+    node->next = std::move(spare_);
+    spare_ = std::move(node);
+  }
+  PoolPtr<Node> TakeSpare() {
+    PoolPtr<Node> node = std::move(spare_);
+    spare_ = std::move(node->next);
+    return node;
+  }
   void Swap(PoolList& other) {
     std::swap(first_, other.first_);
+    std::swap(spare_, other.spare_);
+    std::swap(isReserved_, other.isReserved_);
     std::swap(last_, other.last_);
     std::swap(size_, other.size_);
   }
 
   PoolPtr<Node> first_;
+  PoolPtr<Node> spare_;
+  bool isReserved_ = false;
   Node* last_ = nullptr;
   std::size_t size_ = 0;
 };

@@ -7,9 +7,9 @@
 namespace varnok {
 
 /// 0 is success. Module failures are 0xC000000000MMCCCC (each module's *_status.h names its own);
-/// platform failures have only the top bit of the first byte set and pass through unchanged. One register wide and
-/// trivially copied, so it crosses the platform's calling convention as the number that it is.
-struct Status {
+/// platform failures have only the top bit of the first byte set and pass through unchanged. One register
+/// wide and trivially copied, so it crosses the platform's calling convention as the number that it is.
+struct [[nodiscard]] Status {
   std::uint64_t value = 0;
 
   constexpr Status() = default;

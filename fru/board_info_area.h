@@ -13,9 +13,7 @@ class CBoardInfoArea : public InfoArea {
   /// Three bytes: minutes since 0:00 of 1 January 1996, least significant byte first.
   std::span<const std::uint8_t> GetMfgDateTime() const { return FixedField("GetMfgDateTime"); }
   /// Needs exactly three bytes.
-  bool SetMfgDateTime(std::span<const std::uint8_t> bytes) {
-    return SetFixedField("SetMfgDateTime", bytes);
-  }
+  bool SetMfgDateTime(std::span<const std::uint8_t> bytes) { return SetFixedField("SetMfgDateTime", bytes); }
 
   std::uint8_t GetManufacturerTL() const { return TypeLengthOf(FruFieldId::BoardManufacturer); }
   std::span<const std::uint8_t> GetManufacturer() const { return DataOf(FruFieldId::BoardManufacturer); }

@@ -13,8 +13,12 @@ class CFileHeader {
   // Each setter keeps a copy; false for a missing text (null data) and when the pool is exhausted.
   bool SetLfName(std::u16string_view text) { return Set("CFileHeader::SetLfName", lfName_, text); }
   bool SetLfVersion(std::u16string_view text) { return Set("CFileHeader::SetLfVersion", lfVersion_, text); }
-  bool SetLfFmtVersion(std::u16string_view text) { return Set("CFileHeader::SetLfFmtVersion", lfFmtVersion_, text); }
-  bool SetIpmiVersion(std::u16string_view text) { return Set("CFileHeader::SetIpmiVersion", ipmiVersion_, text); }
+  bool SetLfFmtVersion(std::u16string_view text) {
+    return Set("CFileHeader::SetLfFmtVersion", lfFmtVersion_, text);
+  }
+  bool SetIpmiVersion(std::u16string_view text) {
+    return Set("CFileHeader::SetIpmiVersion", ipmiVersion_, text);
+  }
 
   std::u16string_view LfName() const { return lfName_.View(); }
   std::u16string_view LfVersion() const { return lfVersion_.View(); }

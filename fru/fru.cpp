@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <array>
 
-#include "app/services/format.h"
 #include "app/services/trace.h"
+#include "firmware/ipmi.h"
 #include "fru/fru_encoding.h"
 #include "fru/fru_session.h"
 #include "fru/fru_status.h"
+#include "platform/smbios.h"
 
 namespace varnok {
 
@@ -59,21 +60,17 @@ Status CFru::DecodeHeader(std::span<const std::uint8_t, CFruHeader::kLength> byt
   TraceScope scope("CFru::DecodeHeader");
   header_.SetData(bytes);
   if (header_.Checksum() == CalculateChecksum(bytes.first(7))) return kSuccess;
-  Trace("CFru::DecodeHeader - Invalid Checksum", 1);
-  return fru_status::kHeaderChecksum;
+  return Fail("CFru::DecodeHeader", "Invalid Checksum", fru_status::kHeaderChecksum);
 }
 
 std::uint8_t CFru::CalculateChecksum(std::span<const std::uint8_t> bytes) {
   TraceScope scope("CFru::CalculateChecksum");
-  return FruChecksum(bytes);
+  return IpmiChecksum(bytes);
 }
 
 Status CFru::SerializeCommonHeader(std::uint8_t* output) const {
   TraceScope scope("CFru::SerializeCommonHeader");
-  if (output == nullptr) {
-    Trace("CFru::SerializeCommonHeader - Unexpected", 1);
-    return fru_status::kUnexpected;
-  }
+  if (output == nullptr) return Fail("CFru::SerializeCommonHeader", "Unexpected", fru_status::kUnexpected);
   std::copy(header_.GetData().begin(), header_.GetData().end(), output);
   return kSuccess;
 }
@@ -102,7 +99,7 @@ bool CFru::IsSkippedAreaValid() {
     if (info.WriteMode() != FruWriteMode::Skip) continue;
     return SumOf(info.GetData().first(std::min(info.GetLength(), kMaxAreaLength))) == 0;
   }
-  // An image in which nothing was marked for validation is not valid, unless it has records.
+  // Kept: an image in which nothing was marked for validation is not valid, unless it has records.
   if (!HasMultiRecArea()) return false;
   if (!multiRecords_.IsEmpty() && multiRecords_.begin()->writeMode != FruWriteMode::Skip) return true;
   return std::all_of(multiRecords_.begin(), multiRecords_.end(), [](const MultiRecord& record) {
@@ -111,7 +108,8 @@ bool CFru::IsSkippedAreaValid() {
 }
 
 Status CFru::SetAreaWriteMode(FruAreaId area, FruWriteMode mode, std::uint32_t recordNumber) {
-  TraceScope scope("CFru::SetAreaWriteMode");
+  constexpr const char* kName = "CFru::SetAreaWriteMode";
+  TraceScope scope(kName);
   if (area == FruAreaId::CommonHeaderArea) {
     headerWriteMode_ = mode;
   } else if (area == FruAreaId::InternalUseArea) {
@@ -122,14 +120,10 @@ Status CFru::SetAreaWriteMode(FruAreaId area, FruWriteMode mode, std::uint32_t r
     for (MultiRecord& record : multiRecords_) record.writeMode = mode;
   } else if (area == FruAreaId::MultiRecordArea) {
     MultiRecord* record = recordNumber == 0 ? nullptr : multiRecords_.At(recordNumber - 1);
-    if (record == nullptr) {
-      Trace("CFru::SetAreaWriteMode - No such record", 1);
-      return fru_status::kMultiRecordArea;
-    }
+    if (record == nullptr) return Fail(kName, "No such record", fru_status::kMultiRecordArea);
     record->writeMode = mode;
   } else {
-    Trace("CFru::SetAreaWriteMode - No such area", 1);
-    return fru_status::kNoSuchItem;
+    return Fail(kName, "No such area", fru_status::kNoSuchItem);
   }
   return kSuccess;
 }
@@ -141,19 +135,12 @@ std::u16string_view CFru::GetFriendlyFruIdentifier(const FruDeviceAddress* addre
   if (buffer.empty()) return {};
   buffer[0] = u'\0';
   if (address == nullptr || buffer.size_bytes() < kLeastBytes) return {};
-  std::u16string name = address->displayName
-                            ? *address->displayName
-                            : FormatWide("ID(%X) Addr(%X) SlaveAddr(%X) Bus(%X)", address->deviceId,
-                                         address->controller, address->deviceAddress, address->bus);
-  std::size_t length = std::min(name.size(), buffer.size() - 1);
-  std::copy_n(name.begin(), length, buffer.begin());
-  buffer[length] = u'\0';
-  return {buffer.data(), length};
-}
-
-std::u16string CFru::FriendlyName() const {
-  std::array<char16_t, FruSession::kLastErrorCapacity> buffer;
-  return std::u16string(GetFriendlyFruIdentifier(&address_, buffer));
+  if (address->displayName)
+    SmbiosFormat(buffer, "%s", *address->displayName);
+  else
+    SmbiosFormat(buffer, "ID(%X) Addr(%X) SlaveAddr(%X) Bus(%X)", address->deviceId, address->controller,
+                 address->deviceAddress, address->bus);
+  return buffer.data();
 }
 
 }  // namespace varnok

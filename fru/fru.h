@@ -2,10 +2,10 @@
 // memory, written back area by area and verified.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "app/services/prepared_text.h"
@@ -137,7 +137,7 @@ class CFru {
   Status ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes);
   Status GetInternalUseArea();
   Status GetMultiRecArea();
-  Status ReadMultiRecord(std::uint32_t& position, bool& isLast);
+  Status ReadMultiRecord(std::uint32_t& position, bool& isLast, bool& isSound);
 
   /// An area as a writer and a verifier see it.
   struct AreaImage {
@@ -152,10 +152,12 @@ class CFru {
   Status WriteArea(FruOutput& output, FruAreaId area, std::uint32_t offset,
                    std::span<const std::uint8_t> bytes);
   Status WriteMultiRecArea(FruOutput& output, std::uint32_t offset);
-  Status Verify(FruOutput& output);
+  /// Takes what reading the device that `image` was written to will need. False when there is not enough
+  /// memory.
+  bool ReserveFor(CFru& image);
+  /// Reads the device into `device`, which is reserved for this image, and compares.
+  Status Verify(FruOutput& output, CFru& device);
   bool VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnnounced) const;
-
-  std::u16string FriendlyName() const;
 
   FruWriteMode headerWriteMode_ = FruWriteMode::WriteAndVerify;
   CFruHeader header_;
@@ -171,6 +173,20 @@ class CFru {
   CProductInfoArea product_;
 
   friend class FruFileReader;
+};
+
+/// The name by which a message calls a FRU, in room of its own.
+class FruName {
+ public:
+  explicit FruName(const FruDeviceAddress& address)
+      : text_(CFru::GetFriendlyFruIdentifier(&address, room_)) {}
+  FruName(const FruName&) = delete;
+  FruName& operator=(const FruName&) = delete;
+  std::u16string_view Text() const { return text_; }
+
+ private:
+  std::array<char16_t, 512> room_;
+  std::u16string_view text_;
 };
 
 }  // namespace varnok

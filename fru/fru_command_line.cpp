@@ -1,10 +1,9 @@
 // The FRU device that the command line names, and its display.
+#include <array>
 #include <string_view>
-#include <vector>
 
 #include "app/services/console.h"
 #include "app/services/text.h"
-#include "app/services/trace.h"
 #include "fru/fru_data.h"
 #include "fru/fru_manager.h"
 
@@ -16,7 +15,7 @@ bool ReadNvsType(std::string_view name, std::uint32_t& nvsType) {
   for (const NvsTypeRow& row : kNvsTypes) {
     // Kept: of this kind only the beginning is compared.
     bool isLoose = row.type == nvs_type::kDs1624s;
-    if (isLoose ? !name.starts_with(row.keyword) : name != row.keyword) continue;
+    if (isLoose ? !name.starts_with(row.name) : name != row.name) continue;
     nvsType = row.type;
     return true;
   }
@@ -36,13 +35,13 @@ class AddressArguments {
       TakeOnce(hasLun_, argument, address_.lun);
     else if (first == 'C' && argument.size() >= 3)
       TakeOnce(hasController_, argument, address_.controller);
-    else
-      positional_.push_back(argument);
+    else if (positionals_++ < positional_.size())
+      positional_[positionals_ - 1] = argument;
   }
 
   /// One value is a device ID, two are bus and device address, three are all of them.
   bool Finish() {
-    switch (positional_.size()) {
+    switch (positionals_) {
       case 1:
         address_.deviceId = ReadByte(positional_[0]);
         break;
@@ -85,7 +84,8 @@ class AddressArguments {
   }
 
   FruDeviceAddress& address_;
-  std::vector<std::string_view> positional_;
+  std::array<std::string_view, 3> positional_;
+  std::size_t positionals_ = 0;  ///< all of them, those past the third included
   int switches_ = 0;
   bool hasLun_ = false;
   bool hasController_ = false;
@@ -95,37 +95,28 @@ class AddressArguments {
 }  // namespace
 
 Status FruData::ParseFruAddress(int argumentCount, const char* const arguments[], int& count) {
-  constexpr const char* kOperation = "FruData::ParseFruAddress";
-  TraceScope scope(kOperation);
+  constexpr const char* kName = "FruData::ParseFruAddress";
   count = argumentCount;
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  FruDeviceAddress& address = manager->commandLineAddress;
-  if (argumentCount < 1 || arguments == nullptr || !ReadNvsType(arguments[0], address.nvsType)) {
-    Trace("FruData::ParseFruAddress - Invalid NVS Type", 1);
-    return fru_status::kBadAddressArguments;
-  }
-  AddressArguments reader(address);
-  for (int i = 1; i < argumentCount; ++i) reader.Take(arguments[i]);
-  count -= reader.switches();
-  if (reader.Finish()) return kSuccess;
-  Trace("FruData::ParseFruAddress - Invalid Address", 1);
-  return fru_status::kBadAddressArguments;
+  return OnManager(kName, [&](FruManager& manager) {
+    FruDeviceAddress& address = manager.commandLineAddress;
+    if (argumentCount < 1 || arguments == nullptr || !ReadNvsType(arguments[0], address.nvsType))
+      return Fail(kName, "Invalid NVS Type", fru_status::kBadAddressArguments);
+    AddressArguments reader(address);
+    for (int i = 1; i < argumentCount; ++i) reader.Take(arguments[i]);
+    count -= reader.switches();
+    return reader.Finish() ? kSuccess : Fail(kName, "Invalid Address", fru_status::kBadAddressArguments);
+  });
 }
 
 Status FruData::DisplaySelectedFru() {
-  constexpr const char* kOperation = "FruData::DisplaySelectedFru";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  PoolPtr<CFru> fru = MakeInPool<CFru>();
-  if (fru == nullptr) return FailFru(kOperation, fru_status::kOutOfMemory, fru_text::kNoMemory);
-  if (fru->LoadFromSystem(manager->commandLineAddress) != kSuccess) {
+  constexpr const char* kName = "FruData::DisplaySelectedFru";
+  return OnManager(kName, [&](FruManager& manager) {
+    PoolPtr<CFru> fru = MakeInPool<CFru>();
+    if (fru == nullptr) return FailFru(kName, fru_status::kOutOfMemory, fru_text::kNoMemory);
+    if (fru->LoadFromSystem(manager.commandLineAddress) == kSuccess) return fru->Display();
     Print("\nCould not find the specified FRU Device.\n\n\n");
-    Trace("FruData::DisplaySelectedFru - LoadFromSystem failed", 1);
-    return fru_status::kDeviceNotFound;
-  }
-  return fru->Display();
+    return Fail(kName, "LoadFromSystem failed", fru_status::kDeviceNotFound);
+  });
 }
 
 }  // namespace varnok

@@ -7,9 +7,7 @@
 
 #include "app/services/console.h"
 #include "app/services/text.h"
-#include "app/services/trace.h"
 #include "firmware/lasting.h"
-#include "fru/fru_encoding.h"
 #include "fru/fru_manager.h"
 
 namespace varnok {
@@ -21,12 +19,11 @@ PoolPtr<FruManager>& Manager() {
 
 /// Stores one setting once the manager is initialised.
 template <class Setting>
-Status SetInSession(const char* operation, Setting FruSession::*setting, Setting value) {
-  TraceScope scope(operation);
-  FruManager* manager = nullptr;
-  Status status = CheckFruManager(operation, manager);
-  if (status == kSuccess) TheFruSession().*setting = value;
-  return status;
+Status SetInSession(const char* name, Setting FruSession::*setting, Setting value) {
+  return OnManager(name, [&](FruManager&) {
+    TheFruSession().*setting = value;
+    return kSuccess;
+  });
 }
 
 }  // namespace
@@ -47,54 +44,37 @@ std::size_t FruManager::Find(const FruDeviceAddress& address) {
   auto found = std::find_if(images.begin(), images.end(), [&](const PoolPtr<CFru>& image) {
     return image->Address().IsSameDevice(address);
   });
-  return found == images.end() ? kNoFru : static_cast<std::size_t>(found - images.begin());
+  return found == images.end() ? kNoFru : static_cast<std::size_t>(std::distance(images.begin(), found));
 }
 
-Status FailFru(const char* operation, Status status, std::u16string_view text) {
-  SetFruError(text);
-  Trace("%s - Unexpected", 1, operation);
-  return status;
+Status FailFru(const char* name, Status status) {
+  return FailFru(name, status, fru_text::kUnexpected);
 }
 
-Status FailFru(const char* operation, Status status, const char* text) {
-  return FailFru(operation, status, Widen(text));
+Status FailUnsupported(const char* name) {
+  return FailFru(name, fru_status::kUnsupported, fru_text::kUnsupported);
 }
 
-Status CheckFruManager(const char* operation, FruManager*& manager) {
-  manager = TheFruManager();
-  return manager == nullptr ? FailFru(operation, fru_status::kNotInitialized) : kSuccess;
-}
-
-Status CheckSelectedFru(const char* operation, FruManager*& manager, CFru*& fru) {
-  if (Status status = CheckFruManager(operation, manager); status != kSuccess) return status;
-  if (!manager->isAnyLoaded) return FailFru(operation, fru_status::kNoListLoaded);
-  if (manager->list == FruList::None || manager->fru == FruManager::kNoFru)
-    return FailFru(operation, fru_status::kNothingSelected);
-  FruManager::Images& images = manager->ImagesOf(manager->list);
-  if (manager->fru >= images.size()) return FailFru(operation, fru_status::kNoSuchItem);
-  fru = images[manager->fru].get();
+Status FindSelectedFru(const char* name, FruManager& manager, CFru*& fru) {
+  if (!manager.isAnyLoaded) return FailFru(name, fru_status::kNoListLoaded);
+  if (manager.list == FruList::None || manager.fru == FruManager::kNoFru)
+    return FailFru(name, fru_status::kNothingSelected);
+  PoolPtr<CFru>* image = manager.ImagesOf(manager.list).At(manager.fru);
+  if (image == nullptr) return FailFru(name, fru_status::kNoSuchItem);
+  fru = image->get();
   return kSuccess;
-}
-
-Status CheckSelectedArea(const char* operation, FruManager*& manager, CFru*& fru) {
-  if (Status status = CheckSelectedFru(operation, manager, fru); status != kSuccess) return status;
-  return manager->area == FruAreaId::None ? FailFru(operation, fru_status::kNothingSelected) : kSuccess;
 }
 
 // --- Start ---
 
 Status FruData::Initialize() {
-  TraceScope scope("FruData::Initialize");
-  Reset();
-  Manager() = MakeInPool<FruManager>();
-  if (TheFruManager() != nullptr) return kSuccess;
-  Trace("FruData::Initialize - Out of memory", 1);
-  return fru_status::kInitializeFailed;
-}
-
-void FruData::Reset() {
+  constexpr const char* kName = "FruData::Initialize";
+  TraceScope scope(kName);
   Manager().reset();
   TheFruSession() = {};
+  Manager() = MakeInPool<FruManager>();
+  if (TheFruManager() != nullptr) return kSuccess;
+  return Fail(kName, "Out of memory", fru_status::kInitializeFailed);
 }
 
 Status FruData::SetProgressCallback(ProgressCallback callback) {
@@ -106,13 +86,12 @@ Status FruData::SetDisplayHexCallback(DisplayHexCallback callback) {
 }
 
 Status FruData::SetOutputFile(std::string_view fileName) {
-  constexpr const char* kOperation = "FruData::SetOutputFile";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  bool isCopied = manager->outputFileName.Assign(Widen(fileName));
-  TheFruSession().outputFileName = manager->outputFileName.View();
-  return isCopied ? kSuccess : FailFru(kOperation, fru_status::kMultiRecordMemory, fru_text::kNoMemory);
+  constexpr const char* kName = "FruData::SetOutputFile";
+  return OnManager(kName, [&](FruManager& manager) {
+    bool isCopied = manager.outputFileName.Assign(Widen(fileName));
+    TheFruSession().outputFileName = manager.outputFileName.View();
+    return isCopied ? kSuccess : FailFru(kName, fru_status::kMultiRecordMemory, fru_text::kNoMemory);
+  });
 }
 
 Status FruData::SetPagingMode(bool on) {
@@ -125,114 +104,99 @@ void FruData::SetLastError(std::u16string_view text) {
 }
 
 Status FruData::GetLastErrorMessage(const char16_t*& text) {
-  constexpr const char* kOperation = "FruData::GetLastErrorMessage";
-  TraceScope scope(kOperation);
+  constexpr const char* kName = "FruData::GetLastErrorMessage";
+  TraceScope scope(kName);
   FruSession& session = TheFruSession();
   text = session.lastError[0] == u'\0' ? nullptr : session.lastError.data();
-  if (TheFruManager() != nullptr) return kSuccess;
-  // The text is given all the same: it tells of the call that came too early.
-  Trace("%s - Unexpected", 1, kOperation);
-  return fru_status::kNotInitialized;
+  // Before the start the text is given all the same: it tells of the call that came too early.
+  return TheFruManager() != nullptr ? kSuccess : Fail(kName, "Unexpected", fru_status::kNotInitialized);
 }
 
 // --- Images ---
 
 Status FruData::LoadFruAtAddress(const FruDeviceAddress& address, bool& isImageInvalid) {
-  constexpr const char* kOperation = "FruData::LoadFruAtAddress";
-  TraceScope scope(kOperation);
+  constexpr const char* kName = "FruData::LoadFruAtAddress";
   isImageInvalid = false;
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  PoolPtr<CFru> fru = MakeInPool<CFru>();
-  if (fru == nullptr) return FailFru(kOperation, fru_status::kMultiRecordMemory, fru_text::kNoMemory);
-  Status status = fru->LoadFromSystem(address.Untitled());
-  if (status != kSuccess) {
-    isImageInvalid = fru->IsImageInvalid();
-    Trace("FruData::LoadFruAtAddress - LoadFromSystem failed", 1);
-  }
-  manager->systemFrus.push_back(std::move(fru));
-  manager->isAnyLoaded = true;
-  return status;
+  return OnManager(kName, [&](FruManager& manager) {
+    PoolPtr<CFru> image = MakeInPool<CFru>();
+    PoolPtr<CFru>* place = image == nullptr ? nullptr : manager.systemFrus.Append();
+    if (place == nullptr) return FailFru(kName, fru_status::kMultiRecordMemory, fru_text::kNoMemory);
+    CFru& fru = *(*place = std::move(image));
+    manager.isAnyLoaded = true;
+    Status status = fru.LoadFromSystem(address.Untitled());
+    if (status == kSuccess) return kSuccess;
+    isImageInvalid = fru.IsImageInvalid();
+    return Fail(kName, "LoadFromSystem failed", status);
+  });
 }
 
 Status FruData::FindFruAtAddressAndChecksumHeader(const FruDeviceAddress& address) {
-  constexpr const char* kOperation = "FruData::FindFruAtAddressAndChecksumHeader";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  std::array<std::uint8_t, CFruHeader::kLength> bytes{};
-  if (Status status = CFru::ReadDataFromFRU(address, 0, bytes); status != kSuccess)
-    return FailFru(kOperation, status, "Unable to read FRU.");
-  CFruHeader header;
-  header.SetData(bytes);
-  if (!header.IsIpmiFru()) return FailFru(kOperation, fru_status::kNotIpmiFru, fru_text::kNotIpmiFru);
-  if (header.IsValid()) return kSuccess;
-  std::array<char16_t, FruSession::kLastErrorCapacity> name;
-  const FruDeviceAddress untitled = address.Untitled();
-  return FailFru(kOperation, fru_status::kInvalidHeader,
-                 FormatWide(fru_text::kInvalidHeader, CFru::GetFriendlyFruIdentifier(&untitled, name)));
+  constexpr const char* kName = "FruData::FindFruAtAddressAndChecksumHeader";
+  return OnManager(kName, [&](FruManager&) {
+    std::array<std::uint8_t, CFruHeader::kLength> bytes{};
+    if (Status status = CFru::ReadDataFromFRU(address, 0, bytes); status != kSuccess)
+      return FailFru(kName, status, "Unable to read FRU.");
+    CFruHeader header;
+    header.SetData(bytes);
+    if (!header.IsIpmiFru()) return FailFru(kName, fru_status::kNotIpmiFru, fru_text::kNotIpmiFru);
+    if (header.IsValid()) return kSuccess;
+    return FailFru(kName, fru_status::kInvalidHeader, fru_text::kInvalidHeader,
+                   FruName(address.Untitled()).Text());
+  });
 }
 
 Status FruData::LoadConfigurationFromFile(std::string_view fileName) {
-  constexpr const char* kOperation = "FruData::LoadConfigurationFromFile";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  PoolPtr<CFru> fru = MakeInPool<CFru>();
-  if (fru == nullptr) return FailFru(kOperation, fru_status::kOutOfMemory, fru_text::kNoMemory);
-  if (Status status = fru->ReadFRUFromFile(fileName); status != kSuccess) {
-    Trace("FruData::LoadConfigurationFromFile - ReadFRUFromFile failed", 1);
-    return status;
-  }
-  manager->fileFrus.push_back(std::move(fru));
-  manager->isAnyLoaded = true;
-  manager->SelectList(FruList::File);
-  manager->fru = manager->fileFrus.size() - 1;
-  return kSuccess;
+  constexpr const char* kName = "FruData::LoadConfigurationFromFile";
+  return OnManager(kName, [&](FruManager& manager) {
+    auto failForMemory = [] { return FailFru(kName, fru_status::kOutOfMemory, fru_text::kNoMemory); };
+    PoolPtr<CFru> image = MakeInPool<CFru>();
+    if (image == nullptr) return failForMemory();
+    if (Status status = image->ReadFRUFromFile(fileName); status != kSuccess)
+      return Fail(kName, "ReadFRUFromFile failed", status);
+    PoolPtr<CFru>* place = manager.fileFrus.Append();
+    if (place == nullptr) return failForMemory();
+    *place = std::move(image);
+    manager.isAnyLoaded = true;
+    manager.SelectList(FruList::File);
+    manager.fru = manager.fileFrus.size() - 1;
+    return kSuccess;
+  });
 }
 
 Status FruData::CommitConfigurationToSystem(bool force) {
-  constexpr const char* kOperation = "FruData::CommitConfigurationToSystem";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedFru(kOperation, manager, fru); status != kSuccess) return status;
-  if (manager->list != FruList::System && !force) return kSuccess;
-  if (fru->WriteToSystem() == kSuccess) return kSuccess;
-  Trace("FruData::CommitConfigurationToSystem - WriteToSystem failed", 1);
-  return fru_status::kWriteFailed;
+  constexpr const char* kName = "FruData::CommitConfigurationToSystem";
+  return OnFru(kName, [&](FruManager& manager, CFru& fru) {
+    if (manager.list != FruList::System && !force) return kSuccess;
+    if (fru.WriteToSystem() == kSuccess) return kSuccess;
+    return Fail(kName, "WriteToSystem failed", fru_status::kWriteFailed);
+  });
 }
 
 // --- Selection ---
 
 Status FruData::SelectList(FruList list) {
-  constexpr const char* kOperation = "FruData::SelectList";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  if (list != FruList::System && list != FruList::File) return FailFru(kOperation, fru_status::kNoSuchItem);
-  manager->SelectList(list);
-  return kSuccess;
+  constexpr const char* kName = "FruData::SelectList";
+  return OnManager(kName, [&](FruManager& manager) {
+    if (list != FruList::System && list != FruList::File) return FailFru(kName, fru_status::kNoSuchItem);
+    manager.SelectList(list);
+    return kSuccess;
+  });
 }
 
 Status FruData::SelectFruByAddress(const FruDeviceAddress& address) {
-  constexpr const char* kOperation = "FruData::SelectFruByAddress";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  if (!manager->isAnyLoaded) return FailFru(kOperation, fru_status::kNoListLoaded);
-  if (manager->list == FruList::None) return FailFru(kOperation, fru_status::kNothingSelected);
-  manager->SelectList(manager->list);
-  manager->record = kAllMultiRecords;
-  manager->fru = manager->Find(address);
-  if (manager->fru != FruManager::kNoFru) return kSuccess;
-  return FailFru(kOperation, fru_status::kNoSuchItem,
-                 "A FRU was requested which does not exist on the system.");
+  constexpr const char* kName = "FruData::SelectFruByAddress";
+  return OnManager(kName, [&](FruManager& manager) {
+    if (!manager.isAnyLoaded) return FailFru(kName, fru_status::kNoListLoaded);
+    if (manager.list == FruList::None) return FailFru(kName, fru_status::kNothingSelected);
+    manager.SelectList(manager.list);
+    manager.record = kAllMultiRecords;
+    manager.fru = manager.Find(address);
+    if (manager.fru != FruManager::kNoFru) return kSuccess;
+    return FailFru(kName, fru_status::kNoSuchItem, "A FRU was requested which does not exist on the system.");
+  });
 }
 
 Status FruData::GetFruAddress(FruDeviceAddress& address) {
-  constexpr const char* kOperation = "FruData::GetFruAddress";
-  TraceScope scope(kOperation);
   address = {.deviceAddress = 0,
              .bus = 0,
              .deviceId = 0,
@@ -240,37 +204,32 @@ Status FruData::GetFruAddress(FruDeviceAddress& address) {
              .lun = 0,
              .nvsType = nvs_type::kRefused,
              .displayName = std::nullopt};
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  Status status = CheckSelectedFru(kOperation, manager, fru);
-  if (status == kSuccess) address = fru->Address();
-  return status;
+  return OnFru("FruData::GetFruAddress", [&](FruManager&, CFru& fru) {
+    address = fru.Address();
+    return kSuccess;
+  });
 }
 
 Status FruData::SelectAreaEnum(FruAreaId area) {
-  constexpr const char* kOperation = "FruData::SelectAreaEnum";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedFru(kOperation, manager, fru); status != kSuccess) return status;
-  manager->area = FruAreaId::None;
-  manager->field = kInvalidFieldIndex;
-  if (area < FruAreaId::CommonHeaderArea || area > FruAreaId::MultiRecordArea)
-    return FailFru(kOperation, fru_status::kNoSuchItem);
-  if (fru->HasArea(area)) manager->area = area;
-  return kSuccess;
+  constexpr const char* kName = "FruData::SelectAreaEnum";
+  return OnFru(kName, [&](FruManager& manager, CFru& fru) {
+    manager.area = FruAreaId::None;
+    manager.field = kInvalidFieldIndex;
+    if (area < FruAreaId::CommonHeaderArea || area > FruAreaId::MultiRecordArea)
+      return FailFru(kName, fru_status::kNoSuchItem);
+    if (fru.HasArea(area)) manager.area = area;
+    return kSuccess;
+  });
 }
 
 namespace {
 
-Status HasArea(const char* operation, FruAreaId area, bool& isPresent) {
-  TraceScope scope(operation);
+Status HasArea(const char* name, FruAreaId area, bool& isPresent) {
   isPresent = false;
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  Status status = CheckSelectedFru(operation, manager, fru);
-  if (status == kSuccess) isPresent = fru->HasArea(area);
-  return status;
+  return OnFru(name, [&](FruManager&, CFru& fru) {
+    isPresent = fru.HasArea(area);
+    return kSuccess;
+  });
 }
 
 }  // namespace
@@ -292,19 +251,16 @@ Status FruData::HasMultiRecordArea(bool& isPresent) {
 }
 
 Status FruData::SelectMultiRecNum(std::uint32_t number) {
-  constexpr const char* kOperation = "FruData::SelectMultiRecNum";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  if (manager->area != FruAreaId::MultiRecordArea)
-    return FailFru(kOperation, fru_status::kUnsupported, fru_text::kUnsupported);
-  if (number == 0 || number > fru->MultiRecords().size()) {
-    PrintText("\nInvalid MultiRecord Number\n");
-    return FailFru(kOperation, fru_status::kUnexpected);
-  }
-  manager->record = number;
-  return kSuccess;
+  constexpr const char* kName = "FruData::SelectMultiRecNum";
+  return OnArea(kName, [&](FruManager& manager, CFru& fru) {
+    if (manager.area != FruAreaId::MultiRecordArea) return FailUnsupported(kName);
+    if (number == 0 || number > fru.MultiRecords().size()) {
+      PrintText("\nInvalid MultiRecord Number\n");
+      return FailFru(kName, fru_status::kUnexpected);
+    }
+    manager.record = number;
+    return kSuccess;
+  });
 }
 
 }  // namespace varnok

@@ -24,8 +24,6 @@ namespace varnok::FruData {
 
 /// Starts with empty lists, no selection, no output file and no last error. kInitializeFailed without memory.
 Status Initialize();
-/// Forgets everything, as if the program had just started.
-void Reset();
 Status SetProgressCallback(ProgressCallback callback);
 Status SetDisplayHexCallback(DisplayHexCallback callback);
 /// Names the file to which a commit appends what it prints and writes; an empty name ends that.
@@ -43,10 +41,10 @@ Status GetLastErrorMessage(const char16_t*& text);
 
 // --- Images ---
 
-/// Reads the FRU device at `address`, whose title does not count, and appends the image to the system list, whether or not the read
-/// succeeded. Gives the read's status; `isImageInvalid` is set when the read found an invalid area.
-/// kMultiRecordMemory when there is no memory for an image, which is then not appended. The selection does
-/// not change.
+/// Reads the FRU device at `address`, whose title does not count, and appends the image to the system list,
+/// whether or not the read succeeded. Gives the read's status; `isImageInvalid` is set when the read found an
+/// invalid area. kMultiRecordMemory when there is no memory for an image, which is then not appended. The
+/// selection does not change.
 Status LoadFruAtAddress(const FruDeviceAddress& address, bool& isImageInvalid);
 /// Reads and checks only the common header: the read's status, kNotIpmiFru or kInvalidHeader. Needs no image.
 Status FindFruAtAddressAndChecksumHeader(const FruDeviceAddress& address);

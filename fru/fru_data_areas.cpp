@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "app/services/console.h"
-#include "app/services/trace.h"
 #include "fru/fru_data.h"
 #include "fru/fru_manager.h"
 
@@ -23,22 +22,15 @@ const char* AreaName(FruAreaId area) {
   }
 }
 
-Status FailUnsupported(const char* operation) {
-  return FailFru(operation, fru_status::kUnsupported, fru_text::kUnsupported);
-}
-
-/// The selected chassis, board or product area; any other is not supported.
-Status CheckSelectedInfoArea(const char* operation, FruManager*& manager, InfoArea*& info) {
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(operation, manager, fru); status != kSuccess) return status;
-  info = fru->FindInfoArea(manager->area);
-  return info == nullptr ? FailUnsupported(operation) : kSuccess;
-}
-
-/// The same with a field of it selected.
-Status CheckSelectedField(const char* operation, FruManager*& manager, InfoArea*& info) {
-  if (Status status = CheckSelectedInfoArea(operation, manager, info); status != kSuccess) return status;
-  return manager->field == kInvalidFieldIndex ? FailFru(operation, fru_status::kNothingSelected) : kSuccess;
+/// Needs a field of the chassis, board or product area selected: operation(manager, info).
+template <class Operation>
+Status OnField(const char* name, Operation operation) {
+  return OnArea(name, [&](FruManager& manager, CFru& fru) {
+    InfoArea* info = fru.FindInfoArea(manager.area);
+    if (info == nullptr) return FailUnsupported(name);
+    if (manager.field == kInvalidFieldIndex) return FailFru(name, fru_status::kNothingSelected);
+    return operation(manager, *info);
+  });
 }
 
 /// The bytes of the selected record or of all; false when the selected one is not there.
@@ -55,192 +47,162 @@ bool MultiRecordSize(CFru& fru, std::uint32_t number, std::uint32_t& size) {
 }  // namespace
 
 Status FruData::SelectFieldEnum(FruFieldId field) {
-  constexpr const char* kOperation = "FruData::SelectFieldEnum";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  manager->field = kInvalidFieldIndex;
-  if (manager->area == FruAreaId::InternalUseArea) {
-    manager->field = fru->InternalUse().GetFieldIndexFromEnum(field);
-  } else if (const InfoArea* info = fru->FindInfoArea(manager->area)) {
-    manager->field = info->GetFieldIndexFromEnum(field);
-  } else {
-    return FailUnsupported(kOperation);
-  }
-  if (manager->field != kInvalidFieldIndex) return kSuccess;
-  return FailFru(kOperation, fru_status::kNoSuchItem, fru_text::kNoSuchField);
+  constexpr const char* kName = "FruData::SelectFieldEnum";
+  return OnArea(kName, [&](FruManager& manager, CFru& fru) {
+    manager.field = kInvalidFieldIndex;
+    if (manager.area == FruAreaId::InternalUseArea)
+      manager.field = fru.InternalUse().GetFieldIndexFromEnum(field);
+    else if (const InfoArea* info = fru.FindInfoArea(manager.area))
+      manager.field = info->GetFieldIndexFromEnum(field);
+    else
+      return FailUnsupported(kName);
+    if (manager.field != kInvalidFieldIndex) return kSuccess;
+    return FailFru(kName, fru_status::kNoSuchItem, fru_text::kNoSuchField);
+  });
 }
 
 Status FruData::SelectFieldInteger(std::uint32_t index) {
-  constexpr const char* kOperation = "FruData::SelectFieldInteger";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  manager->field = kInvalidFieldIndex;
-  std::uint32_t count = 0;
-  if (manager->area == FruAreaId::InternalUseArea) {
-    count = fru->InternalUse().GetNumberOfFields();
-  } else if (const InfoArea* info = fru->FindInfoArea(manager->area)) {
-    count = info->GetNumberOfFields();
-  } else {
-    return FailUnsupported(kOperation);
-  }
-  if (index >= count) return FailFru(kOperation, fru_status::kNoSuchItem, fru_text::kNoSuchField);
-  manager->field = index;
-  return kSuccess;
+  constexpr const char* kName = "FruData::SelectFieldInteger";
+  return OnArea(kName, [&](FruManager& manager, CFru& fru) {
+    manager.field = kInvalidFieldIndex;
+    std::uint32_t count = 0;
+    if (manager.area == FruAreaId::InternalUseArea)
+      count = fru.InternalUse().GetNumberOfFields();
+    else if (const InfoArea* info = fru.FindInfoArea(manager.area))
+      count = info->GetNumberOfFields();
+    else
+      return FailUnsupported(kName);
+    if (index >= count) return FailFru(kName, fru_status::kNoSuchItem, fru_text::kNoSuchField);
+    manager.field = index;
+    return kSuccess;
+  });
 }
 
 Status FruData::GetFieldDataValue(const std::uint8_t*& data, std::uint32_t& length) {
-  constexpr const char* kOperation = "FruData::GetFieldDataValue";
-  TraceScope scope(kOperation);
+  constexpr const char* kName = "FruData::GetFieldDataValue";
   data = nullptr;
   length = 0;
-  FruManager* manager = nullptr;
-  InfoArea* info = nullptr;
-  if (Status status = CheckSelectedField(kOperation, manager, info); status != kSuccess) return status;
-  std::span<const std::uint8_t> value;
-  // A field of an area that could not be parsed has no data.
-  if (!info->GetFieldData(manager->field, value) || value.data() == nullptr) {
-    return FailFru(
-        kOperation, fru_status::kGetFieldFailed,
-        FormatWide("An error occurred getting a field from the FRU %s area.", AreaName(manager->area)));
-  }
-  data = value.data();
-  length = static_cast<std::uint32_t>(value.size());
-  return kSuccess;
+  return OnField(kName, [&](FruManager& manager, InfoArea& info) {
+    std::span<const std::uint8_t> value;
+    // A field of an area that could not be parsed has no data.
+    if (!info.GetFieldData(manager.field, value) || value.data() == nullptr)
+      return FailFru(kName, fru_status::kGetFieldFailed,
+                     "An error occurred getting a field from the FRU %s area.", AreaName(manager.area));
+    data = value.data();
+    length = static_cast<std::uint32_t>(value.size());
+    return kSuccess;
+  });
 }
 
 Status FruData::SetFieldDataValue(const std::uint8_t* data, std::uint32_t length) {
-  constexpr const char* kOperation = "FruData::SetFieldDataValue";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  InfoArea* info = nullptr;
-  if (Status status = CheckSelectedField(kOperation, manager, info); status != kSuccess) return status;
-  std::span<const std::uint8_t> value(data, data == nullptr ? 0 : length);
-  if (info->SetFieldData(manager->field, value, kTextTypeBits)) return kSuccess;
-  return FailFru(
-      kOperation, fru_status::kSetFieldFailed,
-      FormatWide("Could not assign new data to the %s area.  The data is probably too long to fit in the "
-                 "field or area.",
-                 AreaName(manager->area)));
+  constexpr const char* kName = "FruData::SetFieldDataValue";
+  return OnField(kName, [&](FruManager& manager, InfoArea& info) {
+    std::span<const std::uint8_t> value(data, data == nullptr ? 0 : length);
+    if (info.SetFieldData(manager.field, value, kTextTypeBits)) return kSuccess;
+    return FailFru(kName, fru_status::kSetFieldFailed,
+                   "Could not assign new data to the %s area.  The data is probably too long to fit in the "
+                   "field or area.",
+                   AreaName(manager.area));
+  });
 }
 
 Status FruData::GetMaxFieldSize(std::uint32_t& size) {
-  constexpr const char* kOperation = "FruData::GetMaxFieldSize";
-  TraceScope scope(kOperation);
+  constexpr const char* kName = "FruData::GetMaxFieldSize";
   size = 0;
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  if (manager->area == FruAreaId::CommonHeaderArea) return kSuccess;
-  const InfoArea* info = fru->FindInfoArea(manager->area);
-  if (info == nullptr) return FailUnsupported(kOperation);
-  size = static_cast<std::uint32_t>(std::max<std::ptrdiff_t>(0, info->GetPadLength()));
-  return kSuccess;
+  return OnArea(kName, [&](FruManager& manager, CFru& fru) {
+    if (manager.area == FruAreaId::CommonHeaderArea) return kSuccess;
+    const InfoArea* info = fru.FindInfoArea(manager.area);
+    if (info == nullptr) return FailUnsupported(kName);
+    size = static_cast<std::uint32_t>(std::max<std::ptrdiff_t>(0, info->GetPadLength()));
+    return kSuccess;
+  });
 }
 
 Status FruData::ResizeFruArea(std::uint32_t length) {
-  constexpr const char* kOperation = "FruData::ResizeFruArea";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  return fru->ResizeFruArea(manager->area, length);
+  return OnArea("FruData::ResizeFruArea",
+                [&](FruManager& manager, CFru& fru) { return fru.ResizeFruArea(manager.area, length); });
 }
 
 Status FruData::GetAreaData(std::uint8_t* buffer, std::uint32_t& size) {
-  constexpr const char* kOperation = "FruData::GetAreaData";
-  TraceScope scope(kOperation);
+  constexpr const char* kName = "FruData::GetAreaData";
   std::uint32_t room = buffer == nullptr ? 0 : size;
   size = 0;
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  std::span<const std::uint8_t> bytes;
-  if (manager->area == FruAreaId::MultiRecordArea) {
-    Status status = fru->SerializeMultiRecArea(buffer, room, manager->record);
-    size = room;
-    return status == kSuccess ? kSuccess : FailFru(kOperation, status);
-  }
-  if (manager->area == FruAreaId::CommonHeaderArea)
-    bytes = fru->Header().GetData();
-  else if (manager->area == FruAreaId::InternalUseArea)
-    bytes = fru->InternalUse().GetData();
-  else
-    return FailUnsupported(kOperation);
-  if (buffer == nullptr || bytes.size() > room) return FailFru(kOperation, fru_status::kUnexpected);
-  std::copy(bytes.begin(), bytes.end(), buffer);
-  size = static_cast<std::uint32_t>(bytes.size());
-  return kSuccess;
+  return OnArea(kName, [&](FruManager& manager, CFru& fru) {
+    std::span<const std::uint8_t> bytes;
+    if (manager.area == FruAreaId::MultiRecordArea) {
+      Status status = fru.SerializeMultiRecArea(buffer, room, manager.record);
+      size = room;
+      return status == kSuccess ? kSuccess : FailFru(kName, status);
+    }
+    if (manager.area == FruAreaId::CommonHeaderArea)
+      bytes = fru.Header().GetData();
+    else if (manager.area == FruAreaId::InternalUseArea)
+      bytes = fru.InternalUse().GetData();
+    else
+      return FailUnsupported(kName);
+    if (buffer == nullptr || bytes.size() > room) return FailFru(kName, fru_status::kUnexpected);
+    std::copy(bytes.begin(), bytes.end(), buffer);
+    size = static_cast<std::uint32_t>(bytes.size());
+    return kSuccess;
+  });
 }
 
 Status FruData::SetAreaData(const std::uint8_t* bytes, std::uint32_t length) {
-  constexpr const char* kOperation = "FruData::SetAreaData";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  if (manager->area != FruAreaId::InternalUseArea && manager->area != FruAreaId::MultiRecordArea)
-    return FailUnsupported(kOperation);
-  if (bytes == nullptr) return FailFru(kOperation, fru_status::kUnexpected);
-  std::span<const std::uint8_t> area(bytes, length);
-  if (manager->area == FruAreaId::MultiRecordArea) return fru->SetMultiRecArea(area, true, manager->record);
-  bool isSet = length == fru->InternalUse().GetLength() && fru->InternalUse().SetData(area, true);
-  return isSet ? kSuccess : FailFru(kOperation, fru_status::kUnexpected);
+  constexpr const char* kName = "FruData::SetAreaData";
+  return OnArea(kName, [&](FruManager& manager, CFru& fru) {
+    if (manager.area != FruAreaId::InternalUseArea && manager.area != FruAreaId::MultiRecordArea)
+      return FailUnsupported(kName);
+    if (bytes == nullptr) return FailFru(kName, fru_status::kUnexpected);
+    std::span<const std::uint8_t> area(bytes, length);
+    if (manager.area == FruAreaId::MultiRecordArea) return fru.SetMultiRecArea(area, true, manager.record);
+    bool isSet = length == fru.InternalUse().GetLength() && fru.InternalUse().SetData(area, true);
+    return isSet ? kSuccess : FailFru(kName, fru_status::kUnexpected);
+  });
 }
 
 Status FruData::GetAreaSize(std::uint32_t& size) {
-  constexpr const char* kOperation = "FruData::GetAreaSize";
-  TraceScope scope(kOperation);
+  constexpr const char* kName = "FruData::GetAreaSize";
   size = 0;
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  switch (manager->area) {
-    case FruAreaId::CommonHeaderArea:
-      size = CFruHeader::kLength;
-      return kSuccess;
-    case FruAreaId::InternalUseArea:
-      size = static_cast<std::uint32_t>(fru->InternalUse().GetLength());
-      return kSuccess;
-    case FruAreaId::MultiRecordArea:
-      if (MultiRecordSize(*fru, manager->record, size)) return kSuccess;
-      PrintText("\nInvalid MutiRecord Number.\n");
-      return FailFru(kOperation, fru_status::kMultiRecordArea);
-    default:
-      return FailUnsupported(kOperation);
-  }
+  return OnArea(kName, [&](FruManager& manager, CFru& fru) {
+    switch (manager.area) {
+      case FruAreaId::CommonHeaderArea:
+        size = CFruHeader::kLength;
+        return kSuccess;
+      case FruAreaId::InternalUseArea:
+        size = static_cast<std::uint32_t>(fru.InternalUse().GetLength());
+        return kSuccess;
+      case FruAreaId::MultiRecordArea:
+        if (MultiRecordSize(fru, manager.record, size)) return kSuccess;
+        PrintText("\nInvalid MutiRecord Number.\n");
+        return FailFru(kName, fru_status::kMultiRecordArea);
+      default:
+        return FailUnsupported(kName);
+    }
+  });
 }
 
 Status FruData::SetAreaWriteMode(FruWriteMode mode) {
-  constexpr const char* kOperation = "FruData::SetAreaWriteMode";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedArea(kOperation, manager, fru); status != kSuccess) return status;
-  if (mode > FruWriteMode::Verify) return FailFru(kOperation, fru_status::kUnexpected);
-  Status status = fru->SetAreaWriteMode(manager->area, mode, manager->record);
-  return status == kSuccess ? kSuccess : FailFru(kOperation, status);
+  constexpr const char* kName = "FruData::SetAreaWriteMode";
+  return OnArea(kName, [&](FruManager& manager, CFru& fru) {
+    if (mode > FruWriteMode::Verify) return FailFru(kName, fru_status::kUnexpected);
+    Status status = fru.SetAreaWriteMode(manager.area, mode, manager.record);
+    return status == kSuccess ? kSuccess : FailFru(kName, status);
+  });
 }
 
 Status FruData::ValidateSelectedArea() {
-  constexpr const char* kOperation = "FruData::ValidateSelectedArea";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  CFru* fru = nullptr;
-  if (Status status = CheckSelectedFru(kOperation, manager, fru); status != kSuccess) return status;
-  if (fru->IsSkippedAreaValid()) return kSuccess;
-  return FailFru(kOperation, fru_status::kNoListLoaded, "The Validation of the requested FRU area failed.\n");
+  constexpr const char* kName = "FruData::ValidateSelectedArea";
+  return OnFru(kName, [&](FruManager&, CFru& fru) {
+    if (fru.IsSkippedAreaValid()) return kSuccess;
+    return FailFru(kName, fru_status::kNoListLoaded, "The Validation of the requested FRU area failed.\n");
+  });
 }
 
 namespace {
 
 bool CopyArea(CFru& source, CFru& target, FruAreaId area) {
   if (area == FruAreaId::CommonHeaderArea) {
-    // The header is taken over as the file has it, whatever it sums to.
-    (void)target.DecodeHeader(source.Header().GetData());
+    Discard(target.DecodeHeader(source.Header().GetData()));  // taken over as it is, whatever it sums to
     return true;
   }
   if (area == FruAreaId::InternalUseArea)
@@ -258,20 +220,19 @@ bool CopyArea(CFru& source, CFru& target, FruAreaId area) {
 }  // namespace
 
 Status FruData::CopyAreaFromFile(const FruDeviceAddress& address, FruAreaId area) {
-  constexpr const char* kOperation = "FruData::CopyAreaFromFile";
-  TraceScope scope(kOperation);
-  FruManager* manager = nullptr;
-  if (Status status = CheckFruManager(kOperation, manager); status != kSuccess) return status;
-  if (area < FruAreaId::CommonHeaderArea || area > FruAreaId::MultiRecordArea)
-    return FailFru(kOperation, fru_status::kUnexpected);
-  manager->SelectList(FruList::File);
-  std::size_t source = manager->Find(address);
-  if (source == FruManager::kNoFru) return FailFru(kOperation, fru_status::kNoListLoaded);
-  manager->SelectList(FruList::System);
-  manager->fru = manager->Find(address);
-  if (manager->fru == FruManager::kNoFru) return FailFru(kOperation, fru_status::kNoListLoaded);
-  if (CopyArea(*manager->fileFrus[source], *manager->systemFrus[manager->fru], area)) return kSuccess;
-  return FailFru(kOperation, fru_status::kUnexpected);
+  constexpr const char* kName = "FruData::CopyAreaFromFile";
+  return OnManager(kName, [&](FruManager& manager) {
+    if (area < FruAreaId::CommonHeaderArea || area > FruAreaId::MultiRecordArea)
+      return FailFru(kName, fru_status::kUnexpected);
+    manager.SelectList(FruList::File);
+    PoolPtr<CFru>* source = manager.fileFrus.At(manager.Find(address));
+    if (source == nullptr) return FailFru(kName, fru_status::kNoListLoaded);
+    manager.SelectList(FruList::System);
+    manager.fru = manager.Find(address);
+    PoolPtr<CFru>* target = manager.systemFrus.At(manager.fru);
+    if (target == nullptr) return FailFru(kName, fru_status::kNoListLoaded);
+    return CopyArea(**source, **target, area) ? kSuccess : FailFru(kName, fru_status::kUnexpected);
+  });
 }
 
 }  // namespace varnok

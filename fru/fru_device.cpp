@@ -1,11 +1,11 @@
 // The bytes of a FRU device: Read and Write FRU Data (IPMI v2.0, section 34) for a controller's inventory
 // device, Master Write-Read (section 22.11) for storage on a private bus.
 #include <algorithm>
-#include <array>
 #include <optional>
 
 #include "app/services/console.h"
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
 #include "fru/fru.h"
 #include "fru/fru_session.h"
 #include "fru/fru_status.h"
@@ -31,33 +31,28 @@ bool IsPastOffsets(std::uint32_t offset, std::size_t count) {
   return offset > kOffsetLimit || count > kOffsetLimit - offset;
 }
 
-void Put(IpmiMessage& message, std::uint8_t byte) {
-  message.data[message.dataLength++] = byte;
-}
-
-/// The request up to the offset: for Master Write-Read `readCount` bytes are to be read back.
-IpmiMessage StartRequest(const FruDeviceAddress& address, std::uint8_t command, std::uint32_t offset,
-                         std::uint8_t readCount) {
-  auto low = static_cast<std::uint8_t>(offset);
-  auto high = static_cast<std::uint8_t>(offset >> 8);
+/// The request up to its offset; `readCount` bytes are to be read back from a private bus. `tail` are the
+/// bytes behind the offset.
+IpmiMessage MakeRequest(const FruDeviceAddress& address, std::uint8_t command, std::uint32_t offset,
+                        std::uint8_t readCount, std::span<const std::uint8_t> tail) {
   IpmiMessage request;
   request.targetAddress = address.controller;
+  ByteWriter data(request.data);
   if (IsInventoryDevice(address)) {
     request.netFunction = net_function::kStorage;
     request.command = command;
-    Put(request, address.deviceId);
-    Put(request, low);
-    Put(request, high);
-    return request;
+    data.Byte(address.deviceId).Word(static_cast<std::uint16_t>(offset));
+  } else {
+    request.netFunction = net_function::kApplication;
+    request.lun = address.lun;
+    request.command = ipmi_command::kMasterWriteRead;
+    // What goes out on the bus has the high byte first.
+    auto high = static_cast<std::uint8_t>(offset >> 8);
+    data.Byte(address.bus).Byte(address.deviceAddress).Byte(readCount);
+    data.Byte(address.nvsType == nvs_type::kDs1624s ? kDs1624AccessMemory : high);
+    data.Byte(static_cast<std::uint8_t>(offset));
   }
-  request.netFunction = net_function::kApplication;
-  request.lun = address.lun;
-  request.command = ipmi_command::kMasterWriteRead;
-  Put(request, address.bus);
-  Put(request, address.deviceAddress);
-  Put(request, readCount);
-  Put(request, address.nvsType == nvs_type::kDs1624s ? kDs1624AccessMemory : high);
-  Put(request, low);
+  request.dataLength = static_cast<std::uint32_t>(data.Bytes(tail).Length());
   return request;
 }
 
@@ -104,9 +99,8 @@ class BusyWatch {
     bool& isTold = TheFruSession().isBusyTold;
     if (isTold || (now + kSecondsOfDay - since_) % kSecondsOfDay <= kPatience) return;
     isTold = true;
-    std::array<char16_t, FruSession::kLastErrorCapacity> name;
-    Warn("FRU %s has been busy for %d seconds; it is asked until it answers",
-         CFru::GetFriendlyFruIdentifier(&address_, name), kPatience);
+    Warn("FRU %s has been busy for %d seconds; it is asked until it answers", FruName(address_).Text(),
+         kPatience);
   }
   void NoteAnswer() { isBusy_ = false; }
 
@@ -120,12 +114,10 @@ class BusyWatch {
 
 Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t offset,
                                 std::span<std::uint8_t> buffer, std::size_t& count) {
-  TraceScope scope("CFru::ReadFruDataFromBmc");
+  constexpr const char* kName = "CFru::ReadFruDataFromBmc";
+  TraceScope scope(kName);
   count = 0;
-  auto fail = [](Status status) {
-    Trace("CFru::ReadFruDataFromBmc - Error Reading FRU", 1);
-    return status;
-  };
+  auto fail = [](Status status) { return Fail(kName, "Error Reading FRU", status); };
   if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, buffer.size()))
     return fail(fru_status::kReadFailed);
   BusyWatch busy(address);
@@ -133,9 +125,9 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
   while (count < buffer.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(buffer.size() - count));
     auto bytes = static_cast<std::uint8_t>(chunk);
-    IpmiMessage request =
-        StartRequest(address, ipmi_command::kReadFruData, offset + static_cast<std::uint32_t>(count), bytes);
-    if (IsInventoryDevice(address)) Put(request, bytes);
+    std::span<const std::uint8_t> tail(&bytes, IsInventoryDevice(address) ? 1 : 0);
+    IpmiMessage request = MakeRequest(address, ipmi_command::kReadFruData,
+                                      offset + static_cast<std::uint32_t>(count), bytes, tail);
     IpmiMessage response;
     if (Status status = Send(address, request, response, kReadTimeout, fru_status::kReadFailed);
         status != kSuccess)
@@ -155,7 +147,8 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
       case completion_code::kLengthLimitExceeded:
       case completion_code::kCannotReturnLength:
         if (chunk == 1) return fail(fru_status::kReadFailed);
-        // 8, 4, 0 and then 1: devices have been seen to answer to this sequence, so the 0 is sent as well.
+        // Kept: 8, 4, 0 and then 1; devices have been seen to answer to this sequence, so the 0 is sent as
+        // well.
         chunk = chunk - kChunkStep < 0 ? 1 : chunk - kChunkStep;
         break;
       case completion_code::kNodeBusy:
@@ -176,31 +169,28 @@ Status CFru::ReadDataFromFRU(const FruDeviceAddress& address, std::uint32_t offs
 }
 
 Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t& inventorySize) {
-  TraceScope scope("CFru::ReadFruDataFromBmc");
+  constexpr const char* kName = "CFru::ReadFruDataFromBmc";
+  TraceScope scope(kName);
   inventorySize = 0;
   IpmiMessage request;
   request.targetAddress = address.controller;
   request.netFunction = net_function::kStorage;
   request.command = ipmi_command::kGetFruAreaInfo;
-  Put(request, address.deviceId);
+  request.data[0] = address.deviceId;
+  request.dataLength = 1;
   IpmiMessage response;
   bool isRead = IsInventoryDevice(address) && IpmiTransaction(request, response) == ipmi_result::kSuccess &&
                 response.completionCode == completion_code::kSuccess && response.dataLength >= 2;
-  if (!isRead) {
-    Trace("CFru::ReadFruDataFromBmc - Error Reading FRU size", 1);
-    return fru_status::kReadFailed;
-  }
-  inventorySize = response.data[0] + 256u * response.data[1];
+  if (!isRead) return Fail(kName, "Error Reading FRU size", fru_status::kReadFailed);
+  inventorySize = WordAt(response.data, 0);
   return kSuccess;
 }
 
 Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t offset,
                                std::span<const std::uint8_t> bytes) {
-  TraceScope scope("CFru::WriteFruDataToBmc");
-  auto fail = [](Status status) {
-    Trace("CFru::WriteFruDataToBmc - Error Writing FRU", 1);
-    return status;
-  };
+  constexpr const char* kName = "CFru::WriteFruDataToBmc";
+  TraceScope scope(kName);
+  auto fail = [](Status status) { return Fail(kName, "Error Writing FRU", status); };
   if (address.nvsType == nvs_type::kRefused || IsPastOffsets(offset, bytes.size()))
     return fail(fru_status::kWriteFailed);
   std::size_t written = 0;
@@ -208,12 +198,12 @@ Status CFru::WriteFruDataToBmc(const FruDeviceAddress& address, std::uint32_t of
   std::int64_t chunk = kLargestChunk;
   while (written < bytes.size()) {
     chunk = std::min(chunk, static_cast<std::int64_t>(bytes.size() - written));
-    // A refused length shrinks 8, 4, 0 without a clamp. A request of 0 bytes can be sent, one of fewer
+    // Kept: a refused length shrinks 8, 4, 0 without a clamp. A request of 0 bytes can be sent, one of fewer
     // cannot, and an accepted one of 0 gets nowhere: the write ends there.
     if (chunk < 0) return fail(fru_status::kWriteFailed);
     IpmiMessage request =
-        StartRequest(address, ipmi_command::kWriteFruData, offset + static_cast<std::uint32_t>(written), 0);
-    for (std::uint8_t byte : bytes.subspan(written, static_cast<std::size_t>(chunk))) Put(request, byte);
+        MakeRequest(address, ipmi_command::kWriteFruData, offset + static_cast<std::uint32_t>(written), 0,
+                    bytes.subspan(written, static_cast<std::size_t>(chunk)));
     IpmiMessage response;
     if (Status status = Send(address, request, response, kWriteTimeout, fru_status::kWriteFailed);
         status != kSuccess)

@@ -5,6 +5,7 @@
 #include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
 #include "fru/fru.h"
 #include "fru/fru_encoding.h"
 #include "fru/fru_output.h"
@@ -20,7 +21,7 @@ struct HeaderLine {
 };
 constexpr HeaderLine kHeaderLines[] = {
     {"Internal Area Offset", 1},
-    {"Chasis Area Offset", 2},
+    {"Chasis Area Offset", 2},  // Kept: spelled so in every transcript
     {"Board Area Offset", 3},
     {"Product Area Offset", 4},
     {"MultiRecord Offset", 5},
@@ -50,8 +51,8 @@ void PrintBcdDigit(unsigned digit) {
     PrintText(digit == kDash ? "-" : digit == kPeriod ? "." : "\b");
 }
 
-/// Only the first digit is shown, and then the field as 6-bit text; a first digit of 0 is shown as often as
-/// the field has digits, where it once went on for ever.
+/// Kept: only the first digit is shown, and then the field as 6-bit text; a first digit of 0 is shown as
+/// often as the field has digits, where it once went on for ever.
 void PrintBcdPlus(std::span<const std::uint8_t> data) {
   unsigned first = data.empty() ? 0 : data[0] >> 4;
   std::size_t count = first == 0 ? std::max<std::size_t>(1, 2 * data.size()) : 1;
@@ -61,8 +62,7 @@ void PrintBcdPlus(std::span<const std::uint8_t> data) {
 
 Status PrintField(const char* label, std::uint8_t typeLength, std::span<const std::uint8_t> data) {
   if (data.data() == nullptr) {
-    Trace("CFru::Display - Unexpected", 1);
-    return fru_status::kUnexpected;
+    return Fail("CFru::Display", "Unexpected", fru_status::kUnexpected);
   }
   Print(" %-17s", label);
   switch (FruDefs::DecodeType(typeLength)) {
@@ -157,8 +157,7 @@ bool ShowVersionedArea(bool isPresent, const char* name, const InfoArea& info, s
 Status ShowBoard(CFru& fru) {
   const CBoardInfoArea& board = fru.Board();
   if (!ShowVersionedArea(fru.HasBoardArea(), "Board", board, board.GetLanguageCode())) return kSuccess;
-  std::span<const std::uint8_t> date = board.GetMfgDateTime();
-  std::uint32_t minutes = date[0] | date[1] << 8 | date[2] << 16;
+  auto minutes = static_cast<std::uint32_t>(NumberAt(board.GetMfgDateTime(), 0, 3));
   Print(" %-31s= %lu\n", "Manufacturing Time(mins)", minutes);
   return PrintFields(board);
 }

@@ -8,10 +8,7 @@ std::uint8_t SumOf(std::span<const std::uint8_t> bytes) {
   return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0u));
 }
 
-std::uint8_t FruChecksum(std::span<const std::uint8_t> bytes) {
-  return static_cast<std::uint8_t>(-SumOf(bytes));
-}
-
+// Kept: most significant bits first; images in the field were written so.
 std::string UnpackSixBitAscii(std::span<const std::uint8_t> bytes) {
   constexpr unsigned kBits = 6;
   std::string text;

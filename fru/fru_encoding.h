@@ -32,12 +32,9 @@ constexpr FruFieldType DecodeType(std::uint8_t typeLength) {
 /// The 8-bit sum.
 std::uint8_t SumOf(std::span<const std::uint8_t> bytes);
 
-/// The two's complement of the 8-bit sum: what makes the covered bytes and itself sum to 0. 0 for no bytes.
-std::uint8_t FruChecksum(std::span<const std::uint8_t> bytes);
-
-/// Unpacks 6-bit ASCII into characters 20h to 5Fh. The input ends at its first zero byte. Bits are taken most
-/// significant first, the reverse of the standard, so that images written by this program read back the same;
-/// a character begun when the input ends is still given.
+/// Unpacks 6-bit ASCII into characters 20h to 5Fh. The input ends at its first zero byte. Bits are
+/// taken most significant first, the reverse of the standard, so that images written by this program read
+/// back the same; a character begun when the input ends is still given.
 std::string UnpackSixBitAscii(std::span<const std::uint8_t> bytes);
 
 }  // namespace varnok

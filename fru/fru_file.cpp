@@ -130,13 +130,11 @@ std::size_t SkipBlock(const PreparedText& lines, std::size_t index) {
 
 Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t index,
                        std::span<const std::uint8_t>& bytes) {
-  TraceScope scope("CFru::ParseArea");
+  constexpr const char* kName = "CFru::ParseArea";
+  TraceScope scope(kName);
   bytes = {};
   blockBytes.Clear();
-  if (!lines.LineContains(index, tag)) {
-    Trace("CFru::ParseArea - Tag not found", 1);
-    return fru_status::kBlockTagMissing;
-  }
+  if (!lines.LineContains(index, tag)) return Fail(kName, "Tag not found", fru_status::kBlockTagMissing);
   for (++index; index < lines.LineCount() && !EndsBlock(lines, index) && !blockBytes.IsFull(); ++index) {
     Status status = kSuccess;
     if (std::optional<std::string_view> text = lines.QuotedText(index)) {
@@ -145,10 +143,7 @@ Status CFru::ParseArea(std::string_view tag, PreparedText& lines, std::size_t in
       lines.RemoveBlanks(index);
       status = blockBytes.AddDigits(lines.Line(index));
     }
-    if (status != kSuccess) {
-      Trace("CFru::ParseArea - Invalid data", 1);
-      return status;
-    }
+    if (status != kSuccess) return Fail(kName, "Invalid data", status);
   }
   blockBytes.SetCut(HasDataFrom(lines, index));
   bytes = blockBytes.Bytes();
@@ -174,6 +169,8 @@ void CFru::SetParseAreaErrorMessage(Status status, const char* areaName, std::st
   }
 }
 
+constexpr const char* kReader = "CFru::ReadFRUFromFile";
+
 /// Walks the lines of one file into one image.
 class FruFileReader {
  public:
@@ -181,12 +178,12 @@ class FruFileReader {
 
   Status Read() {
     if (fileName_.empty()) {
-      SetFruError(fru_text::kUnexpected);
-      return Fail("File Read Error", fru_status::kFileNotRead);
+      ReportFruError(fru_text::kUnexpected);
+      return Fail(kReader, "File Read Error", fru_status::kFileNotRead);
     }
     if (lines_.Load(fileName_) != kSuccess) {
       ReportFruError("Could not open FRU file \"%s\".", fileName_);
-      return Fail("File Read Error", fru_status::kFileNotRead);
+      return Fail(kReader, "File Read Error", fru_status::kFileNotRead);
     }
     lines_.CutAt("//");
     lines_.Trim();
@@ -194,7 +191,7 @@ class FruFileReader {
       if (Status status = TakeLine(); status != kSuccess) return status;
     if (step_ == Step::Done) return kSuccess;
     ReportFruError("The FRU File \"%s\" ended unexpectedly during parsing.", fileName_);
-    return Fail("Unexpected EOF", fru_status::kFileNotParsed);
+    return Fail(kReader, "Unexpected EOF", fru_status::kFileNotParsed);
   }
 
  private:
@@ -246,7 +243,7 @@ class FruFileReader {
     std::uint32_t length = 0;
     if (Scan(lines_.Line(line_), "_DATA_LEN %x", &length) != 1 || length >= kDataLengthLimit)
       return FailKey("Data length");
-    // The header is still empty here, so this gives no area a length but marks the info areas modified.
+    // Kept: the header is still empty here, so this gives no area a length but marks the info areas modified.
     fru_.ComputeAreaLengths(length);
     step_ = Step::AddressOrCommon;
     return kSuccess;
@@ -264,9 +261,9 @@ class FruFileReader {
   Status TakeAddressKey(const AddressKey& key) {
     if (key.format.empty()) {
       std::optional<std::string_view> value = lines_.QuotedText(line_);
-      auto row = std::find_if(std::begin(kNvsTypes), std::end(kNvsTypes),
+      auto row = std::find_if(kNvsTypes.begin(), kNvsTypes.end(),
                               [&](const NvsTypeRow& candidate) { return candidate.fileName == value; });
-      if (row == std::end(kNvsTypes)) return FailKey(key.name);
+      if (row == kNvsTypes.end()) return FailKey(key.name);
       fru_.address_.nvsType = row->type;
       return kSuccess;
     }
@@ -284,7 +281,7 @@ class FruFileReader {
     std::copy_n(bytes.begin(), std::min(bytes.size(), header.size()), header.begin());
     if (fru_.DecodeHeader(header) != kSuccess) {
       ReportFruError("Invalid Common Header Area was found while updating \"%s\".\n", fileName_);
-      return Fail("Area Parse Error", fru_status::kFileNotParsed);
+      return Fail(kReader, "Area Parse Error", fru_status::kFileNotParsed);
     }
     step_ = Step::Areas;
     AwaitNextArea();
@@ -306,7 +303,7 @@ class FruFileReader {
     }
     if (!isTaken) {
       ReportFruError("Could not parse the %s of the FRU file \"%s\".", block.name, fileName_);
-      return Fail("Area Parse Error", fru_status::kFileNotParsed);
+      return Fail(kReader, "Area Parse Error", fru_status::kFileNotParsed);
     }
     AwaitNextArea();
     return kSuccess;
@@ -317,7 +314,7 @@ class FruFileReader {
     const AreaBlock& block = kAreaBlocks[area_];
     if (Status status = CFru::ParseArea(block.tag, lines_, line_, bytes); status != kSuccess) {
       CFru::SetParseAreaErrorMessage(status, block.name, fileName_);
-      return Fail("Area Parse Error", fru_status::kFileNotParsed);
+      return Fail(kReader, "Area Parse Error", fru_status::kFileNotParsed);
     }
     if (blockBytes.IsCut())
       Warn("%s: the %s ends after %d bytes; the lines behind them are not read", fileName_, block.name,
@@ -343,12 +340,7 @@ class FruFileReader {
 
   Status FailKey(const char* name) {
     ReportFruError("An unexpected error occurred while reading %s from FRU file \"%s\".", name, fileName_);
-    return Fail("Unexpected Error while reading file", fru_status::kFileNotParsed);
-  }
-
-  static Status Fail(const char* what, Status status) {
-    Trace("CFru::ReadFRUFromFile - %s", 1, what);
-    return status;
+    return Fail(kReader, "Unexpected Error while reading file", fru_status::kFileNotParsed);
   }
 
   CFru& fru_;
@@ -363,7 +355,7 @@ class FruFileReader {
 };
 
 Status CFru::ReadFRUFromFile(std::string_view fileName) {
-  TraceScope scope("CFru::ReadFRUFromFile");
+  TraceScope scope(kReader);
   return FruFileReader(*this, fileName).Read();
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/services/trace.h"
+#include "firmware/ipmi.h"
 #include "fru/fru_encoding.h"
 
 namespace varnok {
@@ -27,7 +28,7 @@ void CFruHeader::SetData(std::span<const std::uint8_t, kLength> bytes) {
 }
 
 void CFruHeader::UpdateChecksum() {
-  bytes_[7] = FruChecksum(std::span(bytes_).first(7));
+  bytes_[7] = IpmiChecksum(std::span(bytes_).first(7));
 }
 
 }  // namespace varnok

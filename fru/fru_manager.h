@@ -1,25 +1,23 @@
-// The state behind the FruData front, and the checks that its operations begin with. For the front's own
-// files.
+// The state behind the FruData front, and the one shape of its operations. For the front's own files.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
-#include <vector>
 
+#include "app/services/trace.h"
 #include "firmware/pool.h"
+#include "firmware/pool_list.h"
+#include "firmware/pool_text.h"
 #include "fru/fru.h"
 #include "fru/fru_session.h"
 #include "fru/fru_status.h"
-#include "firmware/pool_text.h"
 
 namespace varnok {
 
 struct FruManager {
   static constexpr std::size_t kNoFru = static_cast<std::size_t>(-1);
 
-  using Images = std::vector<PoolPtr<CFru>>;
+  using Images = PoolList<PoolPtr<CFru>>;
 
   bool isAnyLoaded = false;
   Images systemFrus;
@@ -43,14 +41,46 @@ struct FruManager {
 /// The manager; null until it is initialised.
 FruManager* TheFruManager();
 
-/// Sets the last error, traces "OPERATION - Unexpected" and gives `status` back.
-Status FailFru(const char* operation, Status status, std::u16string_view text);
-Status FailFru(const char* operation, Status status, const char* text = fru_text::kUnexpected);
+/// How an operation of the front fails: sets the last error, traces "NAME - Unexpected", gives `status` back.
+template <class... Arguments>
+Status FailFru(const char* name, Status status, const char* format, const Arguments&... arguments) {
+  ReportFruError(format, arguments...);
+  return Fail(name, "Unexpected", status);
+}
+Status FailFru(const char* name, Status status);
+Status FailUnsupported(const char* name);
 
-// Each gives the first failing status of its checks, reported, or 0 with its out-arguments set.
-Status CheckFruManager(const char* operation, FruManager*& manager);
-Status CheckSelectedFru(const char* operation, FruManager*& manager, CFru*& fru);
-/// The selected area of the selected FRU.
-Status CheckSelectedArea(const char* operation, FruManager*& manager, CFru*& fru);
+// An operation of the front: its trace lines, the checks of what it needs, in their order, and then
+// `operation` on what was found. The first check that fails is the result.
+
+/// Needs the manager initialised: operation(manager).
+template <class Operation>
+Status OnManager(const char* name, Operation operation) {
+  TraceScope scope(name);
+  FruManager* manager = TheFruManager();
+  return manager == nullptr ? FailFru(name, fru_status::kNotInitialized) : operation(*manager);
+}
+
+/// The selected FRU, or the status of what there is not.
+Status FindSelectedFru(const char* name, FruManager& manager, CFru*& fru);
+
+/// Needs a FRU selected: operation(manager, fru).
+template <class Operation>
+Status OnFru(const char* name, Operation operation) {
+  return OnManager(name, [&](FruManager& manager) {
+    CFru* fru = nullptr;
+    Status status = FindSelectedFru(name, manager, fru);
+    return status == kSuccess ? operation(manager, *fru) : status;
+  });
+}
+
+/// Needs an area of it selected: operation(manager, fru).
+template <class Operation>
+Status OnArea(const char* name, Operation operation) {
+  return OnFru(name, [&](FruManager& manager, CFru& fru) {
+    if (manager.area == FruAreaId::None) return FailFru(name, fru_status::kNothingSelected);
+    return operation(manager, fru);
+  });
+}
 
 }  // namespace varnok

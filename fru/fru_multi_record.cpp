@@ -14,18 +14,14 @@ constexpr std::size_t kHeaderLength = MultiRecord::kHeaderLength;
 
 Status AppendRecords(MultiRecordList& records, std::span<const std::uint8_t> bytes) {
   while (!bytes.empty()) {
-    // An area filled up to a unit of eight ends in less than a header: what is missing of that record is zero.
-    // A whole header promises its data.
+    // An area filled up to a unit of eight ends in less than a header: what is missing of that record is
+    // zero. A whole header promises its data.
     const bool isFill = bytes.size() < kHeaderLength;
-    if (!isFill && bytes.size() < kHeaderLength + bytes[2]) {
-      Trace("CFru::DecodeMultiRecArea - Truncated record", 1);
-      return fru_status::kMultiRecordArea;
-    }
+    if (!isFill && bytes.size() < kHeaderLength + bytes[2])
+      return Fail("CFru::DecodeMultiRecArea", "Truncated record", fru_status::kMultiRecordArea);
     MultiRecord* record = records.Append();
-    if (record == nullptr) {
-      Trace("CFru::DecodeMultiRecArea - Out of memory", 1);
-      return fru_status::kMultiRecordMemory;
-    }
+    if (record == nullptr)
+      return Fail("CFru::DecodeMultiRecArea", "Out of memory", fru_status::kMultiRecordMemory);
     std::copy_n(bytes.begin(), std::min(bytes.size(), kHeaderLength), record->header.begin());
     if (isFill) break;
     std::copy_n(bytes.begin() + kHeaderLength, record->Length(), record->data.begin());
@@ -39,13 +35,11 @@ Status AppendRecords(MultiRecordList& records, std::span<const std::uint8_t> byt
 Status CFru::DecodeMultiRecArea(std::span<const std::uint8_t> bytes, std::uint32_t number) {
   TraceScope scope("CFru::DecodeMultiRecArea");
   if (number == kAllMultiRecords) return AppendRecords(multiRecords_, bytes);
-  // Records are counted from 0 here but from 1 everywhere else, so that number 1 replaces the second record's
-  // header; scripts are written to that.
+  // Kept: records are counted from 0 here but from 1 everywhere else, so that number 1 replaces the second
+  // record's header; scripts are written to that.
   MultiRecord* record = multiRecords_.At(number);
-  if (record == nullptr || bytes.size() < kHeaderLength) {
-    Trace("CFru::DecodeMultiRecArea - No such record", 1);
-    return fru_status::kMultiRecordArea;
-  }
+  if (record == nullptr || bytes.size() < kHeaderLength)
+    return Fail("CFru::DecodeMultiRecArea", "No such record", fru_status::kMultiRecordArea);
   std::copy_n(bytes.begin(), kHeaderLength, record->header.begin());
   return kSuccess;
 }
@@ -55,9 +49,8 @@ Status CFru::SetMultiRecArea(std::span<const std::uint8_t> bytes, bool isModifie
   if (number == kAllMultiRecords) multiRecords_.Clear();
   multiRecLength_ = static_cast<std::uint32_t>(bytes.size());
   if (Status status = DecodeMultiRecArea(bytes, number); status != kSuccess) {
-    SetFruError(fru_text::kUnexpected);
-    Trace("CFru::SetMultiRecArea - Unexpected", 1);
-    return status;
+    ReportFruError(fru_text::kUnexpected);
+    return Fail("CFru::SetMultiRecArea", "Unexpected", status);
   }
   isMultiRecModified_ = isModified;
   return kSuccess;
@@ -77,10 +70,8 @@ Status CFru::SerializeMultiRecArea(std::uint8_t* output, std::uint32_t& size, st
   std::uint32_t current = 0;
   for (const MultiRecord& record : multiRecords_) {
     if (++current != number && number < kAllMultiRecords) continue;
-    if (!put(record.header) || !put(record.Data())) {
-      Trace("CFru::SerializeMultiRecArea - Unexpected", 1);
-      return fru_status::kUnexpected;
-    }
+    if (!put(record.header) || !put(record.Data()))
+      return Fail("CFru::SerializeMultiRecArea", "Unexpected", fru_status::kUnexpected);
   }
   size = static_cast<std::uint32_t>(written);
   return kSuccess;

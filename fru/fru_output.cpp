@@ -1,7 +1,5 @@
 #include "fru/fru_output.h"
 
-#include <string>
-
 #include "app/services/console.h"
 #include "app/services/text_output.h"
 #include "fru/fru_session.h"
@@ -14,9 +12,13 @@ bool FruOutput::Open() {
 }
 
 void FruOutput::PrintWith(const char* format, const FormatArgument* arguments, std::size_t count) {
-  std::u16string text = FormatWideWith(format, arguments, count);
-  PrintText(text);
-  if (file_ != nullptr) (void)WriteText(*file_, text);
+  varnok::PrintWith(format, arguments, count);
+  if (file_ == nullptr) return;
+  // A file that takes no more does not stop the programming.
+  GatheredText file([this](std::span<char16_t> text) {
+    Discard(WriteText(*file_, {text.data(), text.size()}));
+  });
+  FormatTo(file, format, arguments, count);
 }
 
 void FruOutput::PrintAddress(const char* prefix, const FruDeviceAddress& address) {

@@ -39,9 +39,8 @@ Status CFru::ReadFruFromSystem() {
   TraceScope scope("CFru::ReadFruFromSystem");
   if (address_.nvsType == nvs_type::kImbDevice && address_.bus >= kFirstReservedBus &&
       address_.deviceAddress != kBmcAddress) {
-    SetFruError("Invalid BMC Address found.");
-    Trace("CFru::ReadFruFromSystem - Invalid BMC Address", 1);
-    return fru_status::kReadFailed;
+    ReportFruError("Invalid BMC Address found.");
+    return Fail("CFru::ReadFruFromSystem", "Invalid BMC Address", fru_status::kReadFailed);
   }
   Status status = GetCommonHeader();
   if (status == kSuccess && HasBoardArea()) status = GetBoardArea();
@@ -53,27 +52,22 @@ Status CFru::ReadFruFromSystem() {
 }
 
 Status CFru::GetCommonHeader() {
-  TraceScope scope("CFru::GetCommonHeader");
+  constexpr const char* kName = "CFru::GetCommonHeader";
+  TraceScope scope(kName);
   std::array<std::uint8_t, CFruHeader::kLength> bytes{};
-  if (Status status = ReadDataFromFRU(address_, 0, bytes); status != kSuccess) {
-    Trace("CFru::GetCommonHeader - Error Reading FRU", 1);
-    return status;
-  }
+  if (Status status = ReadDataFromFRU(address_, 0, bytes); status != kSuccess)
+    return Fail(kName, "Error Reading FRU", status);
   CFruHeader header;
   header.SetData(bytes);
   if (!header.IsIpmiFru()) {
-    SetFruError(fru_text::kNotIpmiFru);
-    Trace("CFru::GetCommonHeader - Not an IPMI FRU", 1);
-    return fru_status::kNotIpmiFru;
+    ReportFruError(fru_text::kNotIpmiFru);
+    return Fail(kName, "Not an IPMI FRU", fru_status::kNotIpmiFru);
   }
   header_ = header;
-  if (!header_.IsValid()) {
-    ReportFruError(fru_text::kInvalidHeader, FriendlyName());
-    isImageInvalid_ = true;
-    Trace("CFru::GetCommonHeader - Invalid Common Header", 1);
-    return fru_status::kInvalidHeader;
-  }
-  return kSuccess;
+  if (header_.IsValid()) return kSuccess;
+  ReportFruError(fru_text::kInvalidHeader, FruName(address_).Text());
+  isImageInvalid_ = true;
+  return Fail(kName, "Invalid Common Header", fru_status::kInvalidHeader);
 }
 
 Status CFru::GetBoardArea() {
@@ -82,8 +76,8 @@ Status CFru::GetBoardArea() {
 }
 
 Status CFru::GetProductArea() {
-  return GetInfoArea({FruAreaId::ProductInfoArea, "CFru::GetProductArea", fru_status::kProductInfoArea, nullptr,
-                      "Invalid Product Area"});
+  return GetInfoArea({FruAreaId::ProductInfoArea, "CFru::GetProductArea", fru_status::kProductInfoArea,
+                      nullptr, "Invalid Product Area"});
 }
 
 Status CFru::GetChassisArea() {
@@ -103,9 +97,8 @@ Status CFru::GetInfoArea(const InfoAreaReading& reading) {
   } else if (status != uefi_status::kBadBufferSize && reading.message != nullptr) {
     status = reading.invalid;
   }
-  if (reading.message != nullptr) ReportFruError(reading.message, FriendlyName());
-  Trace("%s - %s", 1, reading.operation, reading.failure);
-  return status;
+  if (reading.message != nullptr) ReportFruError(reading.message, FruName(address_).Text());
+  return Fail(reading.operation, reading.failure, status);
 }
 
 Status CFru::ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes) {
@@ -121,12 +114,13 @@ Status CFru::ReadInfoArea(FruAreaId area, std::span<std::uint8_t>& bytes) {
 }
 
 Status CFru::GetInternalUseArea() {
-  TraceScope scope("CFru::GetInternalUseArea");
+  constexpr const char* kName = "CFru::GetInternalUseArea";
+  TraceScope scope(kName);
   if (!HasInternalArea()) {
-    (void)internalUse_.SetData({}, false);
+    (void)internalUse_.SetData({}, false);  // nothing is never too long
     return kSuccess;
   }
-  // The area ends where the first present one of the others begins: first by number, not by place.
+  // Kept: the area ends where the first present one of the others begins: first by number, not by place.
   std::int64_t length = 0;
   for (FruAreaId next : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea,
                          FruAreaId::MultiRecordArea}) {
@@ -148,32 +142,36 @@ Status CFru::GetInternalUseArea() {
     isRead = ReadDataFromFRU(address_, offset, area) == kSuccess && internalUse_.SetData(area, false);
   }
   if (isRead) return kSuccess;
-  ReportFruError(kInvalidInternalArea, FriendlyName());
-  Trace("CFru::GetInternalUseArea - Invalid Internal Use Area", 1);
-  return fru_status::kInternalUseArea;
+  ReportFruError(kInvalidInternalArea, FruName(address_).Text());
+  return Fail(kName, "Invalid Internal Use Area", fru_status::kInternalUseArea);
 }
 
 Status CFru::GetMultiRecArea() {
-  TraceScope scope("CFru::GetMultiRecArea");
+  constexpr const char* kName = "CFru::GetMultiRecArea";
+  TraceScope scope(kName);
   multiRecords_.Clear();
   const std::uint32_t start =
       header_.Offset(FruAreaId::MultiRecordArea) * static_cast<std::uint32_t>(FruDefs::kUnit);
   std::uint32_t position = start;
   Status result = kSuccess;
   // Records that never end are followed until the device's 16 bits of offset run out, which fails the
-  // reading.
-  for (bool isLast = false; !isLast && result == kSuccess;) result = ReadMultiRecord(position, isLast);
+  // reading. A reserved list does not keep them all, so each is also checked as it passes.
+  bool isEachSound = true;
+  for (bool isLast = false; !isLast && result == kSuccess;) {
+    bool isSound = true;
+    result = ReadMultiRecord(position, isLast, isSound);
+    isEachSound = isEachSound && isSound;
+  }
   multiRecLength_ = position - start;
-  if (result == kSuccess && !CheckMultiRecCheckSum()) {
+  if (result == kSuccess && !(isEachSound && CheckMultiRecCheckSum())) {
     isImageInvalid_ = true;
     result = fru_status::kMultiRecordArea;
   }
-  if (result == fru_status::kMultiRecordArea) ReportFruError(kInvalidMultiRecArea, FriendlyName());
-  if (result != kSuccess) Trace("CFru::GetMultiRecArea - Invalid Multi Record Area", 1);
-  return result;
+  if (result == fru_status::kMultiRecordArea) ReportFruError(kInvalidMultiRecArea, FruName(address_).Text());
+  return result == kSuccess ? kSuccess : Fail(kName, "Invalid Multi Record Area", result);
 }
 
-Status CFru::ReadMultiRecord(std::uint32_t& position, bool& isLast) {
+Status CFru::ReadMultiRecord(std::uint32_t& position, bool& isLast, bool& isSound) {
   std::array<std::uint8_t, MultiRecord::kHeaderLength + 0xFF> bytes{};
   if (ReadDataFromFRU(address_, position, std::span(bytes).first(3)) != kSuccess)
     return fru_status::kMultiRecordArea;
@@ -188,14 +186,14 @@ Status CFru::ReadMultiRecord(std::uint32_t& position, bool& isLast) {
     return fru_status::kMultiRecordArea;
   MultiRecord* record = multiRecords_.Append();
   if (record == nullptr) {
-    SetFruError(fru_text::kNoMemory);
-    Trace("CFru::GetMultiRecArea - Out of memory", 1);
-    return fru_status::kOutOfMemory;
+    ReportFruError(fru_text::kNoMemory);
+    return Fail("CFru::GetMultiRecArea", "Out of memory", fru_status::kOutOfMemory);
   }
   std::copy_n(bytes.begin(), record->header.size(), record->header.begin());
   std::copy_n(bytes.begin() + record->header.size(), declared, record->data.begin());
   position += static_cast<std::uint32_t>(length);
   isLast = record->IsLast();
+  isSound = IsValid(*record);
   return kSuccess;
 }
 

@@ -15,17 +15,15 @@ constexpr const char* kAreasTooBigText = "The FRU areas don't fit into the FRU i
 }  // namespace
 
 Status CFru::ResizeFruArea(FruAreaId area, std::uint32_t length) {
-  TraceScope scope("CFru::ResizeFruArea");
+  constexpr const char* kName = "CFru::ResizeFruArea";
+  TraceScope scope(kName);
   if (FindInfoArea(area) == nullptr) {
-    SetFruError(fru_text::kUnsupported);
-    Trace("CFru::ResizeFruArea - Unsupported", 1);
-    return fru_status::kUnsupported;
+    ReportFruError(fru_text::kUnsupported);
+    return Fail(kName, "Unsupported", fru_status::kUnsupported);
   }
   std::uint32_t inventorySize = 0;
-  if (Status status = ReadFruDataFromBmc(address_, inventorySize); status != kSuccess) {
-    Trace("CFru::ResizeFruArea - Error Reading FRU size", 1);
-    return status;
-  }
+  if (Status status = ReadFruDataFromBmc(address_, inventorySize); status != kSuccess)
+    return Fail(kName, "Error Reading FRU size", status);
 
   CFruHeader header = header_;
   std::uint64_t total = CFruHeader::kLength;
@@ -45,13 +43,12 @@ Status CFru::ResizeFruArea(FruAreaId area, std::uint32_t length) {
       continue;
     }
     if (oldLength - info.GetPadLength() > std::int64_t{length}) {
-      SetFruError(kFieldsTooBigText);
-      Trace("CFru::ResizeFruArea - Fields don't fit", 1);
-      return fru_status::kFieldsTooBig;
+      ReportFruError(kFieldsTooBigText);
+      return Fail(kName, "Fields don't fit", fru_status::kFieldsTooBig);
     }
     total += length;
     shift = (std::int64_t{length} - oldLength) / static_cast<std::int64_t>(FruDefs::kUnit);
-    (void)info.SetLength(length);
+    (void)info.SetLength(length);  // a length that is no multiple of 8 is not taken
   }
   if (HasMultiRecArea()) {
     move(FruAreaId::MultiRecordArea);
@@ -61,9 +58,8 @@ Status CFru::ResizeFruArea(FruAreaId area, std::uint32_t length) {
   if (total > inventorySize || length > kMaxAreaLength) {
     // The area keeps its new length and the header its old offsets; nothing is written unless the caller
     // commits.
-    SetFruError(kAreasTooBigText);
-    Trace("CFru::ResizeFruArea - Areas don't fit", 1);
-    return fru_status::kAreasTooBig;
+    ReportFruError(kAreasTooBigText);
+    return Fail(kName, "Areas don't fit", fru_status::kAreasTooBig);
   }
   header_ = header;
   return kSuccess;

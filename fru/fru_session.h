@@ -4,11 +4,10 @@
 
 #include <array>
 #include <cstddef>
-#include <span>
 #include <string_view>
 
 #include "app/services/callbacks.h"
-#include "app/services/format.h"
+#include "platform/smbios.h"
 
 namespace varnok {
 
@@ -28,13 +27,11 @@ FruSession& TheFruSession();
 
 /// Sets the last-error text, cut to its buffer.
 void SetFruError(std::u16string_view text);
-void SetFruError(const char* text);
-void ReportFruErrorWith(const char* format, const FormatArgument* arguments, std::size_t count);
 
+/// Formats the last-error text. Takes no memory: errors are reported where there is none left.
 template <class... Arguments>
 void ReportFruError(const char* format, const Arguments&... arguments) {
-  const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
-  ReportFruErrorWith(format, list.data(), list.size());
+  SmbiosFormat(TheFruSession().lastError, format, arguments...);
 }
 
 /// Last-error texts that more than one place reports.

@@ -34,8 +34,8 @@ constexpr const char* kMultiRecDataDiffers =
 constexpr const char* kMultiRecHeaderDiffers =
     "\nMultiRecord area is different between the file and the memory.\n";
 
-// The board area is compared behind its version, length, language and manufacturing date, which a factory
-// sets.
+// Kept: the board area is compared behind its version, length, language and manufacturing date, which a
+// factory sets.
 constexpr std::size_t kFirstComparedBoardByte = 6;
 
 bool IsSame(std::span<const std::uint8_t> left, std::span<const std::uint8_t> right) {
@@ -57,8 +57,8 @@ bool IsSameInfoArea(FruAreaId area, InfoArea& memory, InfoArea& device) {
 }  // namespace
 
 bool CFru::VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnnounced) const {
-  // The data are compared over the length of the product area, not over the record's own: what passes and
-  // what fails here is relied on. The buffers are longer than any area, with zeros behind the data.
+  // Kept: the data are compared over the length of the product area, not over the record's own: what passes
+  // and what fails here is relied on. The buffers are longer than any area, with zeros behind the data.
   const std::size_t dataLength = std::min(product_.GetLength(), MultiRecord::kDataCapacity);
   auto onDevice = device.multiRecords_.begin();
   bool isAreaAnnounced = false;
@@ -83,24 +83,24 @@ bool CFru::VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnn
   return true;
 }
 
-Status CFru::Verify(FruOutput& output) {
-  TraceScope scope("CFru::Verify");
-  PoolPtr<CFru> device = MakeInPool<CFru>();
-  if (device == nullptr) {
-    SetFruError(fru_text::kNoMemory);
-    Trace("CFru::Verify - Out of memory", 1);
-    return fru_status::kOutOfMemory;
-  }
-  if (Status status = device->LoadFromSystem(address_); status != kSuccess) {
-    Trace("CFru::Verify - Error Reading FRU", 1);
-    return status;
-  }
+bool CFru::ReserveFor(CFru& image) {
+  address_ = image.address_;
+  for (FruAreaId area : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea})
+    if (!FindInfoArea(area)->ReserveFor(*image.FindInfoArea(area))) return false;
+  return multiRecords_.Reserve(image.multiRecords_.size());
+}
+
+Status CFru::Verify(FruOutput& output, CFru& device) {
+  constexpr const char* kName = "CFru::Verify";
+  TraceScope scope(kName);
+  if (Status status = device.LoadFromSystem(address_); status != kSuccess)
+    return Fail(kName, "Error Reading FRU", status);
   bool isAnnounced = false;
   auto isSame = [&](FruAreaId area) {
-    if (area == FruAreaId::CommonHeaderArea) return IsSame(header_.GetData(), device->header_.GetData());
+    if (area == FruAreaId::CommonHeaderArea) return IsSame(header_.GetData(), device.header_.GetData());
     if (area == FruAreaId::InternalUseArea)
-      return internalUse_.GetLength() == device->internalUse_.GetLength();
-    return IsSameInfoArea(area, *FindInfoArea(area), *device->FindInfoArea(area));
+      return internalUse_.GetLength() == device.internalUse_.GetLength();
+    return IsSameInfoArea(area, *FindInfoArea(area), *device.FindInfoArea(area));
   };
   for (const AreaLine& line : kAreaLines) {
     if (!HasArea(line.area)) continue;
@@ -112,13 +112,10 @@ Status CFru::Verify(FruOutput& output) {
     }
     if (isSame(line.area)) continue;
     output.Print(line.difference);
-    Trace("CFru::Verify - Areas differ", 1);
-    return fru_status::kUnexpected;
+    return Fail(kName, "Areas differ", fru_status::kUnexpected);
   }
-  if (HasMultiRecArea() && !VerifyMultiRecArea(output, *device, isAnnounced)) {
-    Trace("CFru::Verify - Multi Record Areas differ", 1);
-    return fru_status::kUnexpected;
-  }
+  if (HasMultiRecArea() && !VerifyMultiRecArea(output, device, isAnnounced))
+    return Fail(kName, "Multi Record Areas differ", fru_status::kUnexpected);
   if (isAnnounced) output.Print("\nFRU File Area(s) Verification Successful.\n");
   return kSuccess;
 }

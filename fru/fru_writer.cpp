@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "app/services/trace.h"
+#include "firmware/pool.h"
 #include "fru/fru.h"
 #include "fru/fru_output.h"
 #include "fru/fru_session.h"
@@ -67,8 +68,8 @@ Status CFru::WriteArea(FruOutput& output, FruAreaId area, std::uint32_t offset,
 }
 
 Status CFru::WriteAreas(FruOutput& output, bool& isAnyWritten) {
-  // Each present area follows the one before it, wherever the header places it, and whether or not that is
-  // written.
+  // Kept: each present area follows the one before it, wherever the header places it, and whether or not that
+  // is written.
   std::uint32_t offset = 0;
   for (const AreaLine& line : kAreaLines) {
     if (!HasArea(line.area)) continue;
@@ -85,23 +86,25 @@ Status CFru::WriteAreas(FruOutput& output, bool& isAnyWritten) {
 }
 
 Status CFru::WriteToSystem() {
-  TraceScope scope("CFru::WriteToSystem");
+  constexpr const char* kName = "CFru::WriteToSystem";
+  TraceScope scope(kName);
   FruOutput output;
-  if (!output.Open()) {
-    Trace("CFru::WriteToSystem - Error opening output file", 1);
-    return fru_status::kOutputFile;
+  if (!output.Open()) return Fail(kName, "Error opening output file", fru_status::kOutputFile);
+  // Nothing that follows takes memory: what is half written could not be completed without it.
+  PoolPtr<CFru> device = MakeInPool<CFru>();
+  if (device == nullptr || !device->ReserveFor(*this)) {
+    ReportFruError(fru_text::kNoMemory);
+    return Fail(kName, "Out of memory", fru_status::kOutOfMemory);
   }
   output.PrintAddress("\n", address_);
   bool isAnyWritten = false;
   if (WriteAreas(output, isAnyWritten) != kSuccess) {
-    ReportFruError("Could not write FRU %s to system.", FriendlyName());
-    Trace("CFru::WriteToSystem - Error Writing FRU", 1);
-    return fru_status::kAreaNotWritten;
+    ReportFruError("Could not write FRU %s to system.", FruName(address_).Text());
+    return Fail(kName, "Error Writing FRU", fru_status::kAreaNotWritten);
   }
-  if (Status status = Verify(output); status != kSuccess) {
+  if (Status status = Verify(output, *device); status != kSuccess) {
     output.Print("\nVerification of one or more FRU File Area(s) failed.\n");
-    Trace("CFru::WriteToSystem - Verification failed", 1);
-    return status;
+    return Fail(kName, "Verification failed", status);
   }
   if (isAnyWritten) output.Print("\nFRU File Area(s) successfully loaded into FRU memory.\n");
   return kSuccess;

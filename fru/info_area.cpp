@@ -29,9 +29,7 @@ class FieldScope {
   FieldScope& operator=(const FieldScope&) = delete;
 
  private:
-  void Write(const char* way) const {
-    Trace("%s::%s%s%s [%s]", 3, className_, verb_, field_, suffix_, way);
-  }
+  void Write(const char* way) const { Trace("%s::%s%s%s [%s]", 3, className_, verb_, field_, suffix_, way); }
 
   const char* className_;
   const char* verb_;
@@ -144,7 +142,7 @@ bool InfoArea::GetFieldData(std::uint32_t index, std::span<const std::uint8_t>& 
     Trace("%s::GetFieldData - No such field", 1, layout_->className);
     return false;
   }
-  // Every custom field behind the first reads as the second: scripts rely on what this index gives.
+  // Kept: every custom field behind the first reads as the second; scripts rely on what this index gives.
   data = customFields_.At(std::min<std::size_t>(k, 1))->Bytes();
   return true;
 }
@@ -159,19 +157,19 @@ std::uint8_t InfoArea::GetFieldTypeLength(std::uint32_t index) const {
 Status InfoArea::GetCustomField(std::uint32_t k, PoolText& text) const {
   TraceScope scope(layout_->className, "GetCustomField");
   if (k > customFields_.size()) {
-    SetFruError(fru_text::kNoSuchField);
+    ReportFruError(fru_text::kNoSuchField);
     Trace("%s::GetCustomField - No such field", 1, layout_->className);
     return fru_status::kNoSuchItem;
   }
   const CustomField* field = customFields_.At(k);
   if (field == nullptr) {
-    SetFruError(fru_text::kUnexpected);
+    ReportFruError(fru_text::kUnexpected);
     Trace("%s::GetCustomField - Unexpected", 1, layout_->className);
     return fru_status::kUnexpected;
   }
   std::span<const std::uint8_t> bytes = field->Bytes();
   if (!text.Assign(Widen(UpToNul(std::string(bytes.begin(), bytes.end()))))) {
-    SetFruError(fru_text::kNoMemory);
+    ReportFruError(fru_text::kNoMemory);
     Trace("%s::GetCustomField - Out of memory", 1, layout_->className);
     return fru_status::kOutOfMemory;
   }
@@ -251,6 +249,12 @@ bool InfoArea::SetData(std::span<const std::uint8_t> bytes) {
   return isParsed;
 }
 
+bool InfoArea::ReserveFor(const InfoArea& image) {
+  for (Field& field : std::span(fields_).first(layout_->fields.size()))
+    if (!field.reserved.Allocate(FruDefs::kMaxFieldLength + 1)) return false;
+  return customFields_.Reserve(image.customFields_.size());
+}
+
 bool InfoArea::ParseFraming(std::span<const std::uint8_t> bytes, std::size_t& position) {
   if (bytes.empty() || bytes.size() > kMaxAreaLength) return false;
   formatVersion_ = bytes[0];
@@ -270,8 +274,8 @@ bool InfoArea::ParseField(std::span<const std::uint8_t> bytes, std::size_t& posi
   std::uint8_t typeLength = bytes[position];
   std::size_t length = FruDefs::DecodeLength(typeLength);
   if (position + length >= bytes.size()) return false;
-  PoolBuffer data;
-  if (!data.Allocate(length + 1)) return false;
+  PoolBuffer data = std::move(field.reserved);
+  if (!data.IsAllocated() && !data.Allocate(length + 1)) return false;
   std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(position) + 1, length, data.data());
   field.typeLength = typeLength;
   field.data = std::move(data);
@@ -308,7 +312,8 @@ bool InfoArea::ParseEnd(std::span<const std::uint8_t> bytes, std::size_t positio
       std::all_of(padding.begin(), padding.end(), [](std::uint8_t byte) { return byte == 0; });
   if (!isPaddedWithZeros || bytes.size() != Length()) return false;
   checksum_ = bytes.back();
-  return IsValid();
+  // The sum of the bytes is that of the fields, end marker included; a reserved list may not hold them all.
+  return SumOf(bytes) == 0;
 }
 
 bool InfoArea::HasRoom(std::uint8_t oldTypeLength, std::size_t newLength) const {
@@ -317,7 +322,7 @@ bool InfoArea::HasRoom(std::uint8_t oldTypeLength, std::size_t newLength) const 
 }
 
 void InfoArea::Report(const char* text) const {
-  if (layout_->reportsErrors) SetFruError(text);
+  if (layout_->reportsErrors) ReportFruError(text);
 }
 
 void InfoArea::ReportTooLong(const char* field) const {

@@ -10,12 +10,12 @@
 #include <string_view>
 
 #include "firmware/pool.h"
+#include "firmware/pool_list.h"
+#include "firmware/pool_text.h"
 #include "firmware/status.h"
 #include "fru/fru_encoding.h"
 #include "fru/fru_types.h"
 #include "fru/info_area_rows.h"
-#include "firmware/pool_list.h"
-#include "firmware/pool_text.h"
 
 namespace varnok {
 
@@ -43,6 +43,9 @@ class InfoArea {
   /// Parses the area: the whole of it, or its bytes up to the end marker, which then get padding and
   /// checksum. After a failure the fields parsed before it are kept.
   bool SetData(std::span<const std::uint8_t> bytes);
+  /// Takes what parsing a device's area will need that is to be compared with `image`: all of an area that is
+  /// the same, enough of any other to differ. False when the pool is exhausted.
+  bool ReserveFor(const InfoArea& image);
   /// The serialised area in a buffer of 512 bytes, valid until the next call.
   std::span<const std::uint8_t> GetData();
 
@@ -84,7 +87,8 @@ class InfoArea {
  private:
   struct Field {
     std::uint8_t typeLength = 0;
-    PoolBuffer data;  ///< the bytes and a terminating zero
+    PoolBuffer data;      ///< the bytes and a terminating zero
+    PoolBuffer reserved;  ///< for the next data
     std::span<const std::uint8_t> Bytes() const {
       if (!data.IsAllocated()) return {};
       return data.Bytes().first(FruDefs::DecodeLength(typeLength));

@@ -1,5 +1,6 @@
 // The fields of the chassis, board and product info areas, a row each (FRU storage definition v1.0, sections
-// 10 to 12). Parsing, lookup, messages, trace, display and room all follow from the rows: a new field is one row.
+// 10 to 12). Parsing, lookup, messages, trace, display and room all follow from the rows: a new field is one
+// row.
 #pragma once
 
 #include <algorithm>
@@ -71,7 +72,8 @@ struct InfoAreaLayout {
   constexpr std::uint32_t FirstCustomIndex() const {
     return FirstRowIndex() + static_cast<std::uint32_t>(fields.size());
   }
-  /// The bytes of the area with every field empty: version, length, fixed bytes, fields, end marker, checksum.
+  /// The bytes of the area with every field empty: version, length, fixed bytes, fields, end marker,
+  /// checksum.
   constexpr std::size_t LeastLength() const { return 4 + fixedLength + fields.size(); }
 };
 
@@ -116,8 +118,8 @@ inline constexpr std::size_t kMaxInfoFixedBytes =
     std::max({kChassisLayout.fixedLength, kBoardLayout.fixedLength, kProductLayout.fixedLength});
 
 // What the compiler holds of a new row.
-static_assert(std::max({kChassisLayout.LeastLength(), kBoardLayout.LeastLength(), kProductLayout.LeastLength()}) <=
-              kMaxAreaLength);
+static_assert(std::max({kChassisLayout.LeastLength(), kBoardLayout.LeastLength(),
+                        kProductLayout.LeastLength()}) <= kMaxAreaLength);
 consteval std::size_t RowsOf(FruFieldId id) {
   std::size_t rows = 0;
   for (const InfoAreaLayout* layout : {&kChassisLayout, &kBoardLayout, &kProductLayout}) {
@@ -127,13 +129,14 @@ consteval std::size_t RowsOf(FruFieldId id) {
   return rows;
 }
 consteval bool HasEachNumberOneRow() {
-  std::size_t count = kChassisLayout.FirstCustomIndex() + kBoardLayout.FirstCustomIndex() +
-                      kProductLayout.FirstCustomIndex();
+  std::size_t count =
+      kChassisLayout.FirstCustomIndex() + kBoardLayout.FirstCustomIndex() + kProductLayout.FirstCustomIndex();
   std::uint32_t number = static_cast<std::uint32_t>(FruFieldId::ChassisType);
   for (; number < static_cast<std::uint32_t>(FruFieldId::End); ++number, --count)
     if (RowsOf(FruFieldId{number}) != 1) return false;
   return count == 0;
 }
-static_assert(HasEachNumberOneRow(), "each number of FruFieldId has one row, and each row a number of its own");
+static_assert(HasEachNumberOneRow(),
+              "each number of FruFieldId has one row, and each row a number of its own");
 
 }  // namespace varnok

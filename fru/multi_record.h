@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <span>
 
-#include "fru/fru_types.h"
 #include "firmware/pool_list.h"
+#include "fru/fru_types.h"
 
 namespace varnok {
 

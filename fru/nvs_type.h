@@ -1,6 +1,7 @@
 // The kinds of storage behind a FRU, and the one place of their names.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -15,16 +16,16 @@ inline constexpr std::uint32_t kRefused = 3;    ///< no kind of storage
 }  // namespace nvs_type
 
 struct NvsTypeRow {
+  std::string_view name;  ///< on the command line and in scripts
   std::uint32_t type;
-  std::string_view fileName;     ///< in FRU files and on the console
-  std::string_view keyword;  ///< on the command line and in scripts
+  std::string_view fileName;  ///< in FRU files and on the console
 };
-inline constexpr NvsTypeRow kNvsTypes[] = {
+inline constexpr std::array<NvsTypeRow, 3> kNvsTypes{{
     // Kept: files spell the serial EEPROM with the letter O, the command line with a zero; both are in use.
-    {nvs_type::kAt24c02, "AT24CO2", "AT24C02"},
-    {nvs_type::kDs1624s, "DS1624S", "DS1624S"},
-    {nvs_type::kImbDevice, "IMBDEVICE", "IMBDEVICE"},
-};
+    {"AT24C02", nvs_type::kAt24c02, "AT24CO2"},
+    {"DS1624S", nvs_type::kDs1624s, "DS1624S"},
+    {"IMBDEVICE", nvs_type::kImbDevice, "IMBDEVICE"},
+}};
 
 /// The row of a storage kind; null for a kind without a name.
 constexpr const NvsTypeRow* FindNvsType(std::uint32_t type) {

@@ -12,7 +12,9 @@ class CProductInfoArea : public InfoArea {
   std::uint8_t GetLanguageCode() const { return FixedByte("GetLanguageCode", 0); }
 
   std::uint8_t GetManufacturerNameTL() const { return TypeLengthOf(FruFieldId::ProductManufacturer); }
-  std::span<const std::uint8_t> GetManufacturerName() const { return DataOf(FruFieldId::ProductManufacturer); }
+  std::span<const std::uint8_t> GetManufacturerName() const {
+    return DataOf(FruFieldId::ProductManufacturer);
+  }
   bool SetManufacturerName(std::span<const std::uint8_t> data, std::uint8_t typeBits) {
     return SetDataOf(FruFieldId::ProductManufacturer, data, typeBits);
   }

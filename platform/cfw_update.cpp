@@ -7,6 +7,8 @@
 #include "app/services/scan.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "firmware/bytes.h"
+#include "firmware/ipmi.h"
 #include "platform/fw_status.h"
 #include "platform/ipmi.h"
 
@@ -19,11 +21,6 @@ constexpr const char* kNotInTransferMode =
     "BMC is not in FW Transfer Mode. Unable to continue with the operation.";
 constexpr const char* kEnterFailed = "\nEnter Fw Transfer Mode Failed..\n";
 constexpr std::size_t kMessageLimit = 256;
-
-constexpr std::uint8_t kGetDeviceId = 0x01;
-constexpr std::uint8_t kColdReset = 0x02;
-constexpr std::uint8_t kEnterTransferMode = 0x00;  // with net_function::kFirmware, as kExitTransferMode
-constexpr std::uint8_t kExitTransferMode = 0x04;
 
 // Positions in a Get Device ID response. A BMC may leave out the auxiliary bytes; they read as 0 then.
 constexpr std::size_t kFirmwareRevisionAt = 2;
@@ -74,7 +71,7 @@ bool CfwUpdate::Exchange() {
 }
 
 bool CfwUpdate::ExchangeDeviceId(std::uint8_t target) {
-  Prepare(target, net_function::kApplication, kGetDeviceId);
+  Prepare(target, net_function::kApplication, ipmi_command::kGetDeviceId);
   // A BMC whose answer ends before its revision has not said whether it is in transfer mode.
   return Exchange() && response_.dataLength >= kFirmwareRevisionAt + 2;
 }
@@ -93,7 +90,7 @@ Status CfwUpdate::ReadVersionFromSystem() {
   const auto& data = response_.data;
   for (std::size_t i = 0; i < versions_.size(); ++i)
     versions_[i] = FormatWide("%X.%02X", data[kVersionAt[i]], data[kVersionAt[i] + 1]);
-  productId_ = static_cast<std::uint16_t>(data[kProductIdAt + 1] << 8 | data[kProductIdAt]);
+  productId_ = WordAt(data, kProductIdAt);
   return kSuccess;
 }
 
@@ -125,7 +122,7 @@ Status CfwUpdate::EnterFwTransferMode(std::uint8_t target, std::string_view key)
     Trace("CfwUpdate::EnterFwTransferMode - BMC is in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
-  Prepare(target, net_function::kFirmware, kEnterTransferMode);
+  Prepare(target, net_function::kFirmware, ipmi_command::kEnterFirmwareTransfer);
   request_.dataLength = static_cast<std::uint32_t>(std::min<std::size_t>(key.size(), IpmiMessage::kCapacity));
   std::copy_n(key.begin(), request_.dataLength, request_.data.begin());
   if (!Exchange()) {
@@ -153,7 +150,7 @@ Status CfwUpdate::ExitFwTransferMode(std::uint8_t target) {
     Trace("CfwUpdate::ExitFwTransferMode - BMC is not in FW Transfer mode", 1);
     return fw_status::kExchangeFailed;
   }
-  Prepare(target, net_function::kFirmware, kExitTransferMode);
+  Prepare(target, net_function::kFirmware, ipmi_command::kExitFirmwareTransfer);
   if (!Exchange()) {
     Print("\nExitFwTransferMode:: Error in Process Message Function..\n");
     Trace("CfwUpdate::ExitFwTransferMode - ProcessMessage failed", 1);
@@ -193,7 +190,7 @@ Status CfwUpdate::IsVersionSupported(std::u16string_view version, std::span<cons
 Status CfwUpdate::ResetBmc(std::uint8_t target) {
   TraceScope scope("CfwUpdate::ResetBmc");
   Print("This operation will take around 50 seconds to complete\n");
-  Prepare(target, net_function::kApplication, kColdReset);
+  Prepare(target, net_function::kApplication, ipmi_command::kColdReset);
   // A BMC that resets at once may not take part in the hand-over any more; the polls tell whether it is back.
   IpmiTransaction(request_, response_, /*noResponse=*/true);
   bool isAnswered = false;

@@ -56,7 +56,7 @@ Status RefreshByTransferMode(CfwUpdate& update) {
 Status Initialize() {
   TraceScope scope("FwUpdate::Initialize");
   Module& module = TheModule();
-  if (module.isInitialized) DeInitialize();
+  if (module.isInitialized) Discard(DeInitialize());
   module.update = MakeInPool<CfwUpdate>(module.lastError);
   if (module.update == nullptr) {
     module = {};
@@ -160,7 +160,7 @@ Status BmcRefresh() {
   CfwUpdate& update = *TheModule().update;
   Print("Refreshing BMC...\n");
   // Read for the product ID alone; a BMC that does not answer is reset all the same.
-  update.ReadVersionFromSystem();
+  Discard(update.ReadVersionFromSystem());
   TheFirmware().FlushConsole();
   return update.ProductId() == kTransferModeProduct ? RefreshByTransferMode(update)
                                                     : update.ResetBmc(kBmcAddress);

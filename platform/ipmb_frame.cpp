@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <span>
 
+#include "firmware/ipmi.h"
+
 namespace varnok {
 namespace {
 
@@ -21,12 +23,6 @@ constexpr std::size_t kCommandAt = 5;
 constexpr std::size_t kCompletionCodeAt = 6;
 constexpr std::size_t kDataAt = 7;
 
-std::uint8_t Checksum(std::span<const std::uint8_t> bytes) {
-  std::uint8_t sum = 0;
-  for (std::uint8_t byte : bytes) sum = static_cast<std::uint8_t>(sum + byte);
-  return static_cast<std::uint8_t>(-sum);
-}
-
 }  // namespace
 
 bool WrapInSendMessage(const IpmiMessage& request, std::uint8_t channel, std::uint8_t target,
@@ -36,18 +32,18 @@ bool WrapInSendMessage(const IpmiMessage& request, std::uint8_t channel, std::ui
   sendMessage = {};
   sendMessage.targetAddress = kBmcAddress;
   sendMessage.netFunction = net_function::kApplication;
-  sendMessage.command = bridge_command::kSendMessage;
+  sendMessage.command = ipmi_command::kSendMessage;
   sendMessage.dataLength = static_cast<std::uint32_t>(length + kFrameOverhead);
   std::span frame(sendMessage.data);
   frame[0] = channel;
   frame[1] = target;
   frame[2] = static_cast<std::uint8_t>(request.netFunction << 2 | request.lun);
-  frame[3] = Checksum(frame.subspan(1, 2));
+  frame[3] = IpmiChecksum(frame.subspan(1, 2));
   frame[4] = kBmcAddress;
   frame[5] = static_cast<std::uint8_t>(sequence << 2 | kMailboxLun);
   frame[6] = request.command;
   std::copy_n(request.data.begin(), length, frame.begin() + kFrameHeader);
-  frame[kFrameHeader + length] = Checksum(frame.subspan(4, 3 + length));
+  frame[kFrameHeader + length] = IpmiChecksum(frame.subspan(4, 3 + length));
   return true;
 }
 
@@ -55,7 +51,7 @@ IpmiMessage MakeGetMessage() {
   IpmiMessage getMessage;
   getMessage.targetAddress = kBmcAddress;
   getMessage.netFunction = net_function::kApplication;
-  getMessage.command = bridge_command::kGetMessage;
+  getMessage.command = ipmi_command::kGetMessage;
   return getMessage;
 }
 

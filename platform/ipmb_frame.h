@@ -8,11 +8,6 @@
 
 namespace varnok {
 
-namespace bridge_command {
-inline constexpr std::uint8_t kGetMessage = 0x33;
-inline constexpr std::uint8_t kSendMessage = 0x34;
-}  // namespace bridge_command
-
 /// Wraps `request` for `target` into a Send Message request. `sequence` is 0 to 63. False when the frame
 /// would not fit, which is so past 56 data bytes.
 bool WrapInSendMessage(const IpmiMessage& request, std::uint8_t channel, std::uint8_t target,

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
+#include "firmware/bytes.h"
 #include "firmware/firmware.h"
+#include "firmware/ipmi.h"
 #include "firmware/ipmi_protocol.h"
 #include "firmware/lasting.h"
 #include "firmware/pool.h"
@@ -26,8 +29,6 @@ constexpr std::uint8_t kSecondaryIpmbAddress = 0x2C;
 constexpr std::uint8_t kPrimaryIpmb = 0;
 constexpr std::uint8_t kSecondaryIpmb = 6;
 
-constexpr std::uint8_t kGetDeviceId = 0x01;
-constexpr std::uint8_t kClearMessageFlags = 0x30;
 constexpr std::array<std::uint32_t, 3> kType2Products = {0x4311, 0x4312, 0x4315};
 
 struct Transport {
@@ -114,29 +115,34 @@ IpmiResult AwaitSendMessageAnswer(IpmiMessage& answer) {
   for (;;) {
     IpmiResult result = ReceiveRaw(answer);
     if (result != ipmi_result::kSuccess) return result;
-    if (answer.command == bridge_command::kSendMessage && answer.lun == 0 &&
+    if (answer.command == ipmi_command::kSendMessage && answer.lun == 0 &&
         answer.netFunction == net_function::kApplication + 1)
       return ipmi_result::kSuccess;
     if (SecondsOfDay() >= limit) return ipmi_result::kSendFailed;
   }
 }
 
-IpmiResult SendBridged(const IpmiMessage& request) {
+/// `answer` is that of the last Send Message.
+IpmiResult SendBridged(const IpmiMessage& request, std::uint8_t channel, int attempts, IpmiMessage& answer) {
   Transport& transport = TheTransport();
   transport.transactionSequence = NextSequence(transport.transactionSequence);
-  std::uint8_t channel = request.targetAddress == kSecondaryIpmbAddress ? kSecondaryIpmb : kPrimaryIpmb;
   IpmiMessage sendMessage;
   if (!WrapInSendMessage(request, channel, request.targetAddress, transport.transactionSequence, sendMessage))
     return ipmi_result::kSendFailed;
-  for (int attempt = 0; attempt < kSendMessageAttempts; ++attempt) {
+  for (int attempt = 0; attempt < attempts; ++attempt) {
     IpmiResult result = SendRaw(sendMessage);
     if (result != ipmi_result::kSuccess) return result;
-    IpmiMessage answer;
     result = AwaitSendMessageAnswer(answer);
     if (result != ipmi_result::kSuccess) return result;
     if (answer.completionCode == completion_code::kSuccess) return ipmi_result::kSuccess;
   }
   return ipmi_result::kSendFailed;
+}
+
+IpmiResult SendBridged(const IpmiMessage& request) {
+  std::uint8_t channel = request.targetAddress == kSecondaryIpmbAddress ? kSecondaryIpmb : kPrimaryIpmb;
+  IpmiMessage answer;
+  return SendBridged(request, channel, kSendMessageAttempts, answer);
 }
 
 IpmiResult ReceiveBridged(IpmiMessage& response) {
@@ -148,7 +154,7 @@ IpmiResult ReceiveBridged(IpmiMessage& response) {
     IpmiMessage answer;
     result = ReceiveRaw(answer);
     if (result != ipmi_result::kSuccess) return result;
-    if (answer.completionCode == completion_code::kSuccess && answer.command == bridge_command::kGetMessage &&
+    if (answer.completionCode == completion_code::kSuccess && answer.command == ipmi_command::kGetMessage &&
         HoldsResponse(answer) && BridgedSequence(answer) == TheTransport().transactionSequence) {
       response = UnwrapGetMessage(answer);
       return ipmi_result::kSuccess;
@@ -208,7 +214,7 @@ IpmiResult IpmiTransaction(const IpmiMessage& request, IpmiMessage& response, bo
     IpmiResult result = isBridged ? SendBridged(request) : SendRaw(request);
     if (result != ipmi_result::kSuccess) return result;
     if (noResponse) return ipmi_result::kSuccess;
-    if (request.command != bridge_command::kGetMessage)
+    if (request.command != ipmi_command::kGetMessage)
       TheFirmware().Stall(kRestBeforeAnswer, StallKind::Pacing);
     result = isBridged ? ReceiveBridged(response) : ReceiveRaw(response);
     if (result != ipmi_result::kSuccess) continue;
@@ -218,6 +224,22 @@ IpmiResult IpmiTransaction(const IpmiMessage& request, IpmiMessage& response, bo
   if (!hasResponse || response.command != request.command) return ipmi_result::kWrongResponse;
   return response.completionCode != completion_code::kSuccess ? ipmi_result::kCompletionCode
                                                               : ipmi_result::kReceiveFailed;
+}
+
+IpmiResult IpmiTryOnce(const IpmiMessage& request, std::uint8_t channel, IpmiMessage& response) {
+  const bool isBridged = request.targetAddress != kBmcAddress;
+  response = {};
+  IpmiResult result = isBridged ? SendBridged(request, channel, 1, response) : SendRaw(request);
+  if (result != ipmi_result::kSuccess)
+    return response.completionCode != completion_code::kSuccess ? ipmi_result::kCompletionCode : result;
+  TheFirmware().Stall(kRestBeforeAnswer, StallKind::Pacing);
+  result = isBridged ? ReceiveBridged(response) : ReceiveRaw(response);
+  if (result != ipmi_result::kSuccess) return result;
+  const std::uint8_t code = std::exchange(response.completionCode, completion_code::kSuccess);
+  const bool isAnswer = Answers(response, request);
+  response.completionCode = code;
+  if (!isAnswer) return ipmi_result::kWrongResponse;
+  return code == completion_code::kSuccess ? ipmi_result::kSuccess : ipmi_result::kCompletionCode;
 }
 
 IpmiResult IpmiSendToController(const IpmiMessage& request, IpmiMessage& response, std::uint32_t timeout) {
@@ -241,7 +263,7 @@ IpmiResult IpmiBridgedRequest(const IpmiMessage& request, IpmiMessage& response,
 }
 
 void IpmiClearMessageFlags(std::uint8_t flags) {
-  IpmiMessage request = MakeBmcRequest(kClearMessageFlags);
+  IpmiMessage request = MakeBmcRequest(ipmi_command::kClearMessageFlags);
   request.data[0] = flags;
   request.dataLength = 1;
   IpmiMessage response;
@@ -252,12 +274,12 @@ IpmiResult GetBmcTypeAndVersion(std::uint32_t& type, std::uint32_t& version) {
   Transport& transport = TheTransport();
   IpmiResult result = ipmi_result::kSuccess;
   if (transport.bmcType == 0) {
-    const IpmiMessage request = MakeBmcRequest(kGetDeviceId);
+    const IpmiMessage request = MakeBmcRequest(ipmi_command::kGetDeviceId);
     IpmiMessage response;
     if (IpmiTransaction(request, response) != ipmi_result::kSuccess) {
       result = ipmi_result::kNoDeviceId;
     } else {
-      std::uint32_t product = response.data[10] * 256u + response.data[9];
+      std::uint32_t product = WordAt(response.data, 9);
       bool isType2 = std::find(kType2Products.begin(), kType2Products.end(), product) != kType2Products.end();
       // The identity is read a second time for the IPMI version alone; the BMC is known once both reads
       // succeed.

@@ -34,6 +34,11 @@ IpmiResult IpmiLoadProtocol();
 /// like a lost answer; after kCompletionCode the response holds it.
 IpmiResult IpmiTransaction(const IpmiMessage& request, IpmiMessage& response, bool noResponse = false);
 
+/// One request and its response in one attempt, for callers with a patience of their own. A target other than
+/// the BMC is bridged on `channel`. After kCompletionCode the response holds the code, the Send Message's own
+/// when the BMC could not deliver the request; kWrongResponse is the answer to something else.
+IpmiResult IpmiTryOnce(const IpmiMessage& request, std::uint8_t channel, IpmiMessage& response);
+
 /// As IpmiTransaction, but a target other than the BMC is reached on channel 0 with IpmiBridgedRequest.
 /// `timeout` is not used.
 IpmiResult IpmiSendToController(const IpmiMessage& request, IpmiMessage& response, std::uint32_t timeout);

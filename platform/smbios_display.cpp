@@ -139,7 +139,7 @@ Status SmbiosGetLastErrorMessage(const char16_t*& text) {
 
 void SmbiosPrintText(std::u16string_view text) {
   PrintText(text);
-  if (File* file = TheDisplay().file.get()) WriteText(*file, text);
+  if (File* file = TheDisplay().file.get()) Discard(WriteText(*file, text));
 }
 
 }  // namespace varnok

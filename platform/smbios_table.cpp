@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "firmware/bytes.h"
 #include "firmware/firmware.h"
 
 namespace varnok {
@@ -20,12 +21,6 @@ constexpr std::size_t kStructureHeader = 4;
 constexpr std::size_t kLengthAt = 1;
 constexpr std::size_t kTextLimit = 64;
 
-std::uint64_t LittleEndian(std::span<const std::uint8_t> bytes) {
-  std::uint64_t number = 0;
-  for (std::size_t i = bytes.size(); i > 0; --i) number = number << 8 | bytes[i - 1];
-  return number;
-}
-
 /// Where the string set at `start` ends: behind its double NUL, or at the end of the bytes when there is
 /// none.
 std::size_t EndOfStrings(std::span<const std::uint8_t> bytes, std::size_t start) {
@@ -37,7 +32,7 @@ std::size_t EndOfStrings(std::span<const std::uint8_t> bytes, std::size_t start)
 }  // namespace
 
 std::uint64_t SmbiosStructure::Number(std::size_t offset, std::size_t size) const {
-  return Holds(offset, size) ? LittleEndian(bytes_.subspan(offset, size)) : 0;
+  return Holds(offset, size) ? NumberAt(bytes_, offset, size) : 0;
 }
 
 std::string_view SmbiosStructure::Text(std::size_t offset) const {
@@ -61,11 +56,9 @@ std::optional<SmbiosTable> SmbiosTable::Open(const void* entryPoint) {
   std::array<std::uint8_t, kEntrySize> entry{};
   const auto* source = static_cast<const std::uint8_t*>(entryPoint);
   std::memcpy(entry.data(), source, std::min<std::size_t>(source[kEntryLengthAt], entry.size()));
-  std::span fields(entry);
   SmbiosTable table;
-  table.bytes_ = TheFirmware().PhysicalMemory(LittleEndian(fields.subspan(kTableAddressAt, 4)),
-                                              LittleEndian(fields.subspan(kTableLengthAt, 2)));
-  table.structureCount_ = LittleEndian(fields.subspan(kStructureCountAt, 2));
+  table.bytes_ = TheFirmware().PhysicalMemory(DwordAt(entry, kTableAddressAt), WordAt(entry, kTableLengthAt));
+  table.structureCount_ = WordAt(entry, kStructureCountAt);
   return table;
 }
 

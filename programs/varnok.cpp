@@ -1,5 +1,6 @@
 // The Linux program: the core over a simulated board, or over this computer's own BMC.
-#include <cstdio>
+#include <sys/stat.h>
+
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -12,24 +13,32 @@ namespace {
 
 using namespace varnok;
 
+/// Whether a name is the kernel's IPMI device, or would be one if the kernel had it.
+bool IsDevice(const char* name) {
+  struct stat information;
+  if (stat(name, &information) == 0) return S_ISCHR(information.st_mode);
+  return std::string_view(name).starts_with("/dev/ipmi");
+}
+
 /// VARNOK_BOARD names a folder, or the kernel's IPMI device.
 std::unique_ptr<host::Machine> OpenMachine(std::string& error) {
   const char* board = std::getenv("VARNOK_BOARD");
-  if (board != nullptr && std::string_view(board).starts_with("/dev/"))
-    return host::OpenLinuxMachine(board, error);
+  if (board != nullptr && IsDevice(board)) return host::OpenLinuxMachine(board, error);
   std::string notice;
   auto machine = sim::OpenBoard(sim::ProcessEnvironment, notice, error);
-  if (!notice.empty()) std::fprintf(stderr, "varnok: %s\n", notice.c_str());
+  if (!notice.empty()) host::Complain(notice);
   return machine;
 }
 
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  sim::TakeStandardDescriptors();
+  host::PrepareProcess();
   std::string error;
   std::unique_ptr<host::Machine> machine = OpenMachine(error);
   if (machine == nullptr) {
-    std::fprintf(stderr, "varnok: %s\n", error.c_str());
+    host::Complain(error);
     return host::kNoBoardStatus;
   }
   return host::RunProgram(*machine, argc, argv);

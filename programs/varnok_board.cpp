@@ -10,6 +10,7 @@
 
 #include "programs/board/command.h"
 #include "programs/board/output.h"
+#include "sim/board_source.h"
 
 namespace varnok::companion {
 
@@ -31,12 +32,13 @@ constexpr const char* kExitStatuses =
 /// Puts the row into the page; what it is given goes into `arguments`.
 void AddOption(CLI::App& page, const Option& row, Arguments& arguments) {
   const std::string name(row.name);
-  const std::string help(row.help);
   const bool isMany = row.count == Option::Many || row.count == Option::OneOrMore;
+  const std::string help = std::string(row.help) + (isMany ? " (may repeat)" : "");
   const bool isRequired = row.count == Option::Required || row.count == Option::OneOrMore;
   const bool isNamed = name.starts_with("-");
   if (isNamed && row.value.empty()) {
-    page.add_flag_callback(name, [&arguments, name] { arguments.Add(name, {}); }, help);
+    page.add_flag_callback(
+        name, [&arguments, name] { arguments.Add(name, {}); }, help);
     return;
   }
   CLI::Option* option = page.add_option(
@@ -48,30 +50,34 @@ void AddOption(CLI::App& page, const Option& row, Arguments& arguments) {
       help);
   option->type_name(isNamed ? std::string(row.value) : "")->required(isRequired)->type_size(1);
   if (isMany)
-    option->expected(isRequired || isNamed ? 1 : 0, CLI::detail::expected_max_vector_size);
+    option->expected(isRequired || isNamed ? 1 : 0, CLI::detail::expected_max_vector_size)
+        ->allow_extra_args(!isNamed);
   // One value for each time that a named option stands there, so that it does not swallow what follows.
   if (isMany && isNamed) option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   if (!isMany) option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::Throw);
 }
 
 bool IsCommand(std::string_view name) {
-  return std::any_of(std::begin(kCommands), std::end(kCommands), [name](auto* row) { return row->name == name; });
+  return std::any_of(std::begin(kCommands), std::end(kCommands),
+                     [name](auto* row) { return row->name == name; });
 }
 
 int Run(int argc, char* argv[]) {
-  CLI::App app("The companion of VARNOK: boards as folders of files, from a machine and back.", "varnok-board");
+  CLI::App app("The companion of VARNOK: boards as folders of files, from a machine and back.",
+               "varnok-board");
   app.set_version_flag("--version", "varnok-board " VARNOK_VERSION, "Show the version");
   app.set_help_flag("--help,-h", "Show this page; behind a command, that command's");
   app.require_subcommand(1);
   app.footer(kExitStatuses);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.get_formatter()->label("Subcommands", "Commands");
+  app.get_formatter()->label("Positionals", "Arguments");
   app.get_formatter()->column_width(34);
   int (*run)(const Arguments&) = nullptr;
   Arguments arguments;
   for (const Command* command : kCommands) {
     CLI::App* page = app.add_subcommand(std::string(command->name), std::string(command->summary));
     page->footer("Example:\n" + std::string(command->example));
+    page->group("Commands");
     page->set_help_flag("--help,-h", "Show this page");
     for (const Option& option : command->options) AddOption(*page, option, arguments);
     page->callback([&run, command] { run = command->run; });
@@ -85,7 +91,8 @@ int Run(int argc, char* argv[]) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& end) {
     if (end.get_exit_code() == 0) return app.exit(end);
-    const std::string page = std::string(app.get_subcommands().empty() ? "" : std::string(argv[1]) + " ") + "--help.";
+    const std::string page =
+        std::string(app.get_subcommands().empty() ? "" : std::string(argv[1]) + " ") + "--help.";
     return Fail(std::string(end.what()) + "\nSee varnok-board " + page, kWrongUse);
   }
   return run(arguments);
@@ -96,6 +103,7 @@ int Run(int argc, char* argv[]) {
 
 int main(int argc, char* argv[]) {
   using namespace varnok::companion;
+  varnok::sim::TakeStandardDescriptors();
   try {
     const int status = Run(argc, argv);
     // A result that did not reach its file or pipe is no result.

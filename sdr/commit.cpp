@@ -35,10 +35,12 @@ void WriteRecord(const CSdr& record, std::uint32_t number) {
   (void)record.WriteSDRToBuffer(buffer, length);
   std::span<const std::uint8_t> bytes = std::span(buffer).first(length);
   if (TheSdr().output != nullptr) {
-    SdrUtility::WriteOutput(FormatWide("Writing SDR Record # %d\n", number));
+    std::array<char16_t, 64> room;
+    SdrUtility::WriteOutput(FormatInto(room, "Writing SDR Record # %d\n", number));
     SdrUtility::DisplayHex(bytes, TheSdr().output.get());
   }
-  if (SdrReadSystem::SendRecordToBMC(bytes) != kSuccess) SdrUtility::PrintText(u"\n SendRecordToBMC failed\n");
+  if (SdrReadSystem::SendRecordToBMC(bytes) != kSuccess)
+    SdrUtility::PrintText(u"\n SendRecordToBMC failed\n");
 }
 
 void WriteSelected(const SdrDataSet& set, std::uint32_t total) {
@@ -47,7 +49,8 @@ void WriteSelected(const SdrDataSet& set, std::uint32_t total) {
     for (const PoolPtr<CSdr>& record : list) {
       if (!IsSelected(*record, set)) continue;
       WriteRecord(*record, ++number);
-      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"   Updating the SDRs..........", number, total);
+      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"   Updating the SDRs..........", number,
+                                  total);
     }
   }
 }
@@ -63,12 +66,13 @@ bool ReadsBack(const CSdr& written, const CSdr& readBack) {
   return std::equal(actual.begin() + kRecordIdLength, actual.end(), expected.begin() + kRecordIdLength);
 }
 
-/// The comparison of a data set with the repository. Each record that is read back meets the next selected one of its
-/// type and is let go again: behind Reserve nothing needs memory, however much the repository holds.
+/// The comparison of a data set with the repository. Each record that is read back meets the next selected
+/// one of its type and is let go again: behind Reserve nothing needs memory, however much the repository
+/// holds.
 class Comparison final : public SdrRecordTaker {
  public:
-  /// Makes the temporary set, its lists, and in each list the one record that takes the records of its type in turn.
-  /// kOutOfMemory with a last-error text.
+  /// Makes the temporary set, its lists, and in each list the one record that takes the records of its type
+  /// in turn. kOutOfMemory with a last-error text.
   Status Reserve() {
     temporary_ = MakeInPool<SdrDataSet>();
     if (temporary_ == nullptr) return Fail(kOperation, "Error Allocating Memory", sdr_status::kOutOfMemory);
@@ -76,7 +80,7 @@ class Comparison final : public SdrRecordTaker {
     // The fresh lists have emptied the text; what fails from here on is reported with it.
     TheSdr().SetLastError(kUpdateFailed);
     for (std::size_t type = 0; type < kSdrTypeCount; ++type) {
-      PoolPtr<CSdr> record = kSdrTypes[type].make();
+      PoolPtr<CSdr> record = kSdrTypes[type].rows.make();
       if (record == nullptr) return Fail(kOperation, "Error Allocating Memory", sdr_status::kOutOfMemory);
       record->ReserveRaw();
       (*temporary_->lists)[type].push_back(std::move(record));
@@ -91,7 +95,8 @@ class Comparison final : public SdrRecordTaker {
     // What cannot be read is missing in the comparison.
     (void)SdrReadSystem::LoadSdrProperties(temporary_->info);
     (void)SdrReadSystem::WalkRepository(*this);
-    for (std::size_t type = 0; type < kSdrTypeCount; ++type) isSame_ = isSame_ && NextSelected(type) == nullptr;
+    for (std::size_t type = 0; type < kSdrTypeCount; ++type)
+      isSame_ = isSame_ && NextSelected(type) == nullptr;
   }
 
   Status Take(std::span<const std::uint8_t> raw) override {

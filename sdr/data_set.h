@@ -60,7 +60,8 @@ struct SdrState {
   std::unique_ptr<File> output;  ///< open while a display or a commit writes into it
   bool isPaging = false;
   bool isDisplaying = false;
-  std::uint32_t lineCounter = 0;  ///< of the SDR file
+  std::uint32_t lineCounter = 0;          ///< of the SDR file
+  std::uint32_t LastFailingRecordId = 0;  ///< of a read, or of a decode with its bytes exchanged
   std::array<char16_t, kMessageCapacity> lastError{u"ERROR: DLL not initialized."};
 
   void SetLastError(std::u16string_view text);

@@ -47,9 +47,9 @@ Status ReadLine(SdrFileLines& file, const char* operation, std::string_view& lin
   return kSuccess;
 }
 
-/// The value behind a token that stands at `found`. Behind the separator a blank is skipped only while the line
-/// has a blank as far from its own start as it stands from the token's: any number of them for a key that starts
-/// its line, seldom one for an indented key. Files are written with that in mind.
+/// The value behind a token that stands at `found`. Kept: behind the separator a blank is skipped only while
+/// the line has a blank as far from its own start as it stands from the token's: any number of them for a key
+/// that starts its line, seldom one for an indented key. Files are written with that in mind.
 std::string ValueBehind(std::string_view line, std::size_t found, std::size_t tokenLength) {
   std::string_view fromToken = line.substr(found);
   std::size_t start = tokenLength + 1;

@@ -5,8 +5,8 @@
 #include "app/services/trace.h"
 #include "firmware/bytes.h"
 #include "firmware/ipmi.h"
-#include "sdr/repository_request.h"
 #include "sdr/output.h"
+#include "sdr/repository_request.h"
 
 namespace varnok {
 namespace {
@@ -14,15 +14,15 @@ namespace {
 constexpr std::size_t kChunk = 16;
 
 /// Get SDR (IPMI v2.0, section 33.12): `count` bytes from `offset` on.
-IpmiResult GetRecordPart(std::uint16_t reservation, std::uint16_t recordId, std::uint8_t offset, std::uint8_t count,
-                         IpmiMessage& response) {
+IpmiResult GetRecordPart(std::uint16_t reservation, std::uint16_t recordId, std::uint8_t offset,
+                         std::uint8_t count, IpmiMessage& response) {
   std::array<std::uint8_t, 6> data;
   ByteWriter(data).Word(reservation).Word(recordId).Byte(offset).Byte(count);
   return SendSdrRequest(ipmi_command::kGetSdr, data, response);
 }
 
 Status ReadFailure(IpmiResult result, std::uint16_t recordId) {
-  if (result != ipmi_result::kCompletionCode) LastFailingRecordId = recordId;
+  if (result != ipmi_result::kCompletionCode) TheSdr().LastFailingRecordId = recordId;
   return SdrRequestFailure("SdrReadSystem::ReadRecFromBMC", result, "Error Reading SDR",
                            sdr_status::kReadFailed);
 }
@@ -40,7 +40,7 @@ bool CopyRecordPart(const IpmiMessage& response, std::size_t asked, std::span<st
 
 Status SdrReadSystem::LoadSdrProperties(SdrRepositoryInfo& info) {
   TraceScope scope("SdrReadSystem::LoadSdrProperties");
-  // The failure lines go under another routine's name; people's notes know them so.
+  // Kept: the failure lines go under another routine's name; people's notes know them so.
   constexpr const char* kTracedAs = "SdrReadSystem::CountIPMI10SDRTypes";
   info.extra = 0;
   IpmiMessage response;
@@ -131,6 +131,7 @@ Status SdrReadSystem::ClearSDRRepository() {
   if (result != ipmi_result::kSuccess)
     return SdrRequestFailure(kOperation, result, "Error Reading SDR Info", sdr_status::kRequestFailed);
   data[5] = kGetState;
+  // Kept: behind the third poll the repository counts as erased; slow BMCs finish while records are prepared.
   for (int polls = 0; response.data[0] != kCompleted && polls < kMostPolls; ++polls) {
     Sleep(1);
     if (SendSdrRequest(ipmi_command::kClearSdrRepository, data, response) != ipmi_result::kSuccess)

@@ -33,11 +33,8 @@ struct SdrRecordHeader {
 /// The whole record's size by its fifth byte; 0 when there are fewer than five.
 std::size_t SdrRecordSize(std::span<const std::uint8_t> raw);
 
-/// The record ID of the last failed read or decode.
-inline std::uint32_t LastFailingRecordId = 0;
-
-/// Base of all record classes. Values, names and titles of records stay valid until the object builds the next
-/// one; titles and locations of fields for ever.
+/// Base of all record classes. Values, names and titles of records stay valid until the object builds the
+/// next one; titles and locations of fields for ever.
 class CSdr {
  public:
   static constexpr std::int64_t FieldNotSelected = std::numeric_limits<std::int64_t>::max();

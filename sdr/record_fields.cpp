@@ -3,8 +3,8 @@
 
 #include "app/services/format.h"
 #include "app/services/text.h"
+#include "sdr/data_set.h"
 #include "sdr/method_trace.h"
-#include "sdr/record_types.h"
 
 namespace varnok {
 namespace {
@@ -21,8 +21,8 @@ constexpr std::size_t kSensorNumberField = 6;
 constexpr std::uint32_t kLastDecimalEntity = 0x25;
 constexpr SdrBits kDeviceTypeByte{11};
 
-/// The length in an ID string's type/length byte. 31 counts as 0: a name of 31 characters is not accepted as
-/// such.
+/// The length in an ID string's type/length byte. Kept: 31 counts as 0, a name of 31 characters is not
+/// accepted as such.
 std::size_t IdStringLength(std::uint8_t typeLength) {
   constexpr std::uint8_t kLengthBits = 0x1F;
   return (typeLength & kLengthBits) == kLengthBits ? 0 : typeLength & kLengthBits;
@@ -69,7 +69,7 @@ Status CSdrByRows::DecodeSDR(std::span<const std::uint8_t> raw) {
   isDecoded_ = false;
   bool isLegal = type_.lengthRule != SdrLength::Exactly || HasLegalLength(raw);
   if (!isLegal || DecodeHeader(raw, header_) != kSuccess || !HasLegalLength(raw)) {
-    LastFailingRecordId = raw.size() < 2 ? 0 : raw[0] << 8 | raw[1];
+    TheSdr().LastFailingRecordId = raw.size() < 2 ? 0 : raw[0] << 8 | raw[1];
     return trace.Fail(kBadLengthText, sdr_status::kBadRecordLength);
   }
   raw_.assign(raw.begin(), raw.begin() + SdrRecordSize(raw));

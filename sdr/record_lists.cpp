@@ -42,8 +42,8 @@ Status SdrUtility::SDRTagsCheck(const CSdr& record, const SdrDataSet& set) {
 }
 
 std::size_t SdrUtility::PositionOfType(std::uint32_t type) {
-  return static_cast<std::size_t>(
-      std::find(kSdrTypeOrder.begin(), kSdrTypeOrder.end(), type) - kSdrTypeOrder.begin());
+  return static_cast<std::size_t>(std::find(kSdrTypeOrder.begin(), kSdrTypeOrder.end(), type) -
+                                  kSdrTypeOrder.begin());
 }
 
 Status SdrUtility::CreateSDRTypeObject(std::uint8_t type, PoolPtr<CSdr>& object, SdrTypeList* spares) {
@@ -52,12 +52,12 @@ Status SdrUtility::CreateSDRTypeObject(std::uint8_t type, PoolPtr<CSdr>& object,
   object = nullptr;
   std::size_t position = PositionOfType(type);
   if (position == kSdrTypeCount) return Fail(kName, "SDR Type Not Supported", sdr_status::kTypeNotSupported);
-  object = spares == nullptr ? kSdrTypes[position].make() : std::move((*spares)[position].front());
+  object = spares == nullptr ? kSdrTypes[position].rows.make() : std::move((*spares)[position].front());
   return object != nullptr ? kSuccess : Fail(kName, "Error Allocating Memory", sdr_status::kOutOfMemory);
 }
 
-Status SdrUtility::MakeRecord(std::span<const std::uint8_t> raw, const SdrTagList& tags, PoolPtr<CSdr>& object,
-                              SdrTypeList* spares) {
+Status SdrUtility::MakeRecord(std::span<const std::uint8_t> raw, const SdrTagList& tags,
+                              PoolPtr<CSdr>& object, SdrTypeList* spares) {
   constexpr std::size_t kTypeByte = 3;
   Status status = CreateSDRTypeObject(raw[kTypeByte], object, spares);
   if (status == kSuccess && !tags.empty()) status = object->AddTags(tags);

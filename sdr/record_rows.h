@@ -8,6 +8,7 @@
 #include <span>
 #include <string_view>
 
+#include "firmware/pool.h"
 #include "sdr/decode_tables.h"
 
 namespace varnok {
@@ -94,8 +95,12 @@ enum class SdrTitleForm : std::uint8_t {
   Fixed,          ///< `title`
 };
 
+class CSdr;
+
 struct SdrTypeRows {
   const char* className;
+  /// Makes a record of the type; null without memory.
+  PoolPtr<CSdr> (*make)();
   /// The fields, in order, then rows that are only written to files.
   std::span<const SdrFieldRow> rows;
   std::size_t fileOnlyRows = 0;
@@ -119,7 +124,7 @@ inline constexpr SdrBits kInitializeThresholds{11, 4, 4};
 /// The fields that every type begins with.
 inline constexpr std::array<SdrFieldRow, 4> kHeaderRows{{
     {u"Record ID", u"1:2", WordAt(1), SdrShow::Word},
-    {u"SDR File", u"3", ByteAt(3)},  // the version's label, as people know it
+    {u"SDR File", u"3", ByteAt(3)},  // Kept: the version's label, as people know it
     {u"Record Type", u"4", ByteAt(4)},
     {u"Record Length", u"5", ByteAt(5)},
 }};
@@ -139,10 +144,5 @@ constexpr auto JoinRows(const std::array<SdrFieldRow, Counts>&... lists) {
 constexpr std::uint8_t TableIndex(SdrTable table) {
   return static_cast<std::uint8_t>(table);
 }
-
-extern const SdrTypeRows kSdrType01, kSdrType02, kSdrType03;  // record_rows_sensor.cpp
-extern const SdrTypeRows kSdrType08, kSdrType09;              // record_rows_association.cpp
-extern const SdrTypeRows kSdrType10, kSdrType11, kSdrType12;  // record_rows_locator.cpp
-extern const SdrTypeRows kSdrType13, kSdrType14, kSdrTypeC0;  // record_rows_controller.cpp
 
 }  // namespace varnok

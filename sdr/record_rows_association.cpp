@@ -1,5 +1,5 @@
 // Entity association records (IPMI v2.0, sections 43.4 and 43.5).
-#include "sdr/record_rows.h"
+#include "sdr/record_types.h"
 
 namespace varnok {
 namespace {
@@ -64,6 +64,7 @@ static_assert(kType08Rows.size() == 15 && kType09Rows.size() == 31);
 }  // namespace
 
 constexpr SdrTypeRows kSdrType08{.className = "CSdrType08",
+                                 .make = MakeSdr<CSdrType08>,
                                  .rows = kType08Rows,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 16,
@@ -75,6 +76,7 @@ constexpr SdrTypeRows kSdrType08{.className = "CSdrType08",
                                  .title = "SDR Type08h"};
 
 constexpr SdrTypeRows kSdrType09{.className = "CSdrType09",
+                                 .make = MakeSdr<CSdrType09>,
                                  .rows = kType09Rows,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 32,

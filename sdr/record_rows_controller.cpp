@@ -1,6 +1,6 @@
 // Management controller confirmation, message channel info and OEM records (IPMI v2.0, sections 43.10
 // to 43.12).
-#include "sdr/record_rows.h"
+#include "sdr/record_types.h"
 
 namespace varnok {
 namespace {
@@ -47,6 +47,7 @@ static_assert(kType13Rows.size() == 13 && kType14Rows.size() == 15 && kTypeC0Row
 }  // namespace
 
 constexpr SdrTypeRows kSdrType13{.className = "CSdrType13",
+                                 .make = MakeSdr<CSdrType13>,
                                  .rows = kType13Rows,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 32,
@@ -58,6 +59,7 @@ constexpr SdrTypeRows kSdrType13{.className = "CSdrType13",
                                  .title = "SDR Type13h"};
 
 constexpr SdrTypeRows kSdrType14{.className = "CSdrType14",
+                                 .make = MakeSdr<CSdrType14>,
                                  .rows = kType14Rows,
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 16,
@@ -69,6 +71,7 @@ constexpr SdrTypeRows kSdrType14{.className = "CSdrType14",
                                  .title = "SDR Type14h"};
 
 constexpr SdrTypeRows kSdrTypeC0{.className = "CSdrTypeC0",
+                                 .make = MakeSdr<CSdrTypeC0>,
                                  .rows = kTypeC0Rows,
                                  .lengthRule = SdrLength::AtMost,
                                  .size = 64,

@@ -1,5 +1,5 @@
 // Device locator records (IPMI v2.0, sections 43.7 to 43.9).
-#include "sdr/record_rows.h"
+#include "sdr/record_types.h"
 
 namespace varnok {
 namespace {
@@ -63,6 +63,7 @@ static_assert(kType10Rows.size() == 16 && kType11Rows.size() == 16 && kType12Row
 }  // namespace
 
 constexpr SdrTypeRows kSdrType10{.className = "CSdrType10",
+                                 .make = MakeSdr<CSdrType10>,
                                  .rows = kType10Rows,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,
@@ -74,6 +75,7 @@ constexpr SdrTypeRows kSdrType10{.className = "CSdrType10",
                                  .title = "SDR Type10h"};
 
 constexpr SdrTypeRows kSdrType11{.className = "CSdrType11",
+                                 .make = MakeSdr<CSdrType11>,
                                  .rows = kType11Rows,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,
@@ -86,6 +88,7 @@ constexpr SdrTypeRows kSdrType11{.className = "CSdrType11",
 
 // A controller has no device type: its entity is what it is named after.
 constexpr SdrTypeRows kSdrType12{.className = "CSdrType12",
+                                 .make = MakeSdr<CSdrType12>,
                                  .rows = kType12Rows,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,

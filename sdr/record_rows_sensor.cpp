@@ -1,5 +1,5 @@
 // Full, compact and event-only sensor records (IPMI v2.0, sections 43.1 to 43.3).
-#include "sdr/record_rows.h"
+#include "sdr/record_types.h"
 
 namespace varnok {
 namespace {
@@ -24,7 +24,7 @@ constexpr std::array<SdrFieldRow, 5> IdentityRows(const char16_t* unspecifiedNum
   }};
 }
 
-// Sensor number FFh shows the format itself in types 01h and 03h; people's notes know it so.
+// Kept: sensor number FFh shows the format itself in types 01h and 03h; people's notes know it so.
 constexpr const char16_t* kUnformattedNumber = u"%04xh";
 
 /// Fields 9 to 18 of the full and the compact record.
@@ -85,8 +85,8 @@ constexpr std::array<SdrFieldRow, 9> kCompactRows{{
     {kIdBytes, u"33 + N", ByteAt(33), SdrShow::IdString},
 }};
 
-// The list names type and event type twice and places what follows two bytes too late; the values are taken
-// from where they stand. The last two rows are not among the fields and only written.
+// Kept: the list names type and event type twice and places what follows two bytes too late; the values are
+// taken from where they stand. The last two rows are not among the fields and only written.
 constexpr std::array<SdrFieldRow, 9> kEventOnlyRows{{
     {u"Sensor Type", u"11", ByteAt(11), SdrShow::Code, kSensorType},
     {u"Event / Reading Type", u"12", ByteAt(12), SdrShow::Code, kEventType},
@@ -107,6 +107,7 @@ static_assert(kType01Rows.size() == 47 && kType02Rows.size() == 28 && kType03Row
 }  // namespace
 
 constexpr SdrTypeRows kSdrType01{.className = "CSdrType01",
+                                 .make = MakeSdr<CSdrType01>,
                                  .rows = kType01Rows,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 48,
@@ -118,6 +119,7 @@ constexpr SdrTypeRows kSdrType01{.className = "CSdrType01",
                                  .title = "SDR Type01h"};
 
 constexpr SdrTypeRows kSdrType02{.className = "CSdrType02",
+                                 .make = MakeSdr<CSdrType02>,
                                  .rows = kType02Rows,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 32,
@@ -129,6 +131,7 @@ constexpr SdrTypeRows kSdrType02{.className = "CSdrType02",
                                  .title = "SDR Type02h"};
 
 constexpr SdrTypeRows kSdrType03{.className = "CSdrType03",
+                                 .make = MakeSdr<CSdrType03>,
                                  .rows = kType03Rows,
                                  .fileOnlyRows = 2,
                                  .lengthRule = SdrLength::WithIdString,
@@ -138,7 +141,7 @@ constexpr SdrTypeRows kSdrType03{.className = "CSdrType03",
                                  .namedField = 9,
                                  .nameFormat = {},
                                  .titleForm = SdrTitleForm::IdStringIfAny,
-                                 // The event-only record goes under the compact record's title.
+                                 // Kept: the event-only record goes under the compact record's title.
                                  .title = "SDR Type02h"};
 
 }  // namespace varnok

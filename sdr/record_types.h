@@ -1,5 +1,5 @@
-// The record types in one array: a type is its code, the rows that describe it and what makes a record of it. Lists,
-// counts and order everywhere follow from the array.
+// The record types in one array: a type is its code and its rows, which say what makes a record of it, too.
+// Lists, counts and order everywhere follow from the array.
 #pragma once
 
 #include <array>
@@ -19,6 +19,17 @@ class CSdrOf final : public CSdrByRows {
   CSdrOf() : CSdrByRows(kRows) {}
 };
 
+/// The maker of a class, for its rows.
+template <class Record>
+PoolPtr<CSdr> MakeSdr() {
+  return MakeInPool<Record>();
+}
+
+extern const SdrTypeRows kSdrType01, kSdrType02, kSdrType03;  // record_rows_sensor.cpp
+extern const SdrTypeRows kSdrType08, kSdrType09;              // record_rows_association.cpp
+extern const SdrTypeRows kSdrType10, kSdrType11, kSdrType12;  // record_rows_locator.cpp
+extern const SdrTypeRows kSdrType13, kSdrType14, kSdrTypeC0;  // record_rows_controller.cpp
+
 using CSdrType01 = CSdrOf<kSdrType01>;
 using CSdrType02 = CSdrOf<kSdrType02>;
 using CSdrType03 = CSdrOf<kSdrType03>;
@@ -34,22 +45,13 @@ using CSdrTypeC0 = CSdrOf<kSdrTypeC0>;
 struct SdrType {
   std::uint8_t type;
   const SdrTypeRows& rows;
-  PoolPtr<CSdr> (*make)();  ///< null without memory
 };
-
-template <class Record>
-PoolPtr<CSdr> MakeSdr() {
-  return MakeInPool<Record>();
-}
 
 /// In the order in which records are kept, written and compared.
 inline constexpr SdrType kSdrTypes[] = {
-    {0x01, kSdrType01, MakeSdr<CSdrType01>}, {0x02, kSdrType02, MakeSdr<CSdrType02>},
-    {0x03, kSdrType03, MakeSdr<CSdrType03>}, {0x08, kSdrType08, MakeSdr<CSdrType08>},
-    {0x09, kSdrType09, MakeSdr<CSdrType09>}, {0x10, kSdrType10, MakeSdr<CSdrType10>},
-    {0x11, kSdrType11, MakeSdr<CSdrType11>}, {0x12, kSdrType12, MakeSdr<CSdrType12>},
-    {0x13, kSdrType13, MakeSdr<CSdrType13>}, {0x14, kSdrType14, MakeSdr<CSdrType14>},
-    {0xC0, kSdrTypeC0, MakeSdr<CSdrTypeC0>},
+    {0x01, kSdrType01}, {0x02, kSdrType02}, {0x03, kSdrType03}, {0x08, kSdrType08},
+    {0x09, kSdrType09}, {0x10, kSdrType10}, {0x11, kSdrType11}, {0x12, kSdrType12},
+    {0x13, kSdrType13}, {0x14, kSdrType14}, {0xC0, kSdrTypeC0},
 };
 
 inline constexpr std::size_t kSdrTypeCount = std::size(kSdrTypes);
@@ -58,7 +60,8 @@ inline constexpr std::size_t kSdrTypeCount = std::size(kSdrTypes);
 using SdrTypeOrder = std::array<std::uint8_t, kSdrTypeCount>;
 inline constexpr SdrTypeOrder kSdrTypeOrder = [] {
   SdrTypeOrder order{};
-  for (std::size_t position = 0; position < kSdrTypeCount; ++position) order[position] = kSdrTypes[position].type;
+  for (std::size_t position = 0; position < kSdrTypeCount; ++position)
+    order[position] = kSdrTypes[position].type;
   return order;
 }();
 

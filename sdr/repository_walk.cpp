@@ -48,7 +48,7 @@ Status Show(Walk& walk, bool& goesOn) {
   std::span<const std::uint8_t> bytes = std::span(walk.record).first(size);
   SdrUtility::DisplayHex(bytes, nullptr);
   if (TheSdr().output != nullptr) SdrUtility::DisplayHex(bytes, TheSdr().output.get());
-  // The next record goes under its record ID, not under its position.
+  // Kept: the next record goes under its record ID, not under its position.
   walk.shownNumber = walk.recordId;
   bool isPageFull = walk.counter != 0 && walk.counter % kRecordsPerPage == 0;
   goesOn = !TheSdr().isPaging || !isPageFull || SdrUtility::PagingPrompt();
@@ -83,13 +83,13 @@ Status SdrReadSystem::WalkRepository(SdrRecordTaker& taker) {
       if (Status status = Show(walk, goesOn); status != kSuccess) return status;
       if (!goesOn) return kSuccess;
     } else {
-      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"Reading SDRs from system......", walk.counter,
-                                  set == nullptr ? 0U : set->info.recordCount);
+      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"Reading SDRs from system......",
+                                  walk.counter, set == nullptr ? 0U : set->info.recordCount);
     }
     if (walk.recordId == kNoMoreRecords || readStatus != kSuccess) return readStatus;
     if (walk.isAsked[walk.recordId]) {
       // A record that was read already comes next: without an end the walk would go round for ever.
-      LastFailingRecordId = asked;
+      TheSdr().LastFailingRecordId = asked;
       Warn("the SDR repository has no end: its record %04xh leads back to %04xh", asked, walk.recordId);
       return Fail(kOperation, "Error Reading SDR", sdr_status::kReadFailed);
     }

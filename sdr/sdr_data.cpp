@@ -28,8 +28,8 @@ Status Guard(const char* name) {
   return IsInitialized() ? kSuccess : Fail(name, "Uninitialized", sdr_status::kNotInitialized);
 }
 
-/// One operation of the front, which needs the manager initialised: its trace lines, the guard, then `operation` on
-/// the state.
+/// One operation of the front, which needs the manager initialised: its trace lines, the guard, then
+/// `operation` on the state.
 template <class Operation>
 Status Guarded(const char* name, Operation operation) {
   TraceScope scope(name);

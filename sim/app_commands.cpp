@@ -46,9 +46,10 @@ std::uint8_t GetMessageFlags(CommandContext& context) {
 }
 
 constexpr CommandRow kRows[] = {
-    {kApp, 0x01, 0, 0, row_flag::kInTransferMode, GetDeviceId},
-    {kApp, 0x02, 0, 0, row_flag::kInTransferMode, ColdReset},
-    {kApp, 0x30, 1, 1, row_flag::kBmcOnly | row_flag::kInTransferMode, ClearMessageFlags},
+    {kApp, ipmi_command::kGetDeviceId, 0, 0, row_flag::kInTransferMode, GetDeviceId},
+    {kApp, ipmi_command::kColdReset, 0, 0, row_flag::kInTransferMode, ColdReset},
+    {kApp, ipmi_command::kClearMessageFlags, 1, 1, row_flag::kBmcOnly | row_flag::kInTransferMode,
+     ClearMessageFlags},
     {kApp, 0x31, 0, 0, row_flag::kBmcOnly | row_flag::kInTransferMode, GetMessageFlags},
 };
 

@@ -1,40 +1,20 @@
 #include "sim/bmc.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "sim/commands.h"
 #include "sim/error.h"
+#include "sim/fault_kinds.h"
 
 namespace varnok::sim {
 namespace {
 
-constexpr std::uint8_t kPadding = 0xA5;  // what a long answer is made longer with
-
 void CheckFault(const FaultRule& rule, ImageStore& images) {
-  if (rule.kind != FaultKind::Flip) return;
+  if (!rule.kind->namesFile) return;
   const Image* image = images.Find(rule.file);
   if (image == nullptr) throw BoardError(rule.label + ": no device stores in \"" + rule.file + "\"");
   if (rule.offset >= image->Size())
     throw BoardError(rule.label + ": the offset is past the end of " + rule.file);
-}
-
-/// An answer of the request with nothing behind the completion code.
-Response EmptyResponse(const Request& request, std::uint8_t completionCode) {
-  return {
-      static_cast<std::uint8_t>(request.netFunction + 1), request.lun, request.command, completionCode, {}};
-}
-
-bool LosesAnswer(FaultKind kind) {
-  return kind == FaultKind::NoAnswer || kind == FaultKind::Refuse || kind == FaultKind::ColdReset;
-}
-
-/// The faults that change an answer's own bytes.
-void Distort(Response& response, const FaultRule& rule) {
-  Bytes& data = response.data;
-  if (rule.kind == FaultKind::Short)
-    data.resize(data.size() - std::min<std::size_t>(rule.value, data.size()));
-  if (rule.kind == FaultKind::Long) data.insert(data.end(), rule.value, kPadding);
-  if (rule.kind == FaultKind::OtherCommand) response.command = rule.value;
 }
 
 }  // namespace
@@ -44,6 +24,7 @@ Bmc::Bmc(const BoardConfig& config, ImageStore& images, VirtualClock& clock)
       clock_(clock),
       faults_(config.faults),
       log_(clock),
+      queue_(clock),
       sdrs_(config.sdrs, images, clock),
       exchangeMicroseconds_(config.exchangeMicroseconds) {
   controllers_.emplace_back(config.bmc, config.transferMode, images);
@@ -58,31 +39,32 @@ Delivery Bmc::Process(const Request& request) noexcept {
     return Deliver(Self(), request);
   } catch (...) {
     // Out of memory, say: to the caller a BMC that does not take the request.
-    return {.refused = true, .answers = {}};
+    return {.fate = Delivery::Fate::Refused, .answers = {}};
   }
 }
 
 Delivery Bmc::Deliver(Controller& controller, const Request& request) {
   clock_.Advance(exchangeMicroseconds_);
+  images_.Settle(clock_.Elapsed());
   log_.Asked(controller, request);
   if (controller.IsSilent(clock_.Elapsed())) {
     log_.Unanswered(controller, request, "lost", "in reset");
     return {};
   }
+  // A request to a controller runs inside one to the BMC; what befalls its storage is its own.
+  const StorageFault outer = std::exchange(images_.fault, {});
   const FaultEngine::Firing firing = faults_.Count(controller.Config(), request);
-  for (const FaultRule* rule : firing.before) Disturb(controller, *rule);
-  return Answer(controller, request, firing.answer);
+  for (const FaultRule* rule : firing.before) Disturb(controller, request, *rule);
+  Delivery delivery = Answer(controller, request, firing.answer);
+  images_.fault = outer;
+  return delivery;
 }
 
-void Bmc::Disturb(Controller& controller, const FaultRule& rule) {
+void Bmc::Disturb(Controller& controller, const Request& request, const FaultRule& rule) {
   log_.Event(rule.label);
-  if (rule.kind == FaultKind::LoseReservation) controller.sdrReservation.Cancel();
-  if (rule.kind != FaultKind::Flip) return;
-  Image& image = *images_.Find(rule.file);
-  if (rule.offset >= image.Size()) return;  // it has shrunk since
-  const auto flipped = static_cast<std::uint8_t>(image.Content()[rule.offset] ^ rule.mask);
+  FaultScene scene{*this, controller, request, rule};
   try {
-    image.Write(rule.offset, {&flipped, 1});
+    rule.kind->effect(scene);
   } catch (const BoardError& error) {
     log_.Event(error.what());
   }
@@ -95,28 +77,28 @@ Response Bmc::Execute(Controller& controller, const Request& request) {
 }
 
 Delivery Bmc::Answer(Controller& controller, const Request& request, const FaultRule* rule) {
+  using Fate = Delivery::Fate;
   if (rule == nullptr) return Answered(controller, Execute(controller, request), 1, {});
-  const std::optional<Response> previous = controller.lastAnswer;
-  Response response = rule->executed ? Execute(controller, request) : EmptyResponse(request, 0);
-  if (rule->kind == FaultKind::CompletionCode) {
-    response = EmptyResponse(request, rule->value);
-    controller.lastAnswer = response;
+  FaultScene scene{*this, controller, request, *rule, controller.lastAnswer};
+  scene.response = rule->executed ? Execute(controller, request) : EmptyResponse(request, code::kSuccess);
+  rule->kind->effect(scene);
+  if (scene.fate != Fate::Answered) {
+    log_.Unanswered(controller, request, scene.fate == Fate::Refused ? "refused" : "lost", rule->label);
+    return {.fate = scene.fate, .answers = {}};
   }
-  if (rule->kind == FaultKind::ColdReset) Reset(controller);
-  if (LosesAnswer(rule->kind) || (rule->kind == FaultKind::Stale && !previous)) {
-    const bool refused = rule->kind == FaultKind::Refuse;
-    log_.Unanswered(controller, request, refused ? "refused" : "lost", rule->label);
-    return {.refused = refused, .answers = {}};
-  }
-  if (rule->kind == FaultKind::Stale) response = *previous;
-  Distort(response, *rule);
-  return Answered(controller, response, rule->kind == FaultKind::Duplicate ? 2 : 1, rule->label);
+  Delivery delivery = Answered(controller, std::move(scene.response), scene.copies, rule->label);
+  if (scene.delay != 0) delivery.due = clock_.Elapsed() + scene.delay;
+  return delivery;
 }
 
-Delivery Bmc::Answered(Controller& controller, const Response& response, std::size_t times,
+Delivery Bmc::Answered(Controller& controller, Response response, std::size_t times,
                        std::string_view remark) {
   for (std::size_t i = 0; i < times; ++i) log_.Answered(controller, response, remark);
-  return {.refused = false, .answers = std::vector<Response>(times, response)};
+  Delivery delivery{.fate = Delivery::Fate::Answered, .answers = {}};
+  delivery.answers.reserve(times);
+  for (std::size_t i = 1; i < times; ++i) delivery.answers.push_back(response);
+  delivery.answers.push_back(std::move(response));
+  return delivery;
 }
 
 bool Bmc::HasChannel(std::uint8_t channel) const {

@@ -28,6 +28,7 @@ class Bmc {
 
   TrafficLog& Log() { return log_; }
   VirtualClock& Clock() { return clock_; }
+  ImageStore& Images() { return images_; }
   ReceiveQueue& Queue() { return queue_; }
   SdrRepository& Sdrs() { return sdrs_; }
   Controller& Self() { return controllers_.front(); }
@@ -41,11 +42,10 @@ class Bmc {
 
  private:
   /// What a rule does to the board before the request is looked at.
-  void Disturb(Controller& controller, const FaultRule& rule);
+  void Disturb(Controller& controller, const Request& request, const FaultRule& rule);
   /// Executes a request as the rule (null: none) says.
   Delivery Answer(Controller& controller, const Request& request, const FaultRule* rule);
-  Delivery Answered(Controller& controller, const Response& response, std::size_t times,
-                    std::string_view remark);
+  Delivery Answered(Controller& controller, Response response, std::size_t times, std::string_view remark);
   Response Execute(Controller& controller, const Request& request);
 
   ImageStore& images_;

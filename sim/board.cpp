@@ -12,13 +12,17 @@
 namespace varnok::sim {
 namespace {
 
-constexpr const char* kConfigName = "board.json";
+/// Writes the default board; board.json comes last, so that a folder with it is whole.
+void WriteDefault(const std::filesystem::path& folder) {
+  for (const DefaultFile& file : DefaultBoardImages()) ReplaceFile(folder / file.name, file.content);
+  ReplaceFile(folder / kBoardFile, DefaultBoardConfig());
+}
 
 }  // namespace
 
 struct Board::State {
-  State(const std::filesystem::path& folder, const BoardConfig& config)
-      : images(folder), bmc(config, images, clock), adapter(bmc) {
+  State(FolderLock held, const std::filesystem::path& folder, const BoardConfig& config)
+      : lock(std::move(held)), images(folder), bmc(config, images, clock), adapter(bmc) {
     if (!clock.SetStart(config.clockStart)) {
       throw BoardError("clock.start: \"" + config.clockStart +
                        "\" is neither \"now\" nor like 2026-01-01T08:00:00");
@@ -29,7 +33,7 @@ struct Board::State {
   void LoadSmbios(const std::string& name) {
     std::string place = "smbios: ";
     try {
-      const auto content = images.Open(name).Content();
+      const auto content = images.Open(name, ImageUse::Smbios).Content();
       place += name + ": ";
       smbios.emplace(Bytes(content.begin(), content.end()));
     } catch (const std::runtime_error& error) {
@@ -37,6 +41,7 @@ struct Board::State {
     }
   }
 
+  FolderLock lock;
   VirtualClock clock;
   ImageStore images;
   Bmc bmc;
@@ -47,15 +52,19 @@ struct Board::State {
 Board::Board(std::unique_ptr<State> state) : state_(std::move(state)) {}
 Board::~Board() = default;
 
-std::unique_ptr<Board> Board::Open(const std::filesystem::path& folder, std::string& error) {
-  const std::filesystem::path file = folder / kConfigName;
+std::unique_ptr<Board> Board::Open(const std::filesystem::path& folder, std::string& error, bool* isCreated) {
+  const std::filesystem::path file = folder / kBoardFile;
   try {
-    auto state = std::make_unique<State>(folder, ReadBoardConfig(file));
+    if (isCreated != nullptr) std::filesystem::create_directories(folder);
+    FolderLock lock(folder);
+    if (isCreated != nullptr && (*isCreated = !std::filesystem::exists(file))) WriteDefault(folder);
+    auto state = std::make_unique<State>(std::move(lock), folder, ReadBoardConfig(file));
     return std::unique_ptr<Board>(new Board(std::move(state)));
   } catch (const std::exception& failure) {
-    // A file that cannot be read names itself.
+    // A file that cannot be read, and a folder that is taken, name themselves.
     const std::string text = failure.what();
-    error = text.starts_with(file.string()) ? text : file.string() + ": " + text;
+    const bool isNamed = text.starts_with(file.string()) || text.starts_with(folder.string() + ": ");
+    error = isNamed ? text : file.string() + ": " + text;
     return nullptr;
   }
 }
@@ -63,8 +72,8 @@ std::unique_ptr<Board> Board::Open(const std::filesystem::path& folder, std::str
 bool Board::CreateDefault(const std::filesystem::path& folder, std::string& error) {
   try {
     std::filesystem::create_directories(folder);
-    for (const DefaultFile& file : DefaultBoardImages()) ReplaceFile(folder / file.name, file.content);
-    ReplaceFile(folder / kConfigName, DefaultBoardConfig());
+    const FolderLock lock(folder);
+    WriteDefault(folder);
     return true;
   } catch (const std::exception& failure) {
     error = failure.what();
@@ -73,7 +82,8 @@ bool Board::CreateDefault(const std::filesystem::path& folder, std::string& erro
 }
 
 bool Board::OpenTrafficLog(const std::string& path) {
-  return state_->bmc.Log().Open(path);
+  // Emptied, a file of the board would be lost.
+  return !state_->images.Holds(path) && state_->bmc.Log().Open(path);
 }
 Bmc& Board::TheBmc() {
   return state_->bmc;

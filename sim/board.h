@@ -16,15 +16,19 @@ namespace varnok::sim {
 
 class Board : public host::Machine {
  public:
-  /// Null, with `error` naming file and key, when the folder does not describe a board.
-  static std::unique_ptr<Board> Open(const std::filesystem::path& folder, std::string& error);
-  /// Writes the built-in default board into `folder`, made if it is missing. board.json comes last, so that a
-  /// folder with it is whole. False with `error` set when a file cannot be written.
+  /// Null, with `error` naming file and key, when the folder does not describe a board, or another program
+  /// works on it. With `isCreated` the folder and the default board are made where there is none, and it
+  /// tells whether they were.
+  static std::unique_ptr<Board> Open(const std::filesystem::path& folder, std::string& error,
+                                     bool* isCreated = nullptr);
+  /// Writes the built-in default board into `folder`, made if it is missing. False with `error` set when a
+  /// file cannot be written.
   static bool CreateDefault(const std::filesystem::path& folder, std::string& error);
 
   ~Board() override;
 
-  /// Logs all traffic from now on into the file at `path`, which is emptied. False when it cannot be written.
+  /// Logs all traffic from now on into the file at `path`, which is emptied. False when it cannot be written,
+  /// or is one of the board's own.
   bool OpenTrafficLog(const std::string& path);
 
   /// The BMC's system interface without the protocol, and the clock that it lives by.

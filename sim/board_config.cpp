@@ -1,7 +1,6 @@
 #include "sim/board_config.h"
 
 #include <algorithm>
-#include <set>
 #include <string_view>
 #include <vector>
 
@@ -249,29 +248,10 @@ BoardConfig ReadRoot(JsonObject root) {
   return config;
 }
 
-/// Comments are taken, so that a board can say why it is as it is. Of a key that stands twice the first value
-/// would be lost.
-nlohmann::json Parse(const Bytes& text) {
-  using Event = nlohmann::json::parse_event_t;
-  std::vector<std::set<std::string>> open;  // the keys of each object that has not ended
-  const auto watch = [&open](int, Event event, const nlohmann::json& parsed) {
-    if (event == Event::object_start) open.emplace_back();
-    if (event == Event::object_end) open.pop_back();
-    if (event == Event::key && !open.back().insert(parsed.get<std::string>()).second)
-      throw BoardError(parsed.dump() + " stands twice in one object");
-    return true;
-  };
-  try {
-    return nlohmann::json::parse(text.begin(), text.end(), watch, true, true);
-  } catch (const nlohmann::json::exception& complaint) {
-    throw BoardError(complaint.what());
-  }
-}
-
 }  // namespace
 
 BoardConfig ReadBoardConfig(const std::filesystem::path& file) {
-  const nlohmann::json json = Parse(ReadWholeFile(file));
+  const JsonValue json = ParseJson(ReadWholeFile(file));
   return ReadRoot(JsonObject(json, ""));
 }
 

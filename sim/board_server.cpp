@@ -29,38 +29,50 @@ bool ParseAddress(const std::string& text, sockaddr_in& address) {
          inet_pton(AF_INET, text.substr(0, colon).c_str(), &address.sin_addr) == 1;
 }
 
-bool SendAll(int socket, std::span<const std::uint8_t> bytes) {
+/// A machine that has not taken so many bytes is not read from until it takes them.
+constexpr std::size_t kMostUnsent = 4096;
+/// When to look again whether a descriptor has become free, in milliseconds.
+constexpr int kAcceptPause = 200;
+
+bool IsLoopback(const sockaddr_in& address) {
+  return ntohl(address.sin_addr.s_addr) >> 24 == 127;
+}
+
+/// Sends what the machine takes without waiting; false when it is gone.
+bool SendSome(int socket, std::vector<std::uint8_t>& bytes) {
   while (!bytes.empty()) {
-    ssize_t count = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const ssize_t count = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    bytes = bytes.subspan(static_cast<std::size_t>(count));
+    if (count < 0) return errno == EAGAIN || errno == EWOULDBLOCK;
+    bytes.erase(bytes.begin(), bytes.begin() + count);
   }
   return true;
 }
 
+void Append(std::vector<std::uint8_t>& bytes, const std::vector<std::uint8_t>& more) {
+  bytes.insert(bytes.end(), more.begin(), more.end());
+}
+
 }  // namespace
 
-Descriptor::~Descriptor() {
-  if (number_ >= 0) close(number_);
-}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(number_, other.number_);
-  return *this;
-}
-
-bool BoardServer::Listen(const std::string& address, std::string& error) {
+bool BoardServer::Listen(const std::string& address, std::string& error, bool allowsRemote) {
   sockaddr_in where{};
   if (!ParseAddress(address, where)) {
     error = "\"" + address + "\" is no address like 127.0.0.1:9002";
     return false;
   }
-  listener_ = Descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!allowsRemote && !IsLoopback(where)) {
+    error =
+        address +
+        ": other computers reach this address, and there is no authentication: whoever connects can write "
+        "to the board; --allow-remote serves it all the same";
+    return false;
+  }
+  listener_ = Descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   int on = 1;
   if (!listener_.IsOpen() || setsockopt(listener_.Number(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) != 0 ||
       bind(listener_.Number(), reinterpret_cast<sockaddr*>(&where), sizeof(where)) != 0 ||
-      listen(listener_.Number(), 4) != 0) {
+      listen(listener_.Number(), SOMAXCONN) != 0) {
     error = address + ": " + std::strerror(errno);
     return false;
   }
@@ -79,67 +91,106 @@ std::string BoardServer::Address() const {
 
 void BoardServer::Run(int stopDescriptor) {
   for (;;) {
-    std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}, {listener_.Number(), POLLIN, 0}};
-    for (const Connection& connection : connections_)
-      waits.push_back({connection.socket.Number(), POLLIN, 0});
-    if (poll(waits.data(), waits.size(), -1) < 0) {
-      if (errno == EINTR) continue;
-      return;
+    std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}, {canAccept_ ? listener_.Number() : -1, POLLIN, 0}};
+    for (const Connection& connection : connections_) {
+      const short reads = connection.unsent.size() < kMostUnsent ? POLLIN : 0;
+      const short writes = connection.unsent.empty() ? 0 : POLLOUT;
+      waits.push_back({connection.socket.Number(), static_cast<short>(reads | writes), 0});
     }
-    if (waits[0].revents != 0) return;
-    std::vector<Connection> kept;
+    const int ready = poll(waits.data(), waits.size(), Patience());
+    if (ready < 0 && errno == EINTR) continue;
+    if (ready < 0 || waits[0].revents != 0) return;
+    std::vector<bool> isGone(connections_.size());
     for (std::size_t i = 0; i < connections_.size(); ++i)
-      if (waits[i + 2].revents == 0 || Serve(connections_[i])) kept.push_back(std::move(connections_[i]));
+      isGone[i] = (waits[i + 2].revents & ~POLLOUT) != 0 && !Serve(connections_[i]);
+    if (waits[1].revents != 0 || !canAccept_) Accept();
+    isGone.resize(connections_.size());
+    Deliver();
+    std::vector<Connection> kept;
+    for (std::size_t i = 0; i < connections_.size(); ++i) {
+      SignalAttention(connections_[i]);
+      if (!isGone[i] && SendSome(connections_[i].socket.Number(), connections_[i].unsent))
+        kept.push_back(std::move(connections_[i]));
+      else
+        std::erase_if(late_,
+                      [&](const Late& late) { return late.socket == connections_[i].socket.Number(); });
+    }
     connections_ = std::move(kept);
-    if (waits[1].revents != 0) Accept();
-    for (Connection& connection : connections_) SignalAttention(connection);
   }
 }
 
 void BoardServer::Accept() {
-  Connection connection{Descriptor(accept4(listener_.Number(), nullptr, nullptr, SOCK_CLOEXEC)), {}, false};
-  if (!connection.socket.IsOpen()) return;
-  int on = 1;
-  // One byte of delay per answer would be felt at every request.
-  setsockopt(connection.socket.Number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-  // A machine that reads nothing must not hold up the others.
-  timeval limit{2, 0};
-  setsockopt(connection.socket.Number(), SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
-  bool isGreeted =
-      SendAll(connection.socket.Number(), EncodeVmCommand({vm_command::kVersion, {kVmProtocolVersion}})) &&
-      SendAll(connection.socket.Number(), EncodeVmCommand({vm_command::kNoAttention, {}}));
-  if (isGreeted) connections_.push_back(std::move(connection));
+  canAccept_ = true;
+  for (;;) {
+    Connection connection{
+        Descriptor(accept4(listener_.Number(), nullptr, nullptr, SOCK_CLOEXEC)), {}, false, {}};
+    if (!connection.socket.IsOpen()) {
+      // A listener that cannot be served would be ready for ever.
+      canAccept_ = errno != EMFILE && errno != ENFILE && errno != ENOBUFS && errno != ENOMEM;
+      return;
+    }
+    int on = 1;
+    // One byte of delay per answer would be felt at every request.
+    setsockopt(connection.socket.Number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
+    connection.unsent = EncodeVmCommand({vm_command::kVersion, {kVmProtocolVersion}});
+    Append(connection.unsent, EncodeVmCommand({vm_command::kNoAttention, {}}));
+    connections_.push_back(std::move(connection));
+  }
 }
 
 bool BoardServer::Serve(Connection& connection) {
-  std::array<std::uint8_t, 4096> bytes;
-  ssize_t count = recv(connection.socket.Number(), bytes.data(), bytes.size(), 0);
-  if (count < 0 && errno == EINTR) return true;
-  if (count <= 0) return false;
+  // A machine's share of a turn: the others wait behind it.
+  std::array<std::uint8_t, 512> bytes;
+  const ssize_t count = recv(connection.socket.Number(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+  if (count < 0) return errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK;
   for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i)
-    if (auto input = connection.decoder.Push(bytes[i]); input && !Answer(connection, *input)) return false;
-  return true;
+    if (auto input = connection.decoder.Push(bytes[i])) Answer(connection, *input);
+  return count > 0;
 }
 
-bool BoardServer::Answer(Connection& connection, const VmInput& input) {
+void BoardServer::Answer(Connection& connection, const VmInput& input) {
   // The machine's own commands tell its version, its capabilities and its resets, and want no answer.
   const VmRequest* request = std::get_if<VmRequest>(&input);
-  if (request == nullptr) return true;
+  if (request == nullptr) return;
   CatchUpClock();
   // A request that the BMC loses has no answer; the machine's interface times out by itself.
-  Delivery delivery = board_.TheBmc().Process(request->request);
-  return std::all_of(delivery.answers.begin(), delivery.answers.end(), [&](const Response& response) {
-    return SendAll(connection.socket.Number(), EncodeVmResponse(request->sequence, response));
-  });
+  const Delivery delivery = board_.TheBmc().Process(request->request);
+  for (const Response& response : delivery.answers) {
+    std::vector<std::uint8_t> bytes = EncodeVmResponse(request->sequence, response);
+    if (delivery.due == 0)
+      Append(connection.unsent, bytes);
+    else
+      late_.push_back({connection.socket.Number(), delivery.due, std::move(bytes)});
+  }
 }
 
 void BoardServer::SignalAttention(Connection& connection) {
   bool isWanted = !board_.TheBmc().Queue().IsEmpty();
-  if (isWanted == connection.hasAttention) return;
+  if (isWanted == connection.hasAttention || connection.unsent.size() >= kMostUnsent) return;
   connection.hasAttention = isWanted;
-  // A machine that is gone shows at the next reading.
-  (void)SendAll(connection.socket.Number(),
-                EncodeVmCommand({isWanted ? vm_command::kAttention : vm_command::kNoAttention, {}}));
+  Append(connection.unsent,
+         EncodeVmCommand({isWanted ? vm_command::kAttention : vm_command::kNoAttention, {}}));
+}
+
+void BoardServer::Deliver() {
+  CatchUpClock();
+  const std::uint64_t now = board_.Clock().Elapsed();
+  for (const Late& late : late_) {
+    if (late.due > now) continue;
+    for (Connection& connection : connections_)
+      if (connection.socket.Number() == late.socket) Append(connection.unsent, late.bytes);
+  }
+  std::erase_if(late_, [now](const Late& late) { return late.due <= now; });
+}
+
+int BoardServer::Patience() {
+  int patience = canAccept_ ? -1 : kAcceptPause;
+  const std::uint64_t now = board_.Clock().Elapsed();
+  for (const Late& late : late_) {
+    const std::uint64_t rest = late.due > now ? (late.due - now) / 1000 + 1 : 0;
+    if (patience < 0 || rest < static_cast<std::uint64_t>(patience)) patience = static_cast<int>(rest);
+  }
+  return patience;
 }
 
 void BoardServer::CatchUpClock() {

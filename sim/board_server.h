@@ -11,32 +11,19 @@
 #include <vector>
 
 #include "sim/board.h"
+#include "sim/descriptor.h"
 #include "sim/vm_codec.h"
 
 namespace varnok::sim {
-
-/// Owns a file descriptor.
-class Descriptor {
- public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  ~Descriptor();
-  Descriptor(Descriptor&& other) noexcept : number_(other.number_) { other.number_ = -1; }
-  Descriptor& operator=(Descriptor&& other) noexcept;
-
-  int Number() const { return number_; }
-  bool IsOpen() const { return number_ >= 0; }
-
- private:
-  int number_;
-};
 
 class BoardServer {
  public:
   explicit BoardServer(Board& board) : board_(board) {}
 
   /// `address` is an IPv4 address and a port, such as "127.0.0.1:9002"; port 0 takes a free one. False with
-  /// `error` set when the address cannot be had.
-  bool Listen(const std::string& address, std::string& error);
+  /// `error` set when the address cannot be had, or is one that other computers reach and `allowsRemote` is
+  /// not set: there is no authentication.
+  bool Listen(const std::string& address, std::string& error, bool allowsRemote = false);
   /// Where it listens, port included.
   std::string Address() const;
 
@@ -48,19 +35,32 @@ class BoardServer {
     Descriptor socket;
     VmDecoder decoder;
     bool hasAttention = false;
+    std::vector<std::uint8_t> unsent;  // what the machine has not taken yet
+  };
+  /// An answer that comes late.
+  struct Late {
+    int socket;
+    std::uint64_t due;
+    std::vector<std::uint8_t> bytes;
   };
 
   void Accept();
-  /// False when the machine is gone.
+  /// Reads and answers what the machine sends; false when it is gone.
   bool Serve(Connection& connection);
-  bool Answer(Connection& connection, const VmInput& input);
+  void Answer(Connection& connection, const VmInput& input);
   /// Tells the machine whether answers of controllers wait in the receive queue, when that has changed.
   void SignalAttention(Connection& connection);
+  /// Hands out the late answers that have come.
+  void Deliver();
+  /// Milliseconds until something is to be done without a machine asking; -1: never.
+  int Patience();
   void CatchUpClock();
 
   Board& board_;
   Descriptor listener_;
+  bool canAccept_ = true;  // false: no descriptor is left for another machine
   std::vector<Connection> connections_;
+  std::vector<Late> late_;
   std::chrono::steady_clock::time_point started_;
 };
 

@@ -1,6 +1,11 @@
 #include "sim/board_source.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdlib>
+
+#include "sim/files.h"
 
 namespace varnok::sim {
 namespace {
@@ -16,6 +21,15 @@ std::optional<std::string> ProcessEnvironment(const char* name) {
   const char* value = std::getenv(name);
   if (value == nullptr) return std::nullopt;
   return value;
+}
+
+void TakeStandardDescriptors() {
+  // A new descriptor is always the lowest free one.
+  for (int next = 0; next <= STDERR_FILENO; ++next) {
+    if (fcntl(next, F_GETFD) >= 0) continue;
+    const int opened = open("/dev/null", next == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    if (opened < 0) return;
+  }
 }
 
 std::optional<BoardSource> FindBoard(const Environment& environment, std::string& error) {
@@ -37,16 +51,21 @@ std::optional<BoardSource> FindBoard(const Environment& environment, std::string
 std::unique_ptr<Board> OpenBoard(const Environment& environment, std::string& notice, std::string& error) {
   const auto source = FindBoard(environment, error);
   if (!source) return nullptr;
-  std::error_code ignored;
-  if (source->isDefault && !std::filesystem::exists(source->folder / "board.json", ignored)) {
-    if (!Board::CreateDefault(source->folder, error)) return nullptr;
-    notice = "created the default simulated board in " + source->folder.string();
+  bool isCreated = false;
+  auto board = Board::Open(source->folder, error, source->isDefault ? &isCreated : nullptr);
+  if (source->isDefault && board != nullptr) {
+    // Nobody shall take an invented board for the computer's own.
+    notice = std::string(isCreated ? "created the default " : "") + "simulated board " +
+             Printable(source->folder.string()) +
+             "; set VARNOK_BOARD for another, /dev/ipmi0 for this computer's BMC";
   }
-  auto board = Board::Open(source->folder, error);
-  if (board == nullptr) return nullptr;
+  if (board == nullptr) {
+    error = Printable(error);
+    return nullptr;
+  }
   const std::string log = Value(environment, "VARNOK_TRAFFIC");
   if (!log.empty() && !board->OpenTrafficLog(log)) {
-    error = log + ": the traffic log cannot be written";
+    error = Printable(log) + ": the traffic log cannot be written";
     return nullptr;
   }
   return board;

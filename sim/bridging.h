@@ -5,15 +5,12 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
-#include <span>
 #include <vector>
 
+#include "sim/clock.h"
 #include "sim/message.h"
 
 namespace varnok::sim {
-
-/// The two's complement of the sum, so that the bytes and their checksum sum to 0.
-std::uint8_t IpmbChecksum(std::span<const std::uint8_t> bytes);
 
 /// Answers from controllers, as Get Message hands them out: channel, then the frame without the requester's
 /// address.
@@ -21,14 +18,22 @@ class ReceiveQueue {
  public:
   static constexpr std::size_t kCapacity = 16;
 
-  bool IsEmpty() const { return messages_.empty(); }
+  explicit ReceiveQueue(const VirtualClock& clock) : clock_(clock) {}
+
+  bool IsEmpty() const;
   void Clear() { messages_.clear(); }
-  /// A full queue drops the message.
-  void Push(std::vector<std::uint8_t> message);
+  /// A full queue drops the message. It can be taken from `due` on, in microseconds of the board.
+  void Push(std::vector<std::uint8_t> message, std::uint64_t due = 0);
   std::optional<std::vector<std::uint8_t>> Pop();
 
  private:
-  std::deque<std::vector<std::uint8_t>> messages_;
+  struct Message {
+    std::vector<std::uint8_t> bytes;
+    std::uint64_t due;
+  };
+
+  const VirtualClock& clock_;
+  std::deque<Message> messages_;
 };
 
 }  // namespace varnok::sim

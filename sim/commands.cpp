@@ -32,6 +32,8 @@ std::uint8_t Run(Bmc& bmc, Controller& self, const Request& request, std::vector
   CommandContext context{bmc, self, request.data, answer};
   try {
     return row->handler(context);
+  } catch (const StorageFull&) {
+    return code::kOutOfSpace;
   } catch (const BoardError& error) {
     bmc.Log().Event(error.what());
     return code::kUnspecified;

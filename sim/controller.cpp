@@ -1,5 +1,7 @@
 #include "sim/controller.h"
 
+#include <algorithm>
+
 #include "sim/error.h"
 
 namespace varnok::sim {
@@ -12,7 +14,7 @@ constexpr std::uint8_t kTemperature[] = {0x19, 0x00};  // 25 degrees Celsius
 Image& OpenImage(ImageStore& images, const std::string& path, const std::string& file,
                  std::optional<std::size_t> size) {
   try {
-    return images.Open(file, size);
+    return images.Open(file, ImageUse::Device, size);
   } catch (const BoardError& error) {
     throw BoardError(path + ": " + error.what());
   }
@@ -60,12 +62,12 @@ bool Eeprom::WriteDs1624s(std::span<const std::uint8_t> written) {
 bool Eeprom::Store(std::span<const std::uint8_t> bytes) {
   if (bytes.empty()) return true;
   if (config_.readOnly) return false;
-  Bytes content(image_.Content().begin(), image_.Content().end());
-  for (std::uint8_t byte : bytes) {
-    content[pointer_] = byte;
-    pointer_ = (pointer_ + 1) % content.size();
+  while (!bytes.empty()) {
+    const auto piece = bytes.first(std::min(bytes.size(), image_.Size() - pointer_));
+    image_.Write(pointer_, piece);
+    pointer_ = (pointer_ + piece.size()) % image_.Size();
+    bytes = bytes.subspan(piece.size());
   }
-  image_.Replace(std::move(content));
   return true;
 }
 

@@ -1,45 +1,14 @@
 #include "sim/faults.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "sim/board_config.h"
+#include "sim/fault_kinds.h"
 #include "sim/json_object.h"
 
 namespace varnok::sim {
 namespace {
-
-enum class Where { Anywhere, Bmc, Satellite };
-
-struct KindRow {
-  std::string_view name;
-  FaultKind kind;
-  Where where;
-  const char* valueKey;  ///< the number that the kind needs; null: none
-  std::uint32_t lowest;
-  bool choosesExecution;  ///< takes the key "executed"
-  bool executed;          ///< its default
-};
-
-constexpr KindRow kKinds[] = {
-    {"no-answer", FaultKind::NoAnswer, Where::Anywhere, nullptr, 0, true, true},
-    {"send-failure", FaultKind::Refuse, Where::Bmc, nullptr, 0, false, false},
-    {"nak", FaultKind::Refuse, Where::Satellite, nullptr, 0, false, false},
-    {"completion-code", FaultKind::CompletionCode, Where::Anywhere, "code", 1, true, false},
-    {"short", FaultKind::Short, Where::Anywhere, "bytes", 1, false, true},
-    {"long", FaultKind::Long, Where::Anywhere, "bytes", 1, false, true},
-    {"stale", FaultKind::Stale, Where::Anywhere, nullptr, 0, false, true},
-    {"duplicate", FaultKind::Duplicate, Where::Anywhere, nullptr, 0, false, true},
-    {"other-command", FaultKind::OtherCommand, Where::Anywhere, "answeredCommand", 0, false, true},
-    {"cold-reset", FaultKind::ColdReset, Where::Anywhere, nullptr, 0, true, false},
-    {"lost-reservation", FaultKind::LoseReservation, Where::Anywhere, nullptr, 0, false, true},
-    {"flip", FaultKind::Flip, Where::Anywhere, nullptr, 0, false, true},
-};
-
-bool HappensBefore(FaultKind kind) {
-  return kind == FaultKind::LoseReservation || kind == FaultKind::Flip;
-}
 
 std::optional<std::uint8_t> OptionalByte(JsonObject& object, const std::string& key, std::uint32_t high) {
   const auto number = object.OptionalNumber(key, 0, high);
@@ -67,18 +36,24 @@ void ReadTime(JsonObject& object, FaultRule& rule) {
   rule.last = object.Number("to", rule.last, rule.first, rule.last);
 }
 
-const KindRow& ReadKind(JsonObject& object) {
+const FaultKind& ReadKind(JsonObject& object) {
   const std::string name = object.RequiredText("fault");
-  const auto row =
-      std::find_if(std::begin(kKinds), std::end(kKinds), [&](const KindRow& r) { return r.name == name; });
-  if (row == std::end(kKinds)) object.Fail("fault", "\"" + name + "\" is not a fault");
-  return *row;
+  const FaultKind* kind = FindFaultKind(name);
+  if (kind == nullptr) object.Fail("fault", "\"" + name + "\" is not a fault");
+  return *kind;
 }
 
-void ReadFlip(JsonObject& object, FaultRule& rule) {
-  rule.file = object.RequiredText("file");
-  rule.offset = object.Number("offset", 0, 0, 0xFFFFFF);
-  rule.mask = static_cast<std::uint8_t>(object.Number("mask", 1, 1, 0xFF));
+void CheckPlace(const JsonObject& object, FaultPlace place, bool isBmc) {
+  if (place == FaultPlace::Bmc && !isBmc)
+    object.Fail("fault", "only the BMC's own interface can fail to send");
+  if (place == FaultPlace::Satellite && isBmc)
+    object.Fail("fault", "needs the key controller: who does not acknowledge");
+}
+
+bool ReadExecution(JsonObject& object, FaultExecution execution) {
+  const bool isDone = execution == FaultExecution::Always || execution == FaultExecution::UnlessDenied;
+  const bool isChoice = execution == FaultExecution::UnlessDenied || execution == FaultExecution::IfAsked;
+  return isChoice ? object.Boolean("executed", isDone) : isDone;
 }
 
 }  // namespace
@@ -87,22 +62,17 @@ FaultRule ReadFaultRule(JsonObject& object) {
   FaultRule rule;
   ReadMatch(object, rule);
   ReadTime(object, rule);
-  const KindRow& row = ReadKind(object);
-  rule.kind = row.kind;
+  rule.kind = &ReadKind(object);
   rule.label = object.PathOf("");
   rule.label.back() = ' ';  // the path ends in a dot
-  rule.label += row.name;
-  const bool isBmc = rule.controller == kBmcAddress;
-  if (row.where == Where::Bmc && !isBmc)
-    object.Fail("fault", "only the BMC's own interface can fail to send");
-  if (row.where == Where::Satellite && isBmc)
-    object.Fail("fault", "needs the key controller: who does not acknowledge");
-  if (row.valueKey != nullptr) {
-    if (!object.Has(row.valueKey)) object.Fail(row.valueKey, "is missing");
-    rule.value = static_cast<std::uint8_t>(object.Number(row.valueKey, 0, row.lowest, 0xFF));
+  rule.label += rule.kind->name;
+  CheckPlace(object, rule.kind->place, rule.controller == kBmcAddress);
+  for (const FaultKey& key : rule.kind->keys) {
+    if (!key.fallback && !object.Has(key.name)) object.Fail(key.name, "is missing");
+    rule.*key.value = object.OptionalNumber(key.name, key.low, key.high).value_or(key.fallback.value_or(0));
   }
-  rule.executed = row.choosesExecution ? object.Boolean("executed", row.executed) : row.executed;
-  if (rule.kind == FaultKind::Flip) ReadFlip(object, rule);
+  rule.executed = ReadExecution(object, rule.kind->execution);
+  if (rule.kind->namesFile) rule.file = object.RequiredText("file");
   object.Finish();
   return rule;
 }
@@ -122,7 +92,7 @@ FaultEngine::Firing FaultEngine::Count(const ControllerConfig& controller, const
     if (!std::equal(rule.data.begin(), rule.data.end(), request.data.begin())) continue;
     const std::uint32_t number = ++counts_[i];
     if (number < rule.first || number > rule.last || (number - rule.first) % rule.step != 0) continue;
-    if (HappensBefore(rule.kind)) {
+    if (rule.kind->phase == FaultPhase::Before) {
       firing.before.push_back(&rule);
     } else if (firing.answer == nullptr) {
       firing.answer = &rule;

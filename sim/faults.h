@@ -16,19 +16,7 @@ namespace varnok::sim {
 struct ControllerConfig;
 class JsonObject;
 
-enum class FaultKind {
-  NoAnswer,
-  Refuse,  ///< a send that fails, or a NAK on the IPMB
-  CompletionCode,
-  Short,
-  Long,
-  Stale,
-  Duplicate,
-  OtherCommand,
-  ColdReset,
-  LoseReservation,
-  Flip,
-};
+struct FaultKind;
 
 struct FaultRule {
   std::string label;  ///< like "faults[0] short", for the traffic log
@@ -46,13 +34,12 @@ struct FaultRule {
   std::uint32_t last = std::numeric_limits<std::uint32_t>::max();
   std::uint32_t step = 1;
 
-  // What happens.
-  FaultKind kind = FaultKind::NoAnswer;
-  std::uint8_t value = 0;  ///< completion code, number of bytes or command
-  bool executed = true;    ///< the request is carried out all the same
-  std::string file;
+  // What happens, with the numbers that its kind takes.
+  const FaultKind* kind = nullptr;
+  bool executed = true;  ///< the request is carried out all the same
+  std::uint32_t value = 0;
   std::uint32_t offset = 0;
-  std::uint8_t mask = 0;
+  std::string file;
 };
 
 /// Reads one rule. Throws BoardError.

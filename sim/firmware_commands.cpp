@@ -29,8 +29,8 @@ std::uint8_t ExitTransferMode(CommandContext& context) {
 }
 
 constexpr CommandRow kRows[] = {
-    {kFirmware, 0x00, 0, 0xFF, kFlags, EnterTransferMode},
-    {kFirmware, 0x04, 0, 0, kFlags, ExitTransferMode},
+    {kFirmware, ipmi_command::kEnterFirmwareTransfer, 0, 0xFF, kFlags, EnterTransferMode},
+    {kFirmware, ipmi_command::kExitFirmwareTransfer, 0, 0, kFlags, ExitTransferMode},
 };
 
 }  // namespace

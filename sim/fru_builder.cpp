@@ -39,7 +39,7 @@ Bytes InfoArea(const Bytes& fixed, const std::vector<FruField>& fields) {
   area.push_back(0);  // room for the checksum
   PadToUnits(area);
   area[1] = static_cast<std::uint8_t>(area.size() / 8);
-  area.back() = IpmbChecksum(area);
+  area.back() = IpmiChecksum(area);
   return area;
 }
 
@@ -48,8 +48,8 @@ Bytes MultiRecordArea(const std::vector<FruRecord>& records) {
   for (const FruRecord& record : records) {
     const bool isLast = &record == &records.back();
     Bytes header = {record.type, static_cast<std::uint8_t>(kRecordVersion | (isLast ? kEndOfList : 0)),
-                    static_cast<std::uint8_t>(record.data.size()), IpmbChecksum(record.data)};
-    header.push_back(IpmbChecksum(header));
+                    static_cast<std::uint8_t>(record.data.size()), IpmiChecksum(record.data)};
+    header.push_back(IpmiChecksum(header));
     area.insert(area.end(), header.begin(), header.end());
     area.insert(area.end(), record.data.begin(), record.data.end());
   }
@@ -86,7 +86,7 @@ Bytes BuildFruImage(const FruLayout& layout, std::size_t size) {
     body.insert(body.end(), area.begin(), area.end());
   }
   header.push_back(0);
-  header.push_back(IpmbChecksum(header));
+  header.push_back(IpmiChecksum(header));
   header.insert(header.end(), body.begin(), body.end());
   if (header.size() > size) throw BoardError("FRU areas do not fit into " + std::to_string(size) + " bytes");
   header.resize(size, 0xFF);

@@ -1,6 +1,7 @@
 // FRU inventory devices (IPMI v2.0, chapter 34).
 #include <algorithm>
 
+#include "firmware/bytes.h"
 #include "sim/commands.h"
 
 namespace varnok::sim {
@@ -14,7 +15,7 @@ std::size_t UnitOf(const FruDevice& fru) {
 }
 
 std::size_t OffsetOf(const CommandContext& context, const FruDevice& fru) {
-  return (context.data[1] + context.data[2] * std::size_t{256}) * UnitOf(fru);
+  return WordAt(context.data, 1) * UnitOf(fru);
 }
 
 std::uint8_t GetFruInventoryAreaInfo(CommandContext& context) {
@@ -59,9 +60,9 @@ std::uint8_t WriteFruData(CommandContext& context) {
 }
 
 constexpr CommandRow kRows[] = {
-    {kStorage, 0x10, 1, 1, row_flag::kNone, GetFruInventoryAreaInfo},
-    {kStorage, 0x11, 4, 4, row_flag::kNone, ReadFruData},
-    {kStorage, 0x12, 4, 0xFF, row_flag::kNone, WriteFruData},
+    {kStorage, ipmi_command::kGetFruAreaInfo, 1, 1, row_flag::kNone, GetFruInventoryAreaInfo},
+    {kStorage, ipmi_command::kReadFruData, 4, 4, row_flag::kNone, ReadFruData},
+    {kStorage, ipmi_command::kWriteFruData, 4, 0xFF, row_flag::kNone, WriteFruData},
 };
 
 }  // namespace

@@ -1,13 +1,11 @@
 #include "sim/image.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iterator>
+#include <cstdlib>
 #include <utility>
 
 #include "sim/error.h"
@@ -15,109 +13,187 @@
 namespace varnok::sim {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr std::chrono::milliseconds kFlushInterval{250};
 
-/// An open file descriptor, closed on every way out.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int Get() const { return number_; }
-
- private:
-  int number_;
-};
-
-[[noreturn]] void FailReplacing(const std::filesystem::path& path) {
-  throw BoardError(path.string() + ": cannot be written: " + std::strerror(errno));
+std::string Tidied(const std::string& name) {
+  return fs::path(name).lexically_normal().string();
 }
 
-void WriteAll(int descriptor, std::span<const std::uint8_t> bytes, const std::filesystem::path& path) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(descriptor, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) FailReplacing(path);
-    bytes = bytes.subspan(static_cast<std::size_t>(count));
+/// A path with all links followed; as it stands when nothing is there.
+std::string RealPath(const fs::path& path) {
+  const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
+  return real == nullptr ? path.string() : real.get();
+}
+
+FileId FileIdOf(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) return {};
+  return {status.st_dev, status.st_ino};
+}
+
+const char* NameOf(ImageUse use) {
+  switch (use) {
+    case ImageUse::Sdrs:
+      return "the SDR repository";
+    case ImageUse::Smbios:
+      return "the SMBIOS tables";
+    case ImageUse::Device:
+      return "a device";
   }
+  return "";
 }
 
 }  // namespace
 
-Bytes ReadWholeFile(const std::filesystem::path& path) {
+Image::Image(fs::path path, Bytes bytes, const StorageFault& fault, Access access)
+    : path_(std::move(path)), bytes_(std::move(bytes)), fault_(fault) {
   std::error_code ignored;
-  if (std::filesystem::is_directory(path, ignored))
-    throw BoardError(path.string() + ": is a folder, not a file");
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw BoardError(path.string() + ": cannot be read: " + std::strerror(errno));
-  return Bytes(std::istreambuf_iterator<char>(file), {});
-}
-
-void ReplaceFile(const std::filesystem::path& path, std::span<const std::uint8_t> bytes, Flush flush) {
-  // The process ID keeps two programs on one folder from renaming each other's half-written file.
-  const std::filesystem::path temporary =
-      path.parent_path() / ("." + path.filename().string() + "." + std::to_string(getpid()) + ".tmp");
-  try {
-    Descriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    if (file.Get() < 0) FailReplacing(path);
-    WriteAll(file.Get(), bytes, path);
-    if (flush == Flush::Now && fsync(file.Get()) != 0) FailReplacing(path);
-    if (rename(temporary.c_str(), path.c_str()) != 0) FailReplacing(path);
-  } catch (...) {
-    unlink(temporary.c_str());
-    throw;
-  }
+  wasCutShort_ = access == Access::Hold ? fs::remove(Marker(), ignored) : fs::exists(Marker(), ignored);
 }
 
 Image::~Image() {
-  if (isFlushed_) return;
-  const Descriptor file(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
-  if (file.Get() >= 0) fsync(file.Get());
+  try {
+    Settle(StorageFault::kNever - 1);
+  } catch (const BoardError&) {
+    // A device that is gone keeps what it had.
+  }
+  if (!isFlushed_) {
+    const Descriptor file(open(path_.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.IsOpen()) fsync(file.Number());
+  }
+  if (appended_.IsOpen()) unlink(Marker().c_str());
+}
+
+fs::path Image::Marker() const {
+  return path_.parent_path() / ("." + path_.filename().string() + ".adding");
 }
 
 void Image::Write(std::size_t offset, std::span<const std::uint8_t> bytes) {
   if (offset > bytes_.size() || bytes.size() > bytes_.size() - offset) {
     throw BoardError(path_.string() + ": write past its end");
   }
+  if (fault_.until) {
+    late_.push_back({*fault_.until, offset, Bytes(bytes.begin(), bytes.end())});
+    return;
+  }
+  const std::size_t stored = std::min(bytes.size(), fault_.room.value_or(bytes.size()));
+  Store(offset, bytes.first(stored));
+  if (stored < bytes.size()) throw StorageFull(path_.string() + ": the device is full");
+}
+
+void Image::Store(std::size_t offset, std::span<const std::uint8_t> bytes) {
   if (std::equal(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset))) return;
   Bytes content = bytes_;
   std::copy(bytes.begin(), bytes.end(), content.begin() + static_cast<std::ptrdiff_t>(offset));
   Replace(std::move(content));
 }
 
-void Image::Replace(Bytes content) {
-  const auto now = std::chrono::steady_clock::now();
-  const bool flushes = now - flushed_ >= kFlushInterval;
-  ReplaceFile(path_, content, flushes ? Flush::Now : Flush::Later);
-  bytes_ = std::move(content);
-  isFlushed_ = flushes;
-  if (flushes) flushed_ = now;
+void Image::Settle(std::uint64_t now) {
+  std::vector<LateWrite> late = std::exchange(late_, {});
+  for (LateWrite& write : late) {
+    if (write.due > now)
+      late_.push_back(std::move(write));
+    else if (write.offset + write.bytes.size() <= bytes_.size())
+      Store(write.offset, write.bytes);
+  }
 }
 
-Image& ImageStore::Open(const std::string& name, std::optional<std::size_t> size) {
-  const std::filesystem::path relative = std::filesystem::path(name).lexically_normal();
-  if (name.empty() || relative.is_absolute() || *relative.begin() == ".." || *relative.begin() == ".") {
+bool Image::FlushIsDue() {
+  const auto now = std::chrono::steady_clock::now();
+  isFlushed_ = now - flushed_ >= kFlushInterval;
+  if (isFlushed_) flushed_ = now;
+  return isFlushed_;
+}
+
+void Image::BeginAppending() {
+  const Descriptor marker(open(Marker().c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+  if (!marker.IsOpen()) FailWriting(path_);
+  appended_ = Descriptor(open(path_.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+  if (!appended_.IsOpen()) FailWriting(path_);
+}
+
+void Image::Append(std::span<const std::uint8_t> bytes) {
+  if (fault_.room && *fault_.room < bytes.size()) throw StorageFull(path_.string() + ": the device is full");
+  if (!appended_.IsOpen()) BeginAppending();
+  try {
+    WriteAll(appended_, bytes, path_);
+    if (FlushIsDue() && fdatasync(appended_.Number()) != 0) FailWriting(path_);
+  } catch (const BoardError&) {
+    if (ftruncate(appended_.Number(), static_cast<off_t>(bytes_.size())) != 0) appended_.Close();
+    throw;
+  }
+  bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+}
+
+void Image::Replace(Bytes content) {
+  const bool flushes = FlushIsDue();
+  isFlushed_ = false;
+  ReplaceFile(path_, content, flushes ? Flush::Now : Flush::Later);
+  isFlushed_ = flushes;
+  bytes_ = std::move(content);
+  if (appended_.IsOpen()) BeginAppending();  // the old file is not the image any more
+}
+
+ImageStore::ImageStore(const fs::path& folder, Access access)
+    : folder_(folder),
+      access_(access),
+      realFolder_(RealPath(folder)),
+      description_(FileIdOf(realFolder_ + "/" + kBoardFile)) {
+  if (access_ == Access::Hold) RemoveLeftovers(realFolder_);
+}
+
+ImageStore::Entry* ImageStore::FindFile(const std::string& path, const FileId& id) {
+  // A file that was replaced since it was opened has its name still.
+  const auto found = std::find_if(images_.begin(), images_.end(), [&](const Entry& entry) {
+    return entry.path == path || (id.IsThere() && entry.id == id);
+  });
+  return found == images_.end() ? nullptr : &*found;
+}
+
+Image& ImageStore::Open(const std::string& name, ImageUse use, std::optional<std::size_t> size) {
+  const fs::path relative = Tidied(name);
+  if (name.empty() || relative.is_absolute() || relative.filename().string().starts_with('.') ||
+      *relative.begin() == ".." || *relative.begin() == ".") {
     throw BoardError("\"" + name + "\" is not the name of a file inside the folder");
   }
-  auto& image = images_[relative.string()];
-  if (image == nullptr) {
+  const std::string path = RealPath(realFolder_ + "/" + relative.native());
+  const FileId id = FileIdOf(path);
+  if (id.IsThere() && !path.starts_with(realFolder_ + "/"))
+    throw BoardError("\"" + name + "\" leads out of the folder");
+  if (id.IsThere() && id == description_) throw BoardError("\"" + name + "\" is the board's description");
+  Entry* entry = FindFile(path, id);
+  if (entry == nullptr) {
     Bytes bytes = ReadWholeFile(folder_ / relative);
     if (size && bytes.size() < *size) bytes.resize(*size, 0xFF);
-    image = std::make_unique<Image>(folder_ / relative, std::move(bytes));
+    if (access_ == Access::Hold && relative.has_parent_path()) RemoveLeftovers(fs::path(path).parent_path());
+    entry = &images_.emplace_back(
+        Entry{path, id, use, std::make_unique<Image>(path, std::move(bytes), fault, access_)});
+  } else if (entry->use != use || use != ImageUse::Device) {
+    throw BoardError("\"" + name + "\" is " + NameOf(entry->use) + " already");
   }
-  if (size && image->Size() != *size) {
-    throw BoardError(name + " holds " + std::to_string(image->Size()) + " bytes, the device " +
+  Image& image = *entry->image;
+  if (size && image.Size() != *size) {
+    throw BoardError(name + " holds " + std::to_string(image.Size()) + " bytes, the device " +
                      std::to_string(*size));
   }
-  return *image;
+  names_[relative.string()] = &image;
+  return image;
 }
 
 Image* ImageStore::Find(const std::string& name) {
-  auto found = images_.find(std::filesystem::path(name).lexically_normal().string());
-  return found == images_.end() ? nullptr : found->second.get();
+  const auto found = names_.find(Tidied(name));
+  return found == names_.end() ? nullptr : found->second;
+}
+
+bool ImageStore::Holds(const fs::path& path) {
+  const FileId id = FileIdOf(path);
+  return id.IsThere() && (id == description_ || FindFile(RealPath(path), id) != nullptr);
+}
+
+void ImageStore::Settle(std::uint64_t now) {
+  for (Entry& entry : images_) entry.image->Settle(now);
 }
 
 }  // namespace varnok::sim

@@ -6,9 +6,22 @@
 namespace varnok::sim {
 namespace {
 
-const nlohmann::json& EmptyObject() {
-  static const nlohmann::json empty = nlohmann::json::object();
+using Kind = JsonValue::Kind;
+
+const JsonValue& EmptyObject() {
+  static const JsonValue empty = [] {
+    JsonValue object;
+    object.kind = Kind::Object;
+    return object;
+  }();
   return empty;
+}
+
+/// A value as an error names it.
+std::string Shown(const JsonValue& value) {
+  if (value.kind == Kind::Array) return "an array";
+  if (value.kind == Kind::Object) return "an object";
+  return value.kind == Kind::Text ? "\"" + value.text + "\"" : value.text;
 }
 
 /// "0x1F" or "31"; nothing for any other text.
@@ -24,107 +37,121 @@ std::optional<std::uint64_t> ParseNumber(std::string_view text) {
   return number;
 }
 
-}  // namespace
-
-JsonObject::JsonObject(const nlohmann::json& value, std::string path)
-    : value_(value), path_(std::move(path)) {
-  if (!value.is_object()) throw BoardError((path_.empty() ? "the whole" : path_) + ": must be an object");
-}
-
-void JsonObject::Fail(const std::string& key, const std::string& complaint) const {
-  throw BoardError(PathOf(key) + ": " + complaint);
-}
-
-const nlohmann::json* JsonObject::Find(const std::string& key) {
-  known_.insert(key);
-  const auto found = value_.find(key);
-  return found == value_.end() ? nullptr : &*found;
-}
-
-std::uint32_t JsonObject::ToNumber(const nlohmann::json& value, const std::string& key, std::uint32_t low,
-                                   std::uint32_t high) const {
+/// The number that a value holds; nothing when it is none in the range.
+std::optional<std::uint32_t> NumberIn(const JsonValue& value, std::uint32_t low, std::uint32_t high) {
   std::optional<std::uint64_t> number;
-  if (value.is_number_unsigned()) number = value.get<std::uint64_t>();
-  if (value.is_string()) number = ParseNumber(value.get_ref<const std::string&>());
-  if (!number || *number < low || *number > high) {
-    Fail(key, value.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace) + " is not a number from " +
-                  std::to_string(low) + " to " + std::to_string(high));
-  }
+  if (value.isWhole) number = value.number;
+  if (value.kind == Kind::Text) number = ParseNumber(value.text);
+  if (!number || *number < low || *number > high) return std::nullopt;
   return static_cast<std::uint32_t>(*number);
 }
 
-std::optional<std::uint32_t> JsonObject::OptionalNumber(const std::string& key, std::uint32_t low,
-                                                        std::uint32_t high) {
-  const nlohmann::json* value = Find(key);
-  if (value == nullptr) return std::nullopt;
-  return ToNumber(*value, key, low, high);
+}  // namespace
+
+JsonObject::JsonObject(const JsonValue& value, std::string path)
+    : value_(value), path_(std::move(path)), isKnown_(value.members.size()) {
+  if (value.kind != Kind::Object)
+    throw BoardError((path_.empty() ? "the whole" : path_) + ": must be an object");
 }
 
-std::uint32_t JsonObject::Number(const std::string& key, std::uint32_t fallback, std::uint32_t low,
+void JsonObject::Fail(std::string_view key, const std::string& complaint) const {
+  throw BoardError(PathOf(key) + ": " + complaint);
+}
+
+std::string JsonObject::PathOf(std::string_view key) const {
+  std::string path = path_;
+  if (!path.empty()) path += '.';
+  return path.append(key);
+}
+
+const JsonValue* JsonObject::Find(std::string_view key) {
+  for (std::size_t i = 0; i < value_.members.size(); ++i) {
+    if (value_.members[i].key != key) continue;
+    isKnown_[i] = true;
+    return &value_.members[i].value;
+  }
+  return nullptr;
+}
+
+void JsonObject::FailNumber(std::string_view key, const JsonValue& value, std::uint32_t low,
+                            std::uint32_t high) const {
+  Fail(key, Shown(value) + " is not a number from " + std::to_string(low) + " to " + std::to_string(high));
+}
+
+std::optional<std::uint32_t> JsonObject::OptionalNumber(std::string_view key, std::uint32_t low,
+                                                        std::uint32_t high) {
+  const JsonValue* value = Find(key);
+  if (value == nullptr) return std::nullopt;
+  const auto number = NumberIn(*value, low, high);
+  if (!number) FailNumber(key, *value, low, high);
+  return number;
+}
+
+std::uint32_t JsonObject::Number(std::string_view key, std::uint32_t fallback, std::uint32_t low,
                                  std::uint32_t high) {
   return OptionalNumber(key, low, high).value_or(fallback);
 }
 
-std::uint8_t JsonObject::Byte(const std::string& key, std::uint8_t fallback) {
+std::uint8_t JsonObject::Byte(std::string_view key, std::uint8_t fallback) {
   return static_cast<std::uint8_t>(Number(key, fallback, 0, 0xFF));
 }
 
-std::uint8_t JsonObject::RequiredByte(const std::string& key) {
+std::uint8_t JsonObject::RequiredByte(std::string_view key) {
   if (!Has(key)) Fail(key, "is missing");
   return Byte(key, 0);
 }
 
-bool JsonObject::Boolean(const std::string& key, bool fallback) {
-  const nlohmann::json* value = Find(key);
+bool JsonObject::Boolean(std::string_view key, bool fallback) {
+  const JsonValue* value = Find(key);
   if (value == nullptr) return fallback;
-  if (!value->is_boolean()) Fail(key, "must be true or false");
-  return value->get<bool>();
+  if (value->kind != Kind::Boolean) Fail(key, "must be true or false");
+  return value->number != 0;
 }
 
-std::string JsonObject::Text(const std::string& key, const std::string& fallback) {
-  const nlohmann::json* value = Find(key);
-  if (value == nullptr) return fallback;
-  if (!value->is_string()) Fail(key, "must be a text");
-  return value->get<std::string>();
+std::string JsonObject::Text(std::string_view key, std::string_view fallback) {
+  const JsonValue* value = Find(key);
+  if (value == nullptr) return std::string(fallback);
+  if (value->kind != Kind::Text) Fail(key, "must be a text");
+  return value->text;
 }
 
-std::string JsonObject::RequiredText(const std::string& key) {
+std::string JsonObject::RequiredText(std::string_view key) {
   if (!Has(key)) Fail(key, "is missing");
   return Text(key, "");
 }
 
-std::vector<std::uint8_t> JsonObject::ByteArray(const std::string& key) {
+std::vector<std::uint8_t> JsonObject::ByteArray(std::string_view key) {
   std::vector<std::uint8_t> bytes;
-  const nlohmann::json* value = Find(key);
+  const JsonValue* value = Find(key);
   if (value == nullptr) return bytes;
-  if (!value->is_array()) Fail(key, "must be an array of bytes");
-  for (const auto& element : *value) {
-    const std::string place = key + "[" + std::to_string(bytes.size()) + "]";
-    bytes.push_back(static_cast<std::uint8_t>(ToNumber(element, place, 0, 0xFF)));
+  if (value->kind != Kind::Array) Fail(key, "must be an array of bytes");
+  for (const JsonValue& element : value->elements) {
+    const auto byte = NumberIn(element, 0, 0xFF);
+    if (!byte) FailNumber(std::string(key) + "[" + std::to_string(bytes.size()) + "]", element, 0, 0xFF);
+    bytes.push_back(static_cast<std::uint8_t>(*byte));
   }
   return bytes;
 }
 
-JsonObject JsonObject::Child(const std::string& key) {
-  const nlohmann::json* value = Find(key);
+JsonObject JsonObject::Child(std::string_view key) {
+  const JsonValue* value = Find(key);
   return JsonObject(value == nullptr ? EmptyObject() : *value, PathOf(key));
 }
 
-std::vector<JsonObject> JsonObject::Children(const std::string& key) {
+std::vector<JsonObject> JsonObject::Children(std::string_view key) {
   std::vector<JsonObject> children;
-  const nlohmann::json* value = Find(key);
+  const JsonValue* value = Find(key);
   if (value == nullptr) return children;
-  if (!value->is_array()) Fail(key, "must be an array of objects");
-  for (const auto& element : *value) {
+  if (value->kind != Kind::Array) Fail(key, "must be an array of objects");
+  for (const JsonValue& element : value->elements) {
     children.emplace_back(element, PathOf(key) + "[" + std::to_string(children.size()) + "]");
   }
   return children;
 }
 
 void JsonObject::Finish() const {
-  for (const auto& [key, value] : value_.items()) {
-    if (!known_.contains(key)) Fail(key, "unknown key");
-  }
+  for (std::size_t i = 0; i < value_.members.size(); ++i)
+    if (!isKnown_[i]) Fail(value_.members[i].key, "unknown key");
 }
 
 }  // namespace varnok::sim

@@ -3,14 +3,13 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "sim/error.h"
+#include "sim/json_value.h"
 
 namespace varnok::sim {
 
@@ -19,38 +18,38 @@ namespace varnok::sim {
 class JsonObject {
  public:
   /// `path` is where the object stands: empty for the root, else like "controllers[1].identity".
-  JsonObject(const nlohmann::json& value, std::string path);
+  JsonObject(const JsonValue& value, std::string path);
 
-  bool Has(const std::string& key) const { return value_.contains(key); }
-  std::uint32_t Number(const std::string& key, std::uint32_t fallback, std::uint32_t low, std::uint32_t high);
-  std::optional<std::uint32_t> OptionalNumber(const std::string& key, std::uint32_t low, std::uint32_t high);
+  bool Has(std::string_view key) const { return value_.Find(key) != nullptr; }
+  std::uint32_t Number(std::string_view key, std::uint32_t fallback, std::uint32_t low, std::uint32_t high);
+  std::optional<std::uint32_t> OptionalNumber(std::string_view key, std::uint32_t low, std::uint32_t high);
   /// A byte that must be there.
-  std::uint8_t RequiredByte(const std::string& key);
-  std::uint8_t Byte(const std::string& key, std::uint8_t fallback);
-  bool Boolean(const std::string& key, bool fallback);
-  std::string Text(const std::string& key, const std::string& fallback);
-  std::string RequiredText(const std::string& key);
+  std::uint8_t RequiredByte(std::string_view key);
+  std::uint8_t Byte(std::string_view key, std::uint8_t fallback);
+  bool Boolean(std::string_view key, bool fallback);
+  std::string Text(std::string_view key, std::string_view fallback);
+  std::string RequiredText(std::string_view key);
   /// An array of bytes; empty when absent.
-  std::vector<std::uint8_t> ByteArray(const std::string& key);
+  std::vector<std::uint8_t> ByteArray(std::string_view key);
   /// The object at `key`; an empty one when absent.
-  JsonObject Child(const std::string& key);
+  JsonObject Child(std::string_view key);
   /// The objects of the array at `key`; none when absent.
-  std::vector<JsonObject> Children(const std::string& key);
+  std::vector<JsonObject> Children(std::string_view key);
 
   /// Refuses every key that was not asked for.
   void Finish() const;
   /// Throws with the path of `key` in front of `complaint`.
-  [[noreturn]] void Fail(const std::string& key, const std::string& complaint) const;
-  std::string PathOf(const std::string& key) const { return path_.empty() ? key : path_ + "." + key; }
+  [[noreturn]] void Fail(std::string_view key, const std::string& complaint) const;
+  std::string PathOf(std::string_view key) const;
 
  private:
-  const nlohmann::json* Find(const std::string& key);
-  std::uint32_t ToNumber(const nlohmann::json& value, const std::string& key, std::uint32_t low,
-                         std::uint32_t high) const;
+  const JsonValue* Find(std::string_view key);
+  [[noreturn]] void FailNumber(std::string_view key, const JsonValue& value, std::uint32_t low,
+                               std::uint32_t high) const;
 
-  const nlohmann::json& value_;
+  const JsonValue& value_;
   std::string path_;
-  std::set<std::string> known_;
+  std::vector<bool> isKnown_;  // of the members
 };
 
 }  // namespace varnok::sim

@@ -22,7 +22,8 @@ std::uint8_t GetLanParameters(CommandContext& context) {
 }
 
 constexpr CommandRow kRows[] = {
-    {net_function::kTransport, 0x02, 4, 4, row_flag::kBmcOnly, GetLanParameters},
+    {net_function::kTransport, ipmi_command::kGetLanConfiguration, 4, 4, row_flag::kBmcOnly,
+     GetLanParameters},
 };
 
 }  // namespace

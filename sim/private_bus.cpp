@@ -16,7 +16,7 @@ std::uint8_t MasterWriteRead(CommandContext& context) {
 }
 
 constexpr CommandRow kRows[] = {
-    {net_function::kApplication, 0x52, 3, 0xFF, row_flag::kAnyLun, MasterWriteRead},
+    {net_function::kApplication, ipmi_command::kMasterWriteRead, 3, 0xFF, row_flag::kAnyLun, MasterWriteRead},
 };
 
 }  // namespace

@@ -34,14 +34,16 @@ Status ProtocolAdapter::Send(IpmiProtocol* self, std::uint8_t netFunction, std::
 }
 
 Status ProtocolAdapter::SendRequest(const Request& request) {
-  // A new request ends the wait for answers that nobody fetched.
-  std::erase_if(waiting_, [](const Waiting& waiting) { return !waiting.staysForNextSend; });
+  // A new request ends the wait for answers that nobody fetched, but for those that are still to come.
+  const std::uint64_t now = bmc_.Clock().Elapsed();
+  std::erase_if(waiting_,
+                [now](const Waiting& waiting) { return !waiting.staysForNextSend && waiting.due <= now; });
   for (Waiting& waiting : waiting_) waiting.staysForNextSend = false;
   Delivery delivery = bmc_.Process(request);
-  if (delivery.refused) return uefi_status::kDeviceError;
+  if (delivery.fate == Delivery::Fate::Refused) return uefi_status::kDeviceError;
   bool duplicate = false;
   for (Response& response : delivery.answers) {
-    waiting_.push_back({std::move(response), duplicate});
+    waiting_.push_back({std::move(response), duplicate, delivery.due});
     duplicate = true;
   }
   return kSuccess;
@@ -51,13 +53,16 @@ Status ProtocolAdapter::Receive(IpmiProtocol* self, std::uint8_t* netFunction, s
                                 std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
                                 std::uint32_t* dataLength) noexcept {
   ProtocolAdapter& adapter = *static_cast<Interface*>(self)->owner;
-  if (adapter.waiting_.empty()) {
+  const std::uint64_t now = adapter.bmc_.Clock().Elapsed();
+  const auto first = std::find_if(adapter.waiting_.begin(), adapter.waiting_.end(),
+                                  [now](const Waiting& waiting) { return waiting.due <= now; });
+  if (first == adapter.waiting_.end()) {
     adapter.bmc_.Clock().Advance(kReceiveTimeout);
     return uefi_status::kTimeout;
   }
   // The answer leaves the queue even when it does not fit: the program asks again, not the board.
-  const Response response = std::move(adapter.waiting_.front().response);
-  adapter.waiting_.pop_front();
+  const Response response = std::move(first->response);
+  adapter.waiting_.erase(first);
   const std::uint32_t room = *dataLength;
   *dataLength = static_cast<std::uint32_t>(response.data.size());
   if (response.data.size() > room) return uefi_status::kBufferTooSmall;

@@ -24,6 +24,7 @@ class ProtocolAdapter {
   struct Waiting {
     Response response;
     bool staysForNextSend;  ///< a duplicate: the next request finds it in front of its own answer
+    std::uint64_t due;      ///< from when on it can be received, in microseconds of the board
   };
 
   static Status Send(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command,

@@ -1,6 +1,7 @@
 // The SDR repository's commands (IPMI v2.0, chapter 33).
 #include <algorithm>
 
+#include "firmware/bytes.h"
 #include "sim/bmc.h"
 #include "sim/commands.h"
 
@@ -12,10 +13,6 @@ constexpr std::uint8_t kVersion = 0x51;  // IPMI 1.5 and 2.0
 // Non-modal update, delete, partial add, reserve and allocation info.
 constexpr std::uint8_t kSupport = 0x2F;
 constexpr std::uint8_t kOverflow = 0x80;
-
-std::uint16_t WordAt(const CommandContext& context, std::size_t offset) {
-  return static_cast<std::uint16_t>(context.data[offset] | context.data[offset + 1] << 8);
-}
 
 void AppendWord(CommandContext& context, std::size_t value) {
   context.answer.push_back(static_cast<std::uint8_t>(value));
@@ -71,14 +68,14 @@ std::uint8_t Reserve(CommandContext& context) {
 }
 
 std::uint8_t GetRecord(CommandContext& context, SdrRepository& repository) {
-  const std::uint16_t reservation = WordAt(context, 0);
+  const std::uint16_t reservation = WordAt(context.data, 0);
   const std::size_t offset = context.data[4];
   const std::size_t asked = context.data[5];
   // A whole record may be read without a reservation, 0000h.
   const bool isNeeded = offset != 0 || reservation != 0;
   if (isNeeded && !context.self.sdrReservation.Holds(reservation)) return code::kReservationLost;
   std::uint16_t nextId = 0;
-  const auto record = repository.Find(WordAt(context, 2), nextId);
+  const auto record = repository.Find(WordAt(context.data, 2), nextId);
   if (!record) return code::kNotPresent;
   if (offset >= record->size()) return code::kOutOfRange;
   constexpr std::size_t kWholeRecord = 0xFF;
@@ -103,10 +100,10 @@ std::uint8_t Add(CommandContext& context, SdrRepository& repository) {
 std::uint8_t PartialAdd(CommandContext& context, SdrRepository& repository) {
   constexpr std::size_t kPrefix = 6;
   constexpr std::uint8_t kProgressBits = 0x0F;
-  if (!context.self.sdrReservation.Holds(WordAt(context, 0))) return code::kReservationLost;
+  if (!context.self.sdrReservation.Holds(WordAt(context.data, 0))) return code::kReservationLost;
   const std::uint8_t progress = context.data[5] & kProgressBits;
   if (progress > 1) return code::kInvalidField;
-  std::uint16_t recordId = WordAt(context, 2);
+  std::uint16_t recordId = WordAt(context.data, 2);
   const std::uint8_t result =
       repository.AddPart(recordId, context.data[4], progress == 1, context.data.subspan(kPrefix));
   if (result != code::kSuccess) return result;
@@ -116,8 +113,8 @@ std::uint8_t PartialAdd(CommandContext& context, SdrRepository& repository) {
 }
 
 std::uint8_t Delete(CommandContext& context, SdrRepository& repository) {
-  if (!context.self.sdrReservation.Holds(WordAt(context, 0))) return code::kReservationLost;
-  const std::uint16_t recordId = WordAt(context, 2);
+  if (!context.self.sdrReservation.Holds(WordAt(context.data, 0))) return code::kReservationLost;
+  const std::uint16_t recordId = WordAt(context.data, 2);
   const std::uint8_t result = repository.Delete(recordId);
   if (result != code::kSuccess) return result;
   context.self.sdrReservation.Cancel();
@@ -132,7 +129,7 @@ std::uint8_t Clear(CommandContext& context) {
   constexpr std::uint8_t kInProgress = 0;
   SdrRepository& repository = context.bmc.Sdrs();
   if (!repository.IsPresent()) return code::kInvalidCommand;
-  if (!context.self.sdrReservation.Holds(WordAt(context, 0))) return code::kReservationLost;
+  if (!context.self.sdrReservation.Holds(WordAt(context.data, 0))) return code::kReservationLost;
   constexpr std::uint8_t kSignature[] = {'C', 'L', 'R'};
   const std::uint8_t what = context.data[5];
   if (!std::equal(std::begin(kSignature), std::end(kSignature), context.data.begin() + 2) ||
@@ -151,21 +148,21 @@ std::uint8_t GetTime(CommandContext& context, SdrRepository& repository) {
 }
 
 std::uint8_t SetTime(CommandContext& context, SdrRepository& repository) {
-  repository.SetTime(WordAt(context, 0) | static_cast<std::uint32_t>(WordAt(context, 2)) << 16);
+  repository.SetTime(DwordAt(context.data, 0));
   return code::kSuccess;
 }
 
 constexpr std::uint8_t kAnyLength = 0xFF;
 
 constexpr CommandRow kRows[] = {
-    {kStorage, 0x20, 0, 0, row_flag::kBmcOnly, GetInfo},
-    {kStorage, 0x21, 0, 0, row_flag::kBmcOnly, WhenReady<GetAllocationInfo>},
-    {kStorage, 0x22, 0, 0, row_flag::kBmcOnly, Reserve},
-    {kStorage, 0x23, 6, 6, row_flag::kBmcOnly, WhenReady<GetRecord>},
-    {kStorage, 0x24, 5, kAnyLength, row_flag::kBmcOnly, WhenReady<Add>},
-    {kStorage, 0x25, 7, kAnyLength, row_flag::kBmcOnly, WhenReady<PartialAdd>},
-    {kStorage, 0x26, 4, 4, row_flag::kBmcOnly, WhenReady<Delete>},
-    {kStorage, 0x27, 6, 6, row_flag::kBmcOnly, Clear},
+    {kStorage, ipmi_command::kGetSdrRepositoryInfo, 0, 0, row_flag::kBmcOnly, GetInfo},
+    {kStorage, ipmi_command::kGetSdrAllocationInfo, 0, 0, row_flag::kBmcOnly, WhenReady<GetAllocationInfo>},
+    {kStorage, ipmi_command::kReserveSdrRepository, 0, 0, row_flag::kBmcOnly, Reserve},
+    {kStorage, ipmi_command::kGetSdr, 6, 6, row_flag::kBmcOnly, WhenReady<GetRecord>},
+    {kStorage, ipmi_command::kAddSdr, 5, kAnyLength, row_flag::kBmcOnly, WhenReady<Add>},
+    {kStorage, ipmi_command::kPartialAddSdr, 7, kAnyLength, row_flag::kBmcOnly, WhenReady<PartialAdd>},
+    {kStorage, ipmi_command::kDeleteSdr, 4, 4, row_flag::kBmcOnly, WhenReady<Delete>},
+    {kStorage, ipmi_command::kClearSdrRepository, 6, 6, row_flag::kBmcOnly, Clear},
     {kStorage, 0x28, 0, 0, row_flag::kBmcOnly, WhenReady<GetTime>},
     {kStorage, 0x29, 4, 4, row_flag::kBmcOnly, WhenReady<SetTime>},
 };

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <set>
 #include <string>
 #include <utility>
 
+#include "firmware/bytes.h"
 #include "sim/error.h"
 #include "sim/message.h"
 
@@ -17,21 +17,11 @@ constexpr std::uint16_t kFirst = 0x0000;
 constexpr std::uint16_t kLast = 0xFFFF;
 
 std::uint16_t IdOf(std::span<const std::uint8_t> record) {
-  return static_cast<std::uint16_t>(record[0] | record[1] << 8);
+  return WordAt(record, 0);
 }
 
-void CheckRecords(std::span<const std::uint8_t> bytes, const std::string& file) {
-  const std::size_t size = bytes.size();
-  std::set<std::uint16_t> ids;
-  while (!bytes.empty()) {
-    const auto record = FirstSdr(bytes);
-    const std::string place = file + ": the record at byte " + std::to_string(size - bytes.size());
-    if (record.size() < kHeaderSize || record.size() != kHeaderSize + record[4])
-      throw BoardError(place + " goes past the end of the file");
-    if (!ids.insert(IdOf(record)).second)
-      throw BoardError(place + " has record ID " + std::to_string(IdOf(record)) + ", as one before it has");
-    bytes = bytes.subspan(record.size());
-  }
+bool IsWhole(std::span<const std::uint8_t> record) {
+  return record.size() >= kHeaderSize && record.size() == kHeaderSize + record[4];
 }
 
 }  // namespace
@@ -48,58 +38,73 @@ SdrRepository::SdrRepository(const SdrConfig& config, ImageStore& images, const 
     // A board whose file is nowhere named begins with an empty repository.
     const std::filesystem::path path = images.Folder() / config.file;
     if (!config.isFileNamed && !std::filesystem::exists(path)) ReplaceFile(path, {});
-    image_ = &images.Open(config.file);
-    CheckRecords(image_->Content(), config.file);
+    image_ = &images.Open(config.file, ImageUse::Sdrs);
+    Index();
   } catch (const BoardError& error) {
     throw BoardError(std::string("bmc.sdrs.file: ") + error.what());
   }
 }
 
-std::size_t SdrRepository::Count() const {
-  std::size_t count = 0;
-  for (auto bytes = image_->Content(); !FirstSdr(bytes).empty();
-       bytes = bytes.subspan(FirstSdr(bytes).size()))
-    ++count;
-  return count;
+void SdrRepository::Note(std::size_t offset, std::uint16_t id) {
+  records_.push_back({offset, id});
+  if (id >= numbers_.size()) numbers_.resize(id + std::size_t{1});
+  numbers_[id] = records_.size();
+  while (lowestFree_ != kLast && IsTaken(lowestFree_)) ++lowestFree_;
+}
+
+void SdrRepository::Index() {
+  records_.clear();
+  numbers_.clear();
+  lowestFree_ = 1;
+  const auto place = [this](std::size_t offset) {
+    return config_.file + ": the record at byte " + std::to_string(offset);
+  };
+  for (std::size_t offset = 0; offset < image_->Size(); offset += RecordAt(offset).size()) {
+    const auto record = RecordAt(offset);
+    if (!IsWhole(record) && image_->WasCutShort()) {
+      // The program was killed while it added this one, which nobody was told of.
+      const auto whole = image_->Content().first(offset);
+      return image_->Replace({whole.begin(), whole.end()});
+    }
+    if (!IsWhole(record)) throw BoardError(place(offset) + " goes past the end of the file");
+    const std::uint16_t id = IdOf(record);
+    if (IsTaken(id))
+      throw BoardError(place(offset) + " has record ID " + std::to_string(id) + ", as one before it has");
+    Note(offset, id);
+  }
 }
 
 std::size_t SdrRepository::FreeBytes() const {
   return config_.capacity - std::min<std::size_t>(config_.capacity, image_->Size());
 }
 
-std::optional<std::span<const std::uint8_t>> SdrRepository::Find(std::uint16_t recordId,
-                                                                 std::uint16_t& nextId) const {
-  auto bytes = image_->Content();
-  while (!FirstSdr(bytes).empty()) {
-    const auto record = FirstSdr(bytes);
-    bytes = bytes.subspan(record.size());
-    const bool isEnd = FirstSdr(bytes).empty();
-    if (recordId != kFirst && recordId != IdOf(record) && !(recordId == kLast && isEnd)) continue;
-    nextId = isEnd ? config_.endId : IdOf(bytes);
-    return record;
-  }
-  return std::nullopt;
+bool SdrRepository::HasRoomFor(std::size_t size) const {
+  return size <= FreeBytes() && lowestFree_ != kLast;
 }
 
-std::uint16_t SdrRepository::FreeId() const {
-  std::set<std::uint16_t> taken{kFirst, kLast};
-  for (auto bytes = image_->Content(); !FirstSdr(bytes).empty();
-       bytes = bytes.subspan(FirstSdr(bytes).size()))
-    taken.insert(IdOf(bytes));
-  std::uint16_t id = 1;
-  while (taken.contains(id)) ++id;
-  return id;
+std::size_t SdrRepository::NumberOf(std::uint16_t recordId) const {
+  if (recordId == kFirst) return 0;
+  if (IsTaken(recordId)) return numbers_[recordId] - 1;
+  return recordId == kLast && Count() != 0 ? Count() - 1 : Count();
+}
+
+std::optional<std::span<const std::uint8_t>> SdrRepository::Find(std::uint16_t recordId,
+                                                                 std::uint16_t& nextId) const {
+  const std::size_t number = NumberOf(recordId);
+  if (number >= Count()) return std::nullopt;
+  nextId = number + 1 == Count() ? config_.endId : records_[number + 1].id;
+  return RecordAt(records_[number].offset);
 }
 
 std::uint8_t SdrRepository::Add(Bytes record, std::uint16_t& recordId) {
-  if (record.size() < kHeaderSize || record.size() != kHeaderSize + record[4]) return code::kRecordLength;
+  if (!IsWhole(record)) return code::kRecordLength;
   if (!HasRoomFor(record.size())) return code::kOutOfSpace;
   recordId = FreeId();
   record[0] = static_cast<std::uint8_t>(recordId);
   record[1] = static_cast<std::uint8_t>(recordId >> 8);
-  Bytes content(image_->Content().begin(), image_->Content().end());
-  content.insert(content.end(), record.begin(), record.end());
-  image_->Replace(std::move(content));
+  const std::size_t offset = image_->Size();
+  image_->Append(record);
+  Note(offset, recordId);
   lastAddition_ = Time();
   return code::kSuccess;
 }
@@ -134,6 +139,7 @@ std::uint8_t SdrRepository::Delete(std::uint16_t recordId) {
   content.erase(content.begin() + offset,
                 content.begin() + offset + static_cast<std::ptrdiff_t>(record->size()));
   image_->Replace(std::move(content));
+  Index();
   lastErase_ = Time();
   return code::kSuccess;
 }
@@ -141,6 +147,7 @@ std::uint8_t SdrRepository::Delete(std::uint16_t recordId) {
 void SdrRepository::StartErase() {
   DropPart();
   image_->Replace({});
+  Index();
   erasedAt_ = clock_.Elapsed() + std::uint64_t{config_.eraseMilliseconds} * 1000;
   lastErase_ = Time();
 }

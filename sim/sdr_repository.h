@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "sim/board_config.h"
 #include "sim/clock.h"
@@ -24,7 +25,7 @@ class SdrRepository {
   bool IsPresent() const { return image_ != nullptr; }
   const SdrConfig& Config() const { return config_; }
 
-  std::size_t Count() const;
+  std::size_t Count() const { return records_.size(); }
   std::size_t FreeBytes() const;
   /// The record with this ID (0000h: the first, FFFFh: the last) and the ID behind it; nothing when there is
   /// none.
@@ -54,14 +55,31 @@ class SdrRepository {
     std::uint16_t recordId;
     Bytes bytes;
   };
+  struct Place {
+    std::size_t offset;  ///< in the image
+    std::uint16_t id;
+  };
 
+  /// Notes where each record stands. Throws BoardError when the image does not hold whole records.
+  void Index();
+  void Note(std::size_t offset, std::uint16_t id);
+  std::span<const std::uint8_t> RecordAt(std::size_t offset) const {
+    return FirstSdr(image_->Content().subspan(offset));
+  }
+  /// Which record has this ID, by its number; Count() when there is none.
+  std::size_t NumberOf(std::uint16_t recordId) const;
+  bool IsTaken(std::uint32_t id) const { return id < numbers_.size() && numbers_[id] != 0; }
   std::uint8_t AddPartTo(Part& part, std::size_t offset, bool isLast, std::span<const std::uint8_t> bytes);
-  std::uint16_t FreeId() const;
-  bool HasRoomFor(std::size_t size) const { return size <= FreeBytes(); }
+  std::uint16_t FreeId() const { return static_cast<std::uint16_t>(lowestFree_); }
+  bool HasRoomFor(std::size_t size) const;
   std::uint32_t ClockSeconds() const;
 
   SdrConfig config_;
   Image* image_ = nullptr;
+  // A request must cost as much in a large repository as in a small one.
+  std::vector<Place> records_;
+  std::vector<std::size_t> numbers_;  // of records, by their IDs and counted from 1; 0: no record has the ID
+  std::uint32_t lowestFree_ = 1;      // of the IDs; FFFFh when none is left
   const VirtualClock& clock_;
   std::optional<Part> part_;
   std::uint64_t erasedAt_ = 0;

@@ -14,7 +14,7 @@ std::uint8_t GetSensorReading(CommandContext& context) {
 }
 
 constexpr CommandRow kRows[] = {
-    {net_function::kSensorEvent, 0x2D, 1, 1, row_flag::kBmcOnly, GetSensorReading},
+    {net_function::kSensorEvent, ipmi_command::kGetSensorReading, 1, 1, row_flag::kBmcOnly, GetSensorReading},
 };
 
 }  // namespace

@@ -1,6 +1,11 @@
 #include "sim/traffic_log.h"
 
+#include <fcntl.h>
+
 #include <cstdio>
+
+#include "sim/error.h"
+#include "sim/files.h"
 
 namespace varnok::sim {
 namespace {
@@ -29,31 +34,38 @@ std::string Command(unsigned netFunction, unsigned lun, unsigned command) {
 }  // namespace
 
 bool TrafficLog::Open(const std::string& path) {
-  file_.close();
-  file_.clear();
-  file_.open(path, std::ios::binary | std::ios::trunc);
-  return file_.is_open();
+  path_ = path;
+  file_ = Descriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+  return file_.IsOpen();
 }
 
 void TrafficLog::Line(std::string text, std::string_view remark) {
-  if (!file_.is_open()) return;
+  if (!file_.IsOpen()) return;
   char time[32];
   const std::uint64_t now = clock_.Elapsed();
-  std::snprintf(time, sizeof time, "%06llu.%06llu ", static_cast<unsigned long long>(now / 1'000'000),
-                static_cast<unsigned long long>(now % 1'000'000));
-  if (!remark.empty()) text += " # " + std::string(remark);
-  file_ << time << text << '\n' << std::flush;
+  const int length =
+      std::snprintf(time, sizeof time, "%06llu.%06llu ", static_cast<unsigned long long>(now / 1'000'000),
+                    static_cast<unsigned long long>(now % 1'000'000));
+  text.insert(0, time, static_cast<std::size_t>(length));
+  if (!remark.empty()) text += " # " + Printable(remark);
+  text += '\n';
+  try {
+    WriteAll(file_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, path_);
+  } catch (const BoardError& error) {
+    std::fprintf(stderr, "varnok: %s; the traffic log ends here\n", Printable(error.what()).c_str());
+    file_.Close();
+  }
 }
 
 void TrafficLog::Asked(const Controller& controller, const Request& request) {
-  if (!file_.is_open()) return;
+  if (!file_.IsOpen()) return;
   std::string text = Place(controller, '>') + Command(request.netFunction, request.lun, request.command);
   AppendBytes(text, request.data);
   Line(std::move(text));
 }
 
 void TrafficLog::Answered(const Controller& controller, const Response& response, std::string_view remark) {
-  if (!file_.is_open()) return;
+  if (!file_.IsOpen()) return;
   std::string text = Place(controller, '<') + Command(response.netFunction, response.lun, response.command) +
                      " cc=" + Hex(response.completionCode);
   AppendBytes(text, response.data);
@@ -62,13 +74,14 @@ void TrafficLog::Answered(const Controller& controller, const Response& response
 
 void TrafficLog::Unanswered(const Controller& controller, const Request& request, std::string_view word,
                             std::string_view remark) {
+  if (!file_.IsOpen()) return;
   Line(Place(controller, '<') + Command(request.netFunction + 1u, request.lun, request.command) + " " +
            std::string(word),
        remark);
 }
 
 void TrafficLog::Event(std::string_view text) {
-  Line("! " + std::string(text));
+  if (file_.IsOpen()) Line("! " + Printable(text));
 }
 
 }  // namespace varnok::sim

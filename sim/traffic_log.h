@@ -2,12 +2,12 @@
 // docs/board.md describes the format.
 #pragma once
 
-#include <fstream>
 #include <string>
 #include <string_view>
 
 #include "sim/clock.h"
 #include "sim/controller.h"
+#include "sim/descriptor.h"
 #include "sim/message.h"
 
 namespace varnok::sim {
@@ -28,10 +28,12 @@ class TrafficLog {
   void Event(std::string_view text);
 
  private:
+  /// Writes one line. A log that cannot be written any more ends, and says so on standard error.
   void Line(std::string text, std::string_view remark = {});
 
   const VirtualClock& clock_;
-  std::ofstream file_;
+  std::string path_;
+  Descriptor file_;
 };
 
 }  // namespace varnok::sim

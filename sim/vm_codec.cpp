@@ -50,7 +50,7 @@ std::optional<VmInput> VmDecoder::Push(std::uint8_t byte) {
 
 std::optional<VmInput> VmDecoder::TakeMessage() {
   constexpr std::size_t kShortest = 4;
-  if (bytes_.size() < kShortest || IpmbChecksum(bytes_) != 0) return {};
+  if (bytes_.size() < kShortest || IpmiChecksum(bytes_) != 0) return {};
   return VmRequest{bytes_[0],
                    {static_cast<std::uint8_t>(bytes_[1] >> 2),
                     static_cast<std::uint8_t>(bytes_[1] & 3),
@@ -68,7 +68,7 @@ std::vector<std::uint8_t> EncodeVmResponse(std::uint8_t sequence, const Response
                                   static_cast<std::uint8_t>(response.netFunction << 2 | (response.lun & 3)),
                                   response.command, response.completionCode};
   bytes.insert(bytes.end(), response.data.begin(), response.data.end());
-  bytes.push_back(IpmbChecksum(bytes));
+  bytes.push_back(IpmiChecksum(bytes));
   return Frame(bytes, kMessageEnd);
 }
 

@@ -72,11 +72,6 @@ void PutHexRows(TextSink& sink, std::span<const std::uint8_t> bytes) {
   }
 }
 
-std::u16string WithoutControls(std::u16string text) {
-  std::replace_if(text.begin(), text.end(), [](char16_t character) { return !IsHarmless(character); }, u'?');
-  return text;
-}
-
 }  // namespace
 
 void PrintText(std::u16string_view text) {

@@ -1,4 +1,5 @@
-// Console services: printed text, progress, keys, hex dumps and the paging prompt. Showing text takes no memory.
+// Console services: printed text, progress, keys, hex dumps and the paging prompt. Showing text takes no
+// memory.
 #pragma once
 
 #include <cstddef>
@@ -26,8 +27,8 @@ void Print(const char* format, const Arguments&... arguments) {
   PrintWith(format, list.data(), list.size());
 }
 
-/// Formats and shows one line on the error output, with the program's name in front: what the operator must know and
-/// the console's own texts do not say. Control characters show as '?'.
+/// Formats and shows one line on the error output, with the program's name in front: what the operator must
+/// know and the console's own texts do not say. Control characters show as '?'.
 void WarnWith(const char* format, const FormatArgument* arguments, std::size_t count);
 template <class... Arguments>
 void Warn(const char* format, const Arguments&... arguments) {

@@ -44,7 +44,8 @@ void Checker::Check(const std::string& file) {
     ReadFile(file, bytes, error);
   files_.push_back(file);
   if (!error.empty()) {
-    findings_.push_back({Severity::Error, "file", file, 0, error, "Name a FRU file, an SDR file or a script."});
+    findings_.push_back(
+        {Severity::Error, "file", file, 0, error, "Name a FRU file, an SDR file or a script."});
     return;
   }
   const std::string text(bytes.begin(), bytes.end());

@@ -1,5 +1,6 @@
-// What can be known of a package's files before a board sees it. Each file goes through the program's own reader; what
-// that refuses, and what it takes but a board will not, is a finding with file, line and what to do.
+// What can be known of a package's files before a board sees it. Each file goes through the program's own
+// reader; what that refuses, and what it takes but a board will not, is a finding with file, line and what to
+// do.
 #pragma once
 
 #include <cstddef>

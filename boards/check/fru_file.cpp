@@ -44,9 +44,11 @@ constexpr Place kPlaces[] = {
     {"Multi Record Area", "_SEE_MULTIREC"},
 };
 /// The blocks in the order of the header's offsets, as kFruAreas.
-constexpr const char* kBlockKeys[] = {"_SEE_INTERNAL", "_SEE_CHASSIS", "_SEE_BOARD", "_SEE_PRODUCT", "_SEE_MULTIREC"};
-constexpr FruAreaId kBlockAreas[] = {FruAreaId::InternalUseArea, FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea,
-                                     FruAreaId::ProductInfoArea, FruAreaId::MultiRecordArea};
+constexpr const char* kBlockKeys[] = {"_SEE_INTERNAL", "_SEE_CHASSIS", "_SEE_BOARD", "_SEE_PRODUCT",
+                                      "_SEE_MULTIREC"};
+constexpr FruAreaId kBlockAreas[] = {FruAreaId::InternalUseArea, FruAreaId::ChassisInfoArea,
+                                     FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea,
+                                     FruAreaId::MultiRecordArea};
 
 class FruFileCheck {
  public:
@@ -63,7 +65,8 @@ class FruFileCheck {
     if (board_ == nullptr) return;
     const std::size_t key = text_.LineOf("_DEV_ID");
     CheckDevice(fru_->Address(), end_, *board_,
-                {Severity::Error, "fru-device", file_, key != 0 ? key : text_.LineOf("_FRU"), {}, {}}, findings_);
+                {Severity::Error, "fru-device", file_, key != 0 ? key : text_.LineOf("_FRU"), {}, {}},
+                findings_);
   }
 
  private:
@@ -82,15 +85,18 @@ class FruFileCheck {
 
   void ReportRefusal() {
     const std::string message = MessageOfReader();
-    const auto place = std::find_if(std::begin(kPlaces), std::end(kPlaces),
-                                    [&](const Place& row) { return message.find(row.name) != std::string::npos; });
+    const auto place = std::find_if(std::begin(kPlaces), std::end(kPlaces), [&](const Place& row) {
+      return message.find(row.name) != std::string::npos;
+    });
     std::size_t line = place != std::end(kPlaces) ? text_.LineOf(place->key) : 0;
     if (line == 0) line = text_.LineCount();
     const bool isCharacter = message.find("unexpected character") != std::string::npos;
     if (isCharacter) line = LineOfBadCharacter(line);
-    Report(Severity::Error, "fru-refused", line, message,
-           isCharacter ? "Write two hexadecimal digits a byte, or text between two single quotes on a line of its own."
-                       : "Correct this line; the program reads nothing behind it and writes nothing.");
+    Report(
+        Severity::Error, "fru-refused", line, message,
+        isCharacter
+            ? "Write two hexadecimal digits a byte, or text between two single quotes on a line of its own."
+            : "Correct this line; the program reads nothing behind it and writes nothing.");
     if (const std::size_t row = BlockAt(line); row < std::size(kBlockKeys)) ExplainBlock(row, line);
     if (place != std::end(kPlaces) && std::string_view(place->key) == "_SEE_COMMON") ExplainHeader(line);
   }
@@ -106,7 +112,8 @@ class FruFileCheck {
 
   std::span<const std::uint8_t> BytesOfBlock(const char* key, std::size_t line) {
     std::span<const std::uint8_t> bytes;
-    return CFru::ParseArea(key, text_.Lines(), line - 1, bytes) == kSuccess ? bytes : std::span<const std::uint8_t>();
+    return CFru::ParseArea(key, text_.Lines(), line - 1, bytes) == kSuccess ? bytes
+                                                                            : std::span<const std::uint8_t>();
   }
 
   /// What the standard says of a block that the program could not parse.
@@ -121,9 +128,11 @@ class FruFileCheck {
     const bool hasLength = row != kInternalUseRow && row != kMultiRecordRow && bytes.size() > 1;
     const std::size_t promised = hasLength ? bytes[1] * kFruUnit : bytes.size();
     if (bytes.size() != promised)
-      Report(Severity::Error, "fru-length", line,
-             "the length byte says " + Plural(promised, "byte") + ", the block gives " + Plural(bytes.size(), "byte"),
-             "End the block with C1 and leave at least one byte more, or give the whole area with padding and checksum.");
+      Report(
+          Severity::Error, "fru-length", line,
+          "the length byte says " + Plural(promised, "byte") + ", the block gives " +
+              Plural(bytes.size(), "byte"),
+          "End the block with C1 and leave at least one byte more, or give the whole area with padding and checksum.");
     for (const Problem& problem : DecodeFru(image).problems)
       Report(Severity::Error, "fru-area", line,
              "byte " + std::to_string(problem.offset - std::min(problem.offset, kFruHeaderLength)) +
@@ -134,7 +143,8 @@ class FruFileCheck {
   void ExplainHeader(std::size_t line) {
     const std::span<const std::uint8_t> bytes = BytesOfBlock("_SEE_COMMON", line);
     if (bytes.size() < kFruHeaderLength) {
-      Report(Severity::Error, "fru-header", line, "the common header has " + Plural(bytes.size(), "byte") + " of 8",
+      Report(Severity::Error, "fru-header", line,
+             "the common header has " + Plural(bytes.size(), "byte") + " of 8",
              "Give version, five offsets, a zero and the checksum.");
       return;
     }
@@ -147,6 +157,7 @@ class FruFileCheck {
 
   void ReportWarnings() {
     const std::string& warning = machine_.Warnings();
+    if (warning.find("ends after") == std::string::npos) return;
     std::size_t line = 0;
     for (const Place& row : kPlaces)
       if (warning.find(row.name) != std::string::npos) line = text_.LineOf(row.key);
@@ -165,7 +176,8 @@ class FruFileCheck {
     end_ = kFruHeaderLength;
     const std::size_t line = text_.LineOf("_SEE_COMMON");
     if (fru_->Header().GetData()[0] != 1)
-      Report(Severity::Error, "fru-header", line, "the header's format version is not 01", "Begin the header with 01.");
+      Report(Severity::Error, "fru-header", line, "the header's format version is not 01",
+             "Begin the header with 01.");
     for (std::size_t row = 0; row < std::size(kBlockKeys); ++row) {
       const std::size_t offset = fru_->Header().GetData()[1 + row] * kFruUnit;
       if (offset == 0) continue;
@@ -173,10 +185,10 @@ class FruFileCheck {
       const std::string name = kFruAreas[row].title;
       if (end_ % kFruUnit == 0 && offset != end_)
         Report(Severity::Error, "fru-offset", line,
-               "the header puts the " + name + " at byte " + std::to_string(offset) + ", it is written at byte " +
-                   std::to_string(end_),
-               "Write " + Hex(static_cast<std::uint32_t>(end_ / kFruUnit)) + " as byte " + std::to_string(1 + row) +
-                   " of the header and correct its checksum.");
+               "the header puts the " + name + " at byte " + std::to_string(offset) +
+                   ", it is written at byte " + std::to_string(end_),
+               "Write " + Hex(static_cast<std::uint32_t>(end_ / kFruUnit)) + " as byte " +
+                   std::to_string(1 + row) + " of the header and correct its checksum.");
       if (length % kFruUnit != 0 && row != kMultiRecordRow)
         Report(Severity::Error, "fru-unit", text_.LineOf(kBlockKeys[row]),
                "the " + name + " has " + Plural(length, "byte") + ", no whole units of 8",
@@ -194,8 +206,8 @@ class FruFileCheck {
       const std::string name = "multi-record " + std::to_string(++number);
       if (!CFru::IsValid(record))
         Report(Severity::Error, "fru-checksum", line,
-               name + ": a checksum is wrong; the data need " + Hex(IpmiChecksum(record.Data())) + ", the header then " +
-                   Hex(HeaderChecksumOf(record)),
+               name + ": a checksum is wrong; the data need " + Hex(IpmiChecksum(record.Data())) +
+                   ", the header then " + Hex(HeaderChecksumOf(record)),
                "Correct bytes 3 and 4 of the record's header: the device fails its verification.");
       if (hasEnd)
         Report(Severity::Error, "fru-records", line, name + " stands behind the record that ends the list",
@@ -231,7 +243,8 @@ class FruFileCheck {
     if (std::sscanf(content.c_str(), "_DATA_LEN %x", &said) == 1 && said != end_)
       Report(Severity::Warning, "fru-data-length", line,
              "_DATA_LEN says " + Plural(said, "byte") + ", the areas have " + std::to_string(end_),
-             "Write " + Hex(static_cast<std::uint32_t>(end_), 4).substr(0, 4) + ": people read it, nothing depends on it.");
+             "Write " + Hex(static_cast<std::uint32_t>(end_), 4).substr(0, 4) +
+                 ": people read it, nothing depends on it.");
   }
 
   const std::string& file_;
@@ -273,7 +286,8 @@ void CheckDevice(const FruDeviceAddress& address, std::size_t needed, const Boar
   } else if (device->bytes.size() < needed) {
     place.text = "device " + name + " has " + Plural(device->bytes.size(), "byte") + ", the file writes " +
                  std::to_string(needed);
-    place.advice = "Shorten the areas: the write that goes past the device's end fails, what comes before is written.";
+    place.advice =
+        "Shorten the areas: the write that goes past the device's end fails, what comes before is written.";
   } else if (device->isReadOnly && needed != 0) {
     place.text = "device " + name + " is write-protected";
     place.advice = "Choose another device, or lift its protection.";

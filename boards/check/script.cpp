@@ -43,7 +43,6 @@ class ScriptCheck : public ScriptVisitor {
       : file_(file), folder_(std::filesystem::path(file).parent_path()), board_(board), findings_(findings) {}
 
   ScriptUse Run() {
-    DeskMachine machine;
     CCfgParser parser;
     const std::u16string path = host::FromUtf8(file_);
     if (parser.ParseFile(path.c_str(), nullptr) != kSuccess) {
@@ -63,7 +62,8 @@ class ScriptCheck : public ScriptVisitor {
     if (!isElse && roads_.back().isBranchPending) EndBranchPair(false);
     if (!isElse && roads_.back().hasEnded && !roads_.back().isReported) {
       roads_.back().isReported = true;
-      Report(Severity::Warning, "script-unreachable", line_, "no road reaches this line: every one before it ends",
+      Report(Severity::Warning, "script-unreachable", line_,
+             "no road reaches this line: every one before it ends",
              "Move it in front of the ERRORLEVEL, or take it out.");
     }
     Take(command);
@@ -120,7 +120,7 @@ class ScriptCheck : public ScriptVisitor {
  private:
   /// The commands of one body, in their order.
   struct Road {
-    bool hasEnded = false;         ///< no command behind this place runs
+    bool hasEnded = false;  ///< no command behind this place runs
     bool isReported = false;
     bool isBranchPending = false;  ///< an IFSET's body has been left, an ELSE may follow
     bool hasFirstEnded = false;    ///< every road through that body ends
@@ -149,7 +149,8 @@ class ScriptCheck : public ScriptVisitor {
       text.erase(0, std::min(text.size(), text.find_first_not_of(": ")));
     }
     if (text.empty()) text = line == 0 ? "the script cannot be read" : "the line is not complete";
-    Report(Severity::Error, "script-refused", line, text, "The program refuses the whole script and touches nothing.");
+    Report(Severity::Error, "script-refused", line, text,
+           "The program refuses the whole script and touches nothing.");
   }
 
   void Take(const CCfgCommand& command) {
@@ -162,14 +163,16 @@ class ScriptCheck : public ScriptVisitor {
     if (keyword_ == "FRUADDRESS") CheckAddress(static_cast<const CCfgFruAddress&>(command));
     if (keyword_ == "FRUAREA" && !words.empty()) TakeArea(words);
     if (keyword_ == "FRUFIELD" && !words.empty()) CheckField(words);
-    if (keyword_ == "PROBE" && words.size() > 1 && Capitals(words[0]) == "FRUFIELD") CheckProbedField(words[1]);
+    if (keyword_ == "PROBE" && words.size() > 1 && Capitals(words[0]) == "FRUFIELD")
+      CheckProbedField(words[1]);
   }
 
   void CheckGuard() {
     if (hasProbed_ || hasAsked_ || isGuardReported_) return;
     isGuardReported_ = true;
-    Report(Severity::Warning, "script-guard", line_, keyword_ + " comes before any PROBE or question",
-           "Probe first that the board is the one that the package is made for: the script runs on any board.");
+    Report(
+        Severity::Warning, "script-guard", line_, keyword_ + " comes before any PROBE or question",
+        "Probe first that the board is the one that the package is made for: the script runs on any board.");
   }
 
   // --- FRU blocks ---
@@ -193,7 +196,8 @@ class ScriptCheck : public ScriptVisitor {
   void CheckAddress(const CCfgFruAddress& command) {
     if (!use_.files.empty()) use_.files.back().hasOtherAddress = true;
     if (board_ == nullptr) return;
-    CheckDevice(command.GetAddress(), 0, *board_, {Severity::Error, "fru-device", file_, line_, {}, {}}, findings_);
+    CheckDevice(command.GetAddress(), 0, *board_, {Severity::Error, "fru-device", file_, line_, {}, {}},
+                findings_);
   }
 
   void TakeArea(const std::vector<std::string>& words) {
@@ -202,14 +206,16 @@ class ScriptCheck : public ScriptVisitor {
       if (Capitals(words[0]) == Capitals(row.keyword)) area_ = &row;
     if (area_ == nullptr || fru_ == nullptr) return;
     if (!fru_->HasArea(area_->area)) {
-      Report(Severity::Error, "script-area", line_, "the FRU file has no " + std::string(area_->keyword) + " area",
+      Report(Severity::Error, "script-area", line_,
+             "the FRU file has no " + std::string(area_->keyword) + " area",
              "Take the line out, or give the file the area.");
       return;
     }
     if (area_->area != FruAreaId::MultiRecordArea || words.size() < 2) return;
     std::size_t number = 0;
     std::from_chars(words[1].data(), words[1].data() + words[1].size(), number);
-    const auto count = static_cast<std::size_t>(std::distance(fru_->MultiRecords().begin(), fru_->MultiRecords().end()));
+    const auto count =
+        static_cast<std::size_t>(std::distance(fru_->MultiRecords().begin(), fru_->MultiRecords().end()));
     if (number > count)
       Report(Severity::Error, "script-area", line_, "the FRU file has " + Plural(count, "multi-record"),
              "Name one that it has.");
@@ -246,21 +252,25 @@ class ScriptCheck : public ScriptVisitor {
     if (!id || field == fru_field::kChassisType || field == fru_field::kMfgDate) return;
     std::span<const std::uint8_t> old;
     if (!info.GetFieldData(info.GetFieldIndexFromEnum(*id), old)) return;
-    const std::ptrdiff_t room = static_cast<std::ptrdiff_t>(old.size()) + std::max<std::ptrdiff_t>(0, info.GetPadLength());
+    const std::ptrdiff_t room =
+        static_cast<std::ptrdiff_t>(old.size()) + std::max<std::ptrdiff_t>(0, info.GetPadLength());
     if (static_cast<std::ptrdiff_t>(length) > room)
       Report(Severity::Warning, "script-room", line_,
-             "the value has " + Plural(length, "byte") + ", the area of the FRU file has room for " + std::to_string(room),
+             "the value has " + Plural(length, "byte") + ", the area of the FRU file has room for " +
+                 std::to_string(room),
              "Leave more padding in the file's area, or give FRUAREA a size.");
   }
 
   void CheckProbedField(const std::string& keyword) {
     if (area_ == nullptr)
-      return Report(Severity::Error, "script-field", line_, "no FRUAREA stands before the probe of a FRU field",
+      return Report(Severity::Error, "script-field", line_,
+                    "no FRUAREA stands before the probe of a FRU field",
                     "Put FRUNAME and FRUAREA in front of it.");
     const std::uint32_t field = FindFruField(keyword);
     if (field != fru_field::kNone && (area_->fieldMask & kFruFields[field].bit) == 0)
       Report(Severity::Error, "script-field", line_,
-             "the " + std::string(area_->keyword) + " area has no field " + keyword, "Ask for a field that it has.");
+             "the " + std::string(area_->keyword) + " area has no field " + keyword,
+             "Ask for a field that it has.");
   }
 
   // --- Files and tags ---
@@ -276,11 +286,12 @@ class ScriptCheck : public ScriptVisitor {
     std::error_code error;
     if (std::filesystem::is_regular_file(path, error)) return true;
     std::string advice = "Put it beside the script.";
-    for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(path).parent_path().empty()
-                                                                     ? std::filesystem::path(".")
-                                                                     : std::filesystem::path(path).parent_path(),
-                                                                 error))
-      if (Capitals(entry.path().filename().string()) == Capitals(std::filesystem::path(path).filename().string()))
+    for (const auto& entry : std::filesystem::directory_iterator(
+             std::filesystem::path(path).parent_path().empty() ? std::filesystem::path(".")
+                                                               : std::filesystem::path(path).parent_path(),
+             error))
+      if (Capitals(entry.path().filename().string()) ==
+          Capitals(std::filesystem::path(path).filename().string()))
         advice = "Write " + entry.path().filename().string() + ": the letters' case counts on Linux.";
     Report(Severity::Error, "script-file", line, "there is no file " + path, advice);
     return false;
@@ -303,20 +314,23 @@ class ScriptCheck : public ScriptVisitor {
     for (const auto& [tag, lines] : tests_) {
       const auto set = sets_.find(tag);
       if (set == sets_.end())
-        Report(Severity::Warning, "script-tag", lines.front(), "the tag " + tag + " is tested and never set: the block never runs",
+        Report(Severity::Warning, "script-tag", lines.front(),
+               "the tag " + tag + " is tested and never set: the block never runs",
                "Set the tag, or correct its name.");
       else if (*std::min_element(set->second.begin(), set->second.end()) > lines.front())
         Report(Severity::Warning, "script-tag", lines.front(),
-               "the tag " + tag + " is set behind this test alone, on line " + std::to_string(set->second.front()) +
-                   ": the block never runs",
+               "the tag " + tag + " is set behind this test alone, on line " +
+                   std::to_string(set->second.front()) + ": the block never runs",
                "Move the test behind what sets the tag.");
     }
     for (const auto& [tag, lines] : sets_)
       if (!tests_.contains(tag) && !recordTags.contains(tag))
-        Report(Severity::Warning, "script-tag", lines.front(), "the tag " + tag + " is set and nothing asks for it",
+        Report(Severity::Warning, "script-tag", lines.front(),
+               "the tag " + tag + " is set and nothing asks for it",
                "Test it, name it in the SDR file, or take it out.");
   }
 
+  DeskMachine machine_;  // first: what the readers keep is its memory
   const std::string& file_;
   std::filesystem::path folder_;
   const Board* board_;

@@ -20,13 +20,15 @@ namespace {
 std::size_t LineAt(const std::string& text, std::size_t position) {
   position = std::min(position, text.size());
   if (position > 0) --position;
-  return 1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(position), '\n'));
+  return 1 + static_cast<std::size_t>(
+                 std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(position), '\n'));
 }
 
 template <class Text>
 std::string Capitals(const Text& text) {
   std::string capitals;
-  for (auto character : text) capitals += static_cast<char>(character >= 'a' && character <= 'z' ? character - 32 : character);
+  for (auto character : text)
+    capitals += static_cast<char>(character >= 'a' && character <= 'z' ? character - 32 : character);
   return capitals;
 }
 
@@ -43,8 +45,13 @@ class SdrFileCheck {
     SdrFileLines lines(source);
     if (Status status = SdrReadFile::ReadSdrRecordsFromFile(lines, lists); status != kSuccess) {
       std::string message = MessageLine(TheSdr().lastError.data());
-      if (!message.starts_with("Invalid file")) message = "a record cannot be read, or the block of records has no end";
-      Report(Severity::Error, "sdr-refused", LineAt(raw_, lines.Position()), message,
+      if (!message.starts_with("Invalid file"))
+        message = "a record cannot be read, or the block of records has no end";
+      std::size_t line = LineAt(raw_, lines.Position());
+      // For a type that it does not know the reader goes back to where it began to look for one.
+      if (message.find("Unsupported record type") != std::string::npos)
+        line = text_.LineOf("_SDR_TYPE", 0, line + 1);
+      Report(Severity::Error, "sdr-refused", line, message,
              "Correct the file here: the program refuses all of it and touches nothing.");
       return;
     }
@@ -84,14 +91,15 @@ class SdrFileCheck {
     bytes_ += record.size();
     untagged_ += object.Tags().empty() ? 1 : 0;
     for (const Problem& problem : DecodeSdr(record).problems)
-      Report(Severity::Warning, "sdr-record", line, "byte " + std::to_string(problem.offset) + ": " + problem.text,
+      Report(Severity::Warning, "sdr-record", line,
+             "byte " + std::to_string(problem.offset) + ": " + problem.text,
              "Compare the record with IPMI v2.0, chapter 43.");
     CheckTags(object, line, head);
     const auto [found, isNew] = byKey_.try_emplace(head.key + TagText(object), Seen{line, record});
     if (!isNew && head.type != 0xC0)
       Report(Severity::Warning, "sdr-duplicate", line,
-             "the record has the key of the one on line " + std::to_string(found->second.line) + ": " + head.typeName +
-                 " '" + head.name + "'",
+             "the record has the key of the one on line " + std::to_string(found->second.line) + ": " +
+                 head.typeName + " '" + head.name + "'",
              "Give it a key of its own, or take one of the two out: the BMC keeps both.");
   }
 
@@ -100,7 +108,8 @@ class SdrFileCheck {
     for (const auto& tag : object.Tags())
       if (tags_->contains(Capitals(tag))) return;
     Report(Severity::Warning, "sdr-tag", line,
-           "the script sets none of the record's tags: " + head.typeName + " '" + head.name + "' is never written",
+           "the script sets none of the record's tags: " + head.typeName + " '" + head.name +
+               "' is never written",
            "Set the tag in the script, or take the tag or the record out.");
   }
 
@@ -114,15 +123,18 @@ class SdrFileCheck {
   void CheckAll() {
     const std::size_t line = std::max<std::size_t>(1, text_.LineOf("_SDR ("));
     if (count_ == 0)
-      Report(Severity::Warning, "sdr-empty", line, "the file holds no record; programming it empties the repository",
+      Report(Severity::Warning, "sdr-empty", line,
+             "the file holds no record; programming it empties the repository",
              "Put records between \"_SDR (\" and \")\".");
     else if (untagged_ == 0 && tags_ == nullptr)
-      Report(Severity::Warning, "sdr-tags", line,
-             "every record has a tag: /sdr empties the repository, and so does a script that sets none of them",
-             "Leave the tags of the records out that every board needs.");
+      Report(
+          Severity::Warning, "sdr-tags", line,
+          "every record has a tag: /sdr empties the repository, and so does a script that sets none of them",
+          "Leave the tags of the records out that every board needs.");
     if (board_ == nullptr) return;
     if (!board_->hasRepository)
-      Report(Severity::Error, "sdr-device", line, "the board has no SDR repository", "Take the file out of the package.");
+      Report(Severity::Error, "sdr-device", line, "the board has no SDR repository",
+             "Take the file out of the package.");
     else if (board_->repositoryCapacity != 0 && bytes_ > board_->repositoryCapacity)
       Report(Severity::Error, "sdr-size", line,
              "the records have " + Plural(bytes_, "byte") + ", the repository holds " +

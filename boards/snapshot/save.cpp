@@ -14,10 +14,12 @@ std::string Quoted(std::string_view text) {
   for (char character : text) {
     const auto byte = static_cast<unsigned char>(character);
     // JSON is UTF-8: what is no ASCII stands as its Latin-1 character.
-    if (byte < 0x20 || byte > 0x7E || character == '"' || character == '\\')
+    if (byte < 0x20 || byte > 0x7E) {
       quoted += Format("\\u%04X", byte);
-    else
-      quoted += character;
+      continue;
+    }
+    if (character == '"' || character == '\\') quoted += '\\';
+    quoted += character;
   }
   return quoted += '"';
 }
@@ -40,7 +42,9 @@ std::string VersionText(std::uint8_t version) {
 
 std::string IdentityText(const Identity& identity, std::string_view indent) {
   std::string text = "{\n";
-  auto line = [&](const std::string& member) { text.append(indent).append("  ").append(member).append(",\n"); };
+  auto line = [&](const std::string& member) {
+    text.append(indent).append("  ").append(member).append(",\n");
+  };
   line(Format("\"deviceId\": \"0x%02X\"", identity.deviceId));
   line(Format("\"deviceRevision\": %u", identity.deviceRevision));
   line(Format("\"providesSdrs\": %s", Truth(identity.providesSdrs)));
@@ -71,7 +75,8 @@ std::string DeviceText(const Device& device) {
 }
 
 /// A member whose value is an array with one row a line; nothing for no rows.
-void AppendRows(std::string& text, std::string_view indent, std::string_view key, const std::vector<std::string>& rows) {
+void AppendRows(std::string& text, std::string_view indent, std::string_view key,
+                const std::vector<std::string>& rows) {
   if (rows.empty()) return;
   text.append(",\n").append(indent).append("\"").append(key).append("\": [");
   for (std::size_t i = 0; i < rows.size(); ++i)
@@ -89,7 +94,8 @@ std::vector<std::string> DeviceRows(const Board& board, const Controller& contro
   return rows;
 }
 
-void AppendDevices(std::string& text, std::string_view indent, const Board& board, const Controller& controller) {
+void AppendDevices(std::string& text, std::string_view indent, const Board& board,
+                   const Controller& controller) {
   AppendRows(text, indent, "frus", DeviceRows(board, controller, true));
   AppendRows(text, indent, "eeproms", DeviceRows(board, controller, false));
 }
@@ -127,7 +133,8 @@ std::string BoardJson(const Board& board) {
   AppendRows(text, kIndent, "sensors", sensors);
   text += "\n  }";
   std::vector<std::string> controllers;
-  for (const Controller& controller : board.controllers) controllers.push_back(ControllerText(board, controller));
+  for (const Controller& controller : board.controllers)
+    controllers.push_back(ControllerText(board, controller));
   AppendRows(text, "  ", "controllers", controllers);
   return text += "\n}\n";
 }

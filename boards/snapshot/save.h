@@ -1,5 +1,5 @@
-// A board written out as a board folder (docs/board.md), the same one on the desk and under UEFI: images and tables
-// under the names of their devices, and the board.json that says what they are.
+// A board written out as a board folder (docs/board.md), the same one on the desk and under UEFI: images and
+// tables under the names of their devices, and the board.json that says what they are.
 #pragma once
 
 #include <span>

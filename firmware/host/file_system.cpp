@@ -105,7 +105,8 @@ std::string ResolvePath(std::u16string_view path) {
 
 Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) {
   file = nullptr;
-  int flags = O_CLOEXEC;
+  // A FIFO without a partner would block.
+  int flags = O_CLOEXEC | O_NONBLOCK;
   switch (mode) {
     case FileMode::Read:
       flags |= O_RDONLY;
@@ -120,18 +121,32 @@ Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& 
   int descriptor = open(ResolvePath(path).c_str(), flags, 0666);
   if (descriptor < 0) return StatusOf(errno);
   struct stat information;
-  // A folder opens for reading on Linux, but is no file.
-  if (fstat(descriptor, &information) == 0 && S_ISDIR(information.st_mode)) {
+  // A folder opens for reading on Linux, but is no file; devices and FIFOs may never end.
+  if (mode == FileMode::Read && fstat(descriptor, &information) == 0 && !S_ISREG(information.st_mode)) {
     close(descriptor);
-    return uefi_status::kNotFound;
+    return S_ISDIR(information.st_mode) ? uefi_status::kNotFound : uefi_status::kUnsupported;
   }
   file = std::make_unique<LinuxFile>(descriptor);
   return kSuccess;
 }
 
 Status AppendToFile(const char* path, std::span<const std::uint8_t> bytes) {
-  int descriptor = open(path, O_CLOEXEC | O_WRONLY | O_CREAT | O_APPEND, 0666);
+  int descriptor = open(path, O_CLOEXEC | O_NONBLOCK | O_WRONLY | O_CREAT | O_APPEND, 0666);
   return descriptor < 0 ? StatusOf(errno) : LinuxFile(descriptor).Write(bytes);
+}
+
+Status MakeFolder(std::u16string_view path) {
+  if (mkdir(ResolvePath(path).c_str(), 0777) == 0) return kSuccess;
+  return errno == EEXIST ? uefi_status::kAlreadyStarted : StatusOf(errno);
+}
+
+Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  DIR* directory = opendir(ResolvePath(path).c_str());
+  if (directory == nullptr) return StatusOf(errno);
+  while (const dirent* entry = readdir(directory))
+    if (entry->d_type != DT_DIR) names.push_back(FromUtf8(entry->d_name));
+  closedir(directory);
+  return kSuccess;
 }
 
 }  // namespace varnok::host

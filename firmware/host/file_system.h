@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "firmware/firmware.h"
 
@@ -17,6 +18,8 @@ namespace varnok::host {
 std::string ResolvePath(std::u16string_view path);
 
 Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file);
+Status MakeFolder(std::u16string_view path);
+Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names);
 
 /// Writes behind the end of the file at a Linux path, which is created if missing; takes no memory.
 Status AppendToFile(const char* path, std::span<const std::uint8_t> bytes);

@@ -6,12 +6,11 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
-#include <vector>
+#include <utility>
 
-#include "firmware/entry.h"
 #include "firmware/host/file_system.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
@@ -20,8 +19,8 @@ namespace varnok::host {
 
 namespace {
 
-/// Writes text as UTF-8; takes no memory, and gives up where nobody can read it.
-void WriteUtf8(int descriptor, std::u16string_view text) {
+/// Writes text as UTF-8, and takes no memory; 0, or the errno at which it gave up.
+int WriteUtf8(int descriptor, std::u16string_view text) {
   std::array<char, 1024> room;
   while (!text.empty()) {
     std::string_view bytes = TakeUtf8(text, room);
@@ -33,17 +32,41 @@ void WriteUtf8(int descriptor, std::u16string_view text) {
         poll(&output, 1, -1);
         continue;
       }
-      if (result < 0) return;
+      if (result < 0) return errno;
       bytes.remove_prefix(static_cast<std::size_t>(result));
     }
   }
+  return 0;
+}
+
+[[noreturn]] void EndWithoutMemory() {
+  static bool isEnding = false;
+  constexpr std::string_view kMessage = "varnok: out of memory; stopped.\n";
+  (void)!write(STDERR_FILENO, kMessage.data(), kMessage.size());
+  // What runs at the end, such as putting the terminal back, may need memory as well.
+  if (std::exchange(isEnding, true)) _exit(kOutOfMemoryStatus);
+  std::exit(kOutOfMemoryStatus);
 }
 
 }  // namespace
 
+void PrepareProcess() {
+  signal(SIGPIPE, SIG_IGN);
+  std::set_new_handler(EndWithoutMemory);
+}
+
+void Complain(std::string_view text) {
+  std::u16string line = FromUtf8(text);
+  for (char16_t& character : line)
+    if (character < 0x20 || (character >= 0x7F && character <= 0x9F)) character = u'?';
+  WriteUtf8(STDERR_FILENO, u"varnok: " + line + u"\n");
+}
+
 // A console that is gone must not stop a board from being programmed to the end.
 void HostFirmware::WriteConsole(std::u16string_view text) {
-  WriteUtf8(STDOUT_FILENO, text);
+  int error = WriteUtf8(STDOUT_FILENO, text);
+  const bool isUnread = error == EPIPE || error == EBADF;
+  if (error != 0 && !isUnread) outputError_ = error;
 }
 
 void HostFirmware::WriteErrorOutput(std::u16string_view text) {
@@ -53,7 +76,7 @@ void HostFirmware::WriteErrorOutput(std::u16string_view text) {
 char16_t HostFirmware::ReadKey() {
   std::optional<char16_t> key = host::ReadKey();
   if (!key) {
-    std::fputs("\nvarnok: the console's input ended while the program waited for a key; stopped.\n", stderr);
+    WriteErrorOutput(u"\nvarnok: the console's input ended while the program waited for a key; stopped.\n");
     std::exit(kInputEndedStatus);
   }
   return *key;
@@ -69,6 +92,14 @@ Status HostFirmware::AppendToFile(std::u16string_view path, std::span<const std:
     appendedPath_ = path;
   }
   return host::AppendToFile(appendedFile_.c_str(), bytes);
+}
+
+Status HostFirmware::MakeFolder(std::u16string_view path) {
+  return host::MakeFolder(path);
+}
+
+Status HostFirmware::ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  return host::ListFolder(path, names);
 }
 
 bool HostFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
@@ -113,20 +144,6 @@ void* HostFirmware::AllocatePool(std::size_t bytes) {
 
 void HostFirmware::FreePool(void* memory) {
   std::free(memory);
-}
-
-int RunProgram(Machine& machine, int argc, char* argv[]) {
-  signal(SIGPIPE, SIG_IGN);
-  HostFirmware firmware(machine);
-  InstallFirmware(&firmware);
-  std::vector<std::string> arguments;
-  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
-  std::vector<char*> vector;
-  for (std::string& argument : arguments) vector.push_back(argument.data());
-  vector.push_back(nullptr);
-  int status = Main(argc, vector.data());
-  // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.
-  return status >= 0 && status <= kLargestStatus ? status : kLargestStatus;
 }
 
 }  // namespace varnok::host

@@ -21,6 +21,8 @@ class HostFirmware : public Firmware {
   WallClock Now() override { return machine_.Now(); }
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
   Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) override;
+  Status MakeFolder(std::u16string_view path) override;
+  Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names) override;
   bool GetEnvironmentVariable(std::string_view name, std::u16string& value) override;
   Status LocateHandles(const Guid& protocol, std::size_t& bytes, Handle* handles) override;
   Status OpenProtocol(Handle handle, const Guid& protocol, void*& interface) override;
@@ -31,16 +33,31 @@ class HostFirmware : public Firmware {
   void* AllocatePool(std::size_t bytes) override;
   void FreePool(void* memory) override;
 
+  /// The errno for which console text was lost; 0 when none was, or when nobody was there to read it.
+  int OutputError() const { return outputError_; }
+
  private:
   Machine& machine_;
+  int outputError_ = 0;          ///< why console text was lost, an errno; 0: none was
   std::u16string appendedPath_;  ///< what AppendToFile was last asked for
   std::string appendedFile_;     ///< and the file that it is
 };
 
 /// The exit status when the board cannot be opened: as for a protocol that is missing.
 inline constexpr int kNoBoardStatus = 9;
+/// The exit status when the output could not be written, in place of a success.
+inline constexpr int kOutputLostStatus = 2;
+/// The exit status when memory ends: Linux's number for it (ENOMEM).
+inline constexpr int kOutOfMemoryStatus = 12;
 /// Stands for every status that Linux cannot hand on.
 inline constexpr int kLargestStatus = 255;
+
+/// What a program of Linux does first: a reader that goes away does not end it, memory that ends does, with a
+/// message.
+void PrepareProcess();
+
+/// One line on standard error, the program's name in front, control characters as '?'. `text` is UTF-8.
+void Complain(std::string_view text);
 
 /// Runs the program over `machine` with Linux's UTF-8 arguments; returns its exit status, at most
 /// kLargestStatus.

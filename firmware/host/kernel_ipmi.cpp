@@ -10,15 +10,11 @@
 #include <cerrno>
 #include <utility>
 
+#include "firmware/bytes.h"
+#include "firmware/ipmi.h"
+
 namespace varnok::host {
 namespace {
-
-// IPMI v2.0, table 5-1 and appendix G.
-constexpr std::uint8_t kApplication = 0x06;
-constexpr std::uint8_t kGetMessage = 0x33;
-constexpr std::uint8_t kSendMessage = 0x34;
-constexpr std::uint8_t kQueueEmpty = 0x80;
-constexpr std::uint8_t kRequestTooShort = 0xC7;
 
 // The kernel sends a bridged request three times, then it answers C3h itself, after the five seconds that the
 // caller allows. Left to its defaults it takes ten, and the caller repeats the whole of it.
@@ -26,14 +22,6 @@ constexpr int kBridgeRepeats = 2;
 constexpr int kBridgeMilliseconds = 2'000;
 // Longer than the kernel's own time-outs.
 constexpr int kAnswerMilliseconds = 10'000;
-constexpr std::size_t kLargestMessage = 272;
-
-std::uint8_t Checksum(std::span<const std::uint8_t> bytes) {
-  std::uint8_t sum = 0;
-  for (std::uint8_t byte : bytes) sum = static_cast<std::uint8_t>(sum + byte);
-  return static_cast<std::uint8_t>(0 - sum);
-}
-
 }  // namespace
 
 KernelIpmi::~KernelIpmi() {
@@ -61,8 +49,10 @@ Status KernelIpmi::Send(std::uint8_t netFunction, std::uint8_t lun, std::uint8_t
                         std::span<const std::uint8_t> data) {
   ready_.reset();
   isWaiting_ = false;
-  if (netFunction == kApplication && command == kSendMessage) return SendBridged(lun, data);
-  if (netFunction == kApplication && command == kGetMessage) return GetBridged(lun);
+  if (netFunction == net_function::kApplication && command == ipmi_command::kSendMessage)
+    return SendBridged(lun, data);
+  if (netFunction == net_function::kApplication && command == ipmi_command::kGetMessage)
+    return GetBridged(lun);
   ipmi_system_interface_addr address{};
   address.addr_type = IPMI_SYSTEM_INTERFACE_ADDR_TYPE;
   address.channel = IPMI_BMC_CHANNEL;
@@ -91,33 +81,45 @@ bool KernelIpmi::WaitForAnswer(Answer& answer) {
     int ready = poll(&input, 1, kAnswerMilliseconds);
     if (ready < 0 && errno == EINTR) continue;
     if (ready <= 0) return false;
-    std::array<std::uint8_t, kLargestMessage> bytes{};
     ipmi_addr address{};
     ipmi_recv received{};
     received.addr = reinterpret_cast<unsigned char*>(&address);
     received.addr_len = sizeof address;
-    received.msg.data = bytes.data();
-    received.msg.data_len = bytes.size();
+    received.msg.data = answer.room.data();
+    received.msg.data_len = static_cast<unsigned short>(answer.room.size());
     if (ioctl(descriptor_, IPMICTL_RECEIVE_MSG_TRUNC, &received) != 0 && errno != EMSGSIZE) return false;
     if (received.recv_type != IPMI_RESPONSE_RECV_TYPE || received.msgid != messageId_) continue;
     answer.netFunction = received.msg.netfn;
     answer.command = received.msg.cmd;
-    std::size_t count = std::min<std::size_t>(received.msg.data_len, bytes.size());
-    answer.bytes.assign(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+    answer.count = std::min<std::size_t>(received.msg.data_len, answer.room.size());
     return true;
   }
 }
 
-void KernelIpmi::AnswerLocally(std::uint8_t lun, std::uint8_t command, std::vector<std::uint8_t> bytes) {
-  ready_ = Answer{kApplication + 1, lun, command, std::move(bytes)};
+void KernelIpmi::AnswerLocally(std::uint8_t lun, std::uint8_t command, std::span<const std::uint8_t> bytes) {
+  Answer& answer = ready_.emplace();
+  answer.netFunction = net_function::kApplication + 1;
+  answer.lun = lun;
+  answer.command = command;
+  ByteWriter writer(answer.room);
+  answer.count = writer.Bytes(bytes).Length();
+}
+
+void KernelIpmi::AnswerLocally(std::uint8_t lun, std::uint8_t command, std::uint8_t completionCode) {
+  AnswerLocally(lun, command, {&completionCode, 1});
 }
 
 /// `frame`: channel, rsSA, netFn/rsLUN, checksum, rqSA, rqSeq/rqLUN, command, data, checksum (IPMI
 /// v2.0, 22.7).
 Status KernelIpmi::SendBridged(std::uint8_t lun, std::span<const std::uint8_t> frame) {
   constexpr std::size_t kHeader = 7;
-  if (frame.size() < kHeader + 1) {
-    AnswerLocally(lun, kSendMessage, {kRequestTooShort});
+  if (frame.size() < kHeader + 1 || frame.size() > frame_.size()) {
+    AnswerLocally(lun, ipmi_command::kSendMessage, completion_code::kLengthInvalid);
+    return kSuccess;
+  }
+  const bool isRepeated = std::ranges::equal(frame, std::span(frame_).first(frameLength_));
+  if (isRepeated && isGivenUp_) {
+    AnswerLocally(lun, ipmi_command::kSendMessage, completion_code::kNakOnWrite);
     return kSuccess;
   }
   ipmi_ipmb_addr address{};
@@ -134,7 +136,10 @@ Status KernelIpmi::SendBridged(std::uint8_t lun, std::span<const std::uint8_t> f
                      .requesterLun = static_cast<std::uint8_t>(frame[5] & 3),
                      .responderLun = static_cast<std::uint8_t>(frame[2] & 3),
                      .sequence = static_cast<std::uint8_t>(frame[5] >> 2)};
-  AnswerLocally(lun, kSendMessage, {0});
+  std::ranges::copy(frame, frame_.begin());
+  frameLength_ = frame.size();
+  isGivenUp_ = false;
+  AnswerLocally(lun, ipmi_command::kSendMessage, completion_code::kSuccess);
   return kSuccess;
 }
 
@@ -143,22 +148,20 @@ Status KernelIpmi::SendBridged(std::uint8_t lun, std::span<const std::uint8_t> f
 Status KernelIpmi::GetBridged(std::uint8_t lun) {
   Answer answer;
   if (!bridged_ || bridged_->messageId != messageId_ || !WaitForAnswer(answer)) {
-    AnswerLocally(lun, kGetMessage, {kQueueEmpty});
+    AnswerLocally(lun, ipmi_command::kGetMessage, completion_code::kQueueEmpty);
     return kSuccess;
   }
+  isGivenUp_ = answer.count == 1 && answer.room[0] == completion_code::kTimeout;
   Bridged from = *std::exchange(bridged_, std::nullopt);
   auto head = static_cast<std::uint8_t>(answer.netFunction << 2 | from.requesterLun);
-  std::array<std::uint8_t, 2> addressed{0x20, head};
-  std::vector<std::uint8_t> bytes{0,
-                                  from.channel,
-                                  head,
-                                  Checksum(addressed),
-                                  from.responder,
-                                  static_cast<std::uint8_t>(from.sequence << 2 | from.responderLun),
-                                  answer.command};
-  bytes.insert(bytes.end(), answer.bytes.begin(), answer.bytes.end());
-  bytes.push_back(Checksum(std::span(bytes).subspan(4)));
-  AnswerLocally(lun, kGetMessage, std::move(bytes));
+  const std::array<std::uint8_t, 2> addressed{kBmcAddress, head};
+  std::array<std::uint8_t, kLargestMessage> bytes;
+  ByteWriter writer(bytes);
+  writer.Byte(completion_code::kSuccess).Byte(from.channel).Byte(head).Byte(IpmiChecksum(addressed));
+  writer.Byte(from.responder).Byte(static_cast<std::uint8_t>(from.sequence << 2 | from.responderLun));
+  writer.Byte(answer.command).Bytes(answer.Bytes());
+  writer.Byte(IpmiChecksum(std::span(bytes).first(writer.Length()).subspan(4)));
+  AnswerLocally(lun, ipmi_command::kGetMessage, std::span(bytes).first(writer.Length()));
   return kSuccess;
 }
 

@@ -97,7 +97,10 @@ std::size_t TailLength(unsigned char lead) {
 std::optional<char16_t> ReadKey() {
   EnterRawMode();
   std::optional<char> byte = ReadByte();
-  if (!byte) return std::nullopt;
+  // No key sends a zero; input that gives nothing else, as /dev/zero, has ended.
+  constexpr int kMostZeros = 1000;
+  for (int zeros = 1; byte == '\0' && zeros < kMostZeros; ++zeros) byte = ReadByte();
+  if (!byte || *byte == '\0') return std::nullopt;
   constexpr char kEscape = 0x1B;
   constexpr char kDelete = 0x7F;
   if (isRaw && *byte == kEscape) {

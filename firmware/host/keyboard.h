@@ -6,8 +6,8 @@
 namespace varnok::host {
 
 /// The next key's Unicode character, 0 for a key without one (cursor and function keys, Escape); nothing when
-/// the input has ended. The first call on a terminal turns off its line editing and echo; the terminal is put
-/// back when the program ends, stops or is killed by a signal that can be caught.
+/// the input has ended, or gives only zeros. The first call on a terminal turns off its line editing and
+/// echo; the terminal is put back when the program ends, stops or is killed by a signal that can be caught.
 std::optional<char16_t> ReadKey();
 
 }  // namespace varnok::host

@@ -86,13 +86,13 @@ class LinuxMachine : public Machine {
                         std::uint32_t* dataLength) {
     KernelIpmi::Answer answer;
     if (Status status = KernelOf(self).Receive(answer); status != kSuccess) return status;
-    if (answer.bytes.empty()) return uefi_status::kDeviceError;
-    std::size_t count = std::min<std::size_t>(answer.bytes.size() - 1, *dataLength);
+    if (answer.count == 0) return uefi_status::kDeviceError;
+    std::size_t count = std::min<std::size_t>(answer.count - 1, *dataLength);
     *netFunction = answer.netFunction;
     *lun = answer.lun;
     *command = answer.command;
-    *completionCode = answer.bytes.front();
-    std::memcpy(data, answer.bytes.data() + 1, count);
+    *completionCode = answer.room.front();
+    std::memcpy(data, answer.room.data() + 1, count);
     *dataLength = static_cast<std::uint32_t>(count);
     return kSuccess;
   }
@@ -102,12 +102,26 @@ class LinuxMachine : public Machine {
   Protocol protocol_{};
 };
 
+std::string WhatToDo(int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+      return "; run the program as root";
+    case ENOENT:
+    case ENXIO:
+    case ENODEV:
+      return "; the kernel knows of no BMC: load its drivers (modprobe -a ipmi_si ipmi_devintf) and see dmesg";
+    default:
+      return "";
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<Machine> OpenLinuxMachine(const std::string& device, std::string& error) {
   int descriptor = open(device.c_str(), O_RDWR | O_CLOEXEC);
   if (descriptor < 0) {
-    error = device + ": " + std::strerror(errno);
+    error = device + ": " + std::strerror(errno) + WhatToDo(errno);
     return nullptr;
   }
   return std::make_unique<LinuxMachine>(descriptor);

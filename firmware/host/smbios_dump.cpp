@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "firmware/bytes.h"
 #include "firmware/host/smbios_layout.h"
 
 namespace varnok::host {
@@ -15,12 +16,6 @@ bool StartsWith(const Bytes& bytes, std::string_view anchor) {
   return bytes.size() >= anchor.size() &&
          std::equal(anchor.begin(), anchor.end(), bytes.begin(),
                     [](char wanted, std::uint8_t byte) { return static_cast<std::uint8_t>(wanted) == byte; });
-}
-
-std::uint64_t ReadLittleEndian(const Bytes& bytes, std::size_t offset, std::size_t count) {
-  std::uint64_t value = 0;
-  for (std::size_t i = 0; i < count; ++i) value |= std::uint64_t{bytes[offset + i]} << (8 * i);
-  return value;
 }
 
 /// The table behind its entry point at offset 20h, where dmidecode puts it, and the entry point saying so.
@@ -54,8 +49,8 @@ SmbiosDump::SmbiosDump(Bytes entryPoint, std::span<const std::uint8_t> table)
     : SmbiosDump(JoinedDump(std::move(entryPoint), table)) {}
 
 void SmbiosDump::MakeFrom64BitEntryPoint() {
-  const std::uint64_t address = ReadLittleEndian(dump_, 16, 8);
-  const std::uint64_t largest = ReadLittleEndian(dump_, 12, 4);
+  const std::uint64_t address = NumberAt(dump_, 16, 8);
+  const std::uint64_t largest = NumberAt(dump_, 12, 4);
   auto table = Memory(address, static_cast<std::size_t>(largest));
   smbios::TableFacts facts{dump_[7], dump_[8], static_cast<std::uint32_t>(address), 0, 0, 0};
   std::size_t length = 0;

@@ -13,8 +13,8 @@ constexpr UINTN kTabWidth = 8;
 // NUL, does nothing else.
 constexpr int kMostMisses = 1000;
 
-/// Text for one output device, in room of its own. Under redirection the shell puts its own output in ConOut's
-/// place, so that the text reaches the file.
+/// Text for one output device, in room of its own. Under redirection the shell puts its own output in
+/// ConOut's place, so that the text reaches the file.
 class Output {
  public:
   explicit Output(SIMPLE_TEXT_OUTPUT_INTERFACE* device) : device_(device) {}

@@ -91,7 +91,7 @@ bool Locate(const Shell& shell, const std::u16string& path, Place& place) {
   return shell.ResolveByOldShell(path, place.volume, place.path) || PlaceByImage(path, place);
 }
 
-Status OpenAt(const Place& place, UINT64 mode, EFI_FILE*& file) {
+Status OpenAt(const Place& place, UINT64 mode, EFI_FILE*& file, UINT64 attributes = 0) {
   void* interface = nullptr;
   Status status = BootServices().HandleProtocol(place.volume, &fileSystemGuid, &interface);
   if (IsError(status)) return status;
@@ -99,24 +99,40 @@ Status OpenAt(const Place& place, UINT64 mode, EFI_FILE*& file) {
   EFI_FILE* root = nullptr;
   status = volume->OpenVolume(volume, &root);
   if (IsError(status)) return status;
-  status = root->Open(root, &file, ToEfi(place.path.c_str()), mode, 0);
+  status = root->Open(root, &file, ToEfi(place.path.c_str()), mode, attributes);
   root->Close(root);
   return status;
 }
 
+/// What the firmware tells of a file, with room for its name and a zero behind it.
+class FileInfo {
+ public:
+  EFI_FILE_INFO* operator->() { return reinterpret_cast<EFI_FILE_INFO*>(bytes_.data()); }
+  std::uint8_t* data() { return bytes_.data(); }
+  /// The room for the firmware.
+  static constexpr UINTN size() { return kSize; }
+  bool IsFolder() { return ((*this)->Attribute & EFI_FILE_DIRECTORY) != 0; }
+
+ private:
+  static constexpr std::size_t kLongestName = 256;
+  static constexpr std::size_t kSize = sizeof(EFI_FILE_INFO) + kLongestName * sizeof(CHAR16);
+  alignas(EFI_FILE_INFO) std::array<std::uint8_t, kSize + sizeof(CHAR16)> bytes_{};
+};
+
+Status GetInfo(EFI_FILE* file, FileInfo& info) {
+  UINTN size = FileInfo::size();
+  return file->GetInfo(file, &fileInfoGuid, &size, info.data());
+}
+
 /// Refuses a folder, and empties the file when asked to.
 Status Prepare(EFI_FILE* file, bool empties) {
-  constexpr std::size_t kLongestName = 256;
-  alignas(EFI_FILE_INFO) std::array<std::uint8_t, sizeof(EFI_FILE_INFO) + kLongestName * sizeof(CHAR16)>
-      buffer;
-  UINTN size = buffer.size();
-  Status status = file->GetInfo(file, &fileInfoGuid, &size, buffer.data());
+  FileInfo info;
+  Status status = GetInfo(file, info);
   if (IsError(status)) return status;
-  auto* info = reinterpret_cast<EFI_FILE_INFO*>(buffer.data());
-  if ((info->Attribute & EFI_FILE_DIRECTORY) != 0) return uefi_status::kAccessDenied;
+  if (info.IsFolder()) return uefi_status::kAccessDenied;
   if (!empties || info->FileSize == 0) return kSuccess;
   info->FileSize = 0;
-  return file->SetInfo(file, &fileInfoGuid, info->Size, info);
+  return file->SetInfo(file, &fileInfoGuid, info->Size, info.data());
 }
 
 constexpr UINT64 kWriting = EFI_FILE_MODE_READ | EFI_FILE_MODE_WRITE | EFI_FILE_MODE_CREATE;
@@ -157,6 +173,37 @@ Status AppendAt(const Place& place, std::span<const std::uint8_t> bytes) {
   status = Prepare(opened, false);
   if (!IsError(status)) status = opened->SetPosition(opened, kEndOfFile);
   return IsError(status) ? status : file.Write(bytes);
+}
+
+Status MakeShellFolder(const Shell& shell, std::u16string_view path) {
+  Place place;
+  if (!FindPlace(shell, path, place)) return uefi_status::kNotFound;
+  EFI_FILE* folder = nullptr;
+  // Opening for creation takes what is there already.
+  Status status = OpenAt(place, EFI_FILE_MODE_READ, folder);
+  const bool isThere = !IsError(status);
+  if (!isThere) status = OpenAt(place, kWriting, folder, EFI_FILE_DIRECTORY);
+  if (IsError(status)) return status;
+  folder->Close(folder);
+  return isThere ? uefi_status::kAlreadyStarted : kSuccess;
+}
+
+Status ListShellFolder(const Shell& shell, std::u16string_view path, std::vector<std::u16string>& names) {
+  Place place;
+  if (!FindPlace(shell, path, place)) return uefi_status::kNotFound;
+  EFI_FILE* folder = nullptr;
+  if (Status status = OpenAt(place, EFI_FILE_MODE_READ, folder); IsError(status)) return status;
+  VolumeFile owner(folder);
+  FileInfo info;
+  if (Status status = GetInfo(folder, info); IsError(status)) return status;
+  if (!info.IsFolder()) return uefi_status::kNotFound;
+  for (;;) {
+    FileInfo entry;
+    UINTN size = FileInfo::size();
+    if (Status status = folder->Read(folder, &size, entry.data()); IsError(status)) return status;
+    if (size == 0) return kSuccess;
+    if (!entry.IsFolder()) names.emplace_back(FromEfi(entry->FileName));
+  }
 }
 
 void CloseAllFiles() {

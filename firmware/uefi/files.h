@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "firmware/firmware.h"
 #include "firmware/uefi/shell.h"
@@ -29,6 +30,10 @@ Status AppendAt(const Place& place, std::span<const std::uint8_t> bytes);
 /// of the volume that the image came from.
 Status OpenShellFile(const Shell& shell, std::u16string_view path, FileMode mode,
                      std::unique_ptr<File>& file);
+
+/// As Firmware::MakeFolder and Firmware::ListFolder describe.
+Status MakeShellFolder(const Shell& shell, std::u16string_view path);
+Status ListShellFolder(const Shell& shell, std::u16string_view path, std::vector<std::u16string>& names);
 
 /// The path with the separators that the firmware's file systems take.
 std::u16string WithBackslashes(std::u16string_view path);

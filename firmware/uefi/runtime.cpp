@@ -54,7 +54,7 @@ void EndProgram(const char16_t* message, Status status) {
   systemTable->ConOut->OutputString(systemTable->ConOut, ToEfi(message));
   CloseAllFiles();
   FreeAllPoolBlocks();
-  BootServices().Exit(imageHandle, status, 0, nullptr);
+  BootServices().Exit(imageHandle, status.value, 0, nullptr);
   for (;;) {
   }
 }

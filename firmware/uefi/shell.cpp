@@ -77,8 +77,10 @@ bool Shell::ResolveByOldShell(std::u16string_view path, EFI_HANDLE& volume,
     BootServices().FreePool(current);
     colon = folder.find(u':');
     if (colon == std::u16string::npos) return false;
-    if (path.starts_with(u'\\')) folder.resize(colon + 1);
-    else if (!folder.ends_with(u'\\')) folder += u'\\';
+    if (path.starts_with(u'\\'))
+      folder.resize(colon + 1);
+    else if (!folder.ends_with(u'\\'))
+      folder += u'\\';
     full = folder.append(path);
   }
   void* devicePath = oldEnvironment_->GetMap(ToEfi(full.substr(0, colon).c_str()));

@@ -53,6 +53,14 @@ Status UefiFirmware::AppendToFile(std::u16string_view path, std::span<const std:
   return AppendAt(appendedFile_, bytes);
 }
 
+Status UefiFirmware::MakeFolder(std::u16string_view path) {
+  return MakeShellFolder(shell_, path);
+}
+
+Status UefiFirmware::ListFolder(std::u16string_view path, std::vector<std::u16string>& names) {
+  return ListShellFolder(shell_, path, names);
+}
+
 bool UefiFirmware::GetEnvironmentVariable(std::string_view name, std::u16string& value) {
   std::u16string wideName;
   for (char character : name) wideName += static_cast<unsigned char>(character);

@@ -29,6 +29,8 @@ class UefiFirmware : public Firmware {
   WallClock Now() override;
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
   Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) override;
+  Status MakeFolder(std::u16string_view path) override;
+  Status ListFolder(std::u16string_view path, std::vector<std::u16string>& names) override;
   bool GetEnvironmentVariable(std::string_view name, std::u16string& value) override;
   Status LocateHandles(const Guid& protocol, std::size_t& bytes, Handle* handles) override;
   Status OpenProtocol(Handle handle, const Guid& protocol, void*& interface) override;

@@ -13,7 +13,8 @@ using boards::Finding;
 using boards::Severity;
 
 constexpr Option kOptions[] = {
-    {"FILES", "", "FRU files, SDR files, scripts; a script's own files are checked with it", Option::OneOrMore},
+    {"FILES", "", "FRU files, SDR files, scripts; a script's own files are checked with it",
+     Option::OneOrMore},
     {"--board", "FOLDER", "The board that they are made for: its devices, their sizes, its repository"},
     {"--strict", "", "Warnings count as findings"},
     {"--format", "FORM", "text (the usual), lines (file:line: for editors), json, or sarif"},
@@ -65,7 +66,9 @@ Json AsSarif(const std::vector<Finding>& findings) {
     results.Add(Json::Object()
                     .Set("ruleId", finding.rule)
                     .Set("level", WordOf(finding.severity))
-                    .Set("message", Json::Object().Set("text", finding.text + ". " + finding.advice))
+                    .Set("message", Json::Object().Set(
+                                        "text", finding.text + (finding.text.ends_with('.') ? " " : ". ") +
+                                                    finding.advice))
                     .Set("locations", Json::Array().Add(Json::Object().Set("physicalLocation", place))));
   }
   const Json driver = Json::Object().Set("name", "varnok-board").Set("version", VARNOK_VERSION);
@@ -82,7 +85,8 @@ int Run(const Arguments& arguments) {
     return Fail("--format: \"" + format + "\" is not text, lines, json or sarif", kWrongUse);
   boards::Board board;
   std::string error;
-  if (arguments.Has("--board") && !boards::LoadFolder(arguments.Value("--board"), board, error)) return Fail(error);
+  if (arguments.Has("--board") && !boards::LoadFolder(arguments.Value("--board"), board, error))
+    return Fail(error);
   boards::Checker checker(arguments.Has("--board") ? &board : nullptr);
   for (const std::string& file : arguments.Values("FILES")) checker.Check(file);
   const std::vector<Finding> findings = checker.Findings();
@@ -97,7 +101,8 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kCheck = {"check", "Check FRU files, SDR files and scripts before a board sees them", kOptions,
-                        "  varnok-board check MASTER.CFG --board myboard\n  varnok-board check *.fru --format lines", Run};
+const Command kCheck = {
+    "check", "Check FRU files, SDR files and scripts before a board sees them", kOptions,
+    "  varnok-board check MASTER.CFG --board myboard\n  varnok-board check *.fru --format lines", Run};
 
 }  // namespace varnok::companion

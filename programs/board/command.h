@@ -1,5 +1,5 @@
-// A command of varnok-board: what its command line takes, as data, and the function that runs it. The parser of all
-// of them is programs/varnok_board.cpp; a command is a page of code over boards/.
+// A command of varnok-board: what its command line takes, as data, and the function that runs it. The parser
+// of all of them is programs/varnok_board.cpp; a command is a page of code over boards/.
 #pragma once
 
 #include <map>
@@ -34,7 +34,9 @@ class Arguments {
   std::string Value(std::string_view name, std::string_view fallback = {}) const;
   /// All values in their order.
   std::vector<std::string> Values(std::string_view name) const;
-  void Add(std::string_view name, std::string value) { values_[std::string(name)].push_back(std::move(value)); }
+  void Add(std::string_view name, std::string value) {
+    values_[std::string(name)].push_back(std::move(value));
+  }
 
  private:
   std::map<std::string, std::vector<std::string>, std::less<>> values_;
@@ -52,11 +54,15 @@ struct Command {
 extern const Command kCheck;
 extern const Command kDiff;
 extern const Command kFruText;
+extern const Command kImport;
 extern const Command kNew;
+extern const Command kRestore;
 extern const Command kSdrText;
 extern const Command kServe;
 extern const Command kShow;
+extern const Command kSnapshot;
 
-inline constexpr const Command* kCommands[] = {&kNew, &kServe, &kShow, &kDiff, &kFruText, &kSdrText, &kCheck};
+inline constexpr const Command* kCommands[] = {&kNew,  &kImport,  &kSnapshot, &kRestore, &kShow,
+                                               &kDiff, &kFruText, &kSdrText,  &kCheck,   &kServe};
 
 }  // namespace varnok::companion

@@ -17,7 +17,8 @@ Json FieldsJson(const Section& section, bool hasBytes) {
     Json json = Json::Object();
     json.Set("name", field.label).Set("value", field.value);
     if (!field.encoding.empty()) json.Set("encoding", field.encoding);
-    if (field.number && std::isfinite(*field.number)) json.Set("number", *field.number).Set("unit", field.unit);
+    if (field.number && std::isfinite(*field.number))
+      json.Set("number", *field.number).Set("unit", field.unit);
     if (hasBytes) json.Set("offset", field.offset).Set("length", field.length);
     fields.Add(json);
   }
@@ -36,7 +37,10 @@ Json SectionsJson(const Decoded& decoded) {
   Json sections = Json::Array();
   for (const Section& section : decoded.sections) {
     Json json = Json::Object();
-    json.Set("id", section.id).Set("title", section.title).Set("offset", section.offset).Set("length", section.length);
+    json.Set("id", section.id)
+        .Set("title", section.title)
+        .Set("offset", section.offset)
+        .Set("length", section.length);
     if (section.freeBytes) json.Set("freeBytes", *section.freeBytes);
     if (section.isChecksumGood) json.Set("checksum", *section.isChecksumGood ? "good" : "bad");
     sections.Add(json.Set("fields", FieldsJson(section, true)));
@@ -54,7 +58,10 @@ Json ProblemsJson(const Decoded& decoded) {
 Json RecordJson(ByteView record, const Decoded& decoded) {
   const SdrHead head = HeadOf(record);
   Json json = Json::Object();
-  json.Set("id", Hex(head.id, 4)).Set("type", Hex(head.type)).Set("typeName", head.typeName).Set("name", head.name);
+  json.Set("id", Hex(head.id, 4))
+      .Set("type", Hex(head.type))
+      .Set("typeName", head.typeName)
+      .Set("name", head.name);
   json.Set("length", record.size()).Set("fields", FieldsJson(decoded.sections.front(), true));
   return json.Set("problems", ProblemsJson(decoded));
 }

@@ -8,7 +8,8 @@ namespace varnok::companion {
 namespace {
 
 constexpr Option kOptions[] = {
-    {"BEFORE", "", "A board folder, one device of it (FOLDER#0), a FRU image, an SDR or SMBIOS dump", Option::Required},
+    {"BEFORE", "", "A board folder, one device of it (FOLDER#0), a FRU image, an SDR or SMBIOS dump",
+     Option::Required},
     {"AFTER", "", "Another of the same kind", Option::Required},
     {"--as", "KIND", "Read files as fru, sdr or smbios, whatever their content looks like"},
     {"--json", "", "The differences as JSON"},
@@ -27,7 +28,8 @@ std::string LineOf(const boards::Difference& difference) {
     case boards::Change::Changed:
       break;
   }
-  return difference.field + ": " + Quoted(difference, difference.before) + " \u2192 " + Quoted(difference, difference.after);
+  return difference.field + ": " + Quoted(difference, difference.before) + " \u2192 " +
+         Quoted(difference, difference.after);
 }
 
 /// Parts, their groups, the fields of these.
@@ -58,7 +60,8 @@ void PrintText(const boards::Comparison& comparison) {
   for (const std::string& remark : comparison.remarks) Note(remark);
 }
 
-void PrintJson(const boards::Source& before, const boards::Source& after, const boards::Comparison& comparison) {
+void PrintJson(const boards::Source& before, const boards::Source& after,
+               const boards::Comparison& comparison) {
   constexpr const char* kChanges[] = {"added", "removed", "changed"};
   Json list = Json::Array();
   for (const boards::Difference& difference : comparison.differences) {
@@ -66,8 +69,10 @@ void PrintJson(const boards::Source& before, const boards::Source& after, const 
     json.Set("part", difference.part).Set("change", kChanges[static_cast<int>(difference.change)]);
     if (!difference.group.empty()) json.Set("group", difference.group);
     if (!difference.field.empty()) json.Set("field", difference.field);
-    if (!difference.field.empty() && difference.change != boards::Change::Added) json.Set("before", difference.before);
-    if (!difference.field.empty() && difference.change != boards::Change::Removed) json.Set("after", difference.after);
+    if (!difference.field.empty() && difference.change != boards::Change::Added)
+      json.Set("before", difference.before);
+    if (!difference.field.empty() && difference.change != boards::Change::Removed)
+      json.Set("after", difference.after);
     list.Add(json);
   }
   Json remarks = Json::Array();
@@ -91,7 +96,8 @@ int Run(const Arguments& arguments) {
     return Fail(error);
   const bool isSameKind = before.kind == after.kind || (before.IsOneDevice() && after.IsOneDevice());
   if (!isSameKind)
-    return Fail(before.name + " and " + after.name + " are of different kinds; --as says what a file is", kWrongUse);
+    return Fail(before.name + " and " + after.name + " are of different kinds; --as says what a file is",
+                kWrongUse);
   const boards::Comparison comparison = boards::Compare(before, after);
   if (arguments.Has("--json"))
     PrintJson(before, after, comparison);

@@ -23,7 +23,8 @@ class Json {
   template <std::same_as<bool> Boolean>
   Json(Boolean value) : Json(Truth{value}) {}
   template <std::integral Number>
-  requires(!std::same_as<Number, bool>) Json(Number number) : Json(Whole{static_cast<std::int64_t>(number)}) {}
+  requires(!std::same_as<Number, bool>) Json(Number number)
+      : Json(Whole{static_cast<std::int64_t>(number)}) {}
   Json(const Json& other);
   Json(Json&&) noexcept;
   Json& operator=(Json other) noexcept;

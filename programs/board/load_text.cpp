@@ -1,18 +1,20 @@
 // varnok-board fru-text and sdr-text: load files that program what a board holds.
 #include "boards/load_text.h"
-#include "boards/source.h"
-#include "programs/board/command.h"
-#include "programs/board/output.h"
 
 #include <cstdio>
 #include <fstream>
+
+#include "boards/source.h"
+#include "programs/board/command.h"
+#include "programs/board/output.h"
 
 namespace varnok::companion {
 namespace {
 
 constexpr Option kFruOptions[] = {
     {"IMAGE", "", "A FRU image, or a device of a board folder: FOLDER#0, FOLDER#2@C0", Option::Required},
-    {"--device", "NAME", "The device that an image's file programs: 0, 2@C0, AT24C02:03:A0 (0 when not given)"},
+    {"--device", "NAME",
+     "The device that an image's file programs: 0, 2@C0, AT24C02:03:A0 (0 when not given)"},
     {"--output", "FILE", "Write the load file there, not to the standard output"},
 };
 constexpr Option kSdrOptions[] = {
@@ -64,14 +66,15 @@ int RunSdr(const Arguments& arguments) {
   std::string error;
   if (!boards::LoadSource(argument, boards::SourceKind::SdrDump, source, error)) return Fail(error);
   if (!source.board.hasRepository) return Fail(argument + ": the board has no SDR repository");
-  return Finish(arguments, argument, boards::SdrLoadText(source.board.records, source.rest, BaseName(argument)));
+  return Finish(arguments, argument,
+                boards::SdrLoadText(source.board.records, source.rest, BaseName(argument)));
 }
 
 }  // namespace
 
 const Command kFruText = {"fru-text", "Make a FRU file that programs what a FRU device holds", kFruOptions,
                           "  varnok-board fru-text board.bin --output board.fru", RunFru};
-const Command kSdrText = {"sdr-text", "Make an SDR file that programs what an SDR repository holds", kSdrOptions,
-                          "  varnok-board sdr-text sdr.bin --output board.sdr", RunSdr};
+const Command kSdrText = {"sdr-text", "Make an SDR file that programs what an SDR repository holds",
+                          kSdrOptions, "  varnok-board sdr-text sdr.bin --output board.sdr", RunSdr};
 
 }  // namespace varnok::companion

@@ -1,5 +1,5 @@
-// What the commands show. Text of devices and files passes through here: a control byte never reaches a terminal raw,
-// it shows as \x1B.
+// What the commands show. Text of devices and files passes through here: a control byte never reaches a
+// terminal raw, it shows as \x1B.
 #pragma once
 
 #include <chrono>
@@ -19,8 +19,8 @@ int Fail(std::string_view error, int status = 3);
 /// A remark on stderr.
 void Note(std::string_view text);
 
-/// A question on stderr, answered on stdin by a line that begins with y or Y; anything else, and an end of input,
-/// is no.
+/// A question on stderr, answered on stdin by a line that begins with y or Y; anything else, and an end of
+/// input, is no.
 bool Ask(std::string_view question);
 
 /// One line on a terminal, renewed while something takes longer than a second; nothing in a pipe.

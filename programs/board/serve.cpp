@@ -17,13 +17,17 @@ constexpr Option kOptions[] = {
     {"FOLDER", "", "The board; the one that varnok uses when none is named"},
     {"--listen", "ADDRESS:PORT", "Where to listen, such as 127.0.0.1:9002; port 0 takes a free one",
      Option::Required},
+    {"--allow-remote", "",
+     "Take an address that other computers reach: there is no authentication, whoever connects "
+     "can write to the board"},
 };
 
 /// The board in `folder`, or for an empty one that which the environment names.
 std::unique_ptr<sim::Board> Open(const std::string& folder, std::string& error) {
   std::string notice;
   auto environment = [&folder](const char* name) {
-    if (!folder.empty() && std::string_view(name) == "VARNOK_BOARD") return std::optional<std::string>(folder);
+    if (!folder.empty() && std::string_view(name) == "VARNOK_BOARD")
+      return std::optional<std::string>(folder);
     return sim::ProcessEnvironment(name);
   };
   auto board = sim::OpenBoard(environment, notice, error);
@@ -45,7 +49,7 @@ int Run(const Arguments& arguments) {
   std::unique_ptr<sim::Board> board = Open(arguments.Value("FOLDER"), error);
   if (board == nullptr) return Fail(error);
   sim::BoardServer server(*board);
-  if (!server.Listen(arguments.Value("--listen"), error)) return Fail(error);
+  if (!server.Listen(arguments.Value("--listen"), error, arguments.Has("--allow-remote"))) return Fail(error);
   PrintLine("Serving " + board->Images().Folder().string() + " on " + server.Address());
   std::fflush(stdout);
   server.Run(stop.Number());

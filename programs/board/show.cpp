@@ -1,8 +1,7 @@
 // varnok-board show: what a board, an image or a dump says, by the standards.
-#include "boards/show_text.h"
-
 #include "boards/fru_image.h"
 #include "boards/sdr_record.h"
+#include "boards/show_text.h"
 #include "boards/smbios_tables.h"
 #include "boards/source.h"
 #include "programs/board/command.h"
@@ -13,7 +12,8 @@ namespace varnok::companion {
 namespace {
 
 constexpr Option kOptions[] = {
-    {"BOARD", "", "A board folder, one device of it (FOLDER#0, FOLDER#2@C0), a FRU image, an SDR or SMBIOS dump",
+    {"BOARD", "",
+     "A board folder, one device of it (FOLDER#0, FOLDER#2@C0), a FRU image, an SDR or SMBIOS dump",
      Option::Required},
     {"--as", "KIND", "Read a file as fru, sdr or smbios, whatever its content looks like"},
     {"--details", "", "Every field of every record, and the layout of FRU areas"},
@@ -79,7 +79,7 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kShow = {"show", "Show what a board, an image or a dump says, and what is wrong with it", kOptions,
-                       "  varnok-board show myboard\n  varnok-board show board.bin --hex", Run};
+const Command kShow = {"show", "Show what a board, an image or a dump says, and what is wrong with it",
+                       kOptions, "  varnok-board show myboard\n  varnok-board show board.bin --hex", Run};
 
 }  // namespace varnok::companion

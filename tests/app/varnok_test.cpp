@@ -39,7 +39,7 @@ class Program : public ::testing::Test {
   /// Starts over: a blank console, and a BMC of this firmware revision that answers the start's requests.
   void ExpectStart(std::uint8_t revision = 0x02) {
     machine.console.clear();
-    IpmiReset();
+    ForgetProgramState();
     bmc.Expect(0x06, 0x30, {0x01}).Reply({});
     for (int i = 0; i < 3; ++i) bmc.Expect(0x06, 0x01).Reply(DeviceId(0x4311, revision));
   }
@@ -103,12 +103,6 @@ TEST_F(Program, MissingBoardRecordEndsTheSmbiosDisplay) {
   EXPECT_EQ(Run("/D SMB"), 8);
   EXPECT_TRUE(machine.console.ends_with("\nERROR:The requested SMBIOS structure was not found.\n\n"))
       << machine.console;
-}
-
-TEST_F(Program, FruFileThatIsMissingNamesIt) {
-  ExpectStart();
-  EXPECT_EQ(Run("-FRU boards\\main"), 5);
-  EXPECT_EQ(machine.console, kBanner + "\nERROR:Could not open FRU file \"boards\\main.FRU\".\n\n");
 }
 
 TEST_F(Program, TraceNamesTheWayThroughTheStart) {

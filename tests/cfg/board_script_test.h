@@ -34,14 +34,14 @@ class BoardScript : public ::testing::Test {
     ASSERT_TRUE(sim::Board::CreateDefault(folder_.Path(), error)) << error;
     machine.Install(sim::Board::Open(folder_.Path(), error));
     machine.board->OpenTrafficLog(folder_.Path() / "traffic.txt");
-    IpmiReset();
+    ForgetProgramState();
     // Without one of its switches the trace log is off.
     const char* name = "varnok";
     TraceSelectLevel(1, &name);
   }
   void TearDown() override {
     machine.board = nullptr;
-    IpmiReset();
+    ForgetProgramState();
   }
 
   /// Runs a script of this text; the exit status. The message, when there is one, is in `message`.

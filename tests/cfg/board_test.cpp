@@ -93,7 +93,8 @@ TEST_F(Board, OperatorIsAskedUntilTheAnswerIsRight) {
   // The area has 9 free bytes by now and the field 7.
   machine.keys = u"1234567890123456789\ry";
   ExpectProgrammed(kAssetTag + "@STDIN:ASCII\n", {"\3201234567890123456\320"});
-  machine.keys = u"AB\ry";
+  ExpectProgrammed(kAssetTag + "\"\"\n", {"VWS225060417\xC0\xD0hearth"});
+  machine.keys = std::u16string(u"\0A\0B\r\0y", 7);
   ExpectProgrammed("FRUNAME SYSTEM\nFRUAREA Chassis\nFRUFIELD AM1 @STDIN:ASCII\n", {"\302AB\317Rail kit"});
   EXPECT_THAT(machine.console, HasSubstr("Enter the value for Chassis Additional Manufacturer Field 1:AB\n"));
 }
@@ -104,7 +105,8 @@ TEST_F(Board, ChassisTypeOfTheOperatorIsChecked) {
   EXPECT_THAT(machine.console,
               HasSubstr("The input '1G' is invalid, it must be a valid hexidecimal number from 01 to 1D.\n"));
   EXPECT_THAT(machine.console,
-              HasSubstr("The input '1E' is invalid, it must be a hexidecimal number from 01 to 1D.\n"));
+              HasSubstr("The input '1E' is invalid, it must be a hexidecimal number from 01 to "
+                        "1D.\nEnter the value for Chassis Type  :17\nIs this correct: '17'? n\n"));
   // The digits reach the field as they are, and it holds one byte.
   EXPECT_THAT(message, ::testing::StartsWith("Could not assign new data to the chassis area."));
 }
@@ -118,9 +120,10 @@ TEST_F(Board, WholeFileReplacesAnotherLayoutWhenTheOperatorAgrees) {
   machine.files[".\\NEW.FRU"] = file;
   const std::string header = "FRUNAME NEW.FRU\nFRUAREA Header\n";
   const std::string areas =
-      "FRUAREA InternalUse\nFRUAREA Chassis\nFRUAREA Board\nFRUAREA Product\nFRUAREA MultiRec 1\n";
+      "FRUAREA InternalUse\nFRUAREA Chassis\nFRUFIELD P# VW-CHN\nFRUAREA Board\nFRUAREA Product\nFRUAREA MultiRec 1\n";
 
-  machine.keys = u"xn";
+  // A key without an 8-bit character is none.
+  machine.keys = std::u16string(u"x\0n", 3);
   ExpectFailure(header, 5,
                 "The header in the FRU file 'NEW.FRU' does not match the header in the system FRU.  The FRU "
                 "cannot be updated.");
@@ -130,7 +133,7 @@ TEST_F(Board, WholeFileReplacesAnotherLayoutWhenTheOperatorAgrees) {
                 "The configuration file should update all the FRU ares in the file 'NEW.FRU', to avoid "
                 "corrupting the FRU.");
   machine.keys = u"Y";
-  ExpectProgrammed(header + areas, {std::string("\x01\x01\x03\x0C\x1C\x2A\x00\xA9", 8)});
+  ExpectProgrammed(header + areas, {std::string("\x01\x01\x03\x0C\x1C\x2A\x00\xA9", 8), "\306VW-CHN"});
   EXPECT_EQ(machine.console,
             "\nProcessing FRU File NEW.FRU...\n\n" + kHeaderQuestion + "Y\n" + kWritten + kUpdated);
 }
@@ -154,12 +157,13 @@ TEST_F(Board, AreasThatHoldNoFieldsAreCopiedWhole) {
 }
 
 TEST_F(Board, ValidationAnswersByItsTag) {
-  // The spare device is blank: it cannot be read at all, which is no failure here.
+  // The spare device is blank: it cannot be read at all, which is no failure here; its header holds nothing
+  // but zeros.
   const std::string spare = "FRUADDRESS 01\n";
   const std::pair<std::string, const char*> cases[] = {{"FRUAREA Board", "sound\n"},
                                                        {"FRUAREA Header", "sound\n"},
                                                        {spare + "FRUAREA Board", "damaged\n"},
-                                                       {spare + "FRUAREA Header", "damaged\n"},
+                                                       {spare + "FRUAREA Header", "sound\n"},
                                                        {spare + "FRUAREA MultiRec 1", "damaged\n"}};
   for (const auto& [area, shown] : cases) {
     EXPECT_EQ(Run("FRUNAME SYSTEM\n" + area +
@@ -193,7 +197,9 @@ TEST_F(Board, ComparedAreaIsNotWritten) {
 }
 
 TEST_F(Board, ScriptThatFailsInProcessingWritesNothing) {
-  const std::string chassis = "FRUAREA Chassis\nFRUFIELD ", invalid = "\nThe input '", x65(65, 'x');
+  const std::string chassis = "FRUAREA Chassis\nFRUFIELD ", invalid = "\nThe input '", x65(65, 'x'),
+                    x254(254, 'x');
+  machine.environment["LONG"] = std::u16string(254, u'x');
   struct {
     std::string line;
     int status;
@@ -214,6 +220,16 @@ TEST_F(Board, ScriptThatFailsInProcessingWritesNothing) {
       {chassis + "CT 1G", 7,
        "1G is not a valid input for the FRUFIELD command.  The value must be a valid hexidecimal number."},
       {chassis + "AM9 xx", 7, "No such FRU field."},
+      // The address goes to the block that runs, whose FRU has been read from another.
+      {"IFSET none\nFRUNAME SYSTEM\nENDIF\nFRUADDRESS AT24C02 03 A0\nFRUAREA Product\nFRUFIELD P# XX-1", 7,
+       "The Product area does not exist in the system FRU, it cannot be updated."},
+      {"FRUNAME SYSTEM\nFRUADDRESS AT24C02 03 A0\nFRUAREA Product size=160", 7, "Failed to resize FRU Area."},
+      {"FRUFIELD S# @ENVFILE:ASCII:LONG:1", 2, "Unable to retrieve file for FRU field input " + x254 + "."},
+      {"FRUNAME " + x254, 2, "Unable to retrieve file " + x254 + "."},
+      // What was said before does not count for a failure without words.
+      {"IFSET none\nPROBE FRUFIELD XY a\nENDIF\nFRUNAME SYSTEM\nFRUADDRESS 01\nFRUAREA Board VALIDATE OK\n" +
+           kAssetTag + "@FILE:ASCII:NONE.TXT:1",
+       7, ""},
       {"FRUNAME NONE.FRU", 2, "Could not open FRU file \".\\NONE.FRU\"."},
       {"FRUNAME \"\"", 7, "FRU file name is null."},
       {"FRUNAME SYSTEM\nFRUADDRESS AT24C02 03 A0\nFRUAREA Board", 7,
@@ -240,10 +256,11 @@ TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
   machine.keys = u"4\r2\ryyVWS226010001\ryASSET-100\ry";
   ExpectProgrammed(Sample("MASTER.CFG"),
                    {"VW-S2-MB-R4", "VWS226010001\311ASSET-100", "hearth_s2_r4.fru", "VWSB25061234"});
-  EXPECT_THAT(machine.console, HasSubstr("3\tNone of these: leave without any change\n42\n2\n"
-                                         "Is the second fan fitted? [Y/N] y\n\n"
-                                         "Enter serial number and asset tag now? [Y/N] y\n\n"
-                                         "\nProcessing FRU File HEARTHS2.FRU...\n\n"));
+  EXPECT_THAT(machine.console,
+              HasSubstr("3\tNone of these: leave without any change\n42\n2\n"
+                        "Is the second fan fitted? Press Y or N, no Enter: y\n\n"
+                        "Enter serial number and asset tag now? Press Y or N, no Enter: y\n\n"
+                        "\nProcessing FRU File HEARTHS2.FRU...\n\n"));
   EXPECT_THAT(machine.console, EndsWith("\nSDRs written successfully.\n" + kWritten + kRefreshed + kUpdated));
   EXPECT_EQ(Content("board.bin")[0x1A], 0x11) << "the pedestal's chassis type";
   std::string records = Content("sdr.bin");
@@ -252,6 +269,19 @@ TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
   machine.keys = u"3\r";
   EXPECT_EQ(Run(Sample("MASTER.CFG")), 0);
   EXPECT_THAT(machine.console, EndsWith("Nothing was changed.\n"));
+}
+
+TEST_F(Board, PackageOfTheSamplesLeavesAnotherBoardAlone) {
+  // Another product of SMBIOS, or another word of the BMC for its board.
+  const std::string guards[] = {"PROBE SYSTEM HEARTH ", "PROBE BASEBOARD_PRODID 2E "};
+  for (const std::string& guard : guards) {
+    std::string script = Sample("MASTER.CFG");
+    Replace(script, guard, guard.substr(0, guard.size() - 2) + "F ");
+    machine.keys = u"";
+    EXPECT_EQ(Run(script), 0x20);
+    EXPECT_THAT(machine.console, EndsWith("\nThis is not a Hearth S2 server board. Nothing was changed.\n"));
+    EXPECT_EQ(RequestCount("0A/0"), 0) << "neither read nor written";
+  }
 }
 
 TEST_F(Board, SamplesAreRead) {

@@ -1,17 +1,17 @@
 #include "cfg/cfg_command.h"
-#include "cfg/flow_commands.h"
 #include "tests/cfg/script_test.h"
 
 namespace varnok {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using Command = testing::ScriptTest;
 
 std::vector<std::string> Tokens(std::string_view text) {
   std::vector<std::string> tokens;
-  std::string token;
-  while (CCfgCommand::GetNextInput(text, token)) tokens.push_back(token);
+  std::string_view token;
+  while (CCfgCommand::GetNextInput(text, token)) tokens.emplace_back(token);
   return tokens;
 }
 
@@ -28,7 +28,7 @@ TEST_F(Command, CharacterIsFoundByItsOccurrence) {
 }
 
 TEST_F(Command, DisplayedTextIsBounded) {
-  CCfgCommand::Display("%hs", std::string(600, 'x'));
+  EXPECT_TRUE(CCfgCommand::Display("%hs", std::string(600, 'x')));
   CCfgCommand::DisplayWide("%ls", std::u16string(2000, u'y'));
   EXPECT_EQ(machine.console, std::string(511, 'x') + std::string(1023, 'y'));
   CCfgCommand::Callbacks().display = nullptr;
@@ -71,6 +71,9 @@ TEST_F(Command, ValueIsALineOfAFileAndTwoShorterThanItsBuffer) {
   EngineMessage().Reset();
   EXPECT_EQ(read("MISSING", 1), "-kept");
   EXPECT_EQ(Message(), "");
+  std::string value;
+  EXPECT_FALSE(CCfgCommand::GetStringFromFile("V.TXT", value, 0, 1));
+  EXPECT_EQ(Message(), "Unable to retrieve file V.TXT.");
 }
 
 TEST_F(Command, VariableOfTheEnvironmentIsCutToItsBuffer) {
@@ -81,12 +84,14 @@ TEST_F(Command, VariableOfTheEnvironmentIsCutToItsBuffer) {
   EXPECT_EQ(value, "123");
   EXPECT_TRUE(CCfgCommand::GetEnvVariable(std::string(1023, 'N'), value, 64));
   EXPECT_EQ(value, "123") << "kept";
+  CCfgCommand::Callbacks().getEnvVar = nullptr;
+  EXPECT_FALSE(CCfgCommand::GetEnvVariable("SN", value, 3));
 }
 
 TEST_F(Command, FilesAreInTheScriptsDirectory) {
   machine.files["fs0:\\kit/T.CFG"] = "SET a\n";
-  CCfgSet command;
-  command.SetParser(&parser);
+  CCfgCommand command;
+  command.Adopt(nullptr, &parser, 0);
   std::u16string path;
   EXPECT_FALSE(command.GetFile(u"A.FRU", path, 256)) << "no script, no directory";
   ASSERT_EQ(parser.ParseFile(u"fs0:\\kit/T.CFG", nullptr), kSuccess);
@@ -107,16 +112,21 @@ TEST_F(Command, FactoryNeedsAParserAndAFile) {
   EXPECT_THAT(Message(), ::testing::StartsWith("Unrecoverable interanl error in 'cfgfile.dll' - command "));
   EXPECT_EQ(CCfgCommand::CreateCommand(nullptr, command, &parser), kBadLine);
   EXPECT_EQ(Message(), "Internal file error in 'cfgfile.dll'.");
+  std::string_view text;
+  EXPECT_FALSE(CCfgCommand().ReadLineFromFile(file, text));
+  EXPECT_EQ(Message(), "Reading from file failed.");
+  EXPECT_TRUE(CCfgCommand::IsSkipCmd(""));
   EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, &parser), kSuccess);
-  EXPECT_EQ(command->Type(), CommandType::Set);
+  EXPECT_STREQ(command->GetDisplayName(), "SET");
   EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, &parser), ~std::uint64_t{0});
 }
 
 TEST_F(Command, LinesOfASmallerControllerArePassedOver) {
   EXPECT_EQ(Run("PEFNAME any \"thing\nmbmc_pgm x\nMBMC_RMW\nTableName " + std::string(400, 'x')), kSuccess);
-  EXPECT_EQ(parser.Commands().size(), 4u);
-  EXPECT_EQ(parser.Commands().front()->GetDisplayName(), nullptr);
-  EXPECT_STREQ(CommandName(CommandType::BmcRefresh), "INVLALID_COMMAND_TYPE");
+  EXPECT_EQ(std::ranges::distance(parser.Commands()), 4);
+  EXPECT_EQ(parser.Commands().front().GetDisplayName(), nullptr);
+  ASSERT_EQ(Load("BMC_REFRESH"), kSuccess);
+  EXPECT_STREQ(parser.Commands().front().GetDisplayName(), "INVLALID_COMMAND_TYPE");
 }
 
 TEST_F(Command, LineIsRefused) {
@@ -136,34 +146,110 @@ TEST_F(Command, LineIsRefused) {
 TEST_F(Command, TooFewOrTooManyParametersAreRefused) {
   struct {
     const char* command;
+    const char* name;    ///< the class in the log
     Status missing;      ///< status without a parameter; kSuccess where none is asked for
     const char* most;    ///< as many parameters as are taken
     Status extra;        ///< status with one more; kSuccess where there is no limit
     const char* before;  ///< the line in front
   } const cases[] = {
-      {"SET", kBadLine, " a", kTooMany, "BOOT"},
-      {"CLEAR", kBadLine, " a", kTooMany, "BOOT"},
-      {"IFSET", kBadLine, "", kSuccess, "BOOT"},
-      {"ELSE", kSuccess, "", kBadLine, "IFSET a"},
-      {"ERRORLEVEL", kSuccess, " 1", kTooMany, "BOOT"},
-      {"CONFIGURATION", kBadLine, " a b c", kTooMany, "BOOT"},
-      {"BOOT", kSuccess, "", kTooMany, "BOOT"},
-      {"DISPLAY", kBadLine, " a", kTooMany, "BOOT"},
-      {"PROMPT", kBadLine, " a", kBadLine, "BOOT"},
-      {"MENUTITLE", kBadLine, " a", kTooMany, "BOOT"},
-      {"FOUND", kBadLine, " a b", kTooMany, "PROBE HWID a"},
-      {"FRUNAME", kBadLine, " a", kTooMany, "BOOT"},
-      {"FRUAREA", kBadLine, " Board COMPARE", kTooMany, "FRUNAME a"},
-      {"FRUFIELD", kBadLine, "", kSuccess, "FRUNAME a"},
-      {"SDRNAME", kBadLine, " a.sdr last COMPARE First", kTooMany, "BOOT"},
-      {"CLEARSDR", kSuccess, "", kTooMany, "BOOT"},
+      {"SET", "CCfgSet", kBadLine, " a", kTooMany, "BOOT"},
+      {"CLEAR", "CCfgClear", kBadLine, " a", kTooMany, "BOOT"},
+      {"IFSET", "CCfgIfSet", kBadLine, "", kSuccess, "BOOT"},
+      {"ELSE", "CCfgElse", kSuccess, "", kBadLine, "IFSET a"},
+      {"ERRORLEVEL", "CCfgErrorLevel", kSuccess, " 1", kTooMany, "BOOT"},
+      {"CONFIGURATION", "CCfgConfiguration", kBadLine, " a b c", kTooMany, "BOOT"},
+      {"BOOT", "CCfgBoot", kSuccess, "", kTooMany, "BOOT"},
+      {"DISPLAY", "CCfgDisplay", kBadLine, " a", kTooMany, "BOOT"},
+      {"PROMPT", "CCfgPrompt", kBadLine, " a", kBadLine, "BOOT"},
+      {"MENUTITLE", "CCfgMenu", kBadLine, " a", kTooMany, "BOOT"},
+      {"FOUND", "CCfgFound", kBadLine, " a b", kTooMany, "PROBE HWID a"},
+      {"FRUNAME", "CCfgFruName", kBadLine, " a", kTooMany, "BOOT"},
+      {"FRUADDRESS", "CCfgFruAddress", kTooMany, "", kSuccess, "FRUNAME a"},
+      {"FRUAREA", "CCfgFruArea", kBadLine, " Board COMPARE", kTooMany, "FRUNAME a"},
+      {"FRUFIELD", "CCfgFruField", kBadLine, "", kSuccess, "FRUNAME a"},
+      {"SDRNAME", "CCfgSdrName", kBadLine, " a.sdr last COMPARE First", kTooMany, "BOOT"},
+      {"CLEARSDR", "CCfgSdrClear", kSuccess, "", kTooMany, "BOOT"},
   };
   for (const auto& each : cases) {
     std::string line = std::string(each.before) + "\n" + each.command;
-    if (each.missing != kSuccess) ExpectRefused(line, 2, each.missing, Missing(each.command));
-    if (each.extra != kSuccess)
+    const std::string read = std::string(each.name) + "::ReadFromFile - ";
+    auto expectLogged = [&](const std::string& reason) {
+      EXPECT_THAT(machine.TraceLines(), Contains(read + reason));
+    };
+    if (each.missing != kSuccess) {
+      ExpectRefused(line, 2, each.missing, Missing(each.command));
+      expectLogged("Missing first parameter");
+    }
+    if (each.extra != kSuccess) {
       ExpectRefused(line + each.most + " now  \"x\"", 2, each.extra, Extra(each.command, "now  \"x\""));
+      expectLogged("Too many parameters");
+    }
+    ExpectRefused(line + " \"", 2, kBadLine, "Invalid number of quotes in line.");
+    expectLogged("Unable to read the line");
   }
+}
+
+/// What a visitor is told, as text.
+struct Listing : ScriptVisitor {
+  void Command(const CCfgCommand& command) override {
+    text += Format("\n%d %s [%s]", command.Line() + 1, command.Keyword(), command.Parameters());
+  }
+  void Fact(ScriptFact kind, std::string_view what, std::uint32_t line) override {
+    const char* names[] = {"tests", "sets",  "yes", "no",  "clears", "asks",
+                           "item",  "value", "fru", "sdr", "file",   "env"};
+    text += Format(" %s:%s@%d", names[static_cast<std::size_t>(kind)], what, line + 1);
+  }
+  void EnterBranch() override { text += " {"; }
+  void LeaveBranch() override { text += " }"; }
+  std::string text;
+};
+
+TEST_F(Command, ReaderOutsideIsToldTheScript) {
+  ASSERT_EQ(
+      Load(
+          "SET a // x\nIFSET a \"b c\"\n  CLEAR a\nIFSET d\nELSE\nPEFNAME x\nENDIF\nELSE\nPROMPT \"Q r?\"\n"
+          "YES y\nNO n\nENDIF\nMENU m \"M 1\"\nMENU z\nMENUPROMPT\nPROBE PING 3 A0\n\nFOUND f g\n"
+          "FRUNAME a.fru\nFRUAREA Board VALIDATE ok\nFRUNAME system\nFRUAREA Product\nFRUFIELD AT @STDIN:ASCII\n"
+          "FRUFIELD AT @ENV:ASCII:V\nFRUFIELD AT @FILE:ASCII:f.txt:1\nSDRNAME s.sdr LAST\n"),
+      kSuccess);
+  Listing listing;
+  WalkScript(parser.Commands(), listing);
+  EXPECT_EQ(
+      listing.text,
+      "\n1 SET [a] sets:a@1\n2 IFSET [a \"b c\"] tests:a@2 tests:b c@2 {\n3 CLEAR [a] clears:a@3"
+      "\n4 IFSET [d] tests:d@4 { }\n5 ELSE [] { } }\n8 ELSE [] {\n9 PROMPT [\"Q r?\"] asks:Q r?@9 yes:y@10 no:n@11 }"
+      "\n13 MENU [m \"M 1\"] asks:@13 item:M 1@13 sets:m@13 item:z@14\n16 PROBE [PING 3 A0] yes:f@18 no:g@18"
+      "\n19 FRUNAME [a.fru] fru:a.fru@19\n20 FRUAREA [Board VALIDATE ok] yes:ok@20\n21 FRUNAME [system]"
+      "\n22 FRUAREA [Product]\n23 FRUFIELD [AT @STDIN:ASCII] value:AT@23\n24 FRUFIELD [AT @ENV:ASCII:V] env:V@24"
+      "\n25 FRUFIELD [AT @FILE:ASCII:f.txt:1] file:f.txt@25\n26 SDRNAME [s.sdr LAST] sdr:s.sdr@26");
+}
+
+TEST_F(Command, LogFollowsEveryOperationInAndOut) {
+  const char* arguments[] = {"varnok", "-debug3"};
+  TraceSelectLevel(2, arguments);
+  machine.keys = u"y";
+  ASSERT_EQ(
+      Run("SET a\nIFSET a\nIFSET b\nELSE\nCLEAR a\nENDIF\nENDIF\nPROMPT q\nYES y\nBMC_REFRESH\nPROBE HWID x\n"
+          "FOUND a b\n"),
+      kSuccess);
+  parser.DebugPrint();
+  EXPECT_EQ(Load("SET \xE9y"), kBadLine);
+  std::vector<std::string> open, seen;
+  for (const std::string& line : machine.TraceLines()) {
+    std::string name = line.substr(0, line.rfind(" ["));
+    if (line.ends_with(" [ENTRY]")) open.push_back(name), seen.push_back(name);
+    if (!line.ends_with(" [EXIT]")) continue;
+    ASSERT_EQ(open.back(), name);
+    open.pop_back();
+  }
+  EXPECT_THAT(open, ElementsAre());
+  for (const char* name : {"CCfgBmcRefresh::ReadFromFile", "CCfgIfSet::DebugPrint", "CCfgElse::Process",
+                           "CCfgProbeHwId::ValidateParams", "CCfgProbeHwId::Process", "CCfgFound::Process"})
+    EXPECT_THAT(seen, Contains(name));
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), "CCfgCommand::CreateCommand"), 13)
+      << "one a command, and one at the end";
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), "CCfgIfSet::ReadFromFile"), 2);
+  EXPECT_THAT(machine.TextOf("DBGLOG.txt"), ::testing::HasSubstr("Buffer p_buff[]\r\n E9 79 00"));
 }
 
 }  // namespace

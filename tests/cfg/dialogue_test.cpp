@@ -1,5 +1,4 @@
 // DISPLAY, PROMPT with YES and NO, MENUTITLE, MENU and MENUPROMPT.
-#include "cfg/menu_command.h"
 #include "tests/cfg/script_test.h"
 
 namespace varnok {
@@ -23,11 +22,36 @@ TEST_F(Dialogue, PromptSetsTheTagOfItsAnswer) {
   EXPECT_EQ(parser.TagCount(), 2u);
 }
 
-TEST_F(Dialogue, InputThatFailsCountsAsAYes) {
-  machine.keys = u"x\x0416";
+TEST_F(Dialogue, InputThatFailsCountsAsAYesAndAKeyWithoutACharacterAsNone) {
+  CCfgCommand::Callbacks().inputChar = [](char& key) {
+    key = 'x';
+    return 0;
+  };
   EXPECT_EQ(Run("PROMPT A?\nYES Y\nNO N\nBOOT"), kSuccess);
   EXPECT_TRUE(parser.IsTagSet("Y"));
   EXPECT_EQ(machine.console, "A? x\n");
+  CCfgCommand::Callbacks().inputChar = InputChar;
+  // A cursor key, and what a layout has for a letter beyond 8 bits, are delivered as a character that nobody
+  // waits for.
+  machine.keys = std::u16string(
+      u"\0n\0"
+      u"1\0\r",
+      6);
+  EXPECT_EQ(Run("PROMPT A?\nYES Y\nNO N\nMENU M\nMENU X\nMENUPROMPT"), kSuccess);
+  EXPECT_EQ(parser.FindTag("N") + 10 * parser.FindTag("M"), 10);
+}
+
+TEST_F(Dialogue, TagIsSetBeforeTheAnswerIsShown) {
+  static CCfgParser* current;
+  static std::string order;
+  current = &parser;
+  order.clear();
+  CCfgCommand::Callbacks().display = [](std::u16string_view text) {
+    order += Narrow(text) + (current->IsTagSet("Y") ? "set " : "unset ");
+  };
+  machine.keys = u"y";
+  EXPECT_EQ(Run("PROMPT A?\nYES Y\nBOOT"), kSuccess);
+  EXPECT_EQ(order, "A?unset  unset y\nset ");
 }
 
 TEST_F(Dialogue, PromptIsRefused) {
@@ -74,6 +98,9 @@ TEST_F(Dialogue, MenuAnswerTakesItsBaseFromItsPrefix) {
 
 TEST_F(Dialogue, MenuIsRefused) {
   ExpectRefused("MENU\nMENUPROMPT", 1, kTooMany, Missing("MENU"));
+  ExpectRefused("BOOT\nMENU a \"b\nMENUPROMPT", 2, kBadLine, "Invalid number of quotes in line.");
+  ExpectRefused("MENU " + std::string(295, 'x') + "\nMENUPROMPT", 1, kBadLine,
+                "Too many characters on the line: 300.  Must be less than 255.");
   ExpectRefused("MENU a\nSET b\nMENUPROMPT", 2, kOutOfPlace,
                 "The 'SET' command cannot be used between MENUTITLE, MENU, and MENUPROMPT.");
   ExpectRefused("MENU a\nMENU b\n", 3, kBadLine,

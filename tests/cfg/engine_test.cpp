@@ -16,18 +16,18 @@ constexpr Status kRefused = 0xC000000000090011;
 class Engine : public ::testing::Test {
  protected:
   Engine() {
-    ScriptedIpmi bmc(machine);
     for (int i = 0; i < 2; ++i)
       bmc.Expect(0x06, 0x01)
           .Reply({0x20, 0x81, 0x01, 0x05, 0x02, 0xBF, 0x40, 0xE2, 0x01, 0x11, 0x43, 1, 2, 3, 4});
     EXPECT_EQ(CfgMain::Initialize(), kSuccess);
-    CfgFile::SetDisplayCallback(DisplayText);
+    Discard(CfgFile::SetDisplayCallback(DisplayText));
   }
   Status Load(std::string script) {
     machine.files[".\\T.CFG"] = std::move(script);
     return CfgMain::LoadConfigurationFromFile(u"T.CFG", nullptr);
   }
   testing::TestFirmware machine;
+  ScriptedIpmi bmc{machine};
   std::uint64_t level = 99;
   const char16_t* text = nullptr;
 };
@@ -54,7 +54,7 @@ TEST(EngineStart, FailsWithoutMemoryOrBmc) {
       machine.TraceLines(),
       ::testing::Contains(
           "CfgMain::ProcessCommands - Unable to process commmands since interfaces are not initialized"));
-  IpmiReset();
+  ForgetProgramState();
   EXPECT_EQ(CfgMain::Initialize(), 0xC000000000090004);
   EXPECT_EQ(machine.TraceLines().back(),
             "CfgMain::Initialize - Unable to read BMC type and version resource for this module");
@@ -70,6 +70,15 @@ TEST_F(Engine, StepsNeedTheOnesBefore) {
   EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), kRefused);
   EXPECT_EQ(CfgFile::ProcessCommands(), kSuccess);
   EXPECT_EQ(CfgMain::CommitConfigurationToSystem(), kSuccess);
+}
+
+TEST_F(Engine, OutputFileTakesTheLinesAndAStartForgetsMessages) {
+  EXPECT_EQ(CfgFile::SetOutputFile("CFG.TMP"), kSuccess);
+  EXPECT_EQ(Load("SET a"), kSuccess);
+  EXPECT_EQ(machine.TextOf("CFG.TMP"), "SET a\n");
+  CCfgParser::SetLastError("old");
+  EXPECT_EQ(CfgMain::Initialize(), kSuccess);
+  EXPECT_EQ(CCfgParser::GetLastError(), u"");
 }
 
 TEST_F(Engine, LevelIsTakenOffTheStatus) {

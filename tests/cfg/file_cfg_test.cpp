@@ -14,66 +14,46 @@ class FileCfg : public ::testing::Test {
     file = CFileCfg("S.CFG");
   }
   // What is read, "-" for nothing.
-  std::string Keyword(std::size_t size = 256) { return file.GetFirstInput(text_, size) ? text_ : "-"; }
-  std::string Argument(std::size_t size = 256) { return file.GetNextInput(text_, size) ? text_ : "-"; }
-  std::string Rest(std::size_t size = 256) { return file.GetRemainingLine(text_, size) ? text_ : "-"; }
+  std::string_view Keyword(std::size_t size = 256) { return file.GetFirstInput(text_, size) ? text_ : "-"; }
+  std::string_view Argument(std::size_t size = 256) { return file.GetNextInput(text_, size) ? text_ : "-"; }
+  std::string_view Rest(std::size_t size = 256) { return file.GetRemainingLine(text_, size) ? text_ : "-"; }
 
   testing::TestFirmware machine;
   CFileCfg file{"MISSING.CFG"};
 
  private:
-  std::string text_;
+  std::string_view text_;
 };
 
-TEST_F(FileCfg, FileThatCannotBeReadHasNoLines) {
-  EXPECT_FALSE(file.IsLoaded());
-  EXPECT_TRUE(file.EndOfFile());
-}
-
 TEST_F(FileCfg, KeywordsComeFromTrimmedLinesOfAnyLineEnd) {
+  EXPECT_TRUE(!file.IsLoaded() && file.EndOfFile()) << "a file that cannot be read has no lines";
   Read(" \tSET a \rCLEAR\tb\n\r// note\r\n\n  ENDIF");
   for (const char* keyword : {"SET", "CLEAR", "ENDIF"}) EXPECT_EQ(Keyword(), keyword);
   EXPECT_EQ(file.GetCurrentLineNumber(), 4u);
-  EXPECT_EQ(Keyword(), "-");
+  // A number past the end only goes back to the line's start.
+  file.SetCurrentLineNumber(5);
+  for (const char* keyword : {"ENDIF", "-"}) EXPECT_EQ(Keyword(), keyword);
   EXPECT_TRUE(file.EndOfFile());
   Read("DISPLAY \"see http://x\"");
   EXPECT_EQ(file.CurrentLine(), "DISPLAY \"see http:") << "a comment is cut inside quotes, too";
 }
 
-TEST_F(FileCfg, RoomIsTestedAgainstTheKeywordAndTheArgumentsColumn) {
-  Read("PROBE ab");
+TEST_F(FileCfg, WhatIsReadMustFitItsRoom) {
+  // That of an argument is tested against its column. Two adjacent quotes are no argument.
+  Read("PROBE  one \"two words\"three \"\" x\n\n");
   EXPECT_EQ(Keyword(5), "-");
   file.SetCurrentLineNumber(0);
   EXPECT_EQ(Keyword(6), "PROBE");
-  EXPECT_EQ(Argument(8), "-");
+  EXPECT_EQ(Argument(10), "-");
   file.SetCurrentLineNumber(0);
   Keyword();
-  EXPECT_EQ(Argument(9), "ab");
-}
-
-TEST_F(FileCfg, ArgumentsAreWordsOrQuotedTexts) {
-  Read("PROBE  one \"two words\"three \"\" x");
-  Keyword();
-  // Two adjacent quotes are no argument.
-  for (const char* argument : {"one", "two words", "three", "-"}) EXPECT_EQ(Argument(), argument);
-}
-
-TEST_F(FileCfg, RestOfALineKeepsItsLeadingBlanks) {
-  Read("SET   a b\n\n");
-  Keyword();
-  EXPECT_EQ(Rest(6), "-");
-  EXPECT_EQ(Rest(7), "   a b");
+  EXPECT_EQ(Argument(11), "one");
+  EXPECT_EQ(Rest(22), "-");
+  EXPECT_EQ(Rest(23), " \"two words\"three \"\" x") << "leading blanks are kept";
+  for (const char* argument : {"two words", "three", "-"}) EXPECT_EQ(Argument(), argument);
   file.SetCurrentLineNumber(1);
   EXPECT_TRUE(file.IsLineEmpty());
   EXPECT_EQ(Rest(), "-");
-}
-
-TEST_F(FileCfg, LineNumberPastTheEndOnlyGoesBackToTheLinesStart) {
-  Read("SET a\nCLEAR a");
-  Keyword();
-  EXPECT_EQ(Keyword(), "CLEAR");
-  file.SetCurrentLineNumber(2);
-  EXPECT_EQ(Keyword(), "CLEAR");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SET, CLEAR, IFSET, ELSE, ENDIF, ERRORLEVEL, CONFIGURATION and BOOT.
-#include "cfg/block_commands.h"
+#include "cfg/block.h"
 #include "tests/cfg/script_test.h"
 
 namespace varnok {
@@ -46,12 +46,14 @@ TEST_F(Flow, BlockIsRefused) {
 
 TEST_F(Flow, CursorWalksABody) {
   ASSERT_EQ(Load("IFSET a\nSET b\nSET c\nENDIF"), kSuccess);
-  CCfgCommand& block = *parser.Commands().front();
+  CCfgCommand& block = parser.Commands().front();
   const CommandList& body = block.AsBlock()->Body();
-  for (CCfgCommand* next : {body[0].get(), body[1].get(), static_cast<CCfgCommand*>(nullptr)})
-    EXPECT_EQ(block.Next(), next);
-  for (CCfgCommand* previous : {body[1].get(), body[0].get(), static_cast<CCfgCommand*>(nullptr)})
-    EXPECT_EQ(block.Previous(), previous);
+  CCfgCommand *first = &body.front(), *second = &body.back(), *none = nullptr;
+  for (CCfgCommand* next : {first, second, none}) EXPECT_EQ(block.Next(), next);
+  for (CCfgCommand* previous : {second, first, none}) EXPECT_EQ(block.Previous(), previous);
+  block.Next();
+  block.ResetLink();
+  EXPECT_EQ(block.Next(), first);
 }
 
 TEST_F(Flow, DebugPrintShowsBlocksWithoutTheirElse) {
@@ -59,6 +61,9 @@ TEST_F(Flow, DebugPrintShowsBlocksWithoutTheirElse) {
             kSuccess);
   parser.DebugPrint();
   EXPECT_EQ(machine.console, "IFSET a b c\nERRORLEVEL 1F\nIFSET d\nBoot\nERRORLEVEL 00\n");
+  machine.console.clear();
+  parser.Commands().front().AsBlock()->Choose()->DebugPrint();
+  EXPECT_EQ(machine.console, "ELSE\nBoot\n") << "by itself";
 }
 
 TEST_F(Flow, ErrorLevelStopsTheScript) {

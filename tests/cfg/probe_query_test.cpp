@@ -44,6 +44,7 @@ TEST_F(ProbeQuery, FoundSetsOneTagOrTheOther) {
 
 TEST_F(ProbeQuery, OneRequest) {
   const Bytes sound = {8, 1, 0, 0, 0, 0, 0, 0, 0xFF}, damaged = {8, 1, 0, 0, 0, 0, 0, 0, 0xFE};
+  ScriptedIpmi bmc(machine);
   ASSERT_EQ(FruData::Initialize(), kSuccess);
   struct {
     const char* probe;
@@ -64,7 +65,6 @@ TEST_F(ProbeQuery, OneRequest) {
   };
   for (const auto& [probe, query, yes, no, failure] : cases) {
     SCOPED_TRACE(probe);
-    ScriptedIpmi bmc(machine);
     bmc.Expect(query.netFunction, query.command, query.data).Reply(yes);
     EXPECT_EQ(Ask(probe), "yes");
     bmc.Expect(query.netFunction, query.command, query.data).Reply(no);
@@ -75,9 +75,8 @@ TEST_F(ProbeQuery, OneRequest) {
     EXPECT_EQ(Ask(probe), failure == "no" ? failure : "FFFFFE09" + failure);
   }
   const char16_t* text = nullptr;
-  FruData::GetLastErrorMessage(text);
+  Discard(FruData::GetLastErrorMessage(text));
   EXPECT_TRUE(text == nullptr || *text == 0) << "no message for a later failure";
-  FruData::Reset();
 }
 
 TEST_F(ProbeQuery, UnusualAnswers) {
@@ -129,7 +128,7 @@ TEST_F(ProbeQuery, KeyAndValueHaveTheirLengths) {
   EXPECT_EQ(Ask("BMCCONFIG Key \"\""), "C00000000009000C The probe value's length (3) is not valid.");
   ASSERT_EQ(Load("PROBE HWID x"), kSuccess);
   bool isFound = true;
-  EXPECT_EQ(static_cast<CCfgProbe&>(*parser.Commands()[0]).ProbeKeyValue(nullptr, "x", isFound), kBadValue);
+  EXPECT_EQ(static_cast<CCfgProbe&>(parser.Commands().front()).ProbeKeyValue({}, "x", isFound), kBadValue);
   EXPECT_EQ(Message(), "Unrecoverable internal error: Probe key/value input is invalid.");
 }
 
@@ -181,7 +180,7 @@ TEST_F(ProbeQuery, FirmwareVersion) {
     }
     bmc.ExpectFailing(kApp, kDeviceId, 0xC1, {});
     EXPECT_EQ(Ask(keyword + "01.05"), "C0000000000A0019 Unable to read FW version from the BMC.");
-    FwUpdate::DeInitialize();
+    Discard(FwUpdate::DeInitialize());
     EXPECT_EQ(Ask(keyword + "01.05"), "C0000000000A0008");
   }
 }
@@ -217,7 +216,7 @@ TEST_F(ProbeQuery, ControllerBehindABridge) {
 TEST_F(ProbeQuery, BridgeGivesUp) {
   ScriptedIpmi bmc(machine);
   ASSERT_EQ(Load("PROBE HWID x"), kSuccess);
-  auto& probe = static_cast<CCfgProbe&>(*parser.Commands()[0]);
+  auto& probe = static_cast<CCfgProbe&>(parser.Commands().front());
   IpmiMessage request, response;
   request.netFunction = kApp;
   request.command = kDeviceId;
@@ -229,8 +228,10 @@ TEST_F(ProbeQuery, BridgeGivesUp) {
   bmc.ExpectSend(3, 0x30, 2, kApp, kDeviceId).Reply({});
   for (int i = 0; i < 256; ++i) bmc.ExpectFetch().ReplyBridged(0x30, 1, kApp, kDeviceId, {});
   EXPECT_EQ(probe.ProcessSendMessage(request, response, 3, 0x30), 0xFFFFFE08) << "answers of others for ever";
-  request.dataLength = 57;
-  EXPECT_EQ(probe.ProcessSendMessage(request, response, 3, 0x30), kBadValue);
+  for (std::uint32_t length : {57, 65}) {
+    request.dataLength = length;
+    EXPECT_EQ(probe.ProcessSendMessage(request, response, 3, 0x30), kBadValue);
+  }
 }
 
 TEST_F(ProbeQuery, BridgedSequenceIsSharedAndRunsTo63) {

@@ -10,15 +10,15 @@ namespace varnok::testing {
 
 class ProbeScript : public ScriptTest {
  protected:
-  ProbeScript() { SmbiosInitialize(); }
+  ProbeScript() { Discard(SmbiosInitialize()); }
   ~ProbeScript() override {
     machine.smbiosEntryPoint = nullptr;
-    SmbiosInitialize();
+    Discard(SmbiosInitialize());
   }
 
   void Install(SmbiosBuilder& table) {
     table.Install(machine);
-    SmbiosInitialize();
+    Discard(SmbiosInitialize());
   }
 
   /// The answer as FOUND's tags tell it: "yes" or "no"; else the status that stopped the script, with the

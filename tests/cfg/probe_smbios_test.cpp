@@ -121,8 +121,8 @@ TEST_F(ProbeSmbios, ProcessorTdcAsksTheBmcToo) {
   SmbiosBuilder table;
   table.Add(4, Processor(0x206D7, kPopulated, 8), {"CPU 1"});
   table.Add(4, Processor(0x206D7, 0, 8), {"CPU 2"});
-  Install(table);
   ScriptedIpmi bmc(machine);
+  Install(table);
   bmc.Expect(0x30, 0x97, {1}).Reply({0x5A}).Expect(0x30, 0x97, {1}).Reply({0x5B});
   EXPECT_EQ(Ask("PROCESSOR_TDC 1 5A"), "yes");
   EXPECT_EQ(Ask("PROCESSOR_TDC 1 5A"), "no");

@@ -1,5 +1,4 @@
 // PROBE and FOUND while a script is read: keywords, parameters, places.
-#include "cfg/found_command.h"
 #include "tests/cfg/probe_script_test.h"
 
 namespace varnok {
@@ -71,6 +70,9 @@ TEST_F(ProbeSyntax, ValueOutOfItsRange) {
 TEST_F(ProbeSyntax, Keyword) {
   constexpr Status kBadType = 0xC000000000090010;
   ExpectRefused("PROBE", 1, kTooMany, Missing("PROBE"));
+  ExpectRefused("PROBE PING", 1, kTooMany, "Too many parameters for the PING command.");
+  EXPECT_THAT(machine.TraceLines(),
+              ::testing::Contains("CCfgProbePing::ValidateParams - Invalid parameters"));
   ExpectRefused("PROBE FOO", 1, kBadType, "'FOO' is not a valid probe type.");
   ExpectRefused("PROBE HWID a\"", 1, kBadLine, "Invalid number of quotes in line.");
   ExpectRefused("PROBE HWID \xE9", 1, kBadLine, Extra("PROBE", "\xE9"));
@@ -92,7 +94,7 @@ TEST_F(ProbeSyntax, FoundFollowsItsProbe) {
   for (const char* script :
        {"PROBE HWID a\n\n  // a comment\n\nfound A\nDISPLAY b", "PROBE HWID a\nDISPLAY b\n"}) {
     EXPECT_EQ(Load(script), kSuccess);
-    EXPECT_EQ(parser.Commands().size(), 2u) << script;
+    EXPECT_EQ(std::ranges::distance(parser.Commands()), 2) << script;
   }
   const std::pair<const char*, int> misplaced[] = {
       {"FOUND A", 1},
@@ -113,13 +115,11 @@ TEST_F(ProbeSyntax, FoundPrintsItsTags) {
        {std::pair{"FOUND A B", "FOUND:\tA\tB\n"}, {"FOUND A", "FOUND:\tA\n"}, {"FOUND", "FOUND\n"}}) {
     machine.files[".\\F.CFG"] = line;
     CFileCfg file(".\\F.CFG");
-    std::string keyword;
-    file.GetFirstInput(keyword, 256);
-    CCfgFound found;
-    found.SetParser(&parser);
-    found.ReadFromFile(file);
+    PoolPtr<CCfgCommand> found;
+    EXPECT_EQ(CCfgCommand::MakeCommand(&file, found, &parser), kSuccess);
+    Discard(found->ReadFromFile(file));
     machine.console.clear();
-    found.DebugPrint();
+    found->DebugPrint();
     EXPECT_EQ(machine.console, printed);
   }
 }

@@ -1,4 +1,5 @@
 // Long and deeply nested scripts: time grows with their length, and their nesting costs no stack.
+#include <malloc.h>
 #include <pthread.h>
 
 #include <algorithm>
@@ -43,12 +44,31 @@ TEST_F(Timed, TimeGrowsWithTheLengthOfTheScript) {
   EXPECT_LT(whole, 10 * quarter) << "four times the lines; a square law would take sixteen times as long";
 }
 
+TEST_F(Timed, ScriptTakesEightyBytesALineWithItsText) {
+  std::string script = LongScript(119'000, 11'900);
+  auto lines = static_cast<double>(std::count(script.begin(), script.end(), '\n'));
+  auto held = [] {
+    struct mallinfo2 info = mallinfo2();
+    return static_cast<double>(info.uordblks + info.hblkhd);
+  };
+  EXPECT_EQ(Load(script), kSuccess);
+  parser.Free();
+  double before = held();
+  ASSERT_EQ(parser.ParseFile(u"T.CFG", nullptr), kSuccess);
+  EXPECT_LE((held() - before) / lines, 80) << "(as glibc's allocator counts; others are not asked)";
+}
+
 TEST_F(Timed, SdrFileIsReplacedWithoutASearch) {
-  CCfgCommand refresh(CommandType::BmcRefresh), sdrName(CommandType::SdrName);
-  CCfgFileInputCommand file(InputFileKind::Sdr);
+  PoolPtr<CCfgCommand> refresh, sdrName;
+  machine.files["S.CFG"] = "BMC_REFRESH\nSDRNAME x";
+  CFileCfg script("S.CFG");
+  for (auto* command : {&refresh, &sdrName})
+    ASSERT_EQ(CCfgCommand::MakeCommand(&script, *command, &parser), kSuccess);
+  struct : CCfgFileInputCommand {
+  } file;
   auto fill = [&](int count) {
-    for (int i = 0; i < count; ++i) parser.AddUpdateCommand(refresh, nullptr, true);
-    for (int i = 0; i < count; ++i) parser.AddUpdateCommand(sdrName, &file, true);
+    for (int i = 0; i < count; ++i) parser.AddUpdateCommand(*refresh, nullptr, true);
+    for (int i = 0; i < count; ++i) parser.AddUpdateCommand(*sdrName, &file, true);
     parser.Free();
   };
   EXPECT_LT(Seconds([&] { fill(50'000); }), 40 * Seconds([&] { fill(5'000); }))

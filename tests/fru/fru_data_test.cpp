@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "firmware/lasting.h"
 #include "fru/fru_manager.h"
 #include "tests/fru/memory_fru.h"
 
@@ -45,7 +46,7 @@ class FruFront : public FruTest {
 };
 
 TEST_F(FruFront, ChecksItsStateInOrder) {
-  Reset();
+  ForgetProgramState();
   ExpectFailure(SelectList(FruList::System), kNotInitialized);
   EXPECT_EQ(machine.TraceLines().back(), "FruData::SelectList - Unexpected");
   EXPECT_EQ(SetOutputFile(""), kNotInitialized);
@@ -54,6 +55,7 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
   EXPECT_EQ(GetLastErrorMessage(text), kNotInitialized);
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(Narrow(text), kUnexpectedText);
+  IpmiLoadProtocol();
   machine.FailPoolAllocation(1);
   EXPECT_EQ(Initialize(), kInitializeFailed);
   EXPECT_EQ(SetPagingMode(true), kNotInitialized);
@@ -115,6 +117,10 @@ TEST_F(FruFront, FindsADeviceByItsHeader) {
                 "Invalid FRU header area in system FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF).");
   device.image[0] = 0xFF;
   ExpectFailure(FindFruAtAddressAndChecksumHeader({}), kNotIpmiFru, "The selected FRU is not an IPMI FRU.");
+  EXPECT_EQ(DisplaySelectedFru(), kDeviceNotFound);
+  EXPECT_EQ(machine.console, "\nCould not find the specified FRU Device.\n\n\n");
+  SetLastError(std::u16string(600, u'e'));
+  EXPECT_EQ(LastFruError(), std::string(511, 'e'));
   device.image.resize(4);
   ExpectFailure(FindFruAtAddressAndChecksumHeader({}),
                 static_cast<Status>(std::int64_t{ipmi_result::kCompletionCode}), "Unable to read FRU.");
@@ -271,14 +277,12 @@ TEST_F(FruFront, CopiesAreasFromTheFileImage) {
     EXPECT_EQ(CopyAreaFromFile({}, FruAreaId{area}), kSuccess) << area;
   ASSERT_EQ(CommitConfigurationToSystem(false), kSuccess) << "the system FRU stays selected";
   EXPECT_EQ(device.image, other);
-}
-
-TEST_F(FruFront, CommitsAFileOnlyByForce) {
+  // A file is committed by force only.
   LoadFile(FullImage());
   EXPECT_EQ(CommitConfigurationToSystem(false), kSuccess);
-  EXPECT_TRUE(device.log.empty());
+  EXPECT_EQ(device.image, other);
   EXPECT_EQ(CommitConfigurationToSystem(true), kSuccess);
-  EXPECT_FALSE(device.log.empty());
+  EXPECT_EQ(device.image, FullImage());
 }
 
 TEST_F(FruFront, ReadsDeviceAddressesFromArguments) {
@@ -303,13 +307,6 @@ TEST_F(FruFront, ReadsDeviceAddressesFromArguments) {
        {"imbdevice 00", "AT24CO2 03 A0", "IMBDEVICE", "IMBDEVICE 1", "IMBDEVICE 0G", "IMBDEVICE 00 L",
         "IMBDEVICE 00 L00 L00", "IMBDEVICE 00 C20 C20", "IMBDEVICE 00 01 02 03", "IMBDEVICE  00"})
     EXPECT_EQ(ParseAddress(line, count), kBadAddressArguments) << line;
-}
-
-TEST_F(FruFront, KeepsTheLastErrorWithinItsBuffer) {
-  SetLastError(std::u16string(600, u'e'));
-  EXPECT_EQ(LastFruError(), std::string(511, 'e'));
-  SetLastError(u"");
-  EXPECT_EQ(LastFruError(), "");
 }
 
 }  // namespace

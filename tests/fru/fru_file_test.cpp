@@ -103,8 +103,9 @@ TEST_F(FruFile, TellsOfABlockThatIsCutShort) {
   EXPECT_EQ(machine.errors, "");
   ASSERT_EQ(Read(content + record + record + "\n" + record + ")\n"), kSuccess) << LastFruError();
   EXPECT_EQ(fru->MultiRecords().size(), 2u);
-  EXPECT_EQ(machine.errors,
-            "varnok: a.fru: the Multi Record Area ends after 512 bytes; the lines behind them are not read\n");
+  EXPECT_EQ(
+      machine.errors,
+      "varnok: a.fru: the Multi Record Area ends after 512 bytes; the lines behind them are not read\n");
 }
 
 TEST_F(FruFile, EachValueThatCannotBeUsedHasItsText) {

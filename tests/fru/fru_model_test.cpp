@@ -73,52 +73,54 @@ TEST_F(FruModel, NamesItselfByTitleOrAddress) {
   std::array<char16_t, 50> buffer;
   FruDeviceAddress address = Device(nvs_type::kAt24c02, 5, 3, 0xA0);
   EXPECT_EQ(Narrow(CFru::GetFriendlyFruIdentifier(&address, buffer)), "ID(5) Addr(20) SlaveAddr(A0) Bus(3)");
-  address.displayName = std::u16string(60, u'x');
+  address.displayName.emplace(60, u'x');
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(&address, buffer), std::u16string(49, u'x'));
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(&address, std::span(buffer).first(49)), u"");
   EXPECT_EQ(CFru::GetFriendlyFruIdentifier(nullptr, buffer), u"");
 }
 
-class FruResize : public FruDeviceTest {
- protected:
-  FruResize() { EXPECT_EQ(Load(FullImage()), kSuccess); }
-  void ExpectHeader(const Bytes& offsets) {
-    EXPECT_EQ(AsText(fru->Header().GetData()), AsText(Header(offsets)));
-  }
-};
+using FruResize = FruDeviceTest;
 
-TEST_F(FruResize, MovesTheAreasBehindInTheHeader) {
-  EXPECT_EQ(fru->ResizeFruArea(BoardInfoArea, 64), kSuccess);
-  ExpectHeader({1, 2, 7, 15, 21});
-  EXPECT_EQ(fru->Board().GetLength(), 64u);
-  EXPECT_TRUE(fru->Board().IsValid());
-  EXPECT_EQ(fru->ResizeFruArea(BoardInfoArea, 48), kSuccess);
-  ExpectHeader({1, 2, 7, 13, 19});
-}
-
-TEST_F(FruResize, RefusesFieldsThatDoNotFitAndChangesNothing) {
+TEST_F(FruResize, MovesTheAreasBehindInTheHeaderOrSaysWhyNot) {
+  ASSERT_EQ(Load(FullImage()), kSuccess);
   const std::string maker(5 + static_cast<std::size_t>(fru->Board().GetPadLength()), 'x');
   ASSERT_TRUE(fru->Board().SetManufacturer(AsBytes(maker), 0xC0));
-  EXPECT_EQ(fru->ResizeFruArea(BoardInfoArea, 48), kSuccess) << "to the byte";
-  ExpectFailure(fru->ResizeFruArea(BoardInfoArea, 40), kFieldsTooBig,
-                "The FRU fields don't fit into the requested FRU AREA size.\n");
-  EXPECT_EQ(fru->Board().GetLength(), 48u);
-}
-
-TEST_F(FruResize, RefusesAreasThatDoNotFitButKeepsTheNewLength) {
-  // 169 bytes of 256 are in use; the device's size is the limit.
-  ExpectFailure(fru->ResizeFruArea(ProductInfoArea, 48 + 88), kAreasTooBig,
-                "The FRU areas don't fit into the FRU inventory area.\n");
-  EXPECT_EQ(fru->Product().GetLength(), 136u);
-  ExpectHeader({1, 2, 7, 13, 19});
-  device.image.resize(169 + 88, 0xFF);
-  EXPECT_EQ(fru->ResizeFruArea(ProductInfoArea, 48 + 88), kSuccess);
-  device.image.resize(2048, 0xFF);
-  EXPECT_EQ(fru->ResizeFruArea(ProductInfoArea, 512), kSuccess);
-  EXPECT_EQ(fru->ResizeFruArea(ProductInfoArea, 520), kAreasTooBig);
+  const char* fields = "The FRU fields don't fit into the requested FRU AREA size.\n";
+  const char* areas = "The FRU areas don't fit into the FRU inventory area.\n";
+  const Bytes unmoved{1, 2, 7, 13, 19};
+  struct Step {
+    FruAreaId area;
+    std::uint32_t length;
+    std::size_t deviceSize;
+    Status status;
+    const char* text;
+    Bytes offsets;
+    std::size_t kept;  ///< the area's length behind it
+  };
+  const Step steps[] = {
+      {BoardInfoArea, 64, 256, kSuccess, "", {1, 2, 7, 15, 21}, 64},
+      {BoardInfoArea, 48, 256, kSuccess, "", unmoved, 48},  // the fields fit to the byte
+      {BoardInfoArea, 40, 256, kFieldsTooBig, fields, unmoved, 48},
+      // 169 bytes are in use. An area that is too long keeps its length all the same, and moves nothing
+      // later.
+      {ProductInfoArea, 48 + 88, 256, kAreasTooBig, areas, unmoved, 136},
+      {ProductInfoArea, 48 + 88, 257, kSuccess, "", unmoved, 136},
+      {ProductInfoArea, 512, 2048, kSuccess, "", {1, 2, 7, 13, 66}, 512},
+      {ProductInfoArea, 520, 2048, kAreasTooBig, areas, {1, 2, 7, 13, 66}, 520},
+  };
+  for (const Step& step : steps) {
+    SCOPED_TRACE(step.length);
+    device.image.resize(step.deviceSize, 0xFF);
+    SetFruError(u"");
+    ExpectFailure(fru->ResizeFruArea(step.area, step.length), step.status, step.text);
+    EXPECT_EQ(AsText(fru->Header().GetData()), AsText(Header(step.offsets)));
+    EXPECT_EQ(fru->FindInfoArea(step.area)->GetLength(), step.kept);
+    EXPECT_TRUE(fru->FindInfoArea(step.area)->IsValid());
+  }
 }
 
 TEST_F(FruResize, NeedsAnInfoAreaAndTheDevicesSize) {
+  ASSERT_EQ(Load(FullImage()), kSuccess);
   for (FruAreaId area : {CommonHeaderArea, InternalUseArea, MultiRecordArea})
     ExpectFailure(fru->ResizeFruArea(area, 64), kUnsupported, kUnsupportedText);
   for (const MemoryFru::Answer& answer : {MemoryFru::Answer{0, {64}}, {0xCB, {0, 1, 0}}}) {

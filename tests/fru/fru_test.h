@@ -58,21 +58,12 @@ inline Status ParseAddress(const std::string& line, int& count) {
 template <class Base>
 class FruTestOn : public Base {
  protected:
-  FruTestOn() { Forget(); }
-  ~FruTestOn() override { Forget(); }
-
   static Status Decode(CFru& fru, const Bytes& header) {
     return fru.DecodeHeader(std::span<const std::uint8_t, CFruHeader::kLength>(header.data(), header.size()));
   }
   bool Says(std::string_view text) const { return machine.console.find(text) != std::string::npos; }
 
   TestFirmware machine;
-
- private:
-  static void Forget() {
-    FruData::Reset();
-    IpmiReset();
-  }
 };
 using FruTest = FruTestOn<::testing::Test>;
 

@@ -1,6 +1,4 @@
 // Writing with verification, and the display.
-#include <random>
-
 #include "app/services/console.h"
 #include "app/services/text_output.h"
 #include "tests/fru/memory_fru.h"
@@ -124,7 +122,7 @@ TEST_F(FruUpdate, EachDifferenceHasItsLine) {
   }
 }
 
-TEST_F(FruUpdate, FailuresOfWritingReadingAndMemory) {
+TEST_F(FruUpdate, FailuresOfWritingAndReading) {
   device.fault = [](int, MemoryFru::Answer& answer) { answer = {0x80, {}}; };
   ExpectFailure(fru->WriteToSystem(), kAreaNotWritten,
                 "Could not write FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF) to system.");
@@ -133,13 +131,11 @@ TEST_F(FruUpdate, FailuresOfWritingReadingAndMemory) {
   SetModes(FruWriteMode::Skip);
   device.image[0] = 0x02;
   EXPECT_EQ(fru->WriteToSystem(), kNotIpmiFru) << "verification reads, whatever was written";
-  machine.FailPoolAllocation(1);
-  ExpectFailure(fru->WriteToSystem(), kOutOfMemory, kNoMemoryText);
 }
 
 TEST_F(FruUpdate, AppendsWhatItPrintsAndWritesToTheOutputFile) {
   ASSERT_EQ(FruData::Initialize(), kSuccess);
-  FruData::SetDisplayHexCallback(DisplayHex);
+  Discard(FruData::SetDisplayHexCallback(DisplayHex));
   ASSERT_EQ(FruData::SetOutputFile("FRU.TMP"), kSuccess);
   SetModes(FruWriteMode::Skip);
   ASSERT_EQ(fru->SetAreaWriteMode(CommonHeaderArea, FruWriteMode::WriteAndVerify, 0), kSuccess);
@@ -242,25 +238,6 @@ TEST_F(FruUpdate, PagesAfterEachAreaUntilStopOrNonStop) {
   machine.keys = u"n";
   ExpectShown({"Display MultiRecord Area"});
   EXPECT_FALSE(IsPagingOn());
-}
-
-TEST_F(FruUpdate, AnyImageLoadsOrFails) {
-  // The same numbers on every run; two thirds of the images get a good header, so that the loops get deep.
-  std::minstd_rand numbers(20260101);
-  int loaded = 0;
-  for (int round = 0; round < 600; ++round) {
-    Bytes image = FullImage();
-    for (int changes = round % 3 == 0 ? 1000 : 1 + round % 4; changes > 0; --changes)
-      image[numbers() % 256] = static_cast<std::uint8_t>(numbers() >> 8);
-    if (round % 3 != 2) {
-      Bytes header = Header(Bytes(image.begin() + 1, image.begin() + 6));
-      std::copy(header.begin(), header.end(), image.begin());
-    }
-    if (Load(image) == kSuccess) ++loaded;
-    (void)fru->Display();
-    machine.console.clear();
-  }
-  EXPECT_GT(loaded, 0);
 }
 
 }  // namespace

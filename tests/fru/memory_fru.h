@@ -8,6 +8,7 @@
 #include "app/services/format.h"
 #include "firmware/ipmi_protocol.h"
 #include "tests/fru/fru_test.h"
+#include "tests/support/heap_count.h"
 
 namespace varnok::testing {
 
@@ -35,6 +36,7 @@ class MemoryFru : public IpmiProtocol {
   static Status OnSend(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command,
                        const std::uint8_t* data, std::uint32_t length) {
     auto& fru = *static_cast<MemoryFru*>(self);
+    Uncounted own;
     fru.header_ = {netFunction, lun, command};
     std::string line = Format("%02X/%02X:", netFunction, command);
     for (std::uint32_t i = 0; i < length; ++i) line += Format(" %02X", data[i]);

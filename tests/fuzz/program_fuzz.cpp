@@ -138,13 +138,11 @@ void Run(const std::vector<std::string>& parts, const fs::path& folder) {
   machine.fileText = parts[FileText];
   machine.keys = Widen(parts[Keys]);
 
-  IpmiReset();
   std::vector<std::string> arguments = testing::Split("VARNOK " + parts[CommandLine], " ");
   std::vector<char*> vector;
   for (std::string& argument : arguments) vector.push_back(argument.data());
   vector.push_back(nullptr);
   Main(static_cast<int>(arguments.size()), vector.data());
-  IpmiReset();
 }
 
 }  // namespace

@@ -34,13 +34,13 @@ struct Fw : ::testing::Test {
     ASSERT_EQ(FwUpdate::Initialize(), kSuccess);
   }
   void TearDown() override {
-    FwUpdate::DeInitialize();
+    Discard(FwUpdate::DeInitialize());
     TraceSelectLevel(0, nullptr);
   }
 
   std::string Message() {
     const char16_t* text = nullptr;
-    FwUpdate::GetLastErrorMessage(text);
+    Discard(FwUpdate::GetLastErrorMessage(text));
     return text == nullptr ? "(none)" : Narrow(text);
   }
   std::string LastTrace() {
@@ -49,7 +49,7 @@ struct Fw : ::testing::Test {
   }
   std::string Version(std::uint32_t area) {
     const char16_t* text = nullptr;
-    FwUpdate::SelectDeviceArea(area);
+    Discard(FwUpdate::SelectDeviceArea(area));
     EXPECT_EQ(FwUpdate::GetVersionFromSystem(text), kSuccess);
     return text == nullptr ? "(none)" : Narrow(text);
   }
@@ -86,7 +86,7 @@ TEST_F(Fw, InitialisationWithoutMemory) {
 }
 
 TEST_F(Fw, InitialisationWithoutAnswer) {
-  IpmiReset();
+  ForgetProgramState();
   IpmiLoadProtocol();
   bmc.ExpectSilence(6, 1);
   EXPECT_EQ(FwUpdate::Initialize(), fw_status::kNoBmcIdentity);
@@ -96,7 +96,7 @@ TEST_F(Fw, InitialisationWithoutAnswer) {
 }
 
 TEST_F(Fw, VersionOfEachArea) {
-  FwUpdate::SelectDeviceAddress(0x20);
+  Discard(FwUpdate::SelectDeviceAddress(0x20));
   ExpectDeviceId();
   EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), kSuccess);
   EXPECT_EQ(Version(1), "2.45");
@@ -114,7 +114,7 @@ TEST_F(Fw, VersionsNeedDeviceThenLoadThenArea) {
     EXPECT_EQ(Message(), "");
     EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), fw_status::kNothingSelected);
     EXPECT_EQ(LastTrace(), "FwUpdate::LoadConfigurationFromSystem - No device selected");
-    FwUpdate::SelectDeviceAddress(0x20);
+    Discard(FwUpdate::SelectDeviceAddress(0x20));
     bmc.ExpectSilence(6, 1);
     EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), fw_status::kExchangeFailed);
     EXPECT_EQ(LastTrace(), "CfwUpdate::ReadVersionFromSystem - ProcessMessage failed");
@@ -133,7 +133,7 @@ TEST_F(Fw, VersionsNeedDeviceThenLoadThenArea) {
 }
 
 TEST_F(Fw, VersionOfAnotherController) {
-  FwUpdate::SelectDeviceAddress(0xC0);
+  Discard(FwUpdate::SelectDeviceAddress(0xC0));
   bmc.ExpectSend(0, 0xC0, 1, 6, 1).Reply({});
   bmc.ExpectFetch().ReplyBridged(0xC0, 1, 6, 1, DeviceId());
   EXPECT_EQ(FwUpdate::LoadConfigurationFromSystem(), kSuccess);

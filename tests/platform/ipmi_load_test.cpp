@@ -61,14 +61,14 @@ TEST(IpmiLoad, InstalledProtocolIsTakenOrTheDriverStarted) {
     EXPECT_EQ(IpmiLoadProtocol(), one.result);
     EXPECT_EQ(machine.startedDrivers, std::vector<std::u16string>(one.startedDrivers, u".\\ipmi.efi"));
     EXPECT_EQ(machine.poolBlocks, one.keptBlocks);
-    IpmiReset();
+    ForgetProgramState();
     EXPECT_EQ(machine.poolBlocks, 0u);
   }
 }
 
 TEST(IpmiLoad, RequestBeforeLoadingFails) {
   TestFirmware machine;
-  IpmiReset();
+  ForgetProgramState();
   IpmiMessage response;
   EXPECT_EQ(IpmiTransaction({.targetAddress = kBmcAddress}, response), ipmi_result::kNotInstalled);
 }

@@ -87,9 +87,41 @@ TEST_F(Smbios, DisplayOfSystemBoardAndChassis) {
             " Asset Tag Number  = T-1\n");
 }
 
-TEST_F(Smbios, ChassisTypeWithoutNameIsUnknown) {
+TEST_F(Smbios, ChassisTypesHaveTheirNames) {
   const std::pair<std::uint8_t, std::string> cases[] = {
-      {0x00, "Unknown"}, {0x01, "Other"}, {0x1D, "BladeEnclosure"}, {0x1E, "Unknown"}, {0x97, "Unknown"}};
+      {0, "Unknown"},
+      {1, "Other"},
+      {2, "Unknown"},
+      {3, "Desktop"},
+      {4, "Low Profile Desktop"},
+      {5, "Pizza Box"},
+      {6, "Mini Tower"},
+      {7, "Tower"},
+      {8, "Portable"},
+      {9, "LapTop"},
+      {10, "Notebook"},
+      {11, "Hand Held"},
+      {12, "Docking Station"},
+      {13, "All in One"},
+      {14, "Sub Notebook"},
+      {15, "Space-Saving"},
+      {16, "Lunch Box"},
+      {17, "Main Server Chassis"},
+      {18, "Expansion Chassis"},
+      {19, "SubChassis"},
+      {20, "Bus Expansion Chassis"},
+      {21, "Peripheral Chassis"},
+      {22, "RAID Chassis"},
+      {23, "Rack Mount Chassis"},
+      {24, "Sealed-case PC"},
+      {25, "Multi-system chassis"},
+      {26, "CompactPCI Chassis"},
+      {27, "AdvancedTCA"},
+      {28, "Blade"},
+      {29, "BladeEnclosure"},
+      {30, "Unknown"},
+      {0x97, "Unknown"},  // a lockable rack
+  };
   for (const auto& [type, name] : cases) {
     machine.console.clear();
     table = {};
@@ -123,8 +155,8 @@ TEST_F(Smbios, FailuresAreTraced) {
   const char* arguments[] = {"varnok", "-debug1"};
   TraceSelectLevel(2, arguments);
   std::string text;
-  SmbiosDisplay();
-  SmbiosGetBiosVersion(text);
+  Discard(SmbiosDisplay());
+  Discard(SmbiosGetBiosVersion(text));
   TraceSelectLevel(0, nullptr);
   EXPECT_THAT(machine.TraceLines(), ElementsAre("SmbiosGetStructure - Structure not found",
                                                 "SmbiosDisplay - SMBIOS structure not found",
@@ -263,13 +295,13 @@ TEST_F(Smbios, DamagedByteOrCutTableIsReadWithinItsBounds) {
   const Bytes whole = table.table;
   auto readAll = [&] {
     Install();
-    SmbiosDisplay();
+    Discard(SmbiosDisplay());
     SmbiosProcessor processor;
     std::string text;
     std::uint32_t number = 0;
-    SmbiosGetBiosVersion(text);
-    SmbiosGetMemoryDeviceSize(number);
-    SmbiosGetProcessorByIndex(0, number, processor);
+    Discard(SmbiosGetBiosVersion(text));
+    Discard(SmbiosGetMemoryDeviceSize(number));
+    Discard(SmbiosGetProcessorByIndex(0, number, processor));
     cursor = 0;
     for (std::size_t i = 0; Get(kSmbiosAny) == kSuccess; ++i) ASSERT_LT(i, whole.size() / 4);
     EXPECT_EQ(cursor, kSmbiosAny);

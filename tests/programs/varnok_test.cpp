@@ -34,20 +34,26 @@ class Varnok : public BoardTest {
   std::string error;
 };
 
-TEST_F(Varnok, FirstUseMakesTheDefaultBoardAndSaysSoOnce) {
+TEST_F(Varnok, DefaultBoardIsMadeOnceAndNamedAtEveryStart) {
+  const std::string named = "simulated board " + (folder / "varnok/board").string() +
+                            "; set VARNOK_BOARD for another, /dev/ipmi0 for this computer's BMC\n";
   EXPECT_EQ(Run("/d fru"), 0);
-  EXPECT_EQ(std::count(error.begin(), error.end(), '\n'), 1) << error;
-  EXPECT_NE(error.find((folder / "varnok/board").string()), std::string::npos) << error;
+  EXPECT_EQ(error, "varnok: created the default " + named);
   const std::string first = output;
   EXPECT_EQ(Run("/d fru"), 0);
-  EXPECT_EQ(error, "");
+  EXPECT_EQ(error, "varnok: " + named);
   EXPECT_EQ(output, first);
+  EXPECT_EQ(Run("/d fru", "VARNOK_BOARD=varnok/board"), 0);
+  EXPECT_EQ(error, "");
 }
 
 TEST_F(Varnok, BoardThatIsNoneIsSaid) {
   EXPECT_EQ(Run("/d fru", "VARNOK_BOARD=/nowhere/board"), 9);
   EXPECT_EQ(output, "");
   EXPECT_NE(error.find("/nowhere/board"), std::string::npos) << error;
+  const TemporaryFolder shared("/dev/shm");
+  EXPECT_EQ(Run("/d fru", "VARNOK_BOARD=" + shared.Path().string()), 9);
+  EXPECT_NE(error.find("board.json"), std::string::npos) << "a folder, wherever it lies: " << error;
 }
 
 TEST_F(Varnok, SampleIsProgrammedVerifiedAndShown) {
@@ -99,6 +105,15 @@ TEST_F(Varnok, ErrorLevelIsTheExitStatusAndNeverASuccess) {
     WriteFile("T.CFG", std::string("ERRORLEVEL ") + level + "\n");
     EXPECT_EQ(Run("/cfg T.CFG"), status) << level;
   }
+}
+
+TEST_F(Varnok, TrafficLogIsItsOwnFile) {
+  EXPECT_EQ(Run("/d smb", "XDG_STATE_HOME=$PWD VARNOK_TRAFFIC=$PWD/log", ">&- <&-"), 0);
+  const std::string log = TextOf("log");
+  EXPECT_TRUE(log.starts_with("000000.") && log.find("SMBIOS") == std::string::npos) << log;
+  EXPECT_EQ(Run("/d smb", "VARNOK_BOARD=varnok/board VARNOK_TRAFFIC=/dev/full"), 0);
+  EXPECT_EQ(error,
+            "varnok: /dev/full: cannot be written: No space left on device; the traffic log ends here\n");
 }
 
 TEST_F(Varnok, TraceLogIsLeftInTheCurrentFolder) {

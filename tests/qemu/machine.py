@@ -95,6 +95,7 @@ def plain(text: str) -> str:
 class Machine:
     LAST_STATUS = "%lasterror%"
     FIRST_KEYS = [("seconds to skip", "\r")]
+    LIMIT = BOOT_LIMIT
 
     def __init__(self, folder: Path, stick: Stick, devices: list[str] | None = None):
         self.folder = folder
@@ -131,7 +132,7 @@ class Machine:
                                    stderr=subprocess.STDOUT)
         output = bytearray()
         searched = 0
-        deadline = time.monotonic() + BOOT_LIMIT
+        deadline = time.monotonic() + self.LIMIT
         selector = selectors.DefaultSelector()
         selector.register(process.stdout, selectors.EVENT_READ)
         try:
@@ -181,6 +182,7 @@ class LinuxMachine(Machine):
     LAST_STATUS = "$(printf %x $?)"
     FIRST_KEYS = []
     MODULES = ["ipmi_msghandler", "ipmi_devintf", "ipmi_si"]
+    PROGRAMS = ["varnok"]
 
     def __init__(self, folder: Path, content: Path, devices: list[str]):
         self.folder = folder
@@ -195,9 +197,10 @@ class LinuxMachine(Machine):
         shutil.copy(LINUX_BUILD / "bin" / "busybox", root / "bin")
         for module in self.MODULES:
             shutil.copy(next((LINUX_BUILD / "lib" / "modules").rglob(module + ".ko")), root / "modules")
-        program = HOST_BUILD / "varnok"
-        shutil.copy(program, root / "bin")
-        for library in re.findall(r"(/\S+) \(0x", subprocess.check_output(["ldd", program], text=True)):
+        programs = [HOST_BUILD / name for name in self.PROGRAMS]
+        for program in programs:
+            shutil.copy(program, root / "bin")
+        for library in re.findall(r"(/\S+) \(0x", subprocess.check_output(["ldd", *programs], text=True)):
             (root / library[1:]).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(library, root / library[1:])
         start = ["#!/bin/busybox sh", "/bin/busybox --install -s /bin", "mount -t devtmpfs none /dev",

@@ -37,11 +37,12 @@ BOARD_JOBS = {
 SAMPLES = ROOT / "samples"
 # Scripts with their keys: the text that each key waits for, and what is typed then.
 SCRIPTS = {
-    "MASTER.CFG": [("None of these: leave without any change", "1\r"), ("fan fitted? [Y/N]", "y"), ("tag now? [Y/N]", "Y"),
+    "MASTER.CFG": [("None of these: leave without any change", "1\r"),
+                   ("fan fitted? Press Y or N, no Enter:", "y"), ("tag now? Press Y or N, no Enter:", "Y"),
                    ("Product Serial Number  :", "SER-4711\r"), ("correct: 'SER-4711'?", "n"),
                    ("Product Serial Number  :", "SER-4712\r"), ("correct: 'SER-4712'?", "Y"),
                    ("Product Asset Tag  :", "ASSET 9\r"), ("correct: 'ASSET 9'?", "Y")],
-    "BRANCH.CFG": [("rack system? [Y/N]", "Y"), ("supplies fitted? [Y/N]", "N")],
+    "BRANCH.CFG": [("rack system? Press Y or N, no Enter:", "Y"), ("supplies fitted? Press Y or N, no Enter:", "N")],
     "MENU.CFG": [("Leave it as it is", "7\r2\r")],
     "FIELDS.CFG": [],
     "SUPPLY.CFG": [],

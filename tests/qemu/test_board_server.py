@@ -5,7 +5,8 @@ import shutil
 import unittest
 
 from machine import Board, Command, outside_bmc
-from program import BOARD_JOBS, ENVIRONMENT, NO_BMC_TRAFFIC, SAMPLES, SCRIPTS, SUCCESS, ProgramTest, board_files, fru_file
+from program import (BOARD_JOBS, ENVIRONMENT, NO_BMC_TRAFFIC, PROBED_SMBIOS, SAMPLES, SCRIPTS, SUCCESS, ProgramTest,
+                     board_files, fru_file)
 
 
 class BoardServer(ProgramTest):
@@ -67,7 +68,7 @@ class Scripts(ProgramTest):
         setup = [f"set {name} {value}" for name, value in ENVIRONMENT.items()] + ["cp VARNOK.EFI \"board files\"",
                  "cp ipmi.efi \"board files\"", "cd \"board files\""]
         with cls.served_board as board:
-            cls.run_machine(outside_bmc(board.port),
+            cls.run_machine(outside_bmc(board.port) + PROBED_SMBIOS,
                             {name: Command(f"VARNOK /cfg {name}", keys) for name, keys in SCRIPTS.items()}, setup)
 
     def test_transcripts_are_the_hosts(self):

@@ -3,12 +3,15 @@
 
 #include "app/services/console.h"
 #include "app/services/text.h"
+#include "app/services/trace.h"
+#include "firmware/ipmi.h"
 #include "platform/ipmi.h"
-#include "sdr/sdr_data.h"
 #include "sdr/record_lists.h"
+#include "sdr/sdr_data.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
 #include "tests/sim/board_fixture.h"
+#include "tests/support/heap_count.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok::testing {
@@ -16,39 +19,64 @@ namespace {
 
 using ::testing::HasSubstr;
 
-/// A test machine whose BMC and clock are the simulated board's.
+/// A test machine whose BMC and clock are the simulated board's. Once the BMC is told to erase, the pool is
+/// exhausted.
 class BoardMachine : public TestFirmware {
  public:
   sim::Board* board = nullptr;
+  std::size_t heapAtErase = 0;
+
+  void Connect(sim::Board& below) {
+    board = &below;
+    protocol = &wire_;
+  }
   void Stall(std::uint64_t microseconds, StallKind kind) override {
+    Uncounted own;
     TestFirmware::Stall(microseconds, kind);
     if (board != nullptr) board->Stall(microseconds, kind);
   }
+
+ private:
+  struct Wire : IpmiProtocol {
+    BoardMachine* machine;
+  };
+  static IpmiProtocol* Below(IpmiProtocol* self) {
+    return static_cast<Wire*>(self)->machine->board->InstalledIpmi();
+  }
+
+  Wire wire_{{kIpmiProtocolRevision,
+              [](IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command,
+                 const std::uint8_t* data, std::uint32_t length) {
+                Uncounted own;
+                if (command == ipmi_command::kClearSdrRepository && data[5] == 0xAA) {
+                  BoardMachine& machine = *static_cast<Wire*>(self)->machine;
+                  machine.heapAtErase = HeapAllocations();
+                  machine.FailPoolAllocation(1);
+                }
+                return Below(self)->Send(Below(self), netFunction, lun, command, data, length);
+              },
+              [](IpmiProtocol* self, auto... answer) {
+                Uncounted own;
+                return Below(self)->Receive(Below(self), answer...);
+              }},
+             this};
 };
 
 class Manager : public BoardTest {
  protected:
-  void SetUp() override {
-    StartBoard({});
-    StartManager();
-  }
-  void TearDown() override {
-    (void)SdrData::DeInitialize();
-    TheSdr().isDisplaying = false;
-    SdrData::SetPaging(false);
-    IpmiReset();
-  }
+  void SetUp() override { StartBoard({}); }
 
-  /// A board whose repository holds these bytes.
+  /// A board whose repository holds these bytes, and the manager anew.
   void StartBoard(const Bytes& records, const std::string& keys = "", const std::string& faults = "") {
     WriteFile("sdr.bin", std::string(records.begin(), records.end()));
     OpenWith(R"({"smbios": "", "bmc": {"sdrs": {)" + keys + R"(}}, "faults": [)" + faults + "]}");
-    machine.board = board.get();
-    machine.protocol = board->InstalledIpmi();
-    IpmiReset();
+    ForgetProgramState();
+    machine.Connect(*board);
     ASSERT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
+    StartManager();
   }
   void StartManager() {
+    machine.FailPoolAllocation(0);
     ASSERT_EQ(SdrData::Initialize(), kSuccess);
     ASSERT_EQ(SdrData::SetProgressCallback(Dornquist::DisplayProgress), kSuccess);
     ASSERT_EQ(SdrData::SetDisplayHexCallback(DisplayHex), kSuccess);
@@ -97,10 +125,15 @@ std::string Rot(int nth, int offset) {
 TEST_F(Manager, CommitsWriteReadBackAndCompare) {
   const Bytes association = AssociationRecord(1);
   const Bytes held = Joined(AssociationRecord(7), TemperatureRecord("Inlet", 9));
-  const std::string twoAssociations = kAssociationLines + kAssociationLines;
-  const std::string writesOne = kClearing + kPleaseWait + Updating(1, 1) + "\n" + Reading(1, 1) + "\n\n";
+  const std::string two = kAssociationLines + kAssociationLines;
+  const std::string start = kClearing + kPleaseWait,
+                    writesOne = start + Updating(1, 1) + "\n" + Reading(1, 1) + "\n\n";
   const std::string comparesTwo = kPleaseWait + "\n" + Reading(1, 2) + Reading(2, 2) + "\n\n";
   const std::string written = "SDRs written successfully.\n", failed = "SDR Verification failed\n\n\n";
+  const std::string refused =
+      start.substr(0, kClearing.size()) + "\n\nClearSDR repository failed\n\n\n" + kPleaseWait;
+  const std::string notCleared =
+      "varnok: the SDR repository was not cleared: records that it held stay in front of those now written\n";
   Bytes rotten = association;
   rotten[15] ^= 1;
   struct Case {
@@ -109,58 +142,51 @@ TEST_F(Manager, CommitsWriteReadBackAndCompare) {
     std::string keys, faults, records;
     bool isCompareOnly;
     Status status;
-    std::string console;
+    std::string console, warnings;
     Bytes after;
   };
+  // clang-format off
   const Case cases[] = {
       // The third question for the properties is the read-back's.
-      {"a tag that is not set: nothing to write, and the read-back finds no first record",
-       held,
-       "",
-       "",
-       kLocatorLines,
-       false,
-       kSuccess,
-       kClearing + kPleaseWait + "\n" + Reading(1, 0) + "\n\n" + written,
-       {}},
-      {"compare alike", held, "", "", kAssociationLines, true, kSuccess,
-       comparesTwo + "SDR file was compared successfully!\n", held},
-      {"compare different", held, "", "", twoAssociations, true, sdr_status::kDifferent,
-       comparesTwo + "SDR file does not match with what was programmed in the memory.\n\n\n", held},
+      {"a tag that is not set: nothing to write, and the read-back finds no first record", held, "", "", kLocatorLines, false,
+       kSuccess, start + "\n" + Reading(1, 0) + "\n\n" + written, "", {}},
+      {"compare alike, with a record more", held, "", "", kAssociationLines, true,
+       kSuccess, comparesTwo + "SDR file was compared successfully!\n", "", held},
+      {"compare different", held, "", "", two, true,
+       sdr_status::kDifferent, comparesTwo + "SDR file does not match with what was programmed in the memory.\n\n\n", "", held},
       {"a bit of the record ID, which is the BMC's own", association, "", Rot(3, 0), kAssociationLines, false,
-       kSuccess, writesOne + written, AssociationRecord(0)},
+       kSuccess, writesOne + written, "", AssociationRecord(0)},
       {"a bit of the last byte", association, "", Rot(3, 15), kLocatorLines + kAssociationLines, false,
-       sdr_status::kDifferent, writesOne + failed, rotten},
-      {"no room for the second record",
-       {},
-       R"("capacity": 20)",
-       "",
-       twoAssociations,
-       false,
-       sdr_status::kDifferent,
-       kClearing + kPleaseWait + Updating(1, 2) + "\n SendRecordToBMC failed\n" + Updating(2, 2) + "\n" +
-           Reading(1, 1) + "\n\n" + failed,
-       association},
-      {"a clear that fails",
-       {},
-       "",
-       Fault("0x27", kRefusal),
-       kAssociationLines,
-       false,
-       kSuccess,
-       kClearing + "\n\nClearSDR repository failed\n\n\n" + writesOne.substr(kClearing.size()) + written,
-       association},
+       sdr_status::kDifferent, writesOne + failed, "", rotten},
+      {"no room for the second record", {}, R"("capacity": 20)", "", two, false, sdr_status::kDifferent,
+       start + Updating(1, 2) + "\n SendRecordToBMC failed\n" + Updating(2, 2) + "\n" + Reading(1, 1) + "\n\n" + failed,
+       "", association},
+      {"a clear that fails, of an empty repository", {}, "", Fault("0x27", kRefusal), kAssociationLines, false,
+       kSuccess, refused + Updating(1, 1) + "\n" + Reading(1, 1) + "\n\n" + written, notCleared, association},
+      {"a clear that fails, of a board programmed before", association, "", Fault("0x27", kRefusal), kAssociationLines, false,
+       kSuccess, refused + Updating(1, 1) + "\n" + Reading(1, 2) + Reading(2, 2) + "\n\n" + written,
+       notCleared + "varnok: the SDR repository holds 2 records, 1 were written\n", Joined(association, AssociationRecord(2))},
   };
+  // clang-format on
   for (const Case& each : cases) {
-    SCOPED_TRACE(each.what);
-    StartBoard(each.before, each.keys, each.faults);
-    machine.console.clear();
-    ASSERT_EQ(Load(SdrFile(each.records)), kSuccess);
-    ASSERT_EQ(SdrData::SetCompareOnly(each.isCompareOnly), kSuccess);
-    EXPECT_EQ(SdrData::CommitConfigurationToSystem(), each.status);
-    EXPECT_EQ(machine.console, each.console);
-    EXPECT_EQ(Message(), "Unable to update SDRs");
-    EXPECT_EQ(Repository(), each.after);
+    for (const char* level : {"-debug1", "-debug3"}) {
+      SCOPED_TRACE(std::string(each.what) + level);
+      StartBoard(each.before, each.keys, each.faults);
+      machine.files["SDR.TMP"].reserve(1 << 20);
+      TraceSelectLevel(2, std::array{"", level}.data());
+      ASSERT_EQ(SdrData::SetOutputFile(level[6] == '3' ? "SDR.TMP" : ""), kSuccess);
+      machine.console = machine.errors = "";
+      ASSERT_EQ(Load(SdrFile(each.records)), kSuccess);
+      ASSERT_EQ(SdrData::SetCompareOnly(each.isCompareOnly), kSuccess);
+      EXPECT_EQ(SdrData::CommitConfigurationToSystem(), each.status);
+      EXPECT_TRUE(each.isCompareOnly || HeapAllocations() == machine.heapAtErase)
+          << "memory asked for behind the erase";
+      machine.FailPoolAllocation(0);
+      EXPECT_EQ(machine.console, each.console);
+      EXPECT_EQ(machine.errors, each.warnings);
+      EXPECT_EQ(Message(), "Unable to update SDRs");
+      EXPECT_EQ(Repository(), each.after);
+    }
   }
 }
 
@@ -218,7 +244,7 @@ TEST_F(Manager, PagingAsksAfterEveryThirdRecord) {
   for (std::uint16_t id = 1; id <= 7; ++id) records = Joined(records, AssociationRecord(id));
   StartBoard(records);
   const std::string prompt = "\n[S]top, [N]on-stop, or [M]ore";
-  SdrData::SetPaging(true);
+  Discard(SdrData::SetPaging(true));
   machine.keys = u"xmS";
   EXPECT_EQ(SdrData::DisplaySdrArea(), kSuccess);
   EXPECT_THAT(machine.console, HasSubstr(prompt + "\n\n\nDisplaying SDR Record #4"));
@@ -286,18 +312,21 @@ TEST_F(Manager, WithoutMemory) {
   machine.FailPoolAllocation(1);
   EXPECT_EQ(Load(kUntagged), sdr_status::kOutOfMemory);
   EXPECT_EQ(Message(), "Unable to initialize SDR list");
+  StartBoard(AssociationRecord(7));
   ASSERT_EQ(Load(kUntagged), kSuccess);
-  for (int allocation : {1, 2}) {
-    machine.FailPoolAllocation(allocation);  // the temporary set, its lists
+  for (int allocation = 1; allocation <= 2 + static_cast<int>(kSdrTypeCount); ++allocation) {
+    machine.FailPoolAllocation(allocation);  // the temporary set, its lists, their records
+    machine.console.clear();
     EXPECT_EQ(SdrData::CommitConfigurationToSystem(), sdr_status::kOutOfMemory);
+    EXPECT_EQ(machine.console, "");
+    EXPECT_EQ(Message(), allocation == 2 ? "Unable to initialize SDR list" : "Unable to update SDRs");
   }
-  EXPECT_EQ(Message(), "Unable to initialize SDR list");
+  EXPECT_EQ(Repository(), AssociationRecord(7)) << "nothing is written without it";
   for (int allocation : {1, 2}) {
     machine.FailPoolAllocation(allocation);
     EXPECT_EQ(SdrData::Initialize(), sdr_status::kNoDataSet);
     EXPECT_EQ(machine.TraceLines().back(), "SdrData::Initialize - Error Loading SDRDATA");
   }
-  StartManager();
 }
 
 TEST_F(Manager, NothingWorksUninitialised) {

@@ -105,15 +105,16 @@ TEST_F(SdrFiles, BytesAreWrittenInManyWays) {
 }
 
 TEST_F(SdrFiles, ValuesBehindBlanks) {
-  for (const auto& [line, wanted] : {std::pair("_REC_LEN     0040\n", "0040\n"),
-                                     {"_REC_LEN=0040 // size\n", "0040 "},
-                                     // Behind an indented key a blank is skipped where the line's start has one.
-                                     {" _REC_LEN '40'\n", "'40'\n"},
-                                     {" _REC_LEN  0040\n", "0040\n"},
-                                     {"   _REC_LEN  0040\n", " 0040\n"},
-                                     {"            _REC_LEN 0040\n", "0040\n"},
-                                     {"            _REC_LEN     0040\n", " 0040\n"},
-                                     {"_REC_LEN\n", ""}}) {
+  for (const auto& [line, wanted] :
+       {std::pair("_REC_LEN     0040\n", "0040\n"),
+        {"_REC_LEN=0040 // size\n", "0040 "},
+        // Behind an indented key a blank is skipped where the line's start has one.
+        {" _REC_LEN '40'\n", "'40'\n"},
+        {" _REC_LEN  0040\n", "0040\n"},
+        {"   _REC_LEN  0040\n", " 0040\n"},
+        {"            _REC_LEN 0040\n", "0040\n"},
+        {"            _REC_LEN     0040\n", " 0040\n"},
+        {"_REC_LEN\n", ""}}) {
     EXPECT_EQ(Search(line, "_REC_LEN", false), kSuccess) << line;
     EXPECT_EQ(value, wanted) << line;
   }

@@ -1,7 +1,7 @@
 #include "tests/sdr/records.h"
 
 #include <algorithm>
-#include <map>
+#include <sstream>
 
 namespace varnok::testing {
 
@@ -43,22 +43,27 @@ Bytes AssociationRecord(std::uint16_t id) {
   return Record(0x08, {0x17, 0x01, 0x80, 0x03, 0x01, 0x03, 0x02, 0x08, 0x01, 0x08, 0x10}, id);
 }
 
-Bytes RandomRecord(std::uint8_t type, std::mt19937& random) {
+Bytes RandomRecord(const SdrType& type, std::mt19937& random) {
   auto below = [&random](unsigned limit) { return static_cast<std::uint8_t>(random() % limit); };
-  const std::map<int, std::size_t> sizes{{0x01, 48}, {0x02, 32}, {0x03, 17}, {0x09, 32}, {0x13, 32}};
-  auto found = sizes.find(type);
-  std::size_t size = found != sizes.end() ? found->second : type == 0xC0 ? 10U + below(55) : 16;
-  bool isNamed = type <= 0x03 || (type >= 0x10 && type <= 0x12);
-  std::size_t nameLength = isNamed ? below(31) : 0;
+  const bool isNamed = type.rows.lengthRule == SdrLength::WithIdString;
+  const std::size_t size = type.rows.lengthRule == SdrLength::AtMost ? 10U + below(55) : type.rows.size;
+  const std::size_t nameLength = isNamed ? below(31) : 0;
   Bytes record(size + nameLength);
   // Half of all strings are text that a file can quote.
-  bool isText = below(2) == 0;
+  const bool isText = below(2) == 0;
   for (std::size_t i = 0; i < record.size(); ++i)
     record[i] = static_cast<std::uint8_t>(isText && i >= 8 ? 0x20 + below(95) : below(256));
-  record[3] = type;
+  record[3] = type.type;
   record[4] = static_cast<std::uint8_t>(record.size() - 5);
   if (isNamed) record[size - 1] = static_cast<std::uint8_t>((record[size - 1] & 0xE0) | nameLength);
   return record;
+}
+
+Bytes BytesOf(const std::string& hex) {
+  std::istringstream text(hex);
+  Bytes bytes;
+  for (unsigned byte = 0; text >> std::hex >> byte;) bytes.push_back(static_cast<std::uint8_t>(byte));
+  return bytes;
 }
 
 }  // namespace varnok::testing

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "sdr/record_types.h"
+
 namespace varnok::testing {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -28,9 +30,9 @@ Bytes FruLocatorRecord(std::string_view name = "Riser", std::uint16_t id = 0x001
 Bytes AssociationRecord(std::uint16_t id = 0x0012);
 
 /// A record of random content and legal length.
-Bytes RandomRecord(std::uint8_t type, std::mt19937& random);
+Bytes RandomRecord(const SdrType& type, std::mt19937& random);
 
-inline constexpr std::uint8_t kAllTypes[] = {0x01, 0x02, 0x03, 0x08, 0x09, 0x10,
-                                             0x11, 0x12, 0x13, 0x14, 0xC0};
+/// Bytes written as hexadecimal numbers.
+Bytes BytesOf(const std::string& hex);
 
 }  // namespace varnok::testing

@@ -62,6 +62,7 @@ struct Repository : ::testing::Test {
   TestFirmware machine;
   std::array<std::uint8_t, SdrReadSystem::kRecordCapacity> record{};
   std::uint16_t recordId = 0;
+  std::uint32_t failingId = 0;
 
   Status Play(const Steps& steps, const std::function<Status()>& operation) {
     ScriptedIpmi bmc(machine);
@@ -73,8 +74,9 @@ struct Repository : ::testing::Test {
     }
     record.fill(0);
     recordId = 0x0102;
-    LastFailingRecordId = 0;
-    return operation();
+    const Status status = operation();
+    failingId = TheSdr().LastFailingRecordId;
+    return status;
   }
 };
 
@@ -181,9 +183,8 @@ TEST_F(Repository, EveryFailureHasItsStatusAndTrace) {
   for (const auto& [what, operation, steps, status] : failures) {
     SCOPED_TRACE(operation.first + ", " + what);
     EXPECT_EQ(Play(steps, operation.second), status);
-    EXPECT_EQ(machine.TraceLines().back(),
-              "SdrReadSystem::" + operation.first + " - " + reasons.at(status));
-    EXPECT_EQ(LastFailingRecordId, status == kReadFailed ? 0x0102U : 0U);
+    EXPECT_EQ(machine.TraceLines().back(), "SdrReadSystem::" + operation.first + " - " + reasons.at(status));
+    EXPECT_EQ(failingId, status == kReadFailed ? 0x0102U : 0U);
   }
 }
 
@@ -213,7 +214,7 @@ TEST_F(Repository, WalkFollowsTheIdsToTheirEndOrToARecordThatItCannotTake) {
     EXPECT_EQ(Play(steps, [&] { return SdrReadSystem::LoadSdrRecordsToList(lists); }), status) << what;
     EXPECT_EQ(lists[3].size(), count) << what;
   }
-  EXPECT_EQ(LastFailingRecordId, 8U);
+  EXPECT_EQ(failingId, 8U);
   EXPECT_EQ(machine.TraceLines().back(), "SdrReadSystem::LoadSdrRecordsToList - Error Reading SDR");
 }
 

@@ -56,6 +56,7 @@ TEST_F(BmcTest, AnswersAreFetchedOnceAndWhole) {
 }
 
 TEST_F(BmcTest, IdentityResetAndTransferMode) {
+  // clang-format off
   Expect({
       {"identity by board.json",
        R"("identity": {"deviceId": 33, "deviceRevision": 2, "providesSdrs": false, "firmwareMajor": "0x7F",
@@ -74,9 +75,11 @@ TEST_F(BmcTest, IdentityResetAndTransferMode) {
        R"("coldResetMilliseconds": 0, "transferMode": {"active": true, "stuck": true})", "",
        {{"08/0 04", "00"}, {"06/0 02", "00"}, {"06/0 01", kUpdating}}, ""},
   });
+  // clang-format on
 }
 
 TEST_F(BmcTest, FruDevices) {
+  // clang-format off
   Expect({
       {"ranges", R"("frus": [{"id": 3, "file": "a.bin"}])", std::string(260, 'x'),
        {{"0A/0 10 03", "00 04 01 00"}, {"0A/0 10 04", "CB"}, {"0A/0 11 04 00 00 01", "CB"},
@@ -99,9 +102,11 @@ TEST_F(BmcTest, FruDevices) {
       {"a short image reads as erased", R"("frus": [{"id": 0, "file": "a.bin", "size": 4}])", "ab",
        {{"0A/0 11 00 00 00 04", "00 04 61 62 FF FF"}, {"0A/0 12 00 03 00 64", "00 01"}}, "ab\xFF" "d"},
   });
+  // clang-format on
 }
 
 TEST_F(BmcTest, Eeproms) {
+  // clang-format off
   Expect({
       {"AT24C02, two offset bytes, past the end is the start",
        R"("eeproms": [{"kind": "AT24C02", "bus": 3, "address": "0xA0", "size": 512, "file": "a.bin"}])",
@@ -119,9 +124,11 @@ TEST_F(BmcTest, Eeproms) {
         {"06/0 52 05 90 00 00 20 6E 6F", "00"}},
        std::string(0x20, '.') + "ok" + std::string(0xDE, '.')},
   });
+  // clang-format on
 }
 
 TEST_F(BmcTest, SensorsLanParametersAndTheMakersOwn) {
+  // clang-format off
   Expect({
       {"sensors", R"("sensors": [{"number": "0x60", "reading": [0, "0xC0", 128, 2]},
          {"number": 1, "completionCode": "0xCE"}])", "",
@@ -140,6 +147,7 @@ TEST_F(BmcTest, SensorsLanParametersAndTheMakersOwn) {
         {"30/0 94", "CC"},  // no row
         {"30/0 97 01", "CB"}, {"32/0 10 52 65 67 2E", "00 45 55"}, {"32/0 10 52 65 67", "CB"}}, ""},
   });
+  // clang-format on
 }
 
 TEST_F(BmcTest, ClockFollowsStallsAndExchanges) {

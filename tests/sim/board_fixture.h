@@ -49,11 +49,13 @@ class BoardTest : public ::testing::Test {
   }
   void OpenDefault() {
     std::string error;
+    board.reset();
     ASSERT_TRUE(sim::Board::CreateDefault(folder, error)) << error;
     Open();
   }
   void Open() {
     std::string error;
+    board.reset();  // it holds the folder
     board = sim::Board::Open(folder, error);
     ASSERT_NE(board, nullptr) << error;
   }
@@ -61,6 +63,7 @@ class BoardTest : public ::testing::Test {
   std::string ErrorOf(std::string_view json) {
     WriteFile("board.json", json);
     std::string error;
+    board.reset();
     EXPECT_EQ(sim::Board::Open(folder, error), nullptr) << json;
     return error;
   }

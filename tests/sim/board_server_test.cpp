@@ -3,8 +3,12 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
+#include <chrono>
+#include <ctime>
+#include <deque>
 #include <thread>
 
 #include "tests/sim/board_fixture.h"
@@ -15,7 +19,11 @@ namespace {
 /// A machine's end of the line.
 class Line {
  public:
-  explicit Line(const std::string& address) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+  explicit Line(const std::string& address, bool isConnected = true)
+      : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+    if (isConnected) Connect(address);
+  }
+  void Connect(const std::string& address) {
     sockaddr_in where{};
     where.sin_family = AF_INET;
     where.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -24,6 +32,12 @@ class Line {
   }
   void ExpectGreeting() { EXPECT_EQ(Receive(5), (Bytes{0xFF, 0x01, 0xA1, 0x00, 0xA1})); }
 
+  int Number() const { return socket_.Number(); }
+  void Close() { shutdown(socket_.Number(), SHUT_RDWR); }
+  /// Sends until the other end takes no more.
+  void SendWhatFits(const Bytes& bytes) {
+    (void)send(socket_.Number(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+  }
   void Send(const Bytes& bytes) {
     EXPECT_EQ(send(socket_.Number(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(bytes.size()));
@@ -42,7 +56,7 @@ class Line {
   }
   /// Sends a request, which holds no byte to be escaped, and takes its answer off the line.
   void Ask(Bytes request, const Bytes& startOfAnswer) {
-    request.push_back(sim::IpmbChecksum(request));
+    request.push_back(IpmiChecksum(request));
     request.push_back(0xA0);
     Send(request);
     Bytes answer = Receive(100, true);
@@ -124,6 +138,43 @@ TEST_F(BoardServerTest, RaisesAttentionWhileAnswersWait) {
   EXPECT_EQ(late.Receive(2), dropped);
 }
 
+TEST_F(BoardServerTest, OneThatDoesNotReadHoldsNobodyUp) {
+  std::deque<Line> idle;
+  for (int i = 0; i < 200; ++i) idle.emplace_back(server_->Address());
+  Line deaf(server_->Address());
+  Bytes flood;
+  for (int i = 0; i < 20000; ++i) flood.insert(flood.end(), {0x05, 0x18, 0x01, 0xE2, 0xA0});
+  std::thread sender([&] { deaf.SendWhatFits(flood); });
+  Line line(server_->Address());
+  line.ExpectGreeting();
+  std::chrono::steady_clock::duration longest{};
+  for (int i = 0; i < 100; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    line.ExpectIdentity();
+    longest = std::max(longest, std::chrono::steady_clock::now() - start);
+  }
+  deaf.Close();
+  sender.join();
+  EXPECT_LT(longest, std::chrono::milliseconds(500)) << "50 ms on a quiet computer";
+}
+
+TEST_F(BoardServerTest, OneTooManyWaitsWithoutSpinning) {
+  Line first(server_->Address());
+  first.ExpectGreeting();
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  Line second(server_->Address(), /*isConnected=*/false);
+  const rlimit full{static_cast<rlim_t>(second.Number()) + 1, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &full);
+  second.Connect(server_->Address());
+  const std::clock_t before = std::clock();
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10);
+  first.ExpectIdentity();
+  setrlimit(RLIMIT_NOFILE, &limit);
+  second.ExpectGreeting();
+}
+
 TEST_F(BoardServerTest, SaysWhyItCannotListen) {
   sim::BoardServer other(*board);
   std::string error;
@@ -134,6 +185,9 @@ TEST_F(BoardServerTest, SaysWhyItCannotListen) {
     EXPECT_FALSE(other.Listen(address, error)) << address;
     EXPECT_EQ(error, "\"" + std::string(address) + "\" is no address like 127.0.0.1:9002");
   }
+  EXPECT_FALSE(other.Listen("0.0.0.0:0", error));
+  EXPECT_NE(error.find("there is no authentication"), std::string::npos) << error;
+  EXPECT_TRUE(other.Listen("0.0.0.0:0", error, /*allowsRemote=*/true)) << error;
 }
 
 }  // namespace

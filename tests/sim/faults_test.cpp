@@ -1,6 +1,7 @@
 // Each fault of board.json, seen from the program's side.
 #include <tuple>
 
+#include "sim/fault_kinds.h"
 #include "tests/sim/board_fixture.h"
 
 namespace varnok::testing {
@@ -50,6 +51,7 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
   const std::string ab = "00 02 61 62", cd = "00 02 63 64", ef = "00 02 65 66";
   const std::string writeX = "0A/0 12 00 00 00 58", writeY = "0A/0 12 00 01 00 59";
   // The last one is the content of a.bin behind the conversation.
+  // clang-format off
   const std::tuple<const char*, std::string, Conversation, const char*> cases[] = {
       {"lost answers and a failed send", R"({"command": "0x12", "nth": 1, "fault": "no-answer"},
          {"command": "0x12", "nth": 2, "fault": "no-answer", "executed": false},
@@ -81,6 +83,23 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
        "Xbcdefgh"},
       {"a flipped byte in storage", R"({"command": "0x11", "nth": 2, "fault": "flip", "file": "a.bin",
          "offset": 1, "mask": "0x20"})", {{read, ab}, {read, "00 02 61 42"}}, "aBcdefgh"},
+      {"writes that reach the device later, or never",
+       R"({"command": "0x12", "nth": 1, "fault": "late-write", "milliseconds": 500},
+         {"command": "0x12", "nth": 2, "fault": "late-write"})",
+       {{writeX, "00 01"}, {writeY, "00 01"}, {read, ab}, {"wait 500", ""}, {read, "00 02 58 62"},
+        {"wait 9000000", ""}, {read, "00 02 58 62"}}, "Xbcdefgh"},
+      {"a device that is full in the middle of a write",
+       R"({"command": "0x12", "nth": 1, "fault": "full-storage", "room": 1})",
+       {{"0A/0 12 00 00 00 58 59", "C4"}, {"0A/0 12 00 02 00 5A", "00 01"}}, "XbZdefgh"},
+      {"an answer that comes seconds late, in front of another",
+       R"({"command": "0x11", "nth": 1, "fault": "late-answer", "seconds": 2})",
+       {{read, "lost"}, {read2, cd}, {"fetch", "lost"}, {"wait 2000", ""}, {"fetch", ab}, {"fetch", "lost"}},
+       "abcdefgh"},
+      {"a device that answers FFh", R"({"command": "0x11", "fault": "all-ff", "keep": 1})",
+       {{read, "00 02 FF FF"}}, "abcdefgh"},
+      {"a controller that answers late", R"({"controller": "0xC0", "fault": "late-answer", "seconds": 1})",
+       {{kBridgedRead, "00"}, {kFetch, "80"}, {"06/0 31", "00 00"}, {"wait 1000", ""}, {kFetch, kFetched}},
+       "abcdefgh"},
       {"the first rule that fires decides",
        R"({"command": "0x11", "nth": 1, "fault": "completion-code", "code": "0xC0"},
          {"command": "0x11", "fault": "completion-code", "code": "0xC3"})", {{read, "C0"}, {read, "C3"}},
@@ -93,12 +112,32 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
        {{read, ab}, {kBridgedRead, "83"}, {kFetch, "80"}, {kBridgedRead, "00"}, {kFetch, "80"},
         {kBridgedRead, "00"}, {kFetch, kFetched}, {kFetch, kFetched}, {kFetch, "80"}}, "abcdefgh"},
   };
+  // clang-format on
   for (const auto& [what, rules, conversation, after] : cases) {
     SCOPED_TRACE(what);
     OpenWith(Board(rules));
     Converse(conversation);
     EXPECT_EQ(TextOf("a.bin"), after);
   }
+}
+
+TEST_F(FaultTest, PowerIsCutBehindARequest) {
+  OpenWith(Board(R"({"command": "0x12", "nth": 2, "fault": "power-cut"})"));
+  EXPECT_EQ(Ask("0A/0 12 00 00 00 58"), "00 01");
+  EXPECT_EXIT(Ask("0A/0 12 00 01 00 59"), ::testing::ExitedWithCode(sim::kPowerCutStatus), "");
+  EXPECT_EQ(TextOf("a.bin"), "XYcdefgh");
+}
+
+TEST_F(FaultTest, RepositoryLies) {
+  OpenBmc("", R"(, "faults": [{"command": "0x23", "nth": 1, "fault": "next-record", "record": 1},
+    {"command": "0x20", "fault": "record-count", "records": 500},
+    {"command": "0x24", "nth": 2, "fault": "full-storage"}])");
+  const std::string add = "0A/0 24 00 00 51 C0 03 40 E2 01";
+  Converse({{add, "00 01 00"},
+            {add, "C4"},
+            {"0A/0 23 00 00 01 00 00 01", "00 01 00 01"},
+            {"0A/0 23 00 00 01 00 00 01", "00 FF FF 01"}});
+  EXPECT_EQ(Ask("0A/0 20").substr(0, 11), "00 51 F4 01");
 }
 
 TEST_F(FaultTest, LostReservationIsCancelledBeforeTheRequest) {

@@ -12,7 +12,13 @@ namespace {
 
 TEST_F(BoardTest, EveryErrorNamesItsKey) {
   WriteFile("a.bin", "abcdefgh");
+  WriteFile("empty.bin", "");
   std::filesystem::create_directory(folder / "d");
+  std::filesystem::create_symlink("/etc/hostname", folder / "out.bin");
+  std::filesystem::create_hard_link(folder / "empty.bin", folder / "same.bin");
+  const std::string deep = std::string(65500, '[') + std::string(65500, ']');
+  std::string many;
+  for (int i = 0; i < 70000; ++i) many += ",0";
   using Rows = std::vector<std::pair<std::string, std::string>>;
   /// `front` and `back` are said around what the rows hold, `place` in front of their errors.
   auto expect = [this](const std::string& front, const std::string& back, const std::string& place,
@@ -28,6 +34,12 @@ TEST_F(BoardTest, EveryErrorNamesItsKey) {
            "smbios: a.bin: does not begin with an SMBIOS entry point as dmidecode --dump-bin writes it"}});
   expect(R"({"smbios": "", )", "}", "",
          {{R"("extra": 1)", "extra: unknown key"},
+          {R"("bmc": )" + deep, "it is nested more than 32 deep"},
+          {R"("clock": {"exchangeMicroseconds": [[1]]})",
+           "clock.exchangeMicroseconds: an array is not a number from 0 to 1000000"},
+          {R"("faults": [0)" + many + "]", "an array has more than 65536 elements"},
+          {R"("bmc": {"frus": [{"id": 0, "file": "empty.bin"}], "sdrs": {"file": "same.bin"}})",
+           "bmc.frus[0].file: \"empty.bin\" is the SDR repository already"},
           {R"("bmc": {"frus": []}, "faults": [], "faults": [])", "\"faults\" stands twice in one object"},
           {R"("clock": {"start": ""})", "clock.start: \"\" is neither \"now\" nor like 2026-01-01T08:00:00"},
           {R"("controllers": [{"address": 32}])", "controllers[0].address: is the BMC's own"},
@@ -53,6 +65,9 @@ TEST_F(BoardTest, EveryErrorNamesItsKey) {
        {R"({"id": 0, "file": 7})", "file: must be a text"},
        {R"({"id": 0, "file": "a.bin", "access": "bit"})", "access: must be \"byte\" or \"word\""},
        {R"({"id": 0, "file": "a.bin", "size": 4})", "file: a.bin holds 8 bytes, the device 4"},
+       {R"({"id": 0, "file": "board.json"})", "file: \"board.json\" is the board's description"},
+       {R"({"id": 0, "file": ".a.bin"})", "file: \".a.bin\" is not the name of a file inside the folder"},
+       {R"({"id": 0, "file": "out.bin"})", "file: \"out.bin\" leads out of the folder"},
        {R"({"id": 0, "file": "../a.bin"})", "file: \"../a.bin\" is not the name of a file inside the folder"},
        {R"({"id": 0, "file": "gone.bin"})", "file: " + (folder / "gone.bin").string() + missing},
        {R"({"id": 0, "file": "d"})", "file: " + (folder / "d").string() + ": is a folder, not a file"}});
@@ -79,21 +94,48 @@ TEST_F(BoardTest, EveryErrorNamesItsKey) {
   EXPECT_EQ(error, (folder / "board.json").string() + missing);
 }
 
-TEST_F(BoardTest, DocumentedExamplesAreAccepted) {
-  const std::string text = ContentOf(VARNOK_SOURCE_DIR "/docs/board.md");
-  const std::string opening = "```json\n", closing = "\n```";
-  int examples = 0;
-  for (std::size_t at = text.find(opening); at != std::string::npos; at = text.find(opening, at + 1)) {
-    const std::size_t from = at + opening.size();
-    std::string json = text.substr(from, text.find(closing, from) - from);
-    if (json.front() != '{')
-      json = "{\"bmc\": {\"frus\": [{\"id\": 0, \"file\": \"board.bin\"}]}, " + json + "}";
-    std::string error;
-    ASSERT_TRUE(sim::Board::CreateDefault(folder, error)) << error;
-    OpenWith(json);
-    ++examples;
-  }
-  EXPECT_EQ(examples, 2);
+TEST_F(BoardTest, FolderIsHeldByOneProgramAtATime) {
+  OpenBmc("");
+  std::string error;
+  EXPECT_EQ(sim::Board::Open(folder, error), nullptr);
+  EXPECT_EQ(error, folder.string() + ": sim_test, process " + std::to_string(getpid()) +
+                       ", works on this board; try again when it has ended");
+  board.reset();
+  EXPECT_NE(sim::Board::Open(folder, error), nullptr) << error;
+}
+
+TEST_F(BoardTest, WhatAKilledProgramLeftIsCleared) {
+  std::filesystem::create_directory(folder / "sub");
+  for (const char* name : {".a.bin.123.tmp", "sub/.b.bin.4.tmp", ".a.bin.tmp", ".notes.x1.tmp"})
+    WriteFile(name, "x");
+  const std::string record("\x01\0\x51\xC0\x01x", 6);
+  WriteFile("sub/b.bin", "b");
+  WriteFile("sdr.bin", record + record.substr(0, 3));
+  WriteFile(".sdr.bin.adding", "");
+  OpenBmc(R"("frus": [{"id": 0, "file": "sub/b.bin"}])");
+  EXPECT_EQ(TextOf("sdr.bin"), record);
+  for (const char* name : {".a.bin.123.tmp", "sub/.b.bin.4.tmp", ".sdr.bin.adding"})
+    EXPECT_FALSE(std::filesystem::exists(folder / name)) << name;
+  for (const char* name : {".a.bin.tmp", ".notes.x1.tmp"})
+    EXPECT_TRUE(std::filesystem::exists(folder / name)) << name;
+}
+
+TEST_F(BoardTest, ImageKeepsItsModeAndItsLinks) {
+  using std::filesystem::perms;
+  for (const char* name : {"a.bin", "target.bin", "hard.bin"}) WriteFile(name, "abcd");
+  std::filesystem::permissions(folder / "a.bin", perms(0620));
+  std::filesystem::create_symlink("target.bin", folder / "link.bin");
+  std::filesystem::create_hard_link(folder / "hard.bin", folder / "other.bin");
+  OpenBmc(
+      R"("frus": [{"id": 0, "file": "a.bin"}, {"id": 1, "file": "link.bin"}, {"id": 2, "file": "hard.bin"},
+    {"id": 3, "file": "other.bin"}])");
+  for (const char* id : {"00", "01", "02"})
+    EXPECT_EQ(Ask("0A/0 12 " + std::string(id) + " 00 00 58"), "00 01");
+  for (const char* name : {"a.bin", "link.bin", "target.bin", "hard.bin", "other.bin"})
+    EXPECT_EQ(TextOf(name), "Xbcd");
+  EXPECT_EQ(std::filesystem::status(folder / "a.bin").permissions(), perms(0620));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.bin"));
+  EXPECT_EQ(Ask("0A/0 11 03 00 00 01"), "00 01 58") << "two names of one file are one device's storage";
 }
 
 TEST_F(BoardTest, ImageThatCannotBeWrittenKeepsItsContent) {
@@ -170,18 +212,15 @@ TEST_F(BoardSourceTest, FolderComesFromTheEnvironment) {
 
 TEST_F(BoardSourceTest, DefaultBoardIsMadeAtFirstUseOnly) {
   variables["XDG_STATE_HOME"] = folder.string();
-  const std::filesystem::path where = folder / "varnok" / "board";
-  std::filesystem::create_directories(where);
+  std::filesystem::create_directories(folder / "varnok" / "board");
   WriteFile("varnok/board/board.bin", "left behind by a killed first use");
   board = sim::OpenBoard(Variables(), notice, error);
   ASSERT_NE(board, nullptr) << error;
-  EXPECT_EQ(notice, "created the default simulated board in " + where.string());
   EXPECT_EQ(Ask("0A/0 12 01 00 00 42"), "00 01");
-  notice.clear();
   variables["VARNOK_TRAFFIC"] = (folder / "log").string();
+  board.reset();
   board = sim::OpenBoard(Variables(), notice, error);
   ASSERT_NE(board, nullptr) << error;
-  EXPECT_EQ(notice, "");
   EXPECT_EQ(Ask("0A/0 11 01 00 00 01"), "00 01 42");
   EXPECT_FALSE(ReadFile("log").empty());
 }
@@ -195,6 +234,14 @@ TEST_F(BoardSourceTest, NamedFolderIsNeverCreatedAndTheLogMustBeWritable) {
   variables["VARNOK_TRAFFIC"] = (folder / "none" / "log").string();
   EXPECT_EQ(sim::OpenBoard(Variables(), notice, error), nullptr);
   EXPECT_EQ(error, (folder / "none" / "log").string() + ": the traffic log cannot be written");
+  for (const char* own : {"board.json", "board.bin", "sdr.bin"}) {
+    variables["VARNOK_TRAFFIC"] = (folder / own).string();
+    EXPECT_EQ(sim::OpenBoard(Variables(), notice, error), nullptr);
+    EXPECT_FALSE(ReadFile(own).empty()) << own;
+  }
+  variables["VARNOK_BOARD"] = "/none/\x1B[2J\n\xC2\x9B\xFFä";
+  EXPECT_EQ(sim::OpenBoard(Variables(), notice, error), nullptr);
+  EXPECT_TRUE(error.starts_with("/none/\\x1B[2J\\x0A\\x9B?ä/board.json: ")) << error;
 }
 
 }  // namespace

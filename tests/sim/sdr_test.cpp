@@ -39,6 +39,7 @@ TEST_F(SdrTest, RecordsAreAddedWholeOrInPiecesAndRead) {
 }
 
 TEST_F(SdrTest, LimitsReservationsEraseAndClock) {
+  // clang-format off
   const std::tuple<const char*, std::string, Conversation, std::string> cases[] = {
       {"reads are bounded as a BMC bounds them", R"("readLimit": 10)",
        {{kAdd, "00 01 00"}, {"0A/0 22", "00 01 00"}, {"0A/0 23 01 00 01 00 00 0B", "CA"},
@@ -68,6 +69,7 @@ TEST_F(SdrTest, LimitsReservationsEraseAndClock) {
         {"0A/0 28", "00 12 20 30 40"}}, ""},
       {"no repository", R"("file": "")", {{"0A/0 20", "C1"}, {"0A/0 22", "C1"}}, ""},
   };
+  // clang-format on
   for (const auto& [what, keys, conversation, after] : cases) {
     SCOPED_TRACE(what);
     WriteFile("sdr.bin", "");

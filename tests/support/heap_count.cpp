@@ -11,10 +11,16 @@ int uncounted = 0;
 
 }  // namespace
 
-std::size_t HeapAllocations() { return allocations; }
+std::size_t HeapAllocations() {
+  return allocations;
+}
 
-Uncounted::Uncounted() { ++uncounted; }
-Uncounted::~Uncounted() { --uncounted; }
+Uncounted::Uncounted() {
+  ++uncounted;
+}
+Uncounted::~Uncounted() {
+  --uncounted;
+}
 
 }  // namespace varnok::testing
 
@@ -25,5 +31,9 @@ void* operator new(std::size_t bytes) {
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}

@@ -1,5 +1,5 @@
-// Counts what the program takes from the heap: programming a board and showing text must take nothing. What the
-// doubles of the machine take for themselves is not counted.
+// Counts what the program takes from the heap: programming a board and showing text must take nothing. What
+// the doubles of the machine take for themselves is not counted.
 #pragma once
 
 #include <cstddef>

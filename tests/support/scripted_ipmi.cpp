@@ -33,6 +33,7 @@ ScriptedIpmi::ScriptedIpmi(TestFirmware& machine, bool isLoaded) : machine_(mach
   wire_.Receive = OnReceive;
   wire_.script = this;
   machine_.protocol = &wire_;
+  ForgetProgramState();
   if (isLoaded) {
     EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
   }
@@ -44,7 +45,6 @@ ScriptedIpmi::~ScriptedIpmi() {
     ADD_FAILURE() << steps_.size() << " steps left over; next: "
                   << (step.kind == Step::Kind::Request ? "request " : "response ") << Describe(step.message);
   }
-  ForgetProgramState();
   machine_.protocol = nullptr;
 }
 

@@ -35,8 +35,8 @@ class ScriptedIpmi {
     int statedLength = -1;
   };
 
-  /// Puts itself into `machine` and, unless `isLoaded` is false, has the transport load it. On destruction
-  /// the script must be used up; the program forgets what it kept.
+  /// Puts itself into `machine`, has the program forget what it kept and, unless `isLoaded` is false, the
+  /// transport load it. On destruction the script must be used up.
   explicit ScriptedIpmi(TestFirmware& machine, bool isLoaded = true);
   ~ScriptedIpmi();
   ScriptedIpmi(const ScriptedIpmi&) = delete;

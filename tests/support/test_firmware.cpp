@@ -14,7 +14,8 @@ namespace {
 
 class MemoryFile : public File {
  public:
-  MemoryFile(std::string& bytes, FileMode mode, Status statusAtEnd) : bytes_(bytes), statusAtEnd_(statusAtEnd) {
+  MemoryFile(std::string& bytes, FileMode mode, Status statusAtEnd)
+      : bytes_(bytes), statusAtEnd_(statusAtEnd) {
     if (mode == FileMode::Write) bytes_.clear();
   }
 
@@ -26,6 +27,7 @@ class MemoryFile : public File {
   }
 
   Status Write(std::span<const std::uint8_t> bytes) override {
+    Uncounted own;
     bytes_.append(bytes.begin(), bytes.end());
     return kSuccess;
   }
@@ -76,7 +78,8 @@ void TestFirmware::WriteErrorOutput(std::u16string_view text) {
 
 char16_t TestFirmware::ReadKey() {
   if (keys.empty()) {
-    std::fprintf(stderr, "the program waits for a key that the test does not give; console:\n%s\n", console.c_str());
+    std::fprintf(stderr, "the program waits for a key that the test does not give; console:\n%s\n",
+                 console.c_str());
     std::abort();
   }
   char16_t key = keys.front();
@@ -148,7 +151,9 @@ Status TestFirmware::StartDriver(std::u16string_view path) {
   return kSuccess;
 }
 
-const void* TestFirmware::FindConfigurationTable(const Guid&) { return smbiosEntryPoint; }
+const void* TestFirmware::FindConfigurationTable(const Guid&) {
+  return smbiosEntryPoint;
+}
 
 std::span<const std::uint8_t> TestFirmware::PhysicalMemory(std::uint64_t address, std::size_t length) {
   auto found = memory.upper_bound(address);
@@ -156,7 +161,8 @@ std::span<const std::uint8_t> TestFirmware::PhysicalMemory(std::uint64_t address
   --found;
   std::uint64_t offset = address - found->first;
   if (offset >= found->second.size()) return {};
-  return std::span(found->second).subspan(offset, std::min<std::size_t>(length, found->second.size() - offset));
+  return std::span(found->second)
+      .subspan(offset, std::min<std::size_t>(length, found->second.size() - offset));
 }
 
 void* TestFirmware::AllocatePool(std::size_t bytes) {

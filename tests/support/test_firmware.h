@@ -1,5 +1,5 @@
-// A machine for tests: captured console, scripted keys, files in memory, a clock turned by stalls, protocols and pool
-// failures as the test sets them up.
+// A machine for tests: captured console, scripted keys, files in memory, a clock turned by stalls, protocols
+// and pool failures as the test sets them up.
 #pragma once
 
 #include <cstdint>
@@ -15,44 +15,38 @@
 #include "firmware/ipmi_protocol.h"
 #include "firmware/lasting.h"
 
-namespace varnok {
-
-/// What fixtures say between two runs on one machine.
-inline void IpmiReset() { ForgetProgramState(); }
-
-}  // namespace varnok
-
 namespace varnok::testing {
 
-/// Installs itself for its lifetime; then the program forgets what it kept, and the previous machine is put back.
+/// Installs itself for its lifetime; then the program forgets what it kept, and the previous machine is put
+/// back.
 class TestFirmware : public Firmware {
  public:
   TestFirmware();
   ~TestFirmware() override;
 
   // What the program did.
-  std::string console;                                 ///< all console text, narrowed to Latin-1
-  std::string errors;                                  ///< all text of the error output
-  std::map<std::string, std::string> files;            ///< name as given -> bytes
-  std::uint64_t pacedMicroseconds = 0;                 ///< sum of pacing stalls
-  std::uint64_t waitedMicroseconds = 0;                ///< sum of waiting stalls
-  std::vector<std::uint64_t> stalls;                   ///< every stall in order
+  std::string console;                       ///< all console text, narrowed to Latin-1
+  std::string errors;                        ///< all text of the error output
+  std::map<std::string, std::string> files;  ///< name as given -> bytes
+  std::uint64_t pacedMicroseconds = 0;       ///< sum of pacing stalls
+  std::uint64_t waitedMicroseconds = 0;      ///< sum of waiting stalls
+  std::vector<std::uint64_t> stalls;         ///< every stall in order
   int flushes = 0;
-  std::size_t poolBlocks = 0;                          ///< pool blocks not freed yet
+  std::size_t poolBlocks = 0;  ///< pool blocks not freed yet
 
   // What the machine is.
-  std::u16string keys;                                 ///< key strokes to come; a read past them fails the test
+  std::u16string keys;  ///< key strokes to come; a read past them fails the test
   std::map<std::string, std::u16string> environment;
-  std::map<std::string, Status> fileFailures;          ///< name -> status of opening it
-  std::map<std::string, Status> readFailures;          ///< name -> status of reading behind the file's bytes
-  std::uint64_t clockMicroseconds = 0;                 ///< since midnight of 22 November 2026; stalls advance it
-  bool isClockStill = false;                           ///< stalls leave the clock alone
-  IpmiProtocol* protocol = nullptr;                    ///< null: no handle carries it
-  /// Answers StartDriver: the protocol that the driver installs, null for a driver that installs none; without it
-  /// loading fails with kNotFound.
+  std::map<std::string, Status> fileFailures;  ///< name -> status of opening it
+  std::map<std::string, Status> readFailures;  ///< name -> status of reading behind the file's bytes
+  std::uint64_t clockMicroseconds = 0;         ///< since midnight of 22 November 2026; stalls advance it
+  bool isClockStill = false;                   ///< stalls leave the clock alone
+  IpmiProtocol* protocol = nullptr;            ///< null: no handle carries it
+  /// Answers StartDriver: the protocol that the driver installs, null for a driver that installs none;
+  /// without it loading fails with kNotFound.
   std::optional<IpmiProtocol*> driver;
   std::vector<std::u16string> startedDrivers;
-  const void* smbiosEntryPoint = nullptr;              ///< what FindConfigurationTable gives for any GUID
+  const void* smbiosEntryPoint = nullptr;  ///< what FindConfigurationTable gives for any GUID
   std::map<std::uint64_t, std::vector<std::uint8_t>> memory;  ///< physical address -> bytes
   bool hasImageHandle = true;
   /// The pool allocation that fails, counted from 1 from now on; 0: none.

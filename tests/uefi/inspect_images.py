@@ -27,6 +27,9 @@ class Images(unittest.TestCase):
     def test_program(self):
         self.inspect("VARNOK.EFI", "0000000a", 256)
 
+    def test_snapshot(self):
+        self.inspect("SNAPSHOT.EFI", "0000000a", 96)
+
     def test_driver(self):
         self.inspect("ipmi.efi", "0000000b", 24)
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <utility>
 
 #include "tests/support/test_firmware.h"
@@ -26,6 +27,26 @@ TEST(PreparedText, EveryKindOfLineEndSplits) {
   EXPECT_EQ(LinesOf(text), Lines{"a"});
   text.Assign("");
   EXPECT_EQ(text.LineCount(), 0u);
+}
+
+TEST(PreparedText, FileThatIsNoneOrTooLargeOrMarkedIsToldOfOnTheErrorOutput) {
+  const std::tuple<std::string, Status, Status, std::string> rows[] = {
+      {"", uefi_status::kUnsupported, uefi_status::kUnsupported, "a device or a pipe, not a file"},
+      {std::string((64 << 20) + 1, 'x'), kSuccess, uefi_status::kBadBufferSize, "larger than 64 MiB"},
+      {"\xEF\xBB\xBF// text", kSuccess, kSuccess, "UTF-8 text: save the file as ANSI or ASCII"},
+      {std::string("\xFF\xFE/\0", 4), kSuccess, kSuccess, "UTF-16 text: save the file as ANSI or ASCII"},
+      {"plain", kSuccess, kSuccess, ""},
+  };
+  for (const auto& [content, opening, status, message] : rows) {
+    TestFirmware machine;
+    machine.files["A.CFG"] = content;
+    if (opening != kSuccess) machine.fileFailures["A.CFG"] = opening;
+    PreparedText text;
+    EXPECT_EQ(text.Load("A.CFG"), status) << message;
+    EXPECT_EQ(text.IsLoaded(), status == kSuccess) << message;
+    EXPECT_NE(machine.errors.find(message), std::string::npos) << machine.errors;
+    EXPECT_EQ(machine.errors.empty(), message.empty());
+  }
 }
 
 TEST(PreparedText, CommentsAreCutThenBlanksTrimmed) {

@@ -64,6 +64,10 @@ TEST_F(FileSystem, FailureHasTheFirmwaresStatus) {
   std::filesystem::create_directory("folder");
   EXPECT_EQ(OpenFile(u"folder", FileMode::Read, file), uefi_status::kNotFound);
   EXPECT_EQ(OpenFile(u"folder", FileMode::Write, file), uefi_status::kAccessDenied);
+  ASSERT_EQ(mkfifo("fifo", 0600), 0);
+  EXPECT_EQ(OpenFile(u"fifo", FileMode::Read, file), uefi_status::kUnsupported);
+  EXPECT_EQ(OpenFile(u"fifo", FileMode::Append, file), uefi_status::kDeviceError) << "nobody reads it";
+  EXPECT_EQ(OpenFile(u"/dev/zero", FileMode::Read, file), uefi_status::kUnsupported);
   EXPECT_EQ(file, nullptr);
   EXPECT_EQ(Put(u"/dev/full", FileMode::Write, "x"), uefi_status::kVolumeFull);
 }

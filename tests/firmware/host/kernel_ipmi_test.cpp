@@ -64,13 +64,13 @@ TEST(KernelIpmi, TakesTheAnswerToItsLastRequestOnly) {
            {IPMI_CMD_RECV_TYPE, 0, {3}},
            {IPMI_RESPONSE_RECV_TYPE, 0, {0, 4}}};
   EXPECT_EQ(kernel.Receive(answer), kSuccess);
-  EXPECT_THAT(answer.bytes, ElementsAre(0, 4));
+  EXPECT_THAT(answer.Bytes(), ElementsAre(0, 4));
   EXPECT_EQ(answer.lun, 2);
   EXPECT_EQ(kernel.Receive(answer), uefi_status::kNotReady);
   EXPECT_EQ(kernel.Send(6, 0, 1, {}), kSuccess);
   queue = {{IPMI_RESPONSE_RECV_TYPE, 0, std::vector<std::uint8_t>(300)}};
   EXPECT_EQ(kernel.Receive(answer), kSuccess);
-  EXPECT_EQ(answer.bytes.size(), 272u) << "the kernel cut it";
+  EXPECT_EQ(answer.count, 272u) << "the kernel cut it";
 }
 
 TEST(KernelIpmi, WaitsForAControllerAsLongAsItsCaller) {
@@ -80,6 +80,26 @@ TEST(KernelIpmi, WaitsForAControllerAsLongAsItsCaller) {
   EXPECT_GE((sent.retries + 1) * static_cast<int>(sent.retry_time_ms), 5'000);
   EXPECT_LT((sent.retries + 1) * static_cast<int>(sent.retry_time_ms), 8'000)
       << "the device is given up after 10 seconds";
+
+  // The kernel answers for the controller that did not, and the same frame goes no further.
+  KernelIpmi::Answer answer;
+  EXPECT_EQ(kernel.Receive(answer), kSuccess);
+  queue = {{IPMI_RESPONSE_RECV_TYPE, 0, {0xC3}}};
+  EXPECT_EQ(kernel.Send(6, 0, 0x33, {}), kSuccess);
+  EXPECT_EQ(kernel.Receive(answer), kSuccess);
+  EXPECT_THAT(answer.Bytes(), ElementsAre(0, 0, 0x1E, 0xC2, 0xB4, 0x04, 0x01, 0xC3, 0x84));
+  const long lastSent = sent.req.msgid;
+  auto completionCode = [&](std::vector<std::uint8_t> frame) {
+    EXPECT_EQ(kernel.Send(6, 0, 0x34, frame), kSuccess);
+    EXPECT_EQ(kernel.Receive(answer), kSuccess);
+    EXPECT_EQ(answer.count, 1u);
+    return answer.room[0];
+  };
+  EXPECT_EQ(completionCode(sendMessage), 0x83);
+  EXPECT_EQ(completionCode(sendMessage), 0x83);
+  EXPECT_EQ(sent.req.msgid, lastSent);
+  EXPECT_EQ(completionCode({0, 0xB4, 0x18, 0x34, 0x20, 0x0A, 0x01, 0xD5}), 0) << "a new request is tried";
+  EXPECT_EQ(completionCode(sendMessage), 0) << "and the old one again";
 }
 
 }  // namespace varnok::host

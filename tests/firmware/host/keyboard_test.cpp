@@ -61,6 +61,19 @@ TEST(Keyboard, PipeGivesItsCharactersAndThenEnds) {
   waitpid(child, nullptr, 0);
 }
 
+TEST(Keyboard, InputOfNothingButZerosEnds) {
+  int report[2];
+  ASSERT_EQ(pipe(report), 0);
+  pid_t child = fork();
+  if (child == 0) {
+    dup2(open("/dev/zero", O_RDONLY), STDIN_FILENO);
+    ReportKeys(report[1]);
+  }
+  close(report[1]);
+  EXPECT_EQ(Collect(report[0]), Keys{-1});
+  waitpid(child, nullptr, 0);
+}
+
 TEST(Keyboard, TerminalGivesSingleKeysWithoutEcho) {
   int report[2];
   ASSERT_EQ(pipe(report), 0);
@@ -72,10 +85,10 @@ TEST(Keyboard, TerminalGivesSingleKeysWithoutEcho) {
   close(report[1]);
   while (HasEcho(terminal)) usleep(1000);
   kill(child, SIGHUP);
-  // Cursor up, F5, backspace as terminals send it, Enter.
-  std::string keys = "a\x1B[A\x1B[15~\x7F\rq";
+  // Cursor up, F5, backspace as terminals send it, Enter, a key of a Russian keyboard.
+  std::string keys = "a\x1B[A\x1B[15~\x7F\r\u0442q";
   ASSERT_EQ(write(terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
-  EXPECT_EQ(Collect(report[0]), (Keys{'a', 0, 0, 8, '\n', 'q'}));
+  EXPECT_EQ(Collect(report[0]), (Keys{'a', 0, 0, 8, '\n', 0x442, 'q'}));
   waitpid(child, nullptr, 0);
   close(terminal);
 }

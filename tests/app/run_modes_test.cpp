@@ -1,0 +1,245 @@
+// Every run mode over a simulated board with a fault: exit status, message, and what the trace log says at
+// level 1.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "app/services/console.h"
+#include "app/services/text.h"
+#include "app/services/trace.h"
+#include "app/usage.h"
+#include "app/varnok.h"
+#include "firmware/entry.h"
+#include "tests/support/board_machine.h"
+#include "tests/support/host_files.h"
+#include "tests/support/split.h"
+
+namespace varnok::testing {
+namespace {
+
+const std::string kBanner = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n";
+const std::string kResetRequired = "\nA system reset is required for the update to take effect.\n\n";
+const std::string kUpdated = "\nThe system has been updated successfully.\n";
+
+/// The program's arguments; a blank ends each.
+class Arguments {
+ public:
+  explicit Arguments(const std::string& line) : texts_(Split("VARNOK " + line, " ")) {
+    for (std::string& text : texts_) pointers_.push_back(text.data());
+    pointers_.push_back(nullptr);
+  }
+  int Count() const { return static_cast<int>(texts_.size()); }
+  char** Pointers() { return pointers_.data(); }
+
+ private:
+  std::vector<std::string> texts_;
+  std::vector<char*> pointers_;
+};
+
+class RunModes : public ::testing::Test {
+ protected:
+  RunModes() {
+    for (const char* name : {"minimal.FRU", "minimal.SDR"})
+      machine.files[name] = machine.files[std::string(".\\") + name] =
+          ContentOf(std::filesystem::path(VARNOK_SAMPLES) / ToLower(name));
+  }
+
+  /// The default board with these faults.
+  void OpenBoard(const std::string& faults) {
+    machine.board = nullptr;
+    std::filesystem::remove_all(Folder());
+    std::string error;
+    ASSERT_TRUE(sim::Board::CreateDefault(Folder(), error)) << error;
+    std::string description = ContentOf(Folder() / "board.json");
+    description.insert(description.find('{') + 1, "\"faults\": [" + faults + "],");
+    std::ofstream(Folder() / "board.json") << description;
+    machine.Install(sim::Board::Open(Folder(), error));
+    machine.console.clear();
+    machine.errors.clear();
+  }
+  int RunMain(const std::string& line) {
+    Arguments arguments(line);
+    return Main(arguments.Count(), arguments.Pointers());
+  }
+  /// The same without the trace switch's being in the way: the lines of level 1 that name a way of the
+  /// program's own.
+  std::vector<std::string> TraceOf(const std::string& line) {
+    machine.files.erase("DBGLOG.txt");
+    ForgetProgramState();
+    Arguments arguments(line);
+    const char* const traced[] = {"VARNOK", "-debug1"};
+    TraceSelectLevel(2, traced);
+    CVarnok program;
+    if (program.Initialize() == 0 && program.ParseCommandLine(arguments.Count(), arguments.Pointers()) == 0)
+      program.Execute();
+    std::vector<std::string> lines = machine.TraceLines();
+    std::erase_if(lines, [](const std::string& each) { return !each.starts_with("CVarnok::"); });
+    return lines;
+  }
+
+  BoardMachine machine;
+
+ private:
+  static std::string ToLower(std::string text) {
+    std::ranges::transform(text, text.begin(), [](char each) { return std::tolower(each); });
+    return text;
+  }
+  std::filesystem::path Folder() const { return folder_.Path() / "board"; }
+
+  TemporaryFolder folder_;
+};
+
+std::string Failing(const char* netFunction, const char* command, const char* which = "") {
+  return std::string(R"({"netFunction": ")") + netFunction + R"(", "command": ")" + command + "\", " + which +
+         R"("fault": "completion-code", "code": "0xC1"})";
+}
+
+struct Row {
+  std::string line;
+  std::string faults;
+  std::string script;
+  int status;
+  /// What the console ends in, or the message of the error line.
+  std::string text;
+  std::string trace;
+};
+
+std::string PrintableOf(const Row& row) {
+  return row.line + " with " + row.faults + row.script;
+}
+
+TEST_F(RunModes, EndWithStatusTextAndTrace) {
+  const std::string kSystem = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT X1\n";
+  const std::string kCfg = "CVarnok::CfgFileExecutive - ";
+  const std::string kLoadText = "Error Loading FRU / SDR Information";
+  // clang-format off
+  const Row rows[] = {
+      {"/?", Failing("0x06", "0x01"), "", 9, "Unable to read FW version from the BMC.",
+       "CVarnok::Initialize - Initialize for FwUpdate failed"},
+      {"/?", Failing("0x06", "0x01", R"("from": 3, )"), "", 3, "Unable to read FW version from the BMC.",
+       kCfg + "IsBmcInFwTransferMode failed"},
+      {"/x", "", "", 1, kShortUsage, "CVarnok::ParseCommandLine - Invalid command line arguments"},
+      {"/d fru", Failing("0x0A", "0x11"), "", 5, kLoadText,
+       "CVarnok::DisplaySystemInformation - DisplaySelectedFru failed"},
+      {"/d sdr", Failing("0x0A", "0x23"), "", 5, kLoadText,
+       "CVarnok::DisplaySystemInformation - DisplaySdrArea failed"},
+      {"/fru none", "", "", 5, "Could not open FRU file \"none.FRU\".",
+       "CVarnok::FruExecutive - LoadConfigurationFromFile failed"},
+      {"/fru minimal", Failing("0x0A", "0x12"), "", 4, "Error Updating/Validating/Comparing FRU / SDR.",
+       "CVarnok::FruExecutive - CommitConfigurationToSystem failed"},
+      {"/fru minimal", "", "", 0, kResetRequired, ""},
+      {"/sdr none", "", "", 2, "Could not open file none.SDR",
+       "CVarnok::SdrExecutive - LoadConfigurationFromFile failed"},
+      {"/sdr minimal.FRU", "", "", 5, "Invalid file: Token _SDR ( not found.\n",
+       "CVarnok::SdrExecutive - LoadConfigurationFromFile failed"},
+      {"/sdr minimal", Failing("0x0A", "0x24") + "," + Failing("0x0A", "0x25"), "", 4, "Unable to update SDRs",
+       "CVarnok::SdrExecutive - CommitConfigurationToSystem failed"},
+      {"/sdr minimal", "", "", 0, kResetRequired, ""},
+      {"/cfg none", "", "", 2, "The file 'none.CFG' was not found.", kCfg + "LoadConfigurationFromFile failed"},
+      {"/cfg t", "", "NOCOMMAND\n", 6,
+       "Invalid input in file 't.CFG' at line 1:\n   NOCOMMAND is not a valid command.",
+       kCfg + "LoadConfigurationFromFile failed"},
+      {"/cfg t", "", "ERRORLEVEL 5\n", 5, "Configuration file exiting due to ERRORLEVEL 05.",
+       kCfg + "ProcessCommands failed"},
+      {"/cfg t", "", "ERRORLEVEL 1\n", 1, kBanner, kCfg + "ProcessCommands failed"},
+      {"/cfg t", "", "ERRORLEVEL 0\n", 0, kBanner, kCfg + "ProcessCommands failed"},
+      {"/cfg t", "", "FRUNAME none.fru\n", 2, "Could not open FRU file \".\\none.fru\".",
+       kCfg + "ProcessCommands failed"},
+      {"/cfg t", Failing("0x0A", "0x11"), kSystem, 5, kLoadText, kCfg + "ProcessCommands failed"},
+      {"/cfg t", "", "SDRNAME none.sdr\n", 2, "Could not open file .\\none.sdr", kCfg + "ProcessCommands failed"},
+      {"/cfg t", "", "SDRNAME minimal.FRU\n", 5, "Invalid file: Token _SDR ( not found.\n",
+       kCfg + "ProcessCommands failed"},
+      {"/cfg t", Failing("0x0A", "0x12"), kSystem, 4,
+       "Could not write FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF) to system.",
+       kCfg + "CommitConfigurationToSystem failed"},
+      {"/cfg t", "", kSystem, 0, "\nFRU File Area(s) successfully loaded into FRU memory.\n", ""},
+      {"/cfg t", "", "SDRNAME minimal.SDR\n", 0, kUpdated + kResetRequired, ""},
+      {"/cfg t", "", "DISPLAY \"only this\"\n", 0, kBanner + "only this\n", ""},
+  };
+  // clang-format on
+  for (const Row& row : rows) {
+    SCOPED_TRACE(PrintableOf(row));
+    machine.files[".\\t.CFG"] = machine.files["t.CFG"] = row.script;
+    OpenBoard(row.faults);
+    EXPECT_EQ(RunMain(row.line), row.status);
+    const bool isError = row.status > 1;
+    EXPECT_TRUE(machine.console.ends_with(isError ? "\nERROR:" + row.text + "\n\n" : row.text))
+        << machine.console.substr(machine.console.size() -
+                                  std::min<std::size_t>(machine.console.size(), 300));
+    OpenBoard(row.faults);
+    const std::vector<std::string> lines = TraceOf(row.line);
+    EXPECT_EQ(lines.empty() ? "" : lines.back(), row.trace);
+    EXPECT_LE(lines.size(), 1u);
+  }
+}
+
+TEST_F(RunModes, ManagersThatGetNoMemoryAreNamed) {
+  std::set<std::string> lines;
+  OpenBoard("");
+  for (int allocation = 1; allocation <= 12; ++allocation) {
+    machine.FailPoolAllocation(allocation);
+    for (const std::string& line : TraceOf("/?")) lines.insert(line);
+  }
+  machine.FailPoolAllocation(0);
+  for (const char* what : {"Failed to load IPMI protocol", "Initialize for FwUpdate failed",
+                           "Initialize for CfgFile failed", "Initialize for Frudata failed"})
+    EXPECT_TRUE(lines.contains(std::string("CVarnok::Initialize - ") + what)) << what;
+}
+
+// Nobody but their readers compares the pages, so that a change of theirs must be made here as well.
+TEST_F(RunModes, UsagePagesStayAsTheyAreAndStopAtThePrompt) {
+  auto checksum = [](std::string_view text) {
+    std::uint32_t sum = 2166136261;
+    for (char each : text) sum = (sum ^ static_cast<unsigned char>(each)) * 16777619;
+    return sum;
+  };
+  EXPECT_EQ(checksum(kShortUsage), 2379090042u);
+  EXPECT_EQ(checksum(kFruAddressUsage), 2607765042u);
+  EXPECT_EQ(checksum(kExamplesUsage), 3626581818u);
+  const std::string prompt = "\n[S]top, [N]on-stop, or [M]ore";
+  const std::string pages[] = {kShortUsage, kFruAddressUsage, kExamplesUsage};
+  const std::pair<std::u16string, std::string> rows[] = {
+      {u"s", pages[0] + prompt},
+      {u"ms", pages[0] + prompt + "\n\n" + pages[1] + prompt},
+      {u"n", pages[0] + prompt + "\n\n" + pages[1] + pages[2]},
+  };
+  CVarnok program;
+  for (const auto& [keys, shown] : rows) {
+    machine.keys = keys;
+    machine.console.clear();
+    SetPaging(true);
+    EXPECT_EQ(program.DisplayUsage(), 0);
+    EXPECT_EQ(machine.console, shown);
+    EXPECT_EQ(machine.keys, u"");
+  }
+}
+
+TEST_F(RunModes, TemporaryFileIsMadeWhereItsFlagIsSet) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"/d fru", "FRU.TMP"},       {"/d sdr", "SDR.TMP"},       {"/d smb", "SMB.TMP"},
+      {"/fru minimal", "FRU.TMP"}, {"/sdr minimal", "SDR.TMP"}, {"/cfg t", "CFG.TMP"}};
+  machine.files["t.CFG"] = machine.files[".\\t.CFG"] = "DISPLAY \"x\"\n";
+  OpenBoard("");
+  auto run = [this](const std::string& line) {
+    ForgetProgramState();
+    Arguments arguments(line);
+    CVarnok program;
+    EXPECT_EQ(program.Initialize(), 0);
+    EXPECT_EQ(program.ParseCommandLine(arguments.Count(), arguments.Pointers()), 0);
+    SetTemporaryFile(true);
+    int status = program.Execute();
+    return std::to_string(status) + (status == 2 ? " " + Narrow(program.LastErrorMessage()) : "");
+  };
+  for (const auto& [line, name] : rows) {
+    machine.files.erase(name);
+    EXPECT_EQ(run(line), "0") << line;
+    EXPECT_EQ(machine.files[name].substr(0, 2), "\xFF\xFE") << line;
+    machine.fileFailures[name] = machine.fileFailures[""] = uefi_status::kWriteProtected;
+    EXPECT_EQ(run(line), "2 Failed to create temporary file:C:\\" + name + "\n") << line;
+    machine.fileFailures.clear();
+  }
+}
+
+}  // namespace
+}  // namespace varnok::testing

@@ -1,0 +1,106 @@
+// show, diff, fru-text and sdr-text as their users run them: results, statuses, errors, JSON.
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "sim/board.h"
+#include "tests/support/host_files.h"
+
+namespace varnok::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+class Commands : public ::testing::Test {
+ protected:
+  Commands() {
+    std::string failure;
+    EXPECT_TRUE(sim::Board::CreateDefault(folder.Path() / "a", failure)) << failure;
+    std::filesystem::copy(folder.Path() / "a", folder.Path() / "b");
+    Change("b/board.bin", [](std::string& image) { image[600] = 0x1B; });
+  }
+
+  template <class Work>
+  void Change(const std::string& name, Work work) {
+    std::string content = ContentOf(folder.Path() / name);
+    work(content);
+    std::ofstream(folder.Path() / name, std::ios::binary) << content;
+  }
+
+  int Run(const std::string& arguments) {
+    const std::string command = "cd " + folder.Path().string() + " && " VARNOK_BOARD_PROGRAM " " + arguments +
+                                " >output 2>error; echo $? >status";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    output = ContentOf(folder.Path() / "output");
+    error = ContentOf(folder.Path() / "error");
+    return std::stoi(ContentOf(folder.Path() / "status"));
+  }
+
+  TemporaryFolder folder;
+  std::string output;
+  std::string error;
+};
+
+TEST_F(Commands, StatusesAndWhatTheySay) {
+  struct Row {
+    const char* arguments;
+    int status;
+    const char* output;
+    const char* error;
+  };
+  const Row kRows[] = {
+      {"show a", 0, "    Product Serial Number      VWS225060417\n", ""},
+      {"show 'a#2@C0'", 3, "", "a: there is no device 2@C0; there is 0, 1, 2"},
+      {"show 'a#x'", 3, "", "\"x\" names no device"},
+      {"show nowhere", 3, "", "nowhere"},
+      {"show a --as x", 2, "", "\"x\" is not fru, sdr or smbios"},
+      {"show a/board.bin --hex", 0, "  -- Chassis Info Area\n", ""},
+      {"show a/sdr.bin", 0, "Inlet Temp", ""},
+      {"show a/sdr.bin --as fru", 1, "  ! byte 7: Common Header: checksum", ""},
+      {"diff a a", 0, "", ""},
+      {"diff a b", 1, "FRU 0\n  No area\n    Byte 600: FF \u2192 1B\n", ""},
+      {"diff 'a#0' b/board.bin", 1, "Byte 600", ""},
+      {"diff a a/sdr.bin", 2, "", "of different kinds"},
+      {"fru-text a", 2, "", "name one device of the folder, such as a#0"},
+      {"fru-text 'a#0'", 0, "    'VWS225060417'\n", "behind the last area"},
+      {"fru-text 'b#0'", 1, "//   - 641 bytes behind the last area", "not in the load file: 641 bytes"},
+      {"fru-text a/spare.bin", 3, "", "no load file can be made of it"},
+      {"sdr-text a", 0, "   'Inlet Temp'\n", ""},
+      {"sdr-text a --output /nowhere/x", 3, "", "/nowhere/x: cannot be written"},
+  };
+  for (const Row& row : kRows) {
+    EXPECT_EQ(Run(row.arguments), row.status) << row.arguments;
+    EXPECT_THAT(output, *row.output == 0 ? IsEmpty() : ::testing::Matcher<std::string>(HasSubstr(row.output)))
+        << row.arguments;
+    EXPECT_THAT(error, HasSubstr(row.error)) << row.arguments;
+  }
+}
+
+TEST_F(Commands, JsonHasWhatThePageSays) {
+  EXPECT_EQ(Run("show a --json"), 0);
+  const auto shown = nlohmann::json::parse(output);
+  EXPECT_EQ(shown["version"], 1);
+  EXPECT_EQ(shown["devices"][0]["areas"][3]["id"], "board");
+  EXPECT_EQ(shown["devices"][0]["areas"][3]["checksum"], "good");
+  for (const auto& field : shown["records"][0]["fields"])
+    if (field["name"] == "Upper Critical Threshold") {
+      EXPECT_EQ(field["number"], 45);
+      EXPECT_EQ(field["unit"], "degrees C");
+    }
+  EXPECT_EQ(Run("diff a b --json"), 1);
+  EXPECT_EQ(nlohmann::json::parse(output)["differences"][0]["after"], "1B");
+}
+
+TEST_F(Commands, TextOfADeviceCannotReachTheTerminalRaw) {
+  Change("b/board.bin", [](std::string& image) { image.replace(image.find("Varnok Works"), 3, "\x1B[2"); });
+  EXPECT_EQ(Run("show b"), 1);
+  EXPECT_THAT(output, HasSubstr("\\x1B[2nok Works"));
+  EXPECT_THAT(output, Not(HasSubstr("\x1B")));
+  (void)Run("fru-text 'b#0'");
+  EXPECT_THAT(output, Not(HasSubstr("\x1B")));
+}
+
+}  // namespace
+}  // namespace varnok::testing
