@@ -109,7 +109,7 @@ Status CCfgElse::Take(PoolPtr<CCfgCommand> command, bool& isComplete) {
 bool CCfgElse::IsValidCommandLocation() {
   TraceScope scope("CCfgElse::IsValidCommandLocation");
   CCfgParser::SetLastError(kNoIfSet, GetDisplayName());
-  Trace("CCfgElse::IsValidCommandLocation - ELSE outside an IFSET block", 1);
+  TraceFailure("CCfgElse::IsValidCommandLocation", "ELSE outside an IFSET block");
   // The error is to be reported at this line, not at the ENDIF that reading has reached.
   if (parser_ != nullptr) parser_->GotoLineInFile(Line());
   return false;
@@ -122,7 +122,7 @@ void CCfgElse::PrintHead() const {
 bool CCfgEndIf::IsValidCommandLocation() {
   TraceScope scope("CCfgEndIf::IsValidCommandLocation");
   CCfgParser::SetLastError(kNoIfSet, GetDisplayName());
-  Trace("CCfgEndIf::IsValidCommandLocation - ENDIF outside an IFSET block", 1);
+  TraceFailure("CCfgEndIf::IsValidCommandLocation", "ENDIF outside an IFSET block");
   return false;
 }
 

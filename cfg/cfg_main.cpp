@@ -155,7 +155,7 @@ Status CfgFile::ProcessCommands() {
   }
   Status status = engine.parser->Process();
   engine.isProcessed = status == kSuccess;
-  if (status != kSuccess) Trace("CfgMain::ProcessCommands - Process failed", 1);
+  if (status != kSuccess) TraceFailure("CfgMain::ProcessCommands", "Process failed");
   return SplitErrorLevel(status);
 }
 

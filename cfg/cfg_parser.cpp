@@ -72,7 +72,7 @@ Status CCfgParser::DerivePaths() {
   if (!hasDirectory) directory_ = u".\\";
   fullPath_ = hasDirectory ? fileName_ : directory_ + fileName_;
   if (directory_.size() < kPathCapacity && fullPath_.size() < kPathCapacity) return kSuccess;
-  Trace("CCfgParser::ParseFile - Path too long", 1);
+  TraceFailure("CCfgParser::ParseFile", "Path too long");
   directory_.clear();
   return cfg_status::kFileNotFound;
 }
@@ -107,7 +107,7 @@ Status CCfgParser::ReadCommands(CommandList& commands) {
     }
     if (command == nullptr) {
       // The script ends here, without an error: its first commands are run as if they were all.
-      Trace("CCfgParser::ReadFile - Failed to create command ", 1);
+      TraceFailure("CCfgParser::ReadFile", "Failed to create command ");
       return kSuccess;
     }
     if (!command->IsValidCommandLocation()) {

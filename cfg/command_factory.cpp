@@ -37,7 +37,7 @@ Status RefuseKeyword(std::string_view keyword) {
 bool CCfgCommand::IsSkipCmd(std::string_view keyword) {
   TraceScope scope("CCfgCommand::IsSkipCmd");
   if (keyword.empty()) {
-    Trace("CCfgCommand::IsSkipCmd - Invalid command", 1);
+    TraceFailure("CCfgCommand::IsSkipCmd", "Invalid command");
     return true;
   }
   return std::any_of(kSkippedKeywords.begin(), kSkippedKeywords.end(),

@@ -74,7 +74,7 @@ bool CCfgCommand::Show(std::u16string text) {
 bool CCfgCommand::Show(std::string text) {
   TraceScope scope("CCfgCommand::Display");
   if (Callbacks().display == nullptr) {
-    Trace("CCfgCommand::Display - Display callback function not set", 1);
+    TraceFailure("CCfgCommand::Display", "Display callback function not set");
     return false;
   }
   text.resize(std::min(text.size(), kNarrowDisplayLength));
@@ -99,13 +99,13 @@ bool CCfgCommand::GetInputString(std::u16string& text, std::size_t size, bool ec
   TraceScope scope("CCfgCommand::GetInputString");
   text.clear();
   if (size < 1) {
-    Trace("CCfgCommand::GetInputString - Invalid parameters", 1);
+    TraceFailure("CCfgCommand::GetInputString", "Invalid parameters");
     return false;
   }
   for (;;) {
     char key = 0;
     if (!GetInputChar(key, false)) {
-      Trace("CCfgCommand::GetInputString - Unable to read a character", 1);
+      TraceFailure("CCfgCommand::GetInputString", "Unable to read a character");
       return false;
     }
     if (key == kReturn || key == kLineFeed) return true;
@@ -161,7 +161,7 @@ bool CCfgCommand::GetStringFromFile(std::string_view fileName, std::string& text
 bool CCfgCommand::GetEnvVariable(std::string_view name, std::string& text, std::size_t size) {
   TraceScope scope("CCfgCommand::GetEnvVariable");
   if (Callbacks().getEnvVar == nullptr) {
-    Trace("CCfgCommand::GetEnvVariable - Environment callback function not set", 1);
+    TraceFailure("CCfgCommand::GetEnvVariable", "Environment callback function not set");
     return false;
   }
   if (name.size() > kLongestVariableName) return true;
@@ -177,7 +177,7 @@ bool CCfgCommand::GetFile(std::u16string_view path, std::u16string& fullPath, st
   std::u16string_view directory =
       isWhole || parser_ == nullptr ? std::u16string_view() : parser_->Directory();
   if (!isWhole && directory.empty()) {
-    Trace("CCfgCommand::GetFile - No script directory", 1);
+    TraceFailure("CCfgCommand::GetFile", "No script directory");
     return false;
   }
   if (directory.size() + path.size() >= size) {

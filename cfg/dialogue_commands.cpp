@@ -139,14 +139,14 @@ void CCfgPrompt::Describe(ScriptVisitor& visitor) const {
 bool CCfgYes::IsValidCommandLocation() {
   TraceScope scope("CCfgYes::IsValidCommandLocation");
   CCfgParser::SetLastError(kNoPrompt, GetDisplayName());
-  Trace("CCfgYes::IsValidCommandLocation - YES without a PROMPT", 1);
+  TraceFailure("CCfgYes::IsValidCommandLocation", "YES without a PROMPT");
   return false;
 }
 
 bool CCfgNo::IsValidCommandLocation() {
   TraceScope scope("CCfgNo::IsValidCommandLocation");
   CCfgParser::SetLastError(kNoPrompt, GetDisplayName());
-  Trace("CCfgNo::IsValidCommandLocation - NO without a PROMPT", 1);
+  TraceFailure("CCfgNo::IsValidCommandLocation", "NO without a PROMPT");
   return false;
 }
 

@@ -49,14 +49,14 @@ bool CFileCfg::GetFirstInput(std::string_view& keyword, std::size_t size) {
   currentColumn_ = 0;
   while (!IsAtEnd() && CurrentLine().empty()) ++currentLine_;
   if (IsAtEnd()) {
-    Trace("CFileCfg::GetFirstInput - EOF detected", 1);
+    TraceFailure("CFileCfg::GetFirstInput", "EOF detected");
     return false;
   }
   std::string_view line = CurrentLine();
   auto end = std::find_if(line.begin(), line.end(), IsBlank);
   currentColumn_ = static_cast<std::size_t>(end - line.begin());
   if (currentColumn_ == 0 || currentColumn_ >= size) {
-    Trace("CFileCfg::GetFirstInput - the buffer passed is not sufficient", 1);
+    TraceFailure("CFileCfg::GetFirstInput", "the buffer passed is not sufficient");
     return false;
   }
   keyword = line.substr(0, currentColumn_);
@@ -66,7 +66,7 @@ bool CFileCfg::GetFirstInput(std::string_view& keyword, std::size_t size) {
 bool CFileCfg::GetNextInput(std::string_view& argument, std::size_t size) {
   TraceScope scope("CFileCfg::GetNextInput");
   if (IsAtEnd()) {
-    Trace("CFileCfg::GetNextInput - EOF detected", 1);
+    TraceFailure("CFileCfg::GetNextInput", "EOF detected");
     return false;
   }
   std::string_view line = CurrentLine();
@@ -79,7 +79,7 @@ bool CFileCfg::GetNextInput(std::string_view& argument, std::size_t size) {
   currentColumn_ = isQuoted && end < line.size() ? end + 1 : end;
   // The room is tested against the column, not against the argument's length.
   if (end == start || currentColumn_ >= size) {
-    Trace("CFileCfg::GetNextInput - No data to copy or buffer provided is not sufficient to copy", 1);
+    TraceFailure("CFileCfg::GetNextInput", "No data to copy or buffer provided is not sufficient to copy");
     return false;
   }
   argument = line.substr(start, end - start);
@@ -90,12 +90,12 @@ bool CFileCfg::GetRemainingLine(std::string_view& rest, std::size_t size) const 
   TraceScope scope("CFileCfg::GetRemainingLine");
   std::string_view line = CurrentLine();
   if (IsAtEnd() || line.empty()) {
-    Trace("CFileCfg::GetRemainingLine - EOF detected", 1);
+    TraceFailure("CFileCfg::GetRemainingLine", "EOF detected");
     return false;
   }
   std::string_view remaining = line.substr(std::min(currentColumn_, line.size()));
   if (remaining.size() >= size) {
-    Trace("CFileCfg::GetRemainingLine - the buffer passed is not sufficient", 1);
+    TraceFailure("CFileCfg::GetRemainingLine", "the buffer passed is not sufficient");
     return false;
   }
   rest = remaining;

@@ -106,7 +106,7 @@ bool CCfgFruAddress::IsValidCommandLocation() {
   TraceScope scope("CCfgFruAddress::IsValidCommandLocation");
   if (parser_ != nullptr && parser_->CurrentFruName() != nullptr) return true;
   CCfgParser::SetLastError(cfg_message::kNoFruName);
-  Trace("CCfgFruAddress::IsValidCommandLocation - No FRUNAME", 1);
+  TraceFailure("CCfgFruAddress::IsValidCommandLocation", "No FRUNAME");
   return false;
 }
 

@@ -84,7 +84,7 @@ Status CCfgFruName::SelectFru(bool source) {
   Status status = FruData::SelectList(fromFile ? FruList::File : FruList::System);
   if (status == kSuccess) status = FruData::SelectFruByAddress(address);
   if (status == kSuccess) return kSuccess;
-  Trace("CCfgFruName::SelectFru - Unable to select the FRU", 1);
+  TraceFailure("CCfgFruName::SelectFru", "Unable to select the FRU");
   return ReportFruFailure(status);
 }
 
@@ -110,7 +110,7 @@ Status CCfgFruName::Process() {
       CCfgParser::SetLastError("");
       return kSuccess;
     }
-    Trace("CCfgFruName::Process - Unable to load the system FRU", 1);
+    TraceFailure("CCfgFruName::Process", "Unable to load the system FRU");
     return ReportFruFailure(cfg_status::kFruLoadFailed);
   }
   if (usesFile_ && fileHeader != systemHeader) return AskForWholeFile();
@@ -131,7 +131,7 @@ Status CCfgFruName::LoadFile(HeaderBytes& header) {
   }
   if (status == kSuccess) status = ReadHeader(header);
   if (status == kSuccess) return kSuccess;
-  Trace("CCfgFruName::Process - Unable to load the FRU file", 1);
+  TraceFailure("CCfgFruName::Process", "Unable to load the FRU file");
   return ReportFruFailure(status == fru_status::kFileNotRead ? cfg_status::kFileNotFound
                                                              : cfg_status::kFruLoadFailed);
 }
@@ -185,7 +185,7 @@ Status CCfgFruName::Execute() {
   }
   if (status == kSuccess) status = FruData::CommitConfigurationToSystem(false);
   if (status == kSuccess) return kSuccess;
-  Trace("CCfgFruName::Execute - CommitConfigurationToSystem failed", 1);
+  TraceFailure("CCfgFruName::Execute", "CommitConfigurationToSystem failed");
   return ReportFruFailure(cfg_status::kFruCommitFailed);
 }
 

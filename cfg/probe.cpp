@@ -239,7 +239,7 @@ bool CCfgFound::IsValidCommandLocation() {
   TraceScope scope("CCfgFound::IsValidCommandLocation");
   CCfgParser::SetLastError("Command %s can not be used here, it must directly follow a PROBE command.",
                            GetDisplayName());
-  Trace("CCfgFound::IsValidCommandLocation - FOUND without PROBE", 1);
+  TraceFailure("CCfgFound::IsValidCommandLocation", "FOUND without PROBE");
   return false;
 }
 

@@ -93,7 +93,7 @@ Status CCfgSdrName::Process() {
   Discard(SdrData::SetCompareOnly(isCompare_));  // also behind a load that failed
   if (status != kSuccess) {
     if (!TakeSdrMessage()) CCfgParser::SetLastError(cfg_message::kFileNotFound, path_);
-    Trace("CCfgSdrName::Process - LoadConfigurationFromFile failed", 1);
+    TraceFailure("CCfgSdrName::Process", "LoadConfigurationFromFile failed");
     return status == sdr_status::kCannotOpenFile ? cfg_status::kFileNotFound : cfg_status::kSdrLoadFailed;
   }
   parser_->AddUpdateCommand(*this, this, true);

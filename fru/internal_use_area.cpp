@@ -19,7 +19,7 @@ std::uint32_t CInternalUseArea::GetFieldIndexFromEnum(FruFieldId field) const {
 bool CInternalUseArea::SetData(std::span<const std::uint8_t> bytes, bool markModified) {
   TraceScope scope("CInternalUseArea::SetData");
   if (bytes.size() > buffer_.size()) {
-    Trace("CInternalUseArea::SetData - Area Data too long", 1);
+    TraceFailure("CInternalUseArea::SetData", "Area Data too long");
     return false;
   }
   buffer_.fill(0);

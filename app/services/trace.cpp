@@ -76,8 +76,12 @@ void Trace(const char* text, std::uint32_t level) {
   TraceWith(text, level, nullptr, 0);
 }
 
-Status Fail(const char* operation, const char* reason, Status status) {
+void TraceFailure(const char* operation, const char* reason) {
   Trace("%s - %s", 1, operation, reason);
+}
+
+Status Fail(const char* operation, const char* reason, Status status) {
+  TraceFailure(operation, reason);
   return status;
 }
 

@@ -32,7 +32,10 @@ void Trace(const char* format, std::uint32_t level, const Arguments&... argument
   TraceWith(format, level, list.data(), list.size());
 }
 
-/// Writes "NAME - REASON" at level 1 and gives `status` back: how an operation ends that failed.
+/// Writes "NAME - REASON" at level 1.
+void TraceFailure(const char* operation, const char* reason);
+
+/// The same, and gives `status` back: how an operation ends that failed.
 Status Fail(const char* operation, const char* reason, Status status);
 
 /// At level 2 and above: the title, then rows of 16 bytes. The last row is always full: it shows what follows

@@ -94,7 +94,7 @@ int Main(int argc, char* argv[]) {
   Status status =
       BootServices().LoadImage(FALSE, uefi::ImageHandle(), nullptr, bytes.data(), bytes.size(), &image);
   if (uefi::IsError(status)) return 93;
-  return static_cast<int>(RunAsOldShell(image, arguments, device));
+  return static_cast<int>((RunAsOldShell(image, arguments, device)).value);
 }
 
 }  // namespace varnok
