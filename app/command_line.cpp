@@ -108,6 +108,7 @@ bool ReadCommandLine(int argc, char* argv[], CommandLine& commandLine) {
 void CVarnok::AddDefaultExtension(std::u16string& fileName, std::u16string_view extension) {
   TraceScope scope("CVarnok::AddDefaultExtension");
   if (!fileName.empty() && fileName.back() == u'\\') {
+    // Kept: whatever extension was asked for; one rule for the three file options.
     fileName = FormatUpTo(kFileNameLength, "%s%s", fileName, kDefaultScript);
     return;
   }

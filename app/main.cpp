@@ -31,12 +31,12 @@ int Main(int argc, char* argv[]) {
   std::uint32_t level = TraceSelectLevel(argc, argv);
   application.SetDebugLevel(level);
   Trace("VARNOK Main:: Got Debug Level %d", 3, level);
+  // Kept: the blank in front of the line feeds; logs begin with it.
   Print("\nVARNOK Load Utility Version %s Build %d \n\n", kVersion, kBuild);
   int status = Run(application, argc, argv);
   if (status != app_status::kSuccess && status != app_status::kCommandLine) ShowError(application, status);
   application.DeInitialize();
-  // The name differs from the entry line's; readers of the log know both as
-  // they stand.
+  // Kept: the name differs from the entry line's; readers of the log know both as they stand.
   Trace("Dornquist::main [EXIT]", 3);
   return status;
 }

@@ -2,6 +2,7 @@
 
 namespace varnok {
 
+// Kept: without /fru and /sdr, which are for board makers; the usage is for technicians.
 const char* const kShortUsage =
     "Usage:  VARNOK \n"
     "        /? or /h              Displays usage information. \n"

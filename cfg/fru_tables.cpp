@@ -39,6 +39,7 @@ std::optional<FruFieldId> FixedFruField(const FruFieldRow& row, FruAreaIndex are
   return area == FruAreaIndex::Product ? row.product : std::nullopt;
 }
 
+// Kept: one less than the index of the first custom field, so 2, 5 and 6; files and scripts count so.
 std::uint32_t CustomFruFieldOffset(FruAreaIndex area) {
   const InfoAreaLayout& layout = area == FruAreaIndex::Chassis ? kChassisLayout
                                  : area == FruAreaIndex::Board ? kBoardLayout

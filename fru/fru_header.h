@@ -24,7 +24,8 @@ class CFruHeader {
   std::uint8_t FormatVersion() const { return bytes_[0]; }
   std::uint8_t Pad() const { return bytes_[6]; }
   std::uint8_t Checksum() const { return bytes_[7]; }
-  /// True for format version 1; the upper five bits do not count.
+  /// True for format version 1. Kept: the upper five bits do not count; boards with bits set there are in
+  /// use.
   bool IsIpmiFru() const { return (FormatVersion() & 7) == 1; }
 
   /// The offset byte of one of the five areas, in 8-byte units; 0 = absent.

@@ -44,7 +44,7 @@ enum class FruFieldType : std::uint8_t {
   Binary = 0,
   BcdPlus = 1,
   SixBitAscii = 2,
-  Text = 3,
+  Text = 3,  ///< Kept: 8-bit whatever the language code says; so are the files that it comes from
 };
 
 /// What a commit does with an area. The values are those that scripts' area commands use.
@@ -67,7 +67,8 @@ inline constexpr std::uint32_t kInvalidFieldIndex = 0xFFFFFFFF;
 /// The record number that stands for every record of a multi-record area.
 inline constexpr std::uint32_t kAllMultiRecords = 255;
 
-/// The most bytes that an area can have.
+/// The most bytes that an area can have. Kept: the devices that are programmed, and their files, have no
+/// more.
 inline constexpr std::size_t kMaxAreaLength = 512;
 
 }  // namespace varnok

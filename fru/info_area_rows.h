@@ -92,6 +92,7 @@ inline constexpr InfoAreaLayout kBoardLayout{
     .className = "CBoardInfoArea",
     .fixedLength = 4,
     .minimumLength = 7,
+    // Kept: a new date does not mark the area; a date alone is no reason to write.
     .fixedField = {FruFieldId::BoardMfgDateTime, 1, 3, 0, 0xFF, false, "Invalid Manufacturing Date/Time.",
                    "Invalid Mfg Date Time"},
     .fields = kBoardFields,

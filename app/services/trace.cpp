@@ -13,8 +13,9 @@ namespace varnok {
 namespace {
 
 constexpr std::u16string_view kLogName = u"DBGLOG.txt";
+// Kept: every row has all its bytes, the last one too; readers of logs know rows of one width.
 constexpr std::size_t kRowLength = 16;
-// The fill pattern of uninitialised memory, blanked so that data stands out.
+// Kept: blanked, as the fill pattern of uninitialised memory; a fill pattern is not content.
 constexpr std::uint8_t kFillPattern = 0xCC;
 
 struct TraceState {
