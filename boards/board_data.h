@@ -103,6 +103,7 @@ struct Board {
   std::vector<Controller> controllers;  ///< behind the BMC
   std::vector<Device> devices;          ///< FRU devices and EEPROMs, of the BMC and of the controllers
   bool hasRepository = true;            ///< false: the BMC has no SDR repository
+  std::size_t repositoryCapacity = 0;   ///< bytes; 0: not known
   std::vector<Bytes> records;          ///< the repository's records in its order, each with its 5-byte header
   std::vector<SensorReading> sensors;  ///< of the BMC
   Bytes smbios;                        ///< as `dmidecode --dump-bin` writes it; empty: no tables

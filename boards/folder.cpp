@@ -64,6 +64,7 @@ Controller AddController(const sim::ControllerConfig& config, sim::ImageStore& i
 void ReadRecords(const sim::SdrConfig& config, sim::ImageStore& images, Board& board) {
   board.hasRepository = !config.file.empty();
   if (!board.hasRepository) return;
+  board.repositoryCapacity = config.capacity;
   // A board whose file is nowhere named begins with an empty repository.
   if (!config.isFileNamed && !std::filesystem::exists(images.Folder() / config.file)) return;
   const Bytes dump = ImageOf(images, "bmc.sdrs.file", config.file, sim::ImageUse::Sdrs);

@@ -49,7 +49,9 @@ void AddOption(CLI::App& page, const Option& row, Arguments& arguments) {
       },
       help);
   option->type_name(isNamed ? std::string(row.value) : "")->required(isRequired)->type_size(1);
-  if (isMany) option->expected(isRequired || isNamed ? 1 : 0, CLI::detail::expected_max_vector_size);
+  if (isMany)
+    option->expected(isRequired || isNamed ? 1 : 0, CLI::detail::expected_max_vector_size)
+        ->allow_extra_args(!isNamed);
   // One value for each time that a named option stands there, so that it does not swallow what follows.
   if (isMany && isNamed) option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   if (!isMany) option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::Throw);

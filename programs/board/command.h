@@ -51,6 +51,7 @@ struct Command {
 };
 
 // Each in its own file of this folder.
+extern const Command kCheck;
 extern const Command kDiff;
 extern const Command kFruText;
 extern const Command kImport;
@@ -62,6 +63,6 @@ extern const Command kShow;
 extern const Command kSnapshot;
 
 inline constexpr const Command* kCommands[] = {&kNew,  &kImport,  &kSnapshot, &kRestore, &kShow,
-                                               &kDiff, &kFruText, &kSdrText,  &kServe};
+                                               &kDiff, &kFruText, &kSdrText,  &kCheck,   &kServe};
 
 }  // namespace varnok::companion

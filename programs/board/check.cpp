@@ -1,0 +1,108 @@
+// varnok-board check: what can be known of FRU files, SDR files and scripts before a board sees them.
+#include "boards/check/check.h"
+
+#include "boards/folder.h"
+#include "programs/board/command.h"
+#include "programs/board/json.h"
+#include "programs/board/output.h"
+
+namespace varnok::companion {
+namespace {
+
+using boards::Finding;
+using boards::Severity;
+
+constexpr Option kOptions[] = {
+    {"FILES", "", "FRU files, SDR files, scripts; a script's own files are checked with it",
+     Option::OneOrMore},
+    {"--board", "FOLDER", "The board that they are made for: its devices, their sizes, its repository"},
+    {"--strict", "", "Warnings count as findings"},
+    {"--format", "FORM", "text (the usual), lines (file:line: for editors), json, or sarif"},
+    {"--json", "", "The same as --format json"},
+};
+
+const char* WordOf(Severity severity) {
+  return severity == Severity::Error ? "error" : "warning";
+}
+
+void PrintText(const std::vector<Finding>& findings, std::size_t files) {
+  std::size_t errors = 0;
+  for (const Finding& finding : findings) {
+    errors += finding.severity == Severity::Error ? 1 : 0;
+    PrintLine(finding.file + (finding.line == 0 ? "" : ", line " + std::to_string(finding.line)) + ": " +
+              WordOf(finding.severity) + ": " + finding.text);
+    PrintLine("    " + finding.advice);
+  }
+  PrintLine(std::to_string(files) + (files == 1 ? " file, " : " files, ") + std::to_string(errors) +
+            (errors == 1 ? " error, " : " errors, ") + std::to_string(findings.size() - errors) +
+            (findings.size() - errors == 1 ? " warning" : " warnings"));
+}
+
+void PrintLines(const std::vector<Finding>& findings) {
+  for (const Finding& finding : findings)
+    PrintLine(finding.file + ":" + std::to_string(finding.line == 0 ? 1 : finding.line) + ": " +
+              WordOf(finding.severity) + ": " + finding.text + " [" + finding.rule + "]");
+}
+
+Json AsJson(const std::vector<Finding>& findings, std::size_t files) {
+  Json list = Json::Array();
+  for (const Finding& finding : findings)
+    list.Add(Json::Object()
+                 .Set("severity", WordOf(finding.severity))
+                 .Set("rule", finding.rule)
+                 .Set("file", finding.file)
+                 .Set("line", finding.line)
+                 .Set("text", finding.text)
+                 .Set("advice", finding.advice));
+  return Json::Object().Set("version", 1).Set("files", files).Set("findings", list);
+}
+
+/// Static Analysis Results Interchange Format 2.1.0 (OASIS).
+Json AsSarif(const std::vector<Finding>& findings) {
+  Json results = Json::Array();
+  for (const Finding& finding : findings) {
+    Json place = Json::Object().Set("artifactLocation", Json::Object().Set("uri", finding.file));
+    if (finding.line != 0) place.Set("region", Json::Object().Set("startLine", finding.line));
+    results.Add(Json::Object()
+                    .Set("ruleId", finding.rule)
+                    .Set("level", WordOf(finding.severity))
+                    .Set("message", Json::Object().Set(
+                                        "text", finding.text + (finding.text.ends_with('.') ? " " : ". ") +
+                                                    finding.advice))
+                    .Set("locations", Json::Array().Add(Json::Object().Set("physicalLocation", place))));
+  }
+  const Json driver = Json::Object().Set("name", "varnok-board").Set("version", VARNOK_VERSION);
+  const Json run = Json::Object().Set("tool", Json::Object().Set("driver", driver)).Set("results", results);
+  return Json::Object()
+      .Set("$schema", "https://json.schemastore.org/sarif-2.1.0.json")
+      .Set("version", "2.1.0")
+      .Set("runs", Json::Array().Add(run));
+}
+
+int Run(const Arguments& arguments) {
+  const std::string format = arguments.Has("--json") ? "json" : arguments.Value("--format", "text");
+  if (format != "text" && format != "lines" && format != "json" && format != "sarif")
+    return Fail("--format: \"" + format + "\" is not text, lines, json or sarif", kWrongUse);
+  boards::Board board;
+  std::string error;
+  if (arguments.Has("--board") && !boards::LoadFolder(arguments.Value("--board"), board, error))
+    return Fail(error);
+  boards::Checker checker(arguments.Has("--board") ? &board : nullptr);
+  for (const std::string& file : arguments.Values("FILES")) checker.Check(file);
+  const std::vector<Finding> findings = checker.Findings();
+  if (format == "text") PrintText(findings, checker.FileCount());
+  if (format == "lines") PrintLines(findings);
+  if (format == "json") PrintLine(AsJson(findings, checker.FileCount()).Text());
+  if (format == "sarif") PrintLine(AsSarif(findings).Text());
+  for (const Finding& finding : findings)
+    if (finding.severity == Severity::Error || arguments.Has("--strict")) return kFound;
+  return kDone;
+}
+
+}  // namespace
+
+const Command kCheck = {
+    "check", "Check FRU files, SDR files and scripts before a board sees them", kOptions,
+    "  varnok-board check MASTER.CFG --board myboard\n  varnok-board check *.fru --format lines", Run};
+
+}  // namespace varnok::companion
