@@ -15,7 +15,6 @@ constexpr std::string_view kFruPrefix = "fru-";
 constexpr std::string_view kSuffix = ".bin";
 constexpr std::size_t kRecordHeader = 5;
 constexpr std::size_t kShortIdentity = 11;
-constexpr unsigned kLastFruId = 254;
 constexpr unsigned kLastChannel = 15;
 
 void AppendHex(std::string& text, std::uint8_t byte) {

@@ -19,6 +19,8 @@ namespace varnok::boards {
 using Bytes = std::vector<std::uint8_t>;
 
 inline constexpr std::uint8_t kBmc = kBmcAddress;
+inline constexpr std::uint8_t kLastFruId =
+    254;  // of a controller's FRU devices; FFh is reserved (IPMI v2.0, section 38)
 
 enum class DeviceKind : std::uint8_t {
   Fru,      ///< a FRU inventory device of a controller, by its device ID

@@ -169,7 +169,7 @@ struct RecordTypeRow {
   std::size_t shortest;
   void (*decode)(RecordDecoder&);
 };
-constexpr RecordTypeRow kRecordTypes[] = {
+constexpr RecordTypeRow kFruRecordTypes[] = {
     {0x00, 0x00, "Power Supply Information", kPowerSupplyLength, DecodePowerSupply},
     {0x01, 0x01, "DC Output", kOutputLength,
      [](RecordDecoder& record) { DecodeOutput(record, kOutputRows, true); }},
@@ -182,7 +182,7 @@ constexpr RecordTypeRow kRecordTypes[] = {
 };
 
 const RecordTypeRow* FindRecordType(std::uint8_t type) {
-  for (const RecordTypeRow& row : kRecordTypes)
+  for (const RecordTypeRow& row : kFruRecordTypes)
     if (type >= row.first && type <= row.last) return &row;
   return nullptr;
 }

@@ -15,8 +15,8 @@ namespace {
 constexpr std::size_t kLargestArea = 512;  ///< that a block and the program can hold
 constexpr std::size_t kRecordHeader = 5;
 constexpr std::uint8_t kLastRecord = 0x80;
-constexpr std::size_t kIndent = 4;
-constexpr std::size_t kCommentColumn = 40;
+constexpr std::size_t kFruIndent = 4;
+constexpr std::size_t kFruCommentColumn = 40;
 constexpr const char* kBlockTags[] = {"_SEE_INTERNAL", "_SEE_CHASSIS", "_SEE_BOARD", "_SEE_PRODUCT",
                                       "_SEE_MULTIREC"};
 
@@ -214,7 +214,7 @@ class FruTextMaker {
   }
 
   std::string Written() const {
-    FileWriter file(kIndent, kCommentColumn);
+    FileWriter file(kFruIndent, kFruCommentColumn);
     file.Line("// FRU file of " + QuotedValue(name_) + ", made from its image.");
     PutHeadRemarks(file, result_.losses, result_.remarks);
     file.Line();

@@ -54,17 +54,17 @@ constexpr CodeRow kEntityIds[] = {{0x26, "Remote Management Communication Device
                                   {0x42, "Baseboard"}};
 // Section 43.17, table 43-15.
 constexpr CodeRow kUnits[] = {{91, "fatal error"}, {92, "grams"}};
-constexpr CodeRow kRecordTypes[] = {{0x01, "Full Sensor"},
-                                    {0x02, "Compact Sensor"},
-                                    {0x03, "Event-Only Sensor"},
-                                    {0x08, "Entity Association"},
-                                    {0x09, "Device-relative Entity Association"},
-                                    {0x10, "Generic Device Locator"},
-                                    {0x11, "FRU Device Locator"},
-                                    {0x12, "Management Controller Device Locator"},
-                                    {0x13, "Management Controller Confirmation"},
-                                    {0x14, "BMC Message Channel Info"},
-                                    {0xC0, "OEM"}};
+constexpr CodeRow kSdrRecordTypes[] = {{0x01, "Full Sensor"},
+                                       {0x02, "Compact Sensor"},
+                                       {0x03, "Event-Only Sensor"},
+                                       {0x08, "Entity Association"},
+                                       {0x09, "Device-relative Entity Association"},
+                                       {0x10, "Generic Device Locator"},
+                                       {0x11, "FRU Device Locator"},
+                                       {0x12, "Management Controller Device Locator"},
+                                       {0x13, "Management Controller Confirmation"},
+                                       {0x14, "BMC Message Channel Info"},
+                                       {0xC0, "OEM"}};
 
 struct CodeTable {
   std::span<const CodeRow> rows;  ///< asked first
@@ -89,7 +89,7 @@ CodeTable TableOf(SdrCode table) {
     case SdrCode::Interrupt:
       return {{}, &kPrograms[5]};
     case SdrCode::RecordType:
-      return {kRecordTypes, nullptr};
+      return {kSdrRecordTypes, nullptr};
   }
   return {{}, nullptr};
 }

@@ -106,20 +106,20 @@ void PutFactors(SdrDecoder& decoder, const SensorConversion& conversion) {
   decoder.Put("B Exponent", 30, 1, std::to_string(conversion.OffsetExponent()));
 }
 
-struct ValueRow {
+struct SensorValueRow {
   const char* label;
   std::size_t byte;
   std::uint8_t bit;  ///< that says that the sensor has it; FFh: it always has
 };
 constexpr std::uint8_t kAlways = 0xFF;
 /// By bits of byte 31.
-constexpr ValueRow kReadings[] = {{"Nominal Reading", 32, 0},
-                                  {"Normal Maximum", 33, 1},
-                                  {"Normal Minimum", 34, 2},
-                                  {"Sensor Maximum", 35, kAlways},
-                                  {"Sensor Minimum", 36, kAlways}};
+constexpr SensorValueRow kReadings[] = {{"Nominal Reading", 32, 0},
+                                        {"Normal Maximum", 33, 1},
+                                        {"Normal Minimum", 34, 2},
+                                        {"Sensor Maximum", 35, kAlways},
+                                        {"Sensor Minimum", 36, kAlways}};
 /// By bits of the readable thresholds.
-constexpr ValueRow kThresholds[] = {
+constexpr SensorValueRow kThresholds[] = {
     {"Upper Non-Recoverable Threshold", 37, 5}, {"Upper Critical Threshold", 38, 4},
     {"Upper Non-Critical Threshold", 39, 3},    {"Lower Non-Recoverable Threshold", 40, 2},
     {"Lower Critical Threshold", 41, 1},        {"Lower Non-Critical Threshold", 42, 0}};
@@ -136,9 +136,9 @@ void PutValue(SdrDecoder& decoder, const char* label, std::size_t byte, std::opt
   field.unit = unit;
 }
 
-void PutValues(SdrDecoder& decoder, const SensorConversion& conversion, std::span<const ValueRow> rows,
+void PutValues(SdrDecoder& decoder, const SensorConversion& conversion, std::span<const SensorValueRow> rows,
                std::uint8_t present) {
-  for (const ValueRow& row : rows) {
+  for (const SensorValueRow& row : rows) {
     if (row.bit == kAlways || (present >> row.bit & 1) != 0)
       PutValue(decoder, row.label, row.byte, conversion.Convert(decoder.At(row.byte)));
     else

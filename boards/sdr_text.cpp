@@ -11,8 +11,8 @@
 namespace varnok::boards {
 namespace {
 
-constexpr std::size_t kIndent = 3;
-constexpr std::size_t kCommentColumn = 24;
+constexpr std::size_t kSdrIndent = 3;
+constexpr std::size_t kSdrCommentColumn = 24;
 constexpr std::uint8_t kOemRecord = 0xC0;
 
 /// Bytes that one line gives, with all that they are.
@@ -52,7 +52,7 @@ class SdrTextMaker {
   LoadText Make() {
     Choose();
     FindDoubles();
-    FileWriter file(kIndent, kCommentColumn);
+    FileWriter file(kSdrIndent, kSdrCommentColumn);
     PutHead(file);
     for (const Bytes* record : chosen_) PutRecord(file, *record);
     file.Line();

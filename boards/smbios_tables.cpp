@@ -14,37 +14,37 @@ namespace {
 
 enum class Show { String, Uuid, ChassisType, Number, Megahertz, MemorySize };
 
-struct ValueRow {
+struct SmbiosValueRow {
   const char* label;
   std::size_t offset;  ///< in the structure
   Show show = Show::String;
 };
 
-constexpr ValueRow kFirmware[] = {{"Vendor", 4}, {"Version", 5}, {"Release Date", 8}};
-constexpr ValueRow kSystem[] = {{"Manufacturer", 4},  {"Product Name", 5},     {"Version", 6},
-                                {"Serial Number", 7}, {"UUID", 8, Show::Uuid}, {"SKU Number", 25},
-                                {"Family", 26}};
-constexpr ValueRow kBoard[] = {
+constexpr SmbiosValueRow kFirmware[] = {{"Vendor", 4}, {"Version", 5}, {"Release Date", 8}};
+constexpr SmbiosValueRow kSystem[] = {{"Manufacturer", 4},  {"Product Name", 5},     {"Version", 6},
+                                      {"Serial Number", 7}, {"UUID", 8, Show::Uuid}, {"SKU Number", 25},
+                                      {"Family", 26}};
+constexpr SmbiosValueRow kBoard[] = {
     {"Manufacturer", 4}, {"Product Name", 5}, {"Version", 6}, {"Serial Number", 7}, {"Asset Tag", 8}};
-constexpr ValueRow kChassis[] = {{"Manufacturer", 4},
-                                 {"Type", 5, Show::ChassisType},
-                                 {"Version", 6},
-                                 {"Serial Number", 7},
-                                 {"Asset Tag", 8}};
-constexpr ValueRow kProcessor[] = {{"Socket", 4},
-                                   {"Manufacturer", 7},
-                                   {"Version", 16},
-                                   {"Maximum Speed", 20, Show::Megahertz},
-                                   {"Cores", 35, Show::Number},
-                                   {"Threads", 37, Show::Number}};
-constexpr ValueRow kMemory[] = {
+constexpr SmbiosValueRow kChassis[] = {{"Manufacturer", 4},
+                                       {"Type", 5, Show::ChassisType},
+                                       {"Version", 6},
+                                       {"Serial Number", 7},
+                                       {"Asset Tag", 8}};
+constexpr SmbiosValueRow kProcessor[] = {{"Socket", 4},
+                                         {"Manufacturer", 7},
+                                         {"Version", 16},
+                                         {"Maximum Speed", 20, Show::Megahertz},
+                                         {"Cores", 35, Show::Number},
+                                         {"Threads", 37, Show::Number}};
+constexpr SmbiosValueRow kMemory[] = {
     {"Locator", 16},      {"Size", 12, Show::MemorySize}, {"Speed", 21, Show::Megahertz},
     {"Manufacturer", 23}, {"Serial Number", 24},          {"Part Number", 26}};
 
 struct StructureRow {
   std::uint8_t type;
   const char* title;
-  std::span<const ValueRow> values;
+  std::span<const SmbiosValueRow> values;
 };
 constexpr StructureRow kStructures[] = {
     {0, "BIOS Information", kFirmware},   {1, "System Information", kSystem},
@@ -100,7 +100,7 @@ std::string MemorySizeText(ByteView structure) {
   return std::to_string(size) + " MiB";
 }
 
-void AddValue(const Structure& structure, const ValueRow& row, Section& section) {
+void AddValue(const Structure& structure, const SmbiosValueRow& row, Section& section) {
   const std::size_t length = row.show == Show::Uuid                                        ? 16
                              : row.show == Show::Megahertz || row.show == Show::MemorySize ? 2
                                                                                            : 1;
@@ -186,7 +186,7 @@ Decoded DecodeSmbios(ByteView dump) {
     const StructureRow* row = FindStructure(type);
     section.title = row == nullptr ? "Structure of Type " + std::to_string(type) : row->title;
     if (row != nullptr)
-      for (const ValueRow& value : row->values) AddValue(structure, value, section);
+      for (const SmbiosValueRow& value : row->values) AddValue(structure, value, section);
     offset = section.End();
   }
   return result;

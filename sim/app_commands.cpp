@@ -45,7 +45,7 @@ std::uint8_t GetMessageFlags(CommandContext& context) {
   return code::kSuccess;
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kAppRows[] = {
     {kApp, ipmi_command::kGetDeviceId, 0, 0, row_flag::kInTransferMode, GetDeviceId},
     {kApp, ipmi_command::kColdReset, 0, 0, row_flag::kInTransferMode, ColdReset},
     {kApp, ipmi_command::kClearMessageFlags, 1, 1, row_flag::kBmcOnly | row_flag::kInTransferMode,
@@ -56,7 +56,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> AppCommands() {
-  return kRows;
+  return kAppRows;
 }
 
 }  // namespace varnok::sim

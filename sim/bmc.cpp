@@ -1,5 +1,6 @@
 #include "sim/bmc.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "sim/commands.h"
@@ -103,10 +104,9 @@ Delivery Bmc::Answered(Controller& controller, Response response, std::size_t ti
 
 bool Bmc::HasChannel(std::uint8_t channel) const {
   if (channel == 0 || channel == 6) return true;
-  for (const Controller& controller : controllers_) {
-    if (!controller.IsBmc() && controller.Config().channel == channel) return true;
-  }
-  return false;
+  return std::ranges::any_of(controllers_, [channel](const Controller& controller) {
+    return !controller.IsBmc() && controller.Config().channel == channel;
+  });
 }
 
 Controller* Bmc::FindController(std::uint8_t channel, std::uint8_t address) {

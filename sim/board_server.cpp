@@ -91,12 +91,7 @@ std::string BoardServer::Address() const {
 
 void BoardServer::Run(int stopDescriptor) {
   for (;;) {
-    std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}, {canAccept_ ? listener_.Number() : -1, POLLIN, 0}};
-    for (const Connection& connection : connections_) {
-      const short reads = connection.unsent.size() < kMostUnsent ? POLLIN : 0;
-      const short writes = connection.unsent.empty() ? 0 : POLLOUT;
-      waits.push_back({connection.socket.Number(), static_cast<short>(reads | writes), 0});
-    }
+    std::vector<pollfd> waits = Waits(stopDescriptor);
     const int ready = poll(waits.data(), waits.size(), Patience());
     if (ready < 0 && errno == EINTR) continue;
     if (ready < 0 || waits[0].revents != 0) return;
@@ -106,17 +101,30 @@ void BoardServer::Run(int stopDescriptor) {
     if (waits[1].revents != 0 || !canAccept_) Accept();
     isGone.resize(connections_.size());
     Deliver();
-    std::vector<Connection> kept;
-    for (std::size_t i = 0; i < connections_.size(); ++i) {
-      SignalAttention(connections_[i]);
-      if (!isGone[i] && SendSome(connections_[i].socket.Number(), connections_[i].unsent))
-        kept.push_back(std::move(connections_[i]));
-      else
-        std::erase_if(late_,
-                      [&](const Late& late) { return late.socket == connections_[i].socket.Number(); });
-    }
-    connections_ = std::move(kept);
+    SendAndDrop(isGone);
   }
+}
+
+std::vector<pollfd> BoardServer::Waits(int stopDescriptor) const {
+  std::vector<pollfd> waits{{stopDescriptor, POLLIN, 0}, {canAccept_ ? listener_.Number() : -1, POLLIN, 0}};
+  for (const Connection& connection : connections_) {
+    const short reads = connection.unsent.size() < kMostUnsent ? POLLIN : 0;
+    const short writes = connection.unsent.empty() ? 0 : POLLOUT;
+    waits.push_back({connection.socket.Number(), static_cast<short>(reads | writes), 0});
+  }
+  return waits;
+}
+
+void BoardServer::SendAndDrop(const std::vector<bool>& isGone) {
+  std::vector<Connection> kept;
+  for (std::size_t i = 0; i < connections_.size(); ++i) {
+    SignalAttention(connections_[i]);
+    if (!isGone[i] && SendSome(connections_[i].socket.Number(), connections_[i].unsent))
+      kept.push_back(std::move(connections_[i]));
+    else
+      std::erase_if(late_, [&](const Late& late) { return late.socket == connections_[i].socket.Number(); });
+  }
+  connections_ = std::move(kept);
 }
 
 void BoardServer::Accept() {

@@ -5,6 +5,8 @@
 //   if (server.Listen("127.0.0.1:0", error)) server.Run(stopDescriptor);
 #pragma once
 
+#include <poll.h>
+
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -44,12 +46,16 @@ class BoardServer {
     std::vector<std::uint8_t> bytes;
   };
 
+  /// What poll waits for: the stop descriptor, the listener, and the connections in their order.
+  std::vector<pollfd> Waits(int stopDescriptor) const;
   void Accept();
   /// Reads and answers what the machine sends; false when it is gone.
   bool Serve(Connection& connection);
   void Answer(Connection& connection, const VmInput& input);
   /// Tells the machine whether answers of controllers wait in the receive queue, when that has changed.
   void SignalAttention(Connection& connection);
+  /// Sends what waits, and forgets the machines that are gone.
+  void SendAndDrop(const std::vector<bool>& isGone);
   /// Hands out the late answers that have come.
   void Deliver();
   /// Milliseconds until something is to be done without a machine asking; -1: never.

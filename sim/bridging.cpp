@@ -9,7 +9,6 @@
 namespace varnok::sim {
 namespace {
 
-constexpr std::uint8_t kApp = net_function::kApplication;
 constexpr std::uint8_t kSystemSoftwareLun = 2;  // answers to it go to the receive message queue
 constexpr std::size_t kFrameHeader = 6;         // rsSA, netFn/rsLUN, checksum, rqSA, rqSeq/rqLUN, command
 
@@ -79,10 +78,11 @@ std::uint8_t GetChannelInfo(CommandContext& context) {
   return code::kSuccess;
 }
 
-constexpr CommandRow kRows[] = {
-    {kApp, ipmi_command::kGetMessage, 0, 0, row_flag::kBmcOnly | row_flag::kInTransferMode, GetMessage},
-    {kApp, ipmi_command::kSendMessage, 8, 0xFF, row_flag::kBmcOnly, SendMessage},
-    {kApp, ipmi_command::kGetChannelInfo, 1, 1, row_flag::kBmcOnly, GetChannelInfo},
+constexpr CommandRow kBridgingRows[] = {
+    {net_function::kApplication, ipmi_command::kGetMessage, 0, 0,
+     row_flag::kBmcOnly | row_flag::kInTransferMode, GetMessage},
+    {net_function::kApplication, ipmi_command::kSendMessage, 8, 0xFF, row_flag::kBmcOnly, SendMessage},
+    {net_function::kApplication, ipmi_command::kGetChannelInfo, 1, 1, row_flag::kBmcOnly, GetChannelInfo},
 };
 
 }  // namespace
@@ -106,7 +106,7 @@ std::optional<std::vector<std::uint8_t>> ReceiveQueue::Pop() {
 }
 
 std::span<const CommandRow> BridgingCommands() {
-  return kRows;
+  return kBridgingRows;
 }
 
 }  // namespace varnok::sim

@@ -10,7 +10,9 @@ namespace {
 std::int64_t SecondsOf(int year, unsigned month, unsigned day, int hour, int minute, int second) {
   auto days =
       std::chrono::sys_days(std::chrono::year(year) / static_cast<int>(month) / static_cast<int>(day));
-  return std::int64_t{days.time_since_epoch().count()} * 86400 + hour * 3600 + minute * 60 + second;
+  return std::chrono::seconds(days.time_since_epoch() + std::chrono::hours(hour) +
+                              std::chrono::minutes(minute) + std::chrono::seconds(second))
+      .count();
 }
 
 /// The decimal digits of text[from, from + count); -1 when there is anything else.

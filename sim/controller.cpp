@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint8_t kDs1624AccessMemory = 0x17;
 constexpr std::uint8_t kDs1624ReadTemperature = 0xAA;
-constexpr std::uint8_t kTemperature[] = {0x19, 0x00};  // 25 degrees Celsius
+constexpr std::uint8_t kDs1624Reading[] = {0x19, 0x00};  // 25 degrees Celsius
 
 Image& OpenImage(ImageStore& images, const std::string& path, const std::string& file,
                  std::optional<std::size_t> size) {
@@ -34,7 +34,7 @@ bool Eeprom::Transfer(std::span<const std::uint8_t> written, std::size_t count,
   }
   for (std::size_t i = 0; i < count; ++i) {
     if (readsTemperature_) {
-      read.push_back(kTemperature[i % std::size(kTemperature)]);
+      read.push_back(kDs1624Reading[i % std::size(kDs1624Reading)]);
       continue;
     }
     read.push_back(image_.Content()[pointer_]);

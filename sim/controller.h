@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "sim/board_config.h"
@@ -24,7 +25,7 @@ struct FruDevice {
 /// A serial EEPROM: what it answers to the bytes that a Master Write-Read carries.
 class Eeprom {
  public:
-  Eeprom(const EepromConfig& config, Image& image) : config_(config), image_(image) {}
+  Eeprom(EepromConfig config, Image& image) : config_(std::move(config)), image_(image) {}
 
   bool Answers(std::uint8_t bus, std::uint8_t address) const;
   /// One bus transaction: writes `written`, then reads `count` bytes. Addresses wrap at the device's end as

@@ -89,7 +89,7 @@ constexpr std::uint32_t Minutes(int year, int month, int day, int hour, int minu
   using namespace std::chrono;
   const auto days =
       sys_days(std::chrono::year(year) / month / day) - sys_days(std::chrono::year(1996) / 1 / 1);
-  return static_cast<std::uint32_t>(days.count() * 1440 + hour * 60 + minute);
+  return static_cast<std::uint32_t>(minutes(days + hours(hour) + minutes(minute)).count());
 }
 
 void AppendWord(Bytes& bytes, unsigned value) {
@@ -131,7 +131,7 @@ Bytes Riser() {
   layout.board = {"Varnok Works", "Hearth S2 Riser Card", "VWRC25052201", "VW-S2-RC-R1", "riser_r1.fru"};
   layout.product = {"Varnok Works", "Hearth S2 Riser", "VW-S2-RC", "R1", "VWRC25052201", "", "riser_r1.fru"};
   for (int slot = 1; slot <= 6; ++slot) {
-    layout.product.push_back("Slot " + std::to_string(slot) + " PCIe x8, 75 W, full height");
+    layout.product.emplace_back("Slot " + std::to_string(slot) + " PCIe x8, 75 W, full height");
   }
   // Records fill the device well past its first KiB.
   for (int slot = 1; slot <= 24; ++slot) {
@@ -172,7 +172,7 @@ std::vector<DefaultFile> DefaultBoardImages() {
 }
 
 Bytes DefaultBoardConfig() {
-  return Bytes(kConfig.begin(), kConfig.end());
+  return {kConfig.begin(), kConfig.end()};
 }
 
 }  // namespace varnok::sim

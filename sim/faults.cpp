@@ -27,8 +27,10 @@ void ReadMatch(JsonObject& object, FaultRule& rule) {
 
 void ReadTime(JsonObject& object, FaultRule& rule) {
   constexpr std::uint32_t kMost = 1'000'000;
-  if (object.Has("nth") + object.Has("every") + (object.Has("from") || object.Has("to")) > 1) {
-    object.Fail(object.Has("nth") ? "nth" : "every", "only one of nth, every and from/to can be given");
+  const bool hasNth = object.Has("nth"), hasEvery = object.Has("every"),
+             hasRange = object.Has("from") || object.Has("to");
+  if ((hasNth && hasEvery) || (hasNth && hasRange) || (hasEvery && hasRange)) {
+    object.Fail(hasNth ? "nth" : "every", "only one of nth, every and from/to can be given");
   }
   if (const auto nth = object.OptionalNumber("nth", 1, kMost)) rule.first = rule.last = *nth;
   if (const auto every = object.OptionalNumber("every", 1, kMost)) rule.first = rule.step = *every;

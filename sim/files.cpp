@@ -10,7 +10,9 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <thread>
 
 #include "firmware/host/utf8.h"
@@ -58,14 +60,14 @@ bool IsTemporary(std::string_view name) {
 std::string HolderOf(const Descriptor& folder) {
   struct stat status {};
   if (fstat(folder.Number(), &status) != 0) return "another program";
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> locks(std::fopen("/proc/locks", "re"), std::fclose);
-  char line[256];
-  while (locks != nullptr && std::fgets(line, sizeof line, locks.get()) != nullptr) {
+  // "5: FLOCK  ADVISORY  WRITE 1234 fe:01:5678 0 EOF": the process, the device and the inode.
+  std::ifstream locks("/proc/locks");
+  for (std::string line; std::getline(locks, line);) {
+    std::istringstream words(line);
+    std::string number, kind, manner, access, file;
     int process = 0;
-    unsigned major = 0, minor = 0;
-    unsigned long inode = 0;
-    if (std::sscanf(line, "%*d: FLOCK %*s %*s %d %x:%x:%lu", &process, &major, &minor, &inode) != 4) continue;
-    if (inode != status.st_ino || process <= 0) continue;
+    if (!(words >> number >> kind >> manner >> access >> process >> file)) continue;
+    if (kind != "FLOCK" || process <= 0 || !file.ends_with(":" + std::to_string(status.st_ino))) continue;
     std::string name;
     try {
       const Bytes text = ReadWholeFile("/proc/" + std::to_string(process) + "/comm");

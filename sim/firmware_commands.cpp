@@ -28,7 +28,7 @@ std::uint8_t ExitTransferMode(CommandContext& context) {
   return code::kSuccess;
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kFirmwareRows[] = {
     {kFirmware, ipmi_command::kEnterFirmwareTransfer, 0, 0xFF, kFlags, EnterTransferMode},
     {kFirmware, ipmi_command::kExitFirmwareTransfer, 0, 0, kFlags, ExitTransferMode},
 };
@@ -36,7 +36,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> FirmwareCommands() {
-  return kRows;
+  return kFirmwareRows;
 }
 
 }  // namespace varnok::sim

@@ -7,8 +7,6 @@
 namespace varnok::sim {
 namespace {
 
-constexpr std::uint8_t kStorage = net_function::kStorage;
-
 /// The unit of offsets and counts, in bytes.
 std::size_t UnitOf(const FruDevice& fru) {
   return fru.wordAccess ? 2 : 1;
@@ -59,16 +57,16 @@ std::uint8_t WriteFruData(CommandContext& context) {
   return code::kSuccess;
 }
 
-constexpr CommandRow kRows[] = {
-    {kStorage, ipmi_command::kGetFruAreaInfo, 1, 1, row_flag::kNone, GetFruInventoryAreaInfo},
-    {kStorage, ipmi_command::kReadFruData, 4, 4, row_flag::kNone, ReadFruData},
-    {kStorage, ipmi_command::kWriteFruData, 4, 0xFF, row_flag::kNone, WriteFruData},
+constexpr CommandRow kFruRows[] = {
+    {net_function::kStorage, ipmi_command::kGetFruAreaInfo, 1, 1, row_flag::kNone, GetFruInventoryAreaInfo},
+    {net_function::kStorage, ipmi_command::kReadFruData, 4, 4, row_flag::kNone, ReadFruData},
+    {net_function::kStorage, ipmi_command::kWriteFruData, 4, 0xFF, row_flag::kNone, WriteFruData},
 };
 
 }  // namespace
 
 std::span<const CommandRow> FruCommands() {
-  return kRows;
+  return kFruRows;
 }
 
 }  // namespace varnok::sim

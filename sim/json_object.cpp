@@ -135,7 +135,7 @@ std::vector<std::uint8_t> JsonObject::ByteArray(std::string_view key) {
 
 JsonObject JsonObject::Child(std::string_view key) {
   const JsonValue* value = Find(key);
-  return JsonObject(value == nullptr ? EmptyObject() : *value, PathOf(key));
+  return {value == nullptr ? EmptyObject() : *value, PathOf(key)};
 }
 
 std::vector<JsonObject> JsonObject::Children(std::string_view key) {

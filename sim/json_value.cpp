@@ -14,7 +14,7 @@ class JsonBuilder : public nlohmann::json::json_sax_t {
 
   bool null() override { return Scalar(JsonValue::Kind::Null, "null"); }
   bool boolean(bool value) override {
-    return Scalar(JsonValue::Kind::Boolean, value ? "true" : "false", value, false);
+    return Scalar(JsonValue::Kind::Boolean, value ? "true" : "false", value ? 1 : 0, false);
   }
   bool number_integer(number_integer_t value) override {
     return Scalar(JsonValue::Kind::Number, std::to_string(value));

@@ -21,7 +21,7 @@ std::uint8_t GetLanParameters(CommandContext& context) {
   return code::kNoParameter;
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kLanRows[] = {
     {net_function::kTransport, ipmi_command::kGetLanConfiguration, 4, 4, row_flag::kBmcOnly,
      GetLanParameters},
 };
@@ -29,7 +29,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> LanCommands() {
-  return kRows;
+  return kLanRows;
 }
 
 }  // namespace varnok::sim

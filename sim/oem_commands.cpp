@@ -34,7 +34,7 @@ std::uint8_t GetKeyValue(CommandContext& context) {
   return code::kNotPresent;
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kOemRows[] = {
     {kOem, 0x14, 3, 3, row_flag::kBmcOnly, Answer<0x14>},
     {kOem, 0x93, 0, 0, row_flag::kBmcOnly, Answer<0x93>},
     {kOem, 0x94, 0, 0, row_flag::kBmcOnly, Answer<0x94>},
@@ -45,7 +45,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> OemCommands() {
-  return kRows;
+  return kOemRows;
 }
 
 }  // namespace varnok::sim

@@ -15,14 +15,14 @@ std::uint8_t MasterWriteRead(CommandContext& context) {
                                                                           : code::kNakOnWrite;
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kPrivateBusRows[] = {
     {net_function::kApplication, ipmi_command::kMasterWriteRead, 3, 0xFF, row_flag::kAnyLun, MasterWriteRead},
 };
 
 }  // namespace
 
 std::span<const CommandRow> PrivateBusCommands() {
-  return kRows;
+  return kPrivateBusRows;
 }
 
 }  // namespace varnok::sim

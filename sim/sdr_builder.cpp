@@ -5,11 +5,11 @@
 
 #include "platform/ipmi_message.h"
 #include "sim/error.h"
+#include "sim/sdr_repository.h"
 
 namespace varnok::sim {
 namespace {
 
-constexpr std::uint8_t kVersion = 0x51;  // IPMI 1.5 and 2.0
 constexpr std::uint8_t kThresholdEvents = 0x01;
 constexpr std::uint8_t kText = 0xC0;  // 8-bit ASCII, Latin 1
 
@@ -149,7 +149,8 @@ void SdrBuilder::Append(std::uint8_t type, Bytes body, std::string_view name) {
 }
 
 void SdrBuilder::AppendRecord(std::uint8_t type, const Bytes& body) {
-  const Bytes header = {Low(nextId_), High(nextId_), kVersion, type, static_cast<std::uint8_t>(body.size())};
+  const Bytes header = {Low(nextId_), High(nextId_), kSdrVersion, type,
+                        static_cast<std::uint8_t>(body.size())};
   records_.insert(records_.end(), header.begin(), header.end());
   records_.insert(records_.end(), body.begin(), body.end());
   ++nextId_;

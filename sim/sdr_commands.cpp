@@ -9,7 +9,6 @@ namespace varnok::sim {
 namespace {
 
 constexpr std::uint8_t kStorage = net_function::kStorage;
-constexpr std::uint8_t kVersion = 0x51;  // IPMI 1.5 and 2.0
 // Non-modal update, delete, partial add, reserve and allocation info.
 constexpr std::uint8_t kSupport = 0x2F;
 constexpr std::uint8_t kOverflow = 0x80;
@@ -41,7 +40,7 @@ std::uint8_t WhenReady(CommandContext& context) {
 std::uint8_t GetInfo(CommandContext& context) {
   const SdrRepository& repository = context.bmc.Sdrs();
   if (!repository.IsPresent()) return code::kInvalidCommand;
-  context.answer = {kVersion};
+  context.answer = {kSdrVersion};
   AppendWord(context, Capped(repository.Count()));
   AppendWord(context, Capped(repository.FreeBytes()));
   AppendLong(context, repository.LastAddition());
@@ -154,7 +153,7 @@ std::uint8_t SetTime(CommandContext& context, SdrRepository& repository) {
 
 constexpr std::uint8_t kAnyLength = 0xFF;
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kSdrRows[] = {
     {kStorage, ipmi_command::kGetSdrRepositoryInfo, 0, 0, row_flag::kBmcOnly, GetInfo},
     {kStorage, ipmi_command::kGetSdrAllocationInfo, 0, 0, row_flag::kBmcOnly, WhenReady<GetAllocationInfo>},
     {kStorage, ipmi_command::kReserveSdrRepository, 0, 0, row_flag::kBmcOnly, Reserve},
@@ -170,7 +169,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> SdrCommands() {
-  return kRows;
+  return kSdrRows;
 }
 
 }  // namespace varnok::sim

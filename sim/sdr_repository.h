@@ -14,6 +14,8 @@
 
 namespace varnok::sim {
 
+inline constexpr std::uint8_t kSdrVersion = 0x51;  // of the repository and its records: IPMI 1.5 and 2.0
+
 /// The record at the start of `bytes`, as far as it goes; empty when there is not even a header.
 std::span<const std::uint8_t> FirstSdr(std::span<const std::uint8_t> bytes);
 

@@ -13,14 +13,14 @@ std::uint8_t GetSensorReading(CommandContext& context) {
   return code::kNotPresent;
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kSensorRows[] = {
     {net_function::kSensorEvent, ipmi_command::kGetSensorReading, 1, 1, row_flag::kBmcOnly, GetSensorReading},
 };
 
 }  // namespace
 
 std::span<const CommandRow> SensorCommands() {
-  return kRows;
+  return kSensorRows;
 }
 
 }  // namespace varnok::sim

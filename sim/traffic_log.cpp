@@ -21,13 +21,13 @@ void AppendBytes(std::string& text, std::span<const std::uint8_t> bytes) {
 }
 
 /// The arrow and the address: the BMC at its system interface, or a controller with its channel.
-std::string Place(const Controller& controller, char arrow) {
+std::string PlaceText(const Controller& controller, char arrow) {
   const ControllerConfig& config = controller.Config();
   if (controller.IsBmc()) return std::string(1, arrow) + " " + Hex(config.address);
   return std::string(2, arrow) + " " + Hex(config.address) + "@" + std::to_string(config.channel);
 }
 
-std::string Command(unsigned netFunction, unsigned lun, unsigned command) {
+std::string CommandText(unsigned netFunction, unsigned lun, unsigned command) {
   return " " + Hex(netFunction) + "/" + std::to_string(lun) + " " + Hex(command);
 }
 
@@ -59,14 +59,16 @@ void TrafficLog::Line(std::string text, std::string_view remark) {
 
 void TrafficLog::Asked(const Controller& controller, const Request& request) {
   if (!file_.IsOpen()) return;
-  std::string text = Place(controller, '>') + Command(request.netFunction, request.lun, request.command);
+  std::string text =
+      PlaceText(controller, '>') + CommandText(request.netFunction, request.lun, request.command);
   AppendBytes(text, request.data);
   Line(std::move(text));
 }
 
 void TrafficLog::Answered(const Controller& controller, const Response& response, std::string_view remark) {
   if (!file_.IsOpen()) return;
-  std::string text = Place(controller, '<') + Command(response.netFunction, response.lun, response.command) +
+  std::string text = PlaceText(controller, '<') +
+                     CommandText(response.netFunction, response.lun, response.command) +
                      " cc=" + Hex(response.completionCode);
   AppendBytes(text, response.data);
   Line(std::move(text), remark);
@@ -75,8 +77,8 @@ void TrafficLog::Answered(const Controller& controller, const Response& response
 void TrafficLog::Unanswered(const Controller& controller, const Request& request, std::string_view word,
                             std::string_view remark) {
   if (!file_.IsOpen()) return;
-  Line(Place(controller, '<') + Command(request.netFunction + 1u, request.lun, request.command) + " " +
-           std::string(word),
+  Line(PlaceText(controller, '<') + CommandText(request.netFunction + 1u, request.lun, request.command) +
+           " " + std::string(word),
        remark);
 }
 

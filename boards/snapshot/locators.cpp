@@ -15,7 +15,6 @@ constexpr std::uint8_t kFruLocator = 0x11;
 constexpr std::uint8_t kControllerLocator = 0x12;
 
 constexpr std::size_t kTypeAt = 3;
-constexpr std::uint8_t kLastFruId = 254;
 constexpr std::uint8_t kHasFruInventory = 0x08;
 
 /// Storage on a private bus by the device type of its locator (table 43-12).

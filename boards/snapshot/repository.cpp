@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint16_t kLastId = 0xFFFF;
 constexpr std::size_t kHeader = 5;
-constexpr std::size_t kLargestRead = 32;
+constexpr std::size_t kLargestRecordRead = 32;
 constexpr std::size_t kLargestAdd = 16;
 constexpr int kReservationTries = 10;
 constexpr int kErasePolls = 60;
@@ -137,7 +137,7 @@ Outcome ReadRecord(Session& session, std::uint16_t id, Bytes& record, std::uint1
       if (hasNext || offset < kHeader) continue;
       hasNext = true;
       record.resize(kHeader + record[4]);
-      chunk = kLargestRead;
+      chunk = kLargestRecordRead;
     } else if (outcome.IsCode(completion_code::kReservationLost) && ++reservations < kReservationTries) {
       // The record may be another one by now: from its beginning.
       if (Outcome again = session.Reserve(); !again.IsDone()) return again;

@@ -11,7 +11,6 @@
 namespace varnok::boards {
 namespace {
 
-constexpr std::uint8_t kLastFruId = 254;
 constexpr int kSilenceLimit = 3;
 
 Outcome ReadIdentity(const Target& target, std::optional<Identity>& identity) {

@@ -167,18 +167,6 @@ TEST_F(BoardTest, KilledProgramLeavesAWholeImage) {
   }
 }
 
-TEST_F(BoardTest, NewProgramSeesWhatTheLastOneWrote) {
-  OpenDefault();
-  for (int offset = 0; offset < 2048; offset += 8) {
-    Bytes data = {2, static_cast<std::uint8_t>(offset), static_cast<std::uint8_t>(offset >> 8)};
-    data.resize(11, static_cast<std::uint8_t>(offset / 8));
-    ASSERT_EQ(Exchange(0x0A, 0x12, data), "00 08");
-  }
-  board.reset();
-  Open();
-  Converse({{"0A/0 11 02 F8 07 02", "00 02 FF FF"}, {"0A/0 11 02 10 00 02", "00 02 02 02"}});
-}
-
 class BoardSourceTest : public BoardTest {
  protected:
   sim::Environment Variables() {

@@ -1,33 +1,32 @@
 #include "sim/vm_codec.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace varnok::sim {
 namespace {
 
-using ::testing::ElementsAre;
 using Bytes = std::vector<std::uint8_t>;
 
 /// What the bytes of a line say: "sequence netFunction/lun command: data" of a request, "!code: parameters"
 /// of a command.
 std::string Decode(VmDecoder& decoder, const Bytes& line) {
   std::string said;
-  auto append = [&said](int value) {
-    said += (said.empty() || said.back() == ' ' ? "" : " ") + std::to_string(value);
-  };
   for (std::uint8_t byte : line) {
     const auto input = decoder.Push(byte);
     if (!input) continue;
-    const auto* request = std::get_if<VmRequest>(&*input);
-    said += request == nullptr ? "!" : "?";
-    const auto* command = std::get_if<VmCommand>(&*input);
-    if (request != nullptr)
-      for (int value : {+request->sequence, +request->request.netFunction, +request->request.lun,
-                        +request->request.command})
-        append(value);
-    else
-      append(command->code);
-    for (int value : request != nullptr ? request->request.data : command->parameters) append(value);
+    std::vector<int> numbers;
+    const Bytes* rest = nullptr;
+    if (const auto* request = std::get_if<VmRequest>(&*input)) {
+      numbers = {request->sequence, request->request.netFunction, request->request.lun,
+                 request->request.command};
+      rest = &request->request.data;
+    } else {
+      numbers = {std::get<VmCommand>(*input).code};
+      rest = &std::get<VmCommand>(*input).parameters;
+    }
+    said += numbers.size() == 1 ? "!" : "?";
+    numbers.insert(numbers.end(), rest->begin(), rest->end());
+    for (int number : numbers) said += " " + std::to_string(number);
   }
   return said;
 }
@@ -59,8 +58,8 @@ TEST(VmCodec, ReadsRequestsAndCommandsAndDropsWhatIsDamaged) {
 }
 
 TEST(VmCodec, WritesResponsesWithTheirEscapes) {
-  EXPECT_THAT(EncodeVmResponse(0xAA, {0x07, 0, 0x01, 0x00, {0xA0, 0xA1, 0x20}}),
-              ElementsAre(0xAA, 0xBA, 0x1C, 0x01, 0x00, 0xAA, 0xB0, 0xAA, 0xB1, 0x20, 0xD8, 0xA0));
+  EXPECT_EQ(EncodeVmResponse(0xAA, {0x07, 0, 0x01, 0x00, {0xA0, 0xA1, 0x20}}),
+            (Bytes{0xAA, 0xBA, 0x1C, 0x01, 0x00, 0xAA, 0xB0, 0xAA, 0xB1, 0x20, 0xD8, 0xA0}));
 }
 
 }  // namespace
