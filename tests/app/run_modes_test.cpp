@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 
+#include "app/app_status.h"
 #include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
@@ -40,6 +41,7 @@ class Arguments {
 class RunModes : public ::testing::Test {
  protected:
   RunModes() {
+    machine.environment["TAG"] = u"X1";
     for (const char* name : {"minimal.FRU", "minimal.SDR"})
       machine.files[name] = machine.files[std::string(".\\") + name] =
           ContentOf(std::filesystem::path(VARNOK_SAMPLES) / ToLower(name));
@@ -62,13 +64,12 @@ class RunModes : public ::testing::Test {
     Arguments arguments(line);
     return Main(arguments.Count(), arguments.Pointers());
   }
-  /// The same without the trace switch's being in the way: the lines of level 1 that name a way of the
-  /// program's own.
-  std::vector<std::string> TraceOf(const std::string& line) {
+  /// The log's lines that name a way of the program's own, at this level; the switch itself is no argument.
+  std::vector<std::string> TraceOf(const std::string& line, const char* level = "-debug1") {
     machine.files.erase("DBGLOG.txt");
     ForgetProgramState();
     Arguments arguments(line);
-    const char* const traced[] = {"VARNOK", "-debug1"};
+    const char* const traced[] = {"VARNOK", level};
     TraceSelectLevel(2, traced);
     CVarnok program;
     if (program.Initialize() == 0 && program.ParseCommandLine(arguments.Count(), arguments.Pointers()) == 0)
@@ -124,6 +125,7 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
        "CVarnok::DisplaySystemInformation - DisplaySelectedFru failed"},
       {"/d sdr", Failing("0x0A", "0x23"), "", 5, kLoadText,
        "CVarnok::DisplaySystemInformation - DisplaySdrArea failed"},
+      {"/d sdr", "", "", 0, "\r" + std::string(79, ' ') + "\r", ""},
       {"/fru none", "", "", 5, "Could not open FRU file \"none.FRU\".",
        "CVarnok::FruExecutive - LoadConfigurationFromFile failed"},
       {"/fru minimal", Failing("0x0A", "0x12"), "", 4, "Error Updating/Validating/Comparing FRU / SDR.",
@@ -154,6 +156,11 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
        "Could not write FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF) to system.",
        kCfg + "CommitConfigurationToSystem failed"},
       {"/cfg t", "", kSystem, 0, "\nFRU File Area(s) successfully loaded into FRU memory.\n", ""},
+      {"/cfg t", "", "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT @ENV:ASCII:TAG\n", 0,
+       "\nFRU File Area(s) successfully loaded into FRU memory.\n", ""},
+      {"/cfg t", "", "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT @ENV:ASCII:NONE\n", 7,
+       "Unable to read the FRU field value from the environment variable 'NONE', the variable does not exist.",
+       kCfg + "ProcessCommands failed"},
       {"/cfg t", "", "SDRNAME minimal.SDR\n", 0, kUpdated + kResetRequired, ""},
       {"/cfg t", "", "DISPLAY \"only this\"\n", 0, kBanner + "only this\n", ""},
   };
@@ -174,16 +181,88 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
   }
 }
 
+TEST_F(RunModes, EachWayIsTracedFromItsEntryToItsExit) {
+  OpenBoard("");
+  machine.files["t.CFG"] = machine.files[".\\t.CFG"] = "DISPLAY \"x\"\n";
+  const std::string start = "+Initialize +SetCtrl_C_Enable -SetCtrl_C_Enable +IsAlreadyRunning -Initialize ";
+  const std::string parsing = "+ParseCommandLine -ParseCommandLine +Execute ";
+  const std::string extension =
+      "+ParseCommandLine +AddDefaultExtension -AddDefaultExtension -ParseCommandLine ";
+  const std::string display = parsing + "+DisplaySystemInformation -DisplaySystemInformation ";
+  const std::pair<std::string, std::string> rows[] = {
+      {"/?", parsing + "+DisplayUsage -DisplayUsage "},
+      {"/d fru", display},
+      {"/d sdr", display},
+      {"/d smb", display},
+      {"/fru minimal", extension + "+Execute +FruExecutive -FruExecutive "},
+      {"/sdr minimal", extension + "+Execute +SdrExecutive -SdrExecutive "},
+      {"/cfg t", extension + "+Execute +CfgFileExecutive -CfgFileExecutive "},
+  };
+  for (const auto& [line, way] : rows) {
+    std::string shown;
+    for (std::string each : TraceOf(line, "-debug3")) {
+      each.erase(0, each.rfind(':') + 1);
+      shown += (each.ends_with("[ENTRY]") ? '+' : '-') + each.substr(0, each.find(' ')) + ' ';
+    }
+    EXPECT_EQ(shown, start + way + "-Execute ");
+  }
+}
+
+TEST_F(RunModes, ProgramWithoutModeIsUnknown) {
+  SetPaging(true);
+  SetTemporaryFile(true);
+  CVarnok program;
+  EXPECT_EQ(program.ParseCommandLine(Arguments("").Count() - 1, Arguments("").Pointers()), 1);
+  EXPECT_FALSE(IsPagingOn() || IsTemporaryFileOn()) << "no option sets them";
+  machine.files.clear();
+  EXPECT_EQ(program.Execute(), 11);
+  EXPECT_EQ(program.DisplaySystemInformation(), 11);
+  EXPECT_EQ(machine.TraceLines(),
+            (std::vector<std::string>{"CVarnok::Execute - Unknown mode",
+                                      "CVarnok::DisplaySystemInformation - Unknown mode"}));
+}
+
+// Most failures bring a message of their own, which hides these.
+TEST(AppStatus, TextsOfAllStatuses) {
+  std::string texts;
+  for (int status = 0; status <= 12; ++status) texts += std::string(StatusMessage(status)) + "|";
+  const std::string unknown = "Unknown Error.|";
+  EXPECT_EQ(texts, unknown +
+                       "Command Line Error.|File IO Error.|Error communicating with BMC.|"
+                       "Error Updating/Validating/Comparing FRU / SDR.|Error Loading FRU / SDR Information|"
+                       "Error Parsing Configuration File|Error Processing Configuration File|"
+                       "SMBIOS Interface Error|Error Initalizing Protocol Interfaces.|" +
+                       unknown + unknown + unknown);
+}
+
+TEST_F(RunModes, SdrFileThatIsTooLargeIsToldOf) {
+  OpenBoard("");
+  machine.files["big.SDR"] = std::string((64 << 20) + 1, 'x');
+  EXPECT_EQ(RunMain("/sdr big"), 5);
+  EXPECT_EQ(machine.errors, "varnok: big.SDR is larger than 64 MiB\n");
+}
+
+TEST_F(RunModes, KeyOfAnEarlierRunAnswersNothing) {
+  OpenBoard("");
+  machine.files["t.CFG"] = machine.files[".\\t.CFG"] =
+      "PROMPT \"Go?\"\nYES go\nIFSET go\nERRORLEVEL 6\nENDIF\n";
+  GetKey(u'y');
+  machine.keys = u"n";
+  EXPECT_EQ(RunMain("/cfg t"), 0);
+  EXPECT_EQ(machine.keys, u"");
+}
+
 TEST_F(RunModes, ManagersThatGetNoMemoryAreNamed) {
   std::set<std::string> lines;
   OpenBoard("");
-  for (int allocation = 1; allocation <= 12; ++allocation) {
+  for (int allocation = 1; allocation <= 40; ++allocation) {
     machine.FailPoolAllocation(allocation);
     for (const std::string& line : TraceOf("/?")) lines.insert(line);
   }
   machine.FailPoolAllocation(0);
-  for (const char* what : {"Failed to load IPMI protocol", "Initialize for FwUpdate failed",
-                           "Initialize for CfgFile failed", "Initialize for Frudata failed"})
+  for (const char* what :
+       {"Failed to load IPMI protocol", "Initialize for FwUpdate failed", "Initialize for CfgFile failed",
+        "Initialize for Frudata failed", "Initialize for Sdrdata failed"})
     EXPECT_TRUE(lines.contains(std::string("CVarnok::Initialize - ") + what)) << what;
 }
 
@@ -216,9 +295,18 @@ TEST_F(RunModes, UsagePagesStayAsTheyAreAndStopAtThePrompt) {
 }
 
 TEST_F(RunModes, TemporaryFileIsMadeWhereItsFlagIsSet) {
-  const std::pair<std::string, std::string> rows[] = {
-      {"/d fru", "FRU.TMP"},       {"/d sdr", "SDR.TMP"},       {"/d smb", "SMB.TMP"},
-      {"/fru minimal", "FRU.TMP"}, {"/sdr minimal", "SDR.TMP"}, {"/cfg t", "CFG.TMP"}};
+  struct Mirror {
+    std::string line, name;
+    bool isPaged;
+    std::string text;
+  } const rows[] = {
+      {"/d fru", "FRU.TMP", true, ""},
+      {"/d sdr", "SDR.TMP", true, "Displaying SDR Record #1\n\n 01 00 51 01 "},
+      {"/d smb", "SMB.TMP", false, " Manufacturer      = Varnok Works\n"},
+      {"/fru minimal", "FRU.TMP", false, "\n 01 00 00 01 00 00 00 FE "},
+      {"/sdr minimal", "SDR.TMP", false, "Writing SDR Record # 1\n 00 00 51 C0 "},
+      {"/cfg t", "CFG.TMP", false, "DISPLAY \"x\""},
+  };
   machine.files["t.CFG"] = machine.files[".\\t.CFG"] = "DISPLAY \"x\"\n";
   OpenBoard("");
   auto run = [this](const std::string& line) {
@@ -228,13 +316,18 @@ TEST_F(RunModes, TemporaryFileIsMadeWhereItsFlagIsSet) {
     EXPECT_EQ(program.Initialize(), 0);
     EXPECT_EQ(program.ParseCommandLine(arguments.Count(), arguments.Pointers()), 0);
     SetTemporaryFile(true);
+    SetPaging(true);
+    machine.keys = u"n";
     int status = program.Execute();
     return std::to_string(status) + (status == 2 ? " " + Narrow(program.LastErrorMessage()) : "");
   };
-  for (const auto& [line, name] : rows) {
+  // clang-format on
+  for (const auto& [line, name, isPaged, text] : rows) {
     machine.files.erase(name);
     EXPECT_EQ(run(line), "0") << line;
     EXPECT_EQ(machine.files[name].substr(0, 2), "\xFF\xFE") << line;
+    EXPECT_EQ(machine.keys.empty(), isPaged) << line;
+    EXPECT_NE(machine.TextOf(name).find(text), std::string::npos) << line;
     machine.fileFailures[name] = machine.fileFailures[""] = uefi_status::kWriteProtected;
     EXPECT_EQ(run(line), "2 Failed to create temporary file:C:\\" + name + "\n") << line;
     machine.fileFailures.clear();

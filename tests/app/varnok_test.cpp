@@ -6,6 +6,7 @@
 
 #include <sstream>
 
+#include "app/services/trace.h"
 #include "app/usage.h"
 #include "firmware/entry.h"
 #include "platform/ipmi.h"
@@ -89,12 +90,16 @@ TEST_F(Program, BmcInTransferModeStopsEveryMode) {
     EXPECT_EQ(machine.console,
               kBanner + "\nERROR:BMC is in FW Transfer Mode. Unable to continue with the operation.\n\n");
   }
+  ExpectStart(0x82);
+  EXPECT_EQ(Run("-debug1"), 3);
+  EXPECT_THAT(machine.TraceLines(), ElementsAre("CVarnok::CfgFileExecutive - BMC is in FW Transfer mode"));
 }
 
 TEST_F(Program, MissingSmbiosTableStopsTheStart) {
   machine.smbiosEntryPoint = nullptr;
   bmc.Expect(0x06, 0x30, {0x01}).Reply({});
-  EXPECT_EQ(Run("/?"), 8);
+  EXPECT_EQ(Run("-debug1"), 8);
+  EXPECT_THAT(machine.TraceLines(), Contains("CVarnok::Initialize - Initialize for SMBIOS failed"));
   EXPECT_EQ(machine.console, kBanner + "\nERROR:SMBIOS Interface Error\n\n");
 }
 
@@ -120,6 +125,8 @@ TEST_F(Program, TraceNamesTheWayThroughTheStart) {
 }
 
 TEST_F(Program, TemporaryFileNameFallsBackToTheOutputName) {
+  const char* const traced[] = {"VARNOK", "-debug3"};
+  TraceSelectLevel(2, traced);
   CVarnok application;
   std::u16string name = u"FRU.TMP";
   std::u16string outName;
@@ -135,6 +142,16 @@ TEST_F(Program, TemporaryFileNameFallsBackToTheOutputName) {
   EXPECT_TRUE(machine.files.contains("OTHER.TMP")) << "not the rewritten name";
   name = outName = u"FRU.TMP";
   EXPECT_EQ(application.ValidateTmpFileName(&outName, &name), 2);
+  std::vector<std::string> lines = machine.TraceLines();
+  name.assign(300, u'n');
+  machine.fileFailures[std::string(300, 'n')] = uefi_status::kWriteProtected;
+  EXPECT_EQ(application.ValidateTmpFileName(&outName, &name), 2);
+  EXPECT_EQ(name.size(), 256u);
+  std::erase_if(lines,
+                [](const std::string& each) { return each.starts_with("CVarnok::ValidateTmpFileName ["); });
+  EXPECT_THAT(lines, ElementsAre("CVarnok::ValidateTmpFileName: Invalid Arguments!!!",
+                                 "CVarnok::ValidateTmpFileName: Invalid Arguments!!!",
+                                 "CVarnok::ValidateTmpFileName - Unable to open the output file"));
 }
 
 }  // namespace

@@ -87,7 +87,7 @@ TEST_F(Fw, InitialisationWithoutMemory) {
 
 TEST_F(Fw, InitialisationWithoutAnswer) {
   ForgetProgramState();
-  IpmiLoadProtocol();
+  ASSERT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
   bmc.ExpectSilence(6, 1);
   EXPECT_EQ(FwUpdate::Initialize(), fw_status::kNoBmcIdentity);
   EXPECT_EQ(Message(), kNoVersion);

@@ -35,6 +35,7 @@ TEST(PreparedText, FileThatIsNoneOrTooLargeOrMarkedIsToldOfOnTheErrorOutput) {
       {std::string((64 << 20) + 1, 'x'), kSuccess, uefi_status::kBadBufferSize, "larger than 64 MiB"},
       {"\xEF\xBB\xBF// text", kSuccess, kSuccess, "UTF-8 text: save the file as ANSI or ASCII"},
       {std::string("\xFF\xFE/\0", 4), kSuccess, kSuccess, "UTF-16 text: save the file as ANSI or ASCII"},
+      {"\xFE\xFF/", kSuccess, kSuccess, "UTF-16 text: save the file as ANSI or ASCII"},
       {"plain", kSuccess, kSuccess, ""},
   };
   for (const auto& [content, opening, status, message] : rows) {
@@ -56,6 +57,7 @@ TEST(PreparedText, CommentsAreCutThenBlanksTrimmed) {
   text.Trim();
   EXPECT_EQ(LinesOf(text), (Lines{"key 'a", "", "01 02\t/ 03"}));
   text.RemoveBlanks(2);
+  text.RemoveBlanks(9);
   EXPECT_EQ(text.Line(2), "0102/03");
   EXPECT_EQ(text.Line(3), "") << "a line that is not there is empty";
 }
