@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "app/app_status.h"
@@ -11,10 +12,9 @@
 #include "app/services/trace.h"
 #include "app/usage.h"
 #include "app/varnok.h"
-#include "firmware/entry.h"
+#include "tests/app/arguments.h"
 #include "tests/support/board_machine.h"
 #include "tests/support/host_files.h"
-#include "tests/support/split.h"
 
 namespace varnok::testing {
 namespace {
@@ -22,21 +22,6 @@ namespace {
 const std::string kBanner = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n";
 const std::string kResetRequired = "\nA system reset is required for the update to take effect.\n\n";
 const std::string kUpdated = "\nThe system has been updated successfully.\n";
-
-/// The program's arguments; a blank ends each.
-class Arguments {
- public:
-  explicit Arguments(const std::string& line) : texts_(Split("VARNOK " + line, " ")) {
-    for (std::string& text : texts_) pointers_.push_back(text.data());
-    pointers_.push_back(nullptr);
-  }
-  int Count() const { return static_cast<int>(texts_.size()); }
-  char** Pointers() { return pointers_.data(); }
-
- private:
-  std::vector<std::string> texts_;
-  std::vector<char*> pointers_;
-};
 
 class RunModes : public ::testing::Test {
  protected:
@@ -60,25 +45,30 @@ class RunModes : public ::testing::Test {
     machine.console.clear();
     machine.errors.clear();
   }
-  int RunMain(const std::string& line) {
-    Arguments arguments(line);
-    return Main(arguments.Count(), arguments.Pointers());
-  }
-  /// The log's lines that name a way of the program's own, at this level; the switch itself is no argument.
-  std::vector<std::string> TraceOf(const std::string& line, const char* level = "-debug1") {
-    machine.files.erase("DBGLOG.txt");
+  /// One run of the program's object behind the reading of its command line.
+  std::string Execute(const std::string& line, bool isMirrored = false) {
     ForgetProgramState();
     Arguments arguments(line);
     const char* const traced[] = {"VARNOK", level};
     TraceSelectLevel(2, traced);
     CVarnok program;
-    if (program.Initialize() == 0 && program.ParseCommandLine(arguments.Count(), arguments.Pointers()) == 0)
-      program.Execute();
+    int status = program.Initialize();
+    if (status == 0) status = program.ParseCommandLine(arguments.Count(), arguments.Pointers());
+    SetTemporaryFile(isMirrored);
+    SetPaging(isMirrored);
+    if (status == 0) status = program.Execute();
+    return std::to_string(status) + (status == 2 ? " " + Narrow(program.LastErrorMessage()) : "");
+  }
+  /// The log's lines that name a way of the program's own.
+  std::vector<std::string> TraceOf(const std::string& line) {
+    Execute(line);
     std::vector<std::string> lines = machine.TraceLines();
     std::erase_if(lines, [](const std::string& each) { return !each.starts_with("CVarnok::"); });
     return lines;
   }
+  void WriteScript(const std::string& text) { machine.files[".\\t.CFG"] = machine.files["t.CFG"] = text; }
 
+  const char* level = "-debug1";
   BoardMachine machine;
 
  private:
@@ -105,10 +95,6 @@ struct Row {
   std::string text;
   std::string trace;
 };
-
-std::string PrintableOf(const Row& row) {
-  return row.line + " with " + row.faults + row.script;
-}
 
 TEST_F(RunModes, EndWithStatusTextAndTrace) {
   const std::string kSystem = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT X1\n";
@@ -166,8 +152,8 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
   };
   // clang-format on
   for (const Row& row : rows) {
-    SCOPED_TRACE(PrintableOf(row));
-    machine.files[".\\t.CFG"] = machine.files["t.CFG"] = row.script;
+    SCOPED_TRACE(row.line + " with " + row.faults + row.script);
+    WriteScript(row.script);
     OpenBoard(row.faults);
     EXPECT_EQ(RunMain(row.line), row.status);
     const bool isError = row.status > 1;
@@ -183,28 +169,24 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
 
 TEST_F(RunModes, EachWayIsTracedFromItsEntryToItsExit) {
   OpenBoard("");
-  machine.files["t.CFG"] = machine.files[".\\t.CFG"] = "DISPLAY \"x\"\n";
+  WriteScript("DISPLAY \"x\"\n");
   const std::string start = "+Initialize +SetCtrl_C_Enable -SetCtrl_C_Enable +IsAlreadyRunning -Initialize ";
-  const std::string parsing = "+ParseCommandLine -ParseCommandLine +Execute ";
-  const std::string extension =
-      "+ParseCommandLine +AddDefaultExtension -AddDefaultExtension -ParseCommandLine ";
-  const std::string display = parsing + "+DisplaySystemInformation -DisplaySystemInformation ";
-  const std::pair<std::string, std::string> rows[] = {
-      {"/?", parsing + "+DisplayUsage -DisplayUsage "},
-      {"/d fru", display},
-      {"/d sdr", display},
-      {"/d smb", display},
-      {"/fru minimal", extension + "+Execute +FruExecutive -FruExecutive "},
-      {"/sdr minimal", extension + "+Execute +SdrExecutive -SdrExecutive "},
-      {"/cfg t", extension + "+Execute +CfgFileExecutive -CfgFileExecutive "},
-  };
-  for (const auto& [line, way] : rows) {
+  const std::string reading = "+AddDefaultExtension -AddDefaultExtension ";
+  level = "-debug3";
+  for (const auto& [line, way] : std::map<std::string, std::string>{{"/?", "DisplayUsage"},
+                                                                    {"/d fru", "DisplaySystemInformation"},
+                                                                    {"/d sdr", "DisplaySystemInformation"},
+                                                                    {"/d smb", "DisplaySystemInformation"},
+                                                                    {"/fru minimal", "FruExecutive"},
+                                                                    {"/sdr minimal", "SdrExecutive"},
+                                                                    {"/cfg t", "CfgFileExecutive"}}) {
     std::string shown;
-    for (std::string each : TraceOf(line, "-debug3")) {
+    for (std::string each : TraceOf(line)) {
       each.erase(0, each.rfind(':') + 1);
       shown += (each.ends_with("[ENTRY]") ? '+' : '-') + each.substr(0, each.find(' ')) + ' ';
     }
-    EXPECT_EQ(shown, start + way + "-Execute ");
+    EXPECT_EQ(shown, start + "+ParseCommandLine " + (way.ends_with("ive") ? reading : "") +
+                         "-ParseCommandLine +Execute +" + way + " -" + way + " -Execute ");
   }
 }
 
@@ -212,7 +194,7 @@ TEST_F(RunModes, ProgramWithoutModeIsUnknown) {
   SetPaging(true);
   SetTemporaryFile(true);
   CVarnok program;
-  EXPECT_EQ(program.ParseCommandLine(Arguments("").Count() - 1, Arguments("").Pointers()), 1);
+  EXPECT_EQ(program.ParseCommandLine(1, Arguments("").Pointers()), 1);
   EXPECT_FALSE(IsPagingOn() || IsTemporaryFileOn()) << "no option sets them";
   machine.files.clear();
   EXPECT_EQ(program.Execute(), 11);
@@ -244,8 +226,7 @@ TEST_F(RunModes, SdrFileThatIsTooLargeIsToldOf) {
 
 TEST_F(RunModes, KeyOfAnEarlierRunAnswersNothing) {
   OpenBoard("");
-  machine.files["t.CFG"] = machine.files[".\\t.CFG"] =
-      "PROMPT \"Go?\"\nYES go\nIFSET go\nERRORLEVEL 6\nENDIF\n";
+  WriteScript("PROMPT \"Go?\"\nYES go\nIFSET go\nERRORLEVEL 6\nENDIF\n");
   GetKey(u'y');
   machine.keys = u"n";
   EXPECT_EQ(RunMain("/cfg t"), 0);
@@ -280,7 +261,7 @@ TEST_F(RunModes, UsagePagesStayAsTheyAreAndStopAtThePrompt) {
   const std::string pages[] = {kShortUsage, kFruAddressUsage, kExamplesUsage};
   const std::pair<std::u16string, std::string> rows[] = {
       {u"s", pages[0] + prompt},
-      {u"ms", pages[0] + prompt + "\n\n" + pages[1] + prompt},
+      {u"x\rms", pages[0] + prompt + "\n\n" + pages[1] + prompt},
       {u"n", pages[0] + prompt + "\n\n" + pages[1] + pages[2]},
   };
   CVarnok program;
@@ -291,6 +272,7 @@ TEST_F(RunModes, UsagePagesStayAsTheyAreAndStopAtThePrompt) {
     EXPECT_EQ(program.DisplayUsage(), 0);
     EXPECT_EQ(machine.console, shown);
     EXPECT_EQ(machine.keys, u"");
+    EXPECT_EQ(IsPagingOn(), keys != u"n");
   }
 }
 
@@ -307,29 +289,17 @@ TEST_F(RunModes, TemporaryFileIsMadeWhereItsFlagIsSet) {
       {"/sdr minimal", "SDR.TMP", false, "Writing SDR Record # 1\n 00 00 51 C0 "},
       {"/cfg t", "CFG.TMP", false, "DISPLAY \"x\""},
   };
-  machine.files["t.CFG"] = machine.files[".\\t.CFG"] = "DISPLAY \"x\"\n";
+  WriteScript("DISPLAY \"x\"\n");
   OpenBoard("");
-  auto run = [this](const std::string& line) {
-    ForgetProgramState();
-    Arguments arguments(line);
-    CVarnok program;
-    EXPECT_EQ(program.Initialize(), 0);
-    EXPECT_EQ(program.ParseCommandLine(arguments.Count(), arguments.Pointers()), 0);
-    SetTemporaryFile(true);
-    SetPaging(true);
-    machine.keys = u"n";
-    int status = program.Execute();
-    return std::to_string(status) + (status == 2 ? " " + Narrow(program.LastErrorMessage()) : "");
-  };
-  // clang-format on
   for (const auto& [line, name, isPaged, text] : rows) {
     machine.files.erase(name);
-    EXPECT_EQ(run(line), "0") << line;
+    machine.keys = u"n";
+    EXPECT_EQ(Execute(line, true), "0") << line;
     EXPECT_EQ(machine.files[name].substr(0, 2), "\xFF\xFE") << line;
     EXPECT_EQ(machine.keys.empty(), isPaged) << line;
     EXPECT_NE(machine.TextOf(name).find(text), std::string::npos) << line;
     machine.fileFailures[name] = machine.fileFailures[""] = uefi_status::kWriteProtected;
-    EXPECT_EQ(run(line), "2 Failed to create temporary file:C:\\" + name + "\n") << line;
+    EXPECT_EQ(Execute(line, true), "2 Failed to create temporary file:C:\\" + name + "\n") << line;
     machine.fileFailures.clear();
   }
 }

@@ -107,19 +107,5 @@ TEST_F(Console, HexDumpPadsShortRows) {
   EXPECT_EQ(machine.TextOf("out"), " 7E 7F" + std::string(42, ' ') + "   ~." + std::string(42, ' ') + "\n");
 }
 
-TEST_F(Console, PagingPromptTakesThreeAnswersInEitherCase) {
-  SetPaging(true);
-  machine.keys = u"x\rm";
-  EXPECT_TRUE(PromptMore());
-  EXPECT_TRUE(IsPagingOn());
-  machine.keys = u"s";
-  EXPECT_FALSE(PromptMore());
-  machine.keys = u"n";
-  EXPECT_TRUE(PromptMore());
-  EXPECT_FALSE(IsPagingOn());
-  std::string prompt = "\n[S]top, [N]on-stop, or [M]ore";
-  EXPECT_EQ(machine.console, prompt + "\n\n" + prompt + prompt + "\n\n");
-}
-
 }  // namespace
 }  // namespace varnok
