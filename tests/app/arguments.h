@@ -9,7 +9,8 @@ namespace varnok::testing {
 /// A blank separates them.
 class Arguments {
  public:
-  explicit Arguments(const std::string& line) : texts_(Split(line.empty() ? "VARNOK" : "VARNOK " + line, " ")) {
+  explicit Arguments(const std::string& line)
+      : texts_(Split(line.empty() ? "VARNOK" : "VARNOK " + line, " ")) {
     for (std::string& text : texts_) pointers_.push_back(text.data());
     pointers_.push_back(nullptr);
   }

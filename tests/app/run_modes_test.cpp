@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <set>
 
 #include "app/app_status.h"
@@ -97,14 +96,21 @@ struct Row {
 };
 
 TEST_F(RunModes, EndWithStatusTextAndTrace) {
-  const std::string kSystem = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT X1\n";
+  const std::string kField = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD ", kSystem = kField + "AT X1\n";
   const std::string kCfg = "CVarnok::CfgFileExecutive - ";
+  const std::string kLoad = "LoadConfigurationFromFile failed";
+  const std::string kCommit = "CommitConfigurationToSystem failed";
+  const std::string kProcess = kCfg + "ProcessCommands failed";
+  const std::string kFru = "CVarnok::FruExecutive - ", kSdr = "CVarnok::SdrExecutive - ";
+  const std::string kDone = "\nFRU File Area(s) successfully loaded into FRU memory.\n";
+  const std::string kNoVersion = "Unable to read FW version from the BMC.";
+  const std::string kNoFile = "Could not open ";
   const std::string kLoadText = "Error Loading FRU / SDR Information";
   // clang-format off
   const Row rows[] = {
-      {"/?", Failing("0x06", "0x01"), "", 9, "Unable to read FW version from the BMC.",
+      {"/?", Failing("0x06", "0x01"), "", 9, kNoVersion,
        "CVarnok::Initialize - Initialize for FwUpdate failed"},
-      {"/?", Failing("0x06", "0x01", R"("from": 3, )"), "", 3, "Unable to read FW version from the BMC.",
+      {"/?", Failing("0x06", "0x01", R"("from": 3, )"), "", 3, kNoVersion,
        kCfg + "IsBmcInFwTransferMode failed"},
       {"/x", "", "", 1, kShortUsage, "CVarnok::ParseCommandLine - Invalid command line arguments"},
       {"/d fru", Failing("0x0A", "0x11"), "", 5, kLoadText,
@@ -112,41 +118,34 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
       {"/d sdr", Failing("0x0A", "0x23"), "", 5, kLoadText,
        "CVarnok::DisplaySystemInformation - DisplaySdrArea failed"},
       {"/d sdr", "", "", 0, "\r" + std::string(79, ' ') + "\r", ""},
-      {"/fru none", "", "", 5, "Could not open FRU file \"none.FRU\".",
-       "CVarnok::FruExecutive - LoadConfigurationFromFile failed"},
+      {"/fru none", "", "", 5, kNoFile + "FRU file \"none.FRU\".", kFru + kLoad},
       {"/fru minimal", Failing("0x0A", "0x12"), "", 4, "Error Updating/Validating/Comparing FRU / SDR.",
-       "CVarnok::FruExecutive - CommitConfigurationToSystem failed"},
+       kFru + kCommit},
       {"/fru minimal", "", "", 0, kResetRequired, ""},
-      {"/sdr none", "", "", 2, "Could not open file none.SDR",
-       "CVarnok::SdrExecutive - LoadConfigurationFromFile failed"},
-      {"/sdr minimal.FRU", "", "", 5, "Invalid file: Token _SDR ( not found.\n",
-       "CVarnok::SdrExecutive - LoadConfigurationFromFile failed"},
+      {"/sdr none", "", "", 2, kNoFile + "file none.SDR", kSdr + kLoad},
+      {"/sdr minimal.FRU", "", "", 5, "Invalid file: Token _SDR ( not found.\n", kSdr + kLoad},
       {"/sdr minimal", Failing("0x0A", "0x24") + "," + Failing("0x0A", "0x25"), "", 4, "Unable to update SDRs",
-       "CVarnok::SdrExecutive - CommitConfigurationToSystem failed"},
+       kSdr + kCommit},
       {"/sdr minimal", "", "", 0, kResetRequired, ""},
-      {"/cfg none", "", "", 2, "The file 'none.CFG' was not found.", kCfg + "LoadConfigurationFromFile failed"},
+      {"/cfg none", "", "", 2, "The file 'none.CFG' was not found.", kCfg + kLoad},
       {"/cfg t", "", "NOCOMMAND\n", 6,
        "Invalid input in file 't.CFG' at line 1:\n   NOCOMMAND is not a valid command.",
-       kCfg + "LoadConfigurationFromFile failed"},
-      {"/cfg t", "", "ERRORLEVEL 5\n", 5, "Configuration file exiting due to ERRORLEVEL 05.",
-       kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "ERRORLEVEL 1\n", 1, kBanner, kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "ERRORLEVEL 0\n", 0, kBanner, kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "FRUNAME none.fru\n", 2, "Could not open FRU file \".\\none.fru\".",
-       kCfg + "ProcessCommands failed"},
-      {"/cfg t", Failing("0x0A", "0x11"), kSystem, 5, kLoadText, kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "SDRNAME none.sdr\n", 2, "Could not open file .\\none.sdr", kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "SDRNAME minimal.FRU\n", 5, "Invalid file: Token _SDR ( not found.\n",
-       kCfg + "ProcessCommands failed"},
+       kCfg + kLoad},
+      {"/cfg t", "", "ERRORLEVEL 5\n", 5, "Configuration file exiting due to ERRORLEVEL 05.", kProcess},
+      {"/cfg t", "", "ERRORLEVEL 1\n", 1, kBanner, kProcess},
+      {"/cfg t", "", "ERRORLEVEL 0\n", 0, kBanner, kProcess},
+      {"/cfg t", "", "FRUNAME none.fru\n", 2, kNoFile + "FRU file \".\\none.fru\".", kProcess},
+      {"/cfg t", Failing("0x0A", "0x11"), kSystem, 5, kLoadText, kProcess},
+      {"/cfg t", "", "SDRNAME none.sdr\n", 2, kNoFile + "file .\\none.sdr", kProcess},
+      {"/cfg t", "", "SDRNAME minimal.FRU\n", 5, "Invalid file: Token _SDR ( not found.\n", kProcess},
       {"/cfg t", Failing("0x0A", "0x12"), kSystem, 4,
        "Could not write FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF) to system.",
-       kCfg + "CommitConfigurationToSystem failed"},
-      {"/cfg t", "", kSystem, 0, "\nFRU File Area(s) successfully loaded into FRU memory.\n", ""},
-      {"/cfg t", "", "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT @ENV:ASCII:TAG\n", 0,
-       "\nFRU File Area(s) successfully loaded into FRU memory.\n", ""},
-      {"/cfg t", "", "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT @ENV:ASCII:NONE\n", 7,
+       kCfg + kCommit},
+      {"/cfg t", "", kSystem, 0, kDone, ""},
+      {"/cfg t", "", kField + "AT @ENV:ASCII:TAG\n", 0, kDone, ""},
+      {"/cfg t", "", kField + "AT @ENV:ASCII:NONE\n", 7,
        "Unable to read the FRU field value from the environment variable 'NONE', the variable does not exist.",
-       kCfg + "ProcessCommands failed"},
+       kProcess},
       {"/cfg t", "", "SDRNAME minimal.SDR\n", 0, kUpdated + kResetRequired, ""},
       {"/cfg t", "", "DISPLAY \"only this\"\n", 0, kBanner + "only this\n", ""},
   };
@@ -173,13 +172,10 @@ TEST_F(RunModes, EachWayIsTracedFromItsEntryToItsExit) {
   const std::string start = "+Initialize +SetCtrl_C_Enable -SetCtrl_C_Enable +IsAlreadyRunning -Initialize ";
   const std::string reading = "+AddDefaultExtension -AddDefaultExtension ";
   level = "-debug3";
-  for (const auto& [line, way] : std::map<std::string, std::string>{{"/?", "DisplayUsage"},
-                                                                    {"/d fru", "DisplaySystemInformation"},
-                                                                    {"/d sdr", "DisplaySystemInformation"},
-                                                                    {"/d smb", "DisplaySystemInformation"},
-                                                                    {"/fru minimal", "FruExecutive"},
-                                                                    {"/sdr minimal", "SdrExecutive"},
-                                                                    {"/cfg t", "CfgFileExecutive"}}) {
+  // clang-format off
+  const std::pair<std::string, std::string> rows[] = {
+      {"/?", "DisplayUsage"}, {"/d fru", "DisplaySystemInformation"}, {"/d sdr", "DisplaySystemInformation"}, {"/d smb", "DisplaySystemInformation"}, {"/fru minimal", "FruExecutive"}, {"/sdr minimal", "SdrExecutive"}, {"/cfg t", "CfgFileExecutive"}};
+  for (const auto& [line, way] : rows) {
     std::string shown;
     for (std::string each : TraceOf(line)) {
       each.erase(0, each.rfind(':') + 1);
@@ -188,6 +184,7 @@ TEST_F(RunModes, EachWayIsTracedFromItsEntryToItsExit) {
     EXPECT_EQ(shown, start + "+ParseCommandLine " + (way.ends_with("ive") ? reading : "") +
                          "-ParseCommandLine +Execute +" + way + " -" + way + " -Execute ");
   }
+  // clang-format on
 }
 
 TEST_F(RunModes, ProgramWithoutModeIsUnknown) {

@@ -81,5 +81,11 @@ TEST(Formatter, ConversionWithoutFittingArgumentStandsAsText) {
   EXPECT_EQ(FormatUpTo(4, "%ls", u"abcdef"), u"abcd");
 }
 
+TEST(Text, EndsOfItsRanges) {
+  EXPECT_TRUE(EqualsIgnoreCase("az", "AZ"));
+  EXPECT_EQ(HexDigitValue('g'), -1);
+  EXPECT_EQ(Narrow(u"\u00FF\u0100"), "\xFF?");
+}
+
 }  // namespace
 }  // namespace varnok
