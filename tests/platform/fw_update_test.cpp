@@ -78,15 +78,13 @@ TEST_F(Fw, UninitialisedModuleRefusesEverything) {
   EXPECT_EQ(text, nullptr);
 }
 
-TEST_F(Fw, InitialisationWithoutMemory) {
+TEST_F(Fw, InitialisationWithoutMemoryOrAnswer) {
   machine.FailPoolAllocation(1);
   EXPECT_EQ(FwUpdate::Initialize(), fw_status::kOutOfMemory);
   EXPECT_EQ(LastTrace(), "FwUpdate::Initialize - Memory allocation failed");
   EXPECT_EQ(FwUpdate::SelectDeviceArea(1), fw_status::kNotInitialized);
-}
-
-TEST_F(Fw, InitialisationWithoutAnswer) {
   ForgetProgramState();
+  machine.files.clear();
   ASSERT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
   bmc.ExpectSilence(6, 1);
   EXPECT_EQ(FwUpdate::Initialize(), fw_status::kNoBmcIdentity);
