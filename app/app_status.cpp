@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "app/services/trace.h"
+
 namespace varnok {
 namespace {
 
@@ -25,6 +27,11 @@ constexpr std::array<const char*, 11> kMessages{
 const char* StatusMessage(int status) {
   bool isListed = status >= 1 && status <= static_cast<int>(kMessages.size());
   return isListed ? kMessages[static_cast<std::size_t>(status - 1)] : kMessages.back();
+}
+
+int Fail(const char* operation, const char* reason, int status) {
+  Trace("%s - %s", 1, operation, reason);
+  return status;
 }
 
 }  // namespace varnok

@@ -24,4 +24,7 @@ inline constexpr int kUnknown = 11;            ///< a mode or an argument that c
 /// and a higher one reads like 11.
 const char* StatusMessage(int status);
 
+/// The trace line of a failure, as the services' Fail writes it, before one of the program's own statuses.
+int Fail(const char* operation, const char* reason, int status);
+
 }  // namespace varnok

@@ -36,8 +36,7 @@ int CVarnok::Execute() {
     case RunMode::NoMode:
       break;
   }
-  Trace("CVarnok::Execute - Unknown mode", 1);
-  return app_status::kUnknown;
+  return Fail("CVarnok::Execute", "Unknown mode", app_status::kUnknown);
 }
 
 int CVarnok::DisplaySystemInformation() {
@@ -50,8 +49,7 @@ int CVarnok::DisplaySystemInformation() {
     case RunMode::DisplaySmbios:
       return DisplaySmbios();
     default:
-      Trace("CVarnok::DisplaySystemInformation - Unknown mode", 1);
-      return app_status::kUnknown;
+      return Fail("CVarnok::DisplaySystemInformation", "Unknown mode", app_status::kUnknown);
   }
 }
 
@@ -95,8 +93,7 @@ int CVarnok::FruExecutive() {
   constexpr bool kForce = true;
   if (FruData::CommitConfigurationToSystem(kForce) != kSuccess) {
     // Kept: the manager's message is left alone, so that the status text shows.
-    Trace("CVarnok::FruExecutive - CommitConfigurationToSystem failed", 1);
-    return app_status::kUpdate;
+    return Fail("CVarnok::FruExecutive", "CommitConfigurationToSystem failed", app_status::kUpdate);
   }
   PrintText(kResetRequired);
   return app_status::kSuccess;
@@ -144,8 +141,7 @@ int CVarnok::ValidateTmpFileName(std::u16string* outName, std::u16string* name) 
   // Kept: the second try opens the name that came in as the output, not the rewritten one.
   *name = FormatUpTo(256, "C:\\%s", *name);
   if (TheFirmware().OpenFile(*outName, FileMode::Write, file) == kSuccess) return app_status::kSuccess;
-  Trace("CVarnok::ValidateTmpFileName - Unable to open the output file", 1);
-  return app_status::kFileIo;
+  return Fail("CVarnok::ValidateTmpFileName", "Unable to open the output file", app_status::kFileIo);
 }
 
 int CVarnok::UseTemporaryFile(std::u16string name, std::u16string& outName) {

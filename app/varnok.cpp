@@ -21,8 +21,8 @@ int CVarnok::Initialize() {
   SetCtrl_C_Enable();
   IsAlreadyRunning();
   if (IpmiLoadProtocol() != ipmi_result::kSuccess) {
-    Trace("CVarnok::Initialize - Failed to load IPMI protocol", 1);
-    return FailWith(u"Failed to load IPMI protocol.", app_status::kProtocolInterfaces);
+    return Fail("CVarnok::Initialize", "Failed to load IPMI protocol",
+                FailWith(u"Failed to load IPMI protocol.", app_status::kProtocolInterfaces));
   }
   constexpr std::uint8_t kReceiveMessageQueue = 1;
   IpmiClearMessageFlags(kReceiveMessageQueue);

@@ -49,7 +49,7 @@ std::optional<Bytes> ReadFruFile(const std::string& text, std::string& error) {
 bool ReadSdrFile(const std::string& text, std::vector<Bytes>& records, std::string& error) {
   DeskMachine machine(text);
   TextFile file(text);
-  SdrFileLines lines(file);
+  SdrFileLines lines(file, "the file");
   SdrTypeList lists;
   if (SdrReadFile::ReadSdrRecordsFromFile(lines, lists) != kSuccess) {
     error = MessageLine(TheSdr().lastError.data());

@@ -84,8 +84,7 @@ Status CfwUpdate::ReadVersionFromSystem() {
   TraceScope scope("CfwUpdate::ReadVersionFromSystem");
   if (!ExchangeDeviceId(deviceAddress_)) {
     lastError_ = Widen(kNoVersion);
-    Trace("CfwUpdate::ReadVersionFromSystem - ProcessMessage failed", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::ReadVersionFromSystem", "ProcessMessage failed", fw_status::kExchangeFailed);
   }
   const auto& data = response_.data;
   for (std::size_t i = 0; i < versions_.size(); ++i)
@@ -104,8 +103,7 @@ Status CfwUpdate::IsBmcInFwTransferMode(bool& isInTransferMode) {
   isInTransferMode = false;
   if (!ExchangeDeviceId(kBmcAddress)) {
     lastError_ = Widen(kNoVersion);
-    Trace("CfwUpdate::IsBmcInFwTransferMode - ProcessMessage failed", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::IsBmcInFwTransferMode", "ProcessMessage failed", fw_status::kExchangeFailed);
   }
   isInTransferMode = ResponseShowsTransferMode();
   if (isInTransferMode) lastError_ = Widen(kInTransferMode);
@@ -119,23 +117,21 @@ Status CfwUpdate::EnterFwTransferMode(std::uint8_t target, std::string_view key)
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (isInTransferMode) {
     Print("\nController at address %02x  Already in FwTransfer mode..\n", target);
-    Trace("CfwUpdate::EnterFwTransferMode - BMC is in FW Transfer mode", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::EnterFwTransferMode", "BMC is in FW Transfer mode", fw_status::kExchangeFailed);
   }
   Prepare(target, net_function::kFirmware, ipmi_command::kEnterFirmwareTransfer);
   request_.dataLength = static_cast<std::uint32_t>(std::min<std::size_t>(key.size(), IpmiMessage::kCapacity));
   std::copy_n(key.begin(), request_.dataLength, request_.data.begin());
   if (!Exchange()) {
     PrintText(kEnterFailed);
-    Trace("CfwUpdate::EnterFwTransferMode - ProcessMessage failed", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::EnterFwTransferMode", "ProcessMessage failed", fw_status::kExchangeFailed);
   }
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (!isInTransferMode) {
     PrintText(kEnterFailed);
     lastError_ = Widen(kNotInTransferMode);
-    Trace("CfwUpdate::EnterFwTransferMode - BMC is not in FW Transfer mode", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::EnterFwTransferMode", "BMC is not in FW Transfer mode",
+                fw_status::kExchangeFailed);
   }
   return kSuccess;
 }
@@ -147,29 +143,26 @@ Status CfwUpdate::ExitFwTransferMode(std::uint8_t target) {
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (!isInTransferMode) {
     lastError_ = Widen(kNotInTransferMode);
-    Trace("CfwUpdate::ExitFwTransferMode - BMC is not in FW Transfer mode", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::ExitFwTransferMode", "BMC is not in FW Transfer mode",
+                fw_status::kExchangeFailed);
   }
   Prepare(target, net_function::kFirmware, ipmi_command::kExitFirmwareTransfer);
   if (!Exchange()) {
     Print("\nExitFwTransferMode:: Error in Process Message Function..\n");
-    Trace("CfwUpdate::ExitFwTransferMode - ProcessMessage failed", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::ExitFwTransferMode", "ProcessMessage failed", fw_status::kExchangeFailed);
   }
   Wait(kSecondsAfterExit);
   if (Status status = IsBmcInFwTransferMode(isInTransferMode); status != kSuccess) return status;
   if (isInTransferMode) {
     Print("\nExit Firmware Transfer Mode failed..\n");
-    Trace("CfwUpdate::ExitFwTransferMode - BMC is in FW Transfer mode", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::ExitFwTransferMode", "BMC is in FW Transfer mode", fw_status::kExchangeFailed);
   }
   return kSuccess;
 }
 
 Status CfwUpdate::InvalidVersion(std::u16string_view text) {
   lastError_ = FormatUpTo(kMessageLimit, "Format of version string \"%s\" is invalid.", text);
-  Trace("CfwUpdate::IsVersionSupported - Invalid version string", 1);
-  return fw_status::kInvalidVersion;
+  return Fail("CfwUpdate::IsVersionSupported", "Invalid version string", fw_status::kInvalidVersion);
 }
 
 Status CfwUpdate::IsVersionSupported(std::u16string_view version, std::span<const std::u16string> patterns,
@@ -192,7 +185,7 @@ Status CfwUpdate::ResetBmc(std::uint8_t target) {
   Print("This operation will take around 50 seconds to complete\n");
   Prepare(target, net_function::kApplication, ipmi_command::kColdReset);
   // A BMC that resets at once may not take part in the hand-over any more; the polls tell whether it is back.
-  IpmiTransaction(request_, response_, /*noResponse=*/true);
+  (void)IpmiTransaction(request_, response_, /*noResponse=*/true);
   bool isAnswered = false;
   for (int poll = 0; poll < kResetPolls; ++poll) {
     DelayMilliseconds(kMillisecondsPerPoll);
@@ -201,8 +194,7 @@ Status CfwUpdate::ResetBmc(std::uint8_t target) {
   }
   if (!isAnswered) {
     Print("BMC Refresh failure\n");
-    Trace("CfwUpdate::ResetBmc - ProcessMessage failed", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("CfwUpdate::ResetBmc", "ProcessMessage failed", fw_status::kExchangeFailed);
   }
   return kSuccess;
 }

@@ -32,20 +32,21 @@ Module& TheModule() {
   return Lasting<Module>();
 }
 
-bool IsInitialized(const char* operation) {
-  if (TheModule().isInitialized) return true;
-  Trace("%s - FwUpdate not initialized", 1, operation);
-  return false;
+/// One operation of the front: its trace lines, then `operation` on the module, which must be initialised.
+template <class Operation>
+Status Guarded(const char* name, Operation operation) {
+  TraceScope scope(name);
+  Module& module = TheModule();
+  return module.isInitialized ? operation(module)
+                              : Fail(name, "FwUpdate not initialized", fw_status::kNotInitialized);
 }
 
 Status RefreshByTransferMode(CfwUpdate& update) {
   if (update.EnterFwTransferMode(kBmcAddress, kTransferModeKey) != kSuccess) {
-    Trace("FwUpdate::BmcRefresh - EnterFwTransferMode failed", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("FwUpdate::BmcRefresh", "EnterFwTransferMode failed", fw_status::kExchangeFailed);
   }
   if (update.ExitFwTransferMode(kBmcAddress) != kSuccess) {
-    Trace("FwUpdate::BmcRefresh - ExitFwTransferMode failed", 1);
-    return fw_status::kExchangeFailed;
+    return Fail("FwUpdate::BmcRefresh", "ExitFwTransferMode failed", fw_status::kExchangeFailed);
   }
   update.Wait(kSecondsAfterRefresh);
   return kSuccess;
@@ -60,8 +61,7 @@ Status Initialize() {
   module.update = MakeInPool<CfwUpdate>(module.lastError);
   if (module.update == nullptr) {
     module = {};
-    Trace("FwUpdate::Initialize - Memory allocation failed", 1);
-    return fw_status::kOutOfMemory;
+    return Fail("FwUpdate::Initialize", "Memory allocation failed", fw_status::kOutOfMemory);
   }
   module.isInitialized = true;
   if (GetBmcTypeAndVersion(module.bmcType, module.ipmiVersion) == ipmi_result::kSuccess &&
@@ -72,98 +72,91 @@ Status Initialize() {
 }
 
 Status DeInitialize() {
-  TraceScope scope("FwUpdate::DeInitialize");
-  if (!IsInitialized("FwUpdate::DeInitialize")) return fw_status::kNotInitialized;
-  TheModule() = {};
-  return kSuccess;
+  return Guarded("FwUpdate::DeInitialize", [](Module& module) {
+    module = {};
+    return kSuccess;
+  });
 }
 
 Status SetProgressCallback(ProgressCallback callback) {
-  TraceScope scope("FwUpdate::SetProgressCallback");
-  if (!IsInitialized("FwUpdate::SetProgressCallback")) return fw_status::kNotInitialized;
-  TheModule().progress = callback;
-  return kSuccess;
+  return Guarded("FwUpdate::SetProgressCallback", [callback](Module& module) {
+    module.progress = callback;
+    return kSuccess;
+  });
 }
 
 Status GetLastErrorMessage(const char16_t*& text) {
-  TraceScope scope("FwUpdate::GetLastErrorMessage");
   text = nullptr;
-  if (!IsInitialized("FwUpdate::GetLastErrorMessage")) return fw_status::kNotInitialized;
-  text = TheModule().lastError.c_str();
-  return kSuccess;
+  return Guarded("FwUpdate::GetLastErrorMessage", [&text](Module& module) {
+    text = module.lastError.c_str();
+    return kSuccess;
+  });
 }
 
 Status SelectDeviceAddress(std::uint8_t address) {
-  TraceScope scope("FwUpdate::SelectDeviceAddress");
-  if (!IsInitialized("FwUpdate::SelectDeviceAddress")) return fw_status::kNotInitialized;
-  TheModule().update->SelectDeviceAddress(address);
-  TheModule().isDeviceAddressSelected = true;
-  return kSuccess;
+  return Guarded("FwUpdate::SelectDeviceAddress", [address](Module& module) {
+    module.update->SelectDeviceAddress(address);
+    module.isDeviceAddressSelected = true;
+    return kSuccess;
+  });
 }
 
 Status SelectDeviceArea(std::uint32_t area) {
-  TraceScope scope("FwUpdate::SelectDeviceArea");
-  if (!IsInitialized("FwUpdate::SelectDeviceArea")) return fw_status::kNotInitialized;
-  TheModule().update->SelectArea(area);
-  TheModule().isDeviceAreaSelected = true;
-  return kSuccess;
+  return Guarded("FwUpdate::SelectDeviceArea", [area](Module& module) {
+    module.update->SelectArea(area);
+    module.isDeviceAreaSelected = true;
+    return kSuccess;
+  });
 }
 
 Status LoadConfigurationFromSystem() {
-  TraceScope scope("FwUpdate::LoadConfigurationFromSystem");
-  if (!IsInitialized("FwUpdate::LoadConfigurationFromSystem")) return fw_status::kNotInitialized;
-  Module& module = TheModule();
-  if (!module.isDeviceAddressSelected) {
-    Trace("FwUpdate::LoadConfigurationFromSystem - No device selected", 1);
-    return fw_status::kNothingSelected;
-  }
-  Status status = module.update->ReadVersionFromSystem();
-  if (status == kSuccess) module.isConfigurationLoaded = true;
-  return status;
+  constexpr const char* kName = "FwUpdate::LoadConfigurationFromSystem";
+  return Guarded(kName, [](Module& module) {
+    if (!module.isDeviceAddressSelected)
+      return Fail(kName, "No device selected", fw_status::kNothingSelected);
+    Status status = module.update->ReadVersionFromSystem();
+    if (status == kSuccess) module.isConfigurationLoaded = true;
+    return status;
+  });
 }
 
 Status GetVersionFromSystem(const char16_t*& text) {
-  TraceScope scope("FwUpdate::GetVersionFromSystem");
+  constexpr const char* kName = "FwUpdate::GetVersionFromSystem";
   text = nullptr;
-  if (!IsInitialized("FwUpdate::GetVersionFromSystem")) return fw_status::kNotInitialized;
-  const Module& module = TheModule();
-  if (!module.isConfigurationLoaded) {
-    Trace("FwUpdate::GetVersionFromSystem - COnfiguration not loaded", 1);
-    return fw_status::kNotLoaded;
-  }
-  if (!module.isDeviceAreaSelected) {
-    Trace("FwUpdate::GetVersionFromSystem - Device area not selected", 1);
-    return fw_status::kNothingSelected;
-  }
-  text = module.update->GetVersion();
-  return kSuccess;
+  return Guarded(kName, [&text](Module& module) {
+    if (!module.isConfigurationLoaded) return Fail(kName, "COnfiguration not loaded", fw_status::kNotLoaded);
+    if (!module.isDeviceAreaSelected)
+      return Fail(kName, "Device area not selected", fw_status::kNothingSelected);
+    text = module.update->GetVersion();
+    return kSuccess;
+  });
 }
 
 Status IsVersionSupported(const char16_t* version, std::span<const std::u16string> patterns,
                           bool& isSupported) {
-  TraceScope scope("FwUpdate::IsVersionSupported");
   isSupported = false;
-  if (!IsInitialized("FwUpdate::IsVersionSupported")) return fw_status::kNotInitialized;
-  return TheModule().update->IsVersionSupported(version == nullptr ? u"" : version, patterns, isSupported);
+  return Guarded("FwUpdate::IsVersionSupported", [=, &isSupported](Module& module) {
+    return module.update->IsVersionSupported(version == nullptr ? u"" : version, patterns, isSupported);
+  });
 }
 
 Status IsBmcInFwTransferMode(bool& isInTransferMode) {
-  TraceScope scope("FwUpdate::IsBmcInFwTransferMode");
   isInTransferMode = false;
-  if (!IsInitialized("FwUpdate::IsBmcInFwTransferMode")) return fw_status::kNotInitialized;
-  return TheModule().update->IsBmcInFwTransferMode(isInTransferMode);
+  return Guarded("FwUpdate::IsBmcInFwTransferMode", [&isInTransferMode](Module& module) {
+    return module.update->IsBmcInFwTransferMode(isInTransferMode);
+  });
 }
 
 Status BmcRefresh() {
-  TraceScope scope("FwUpdate::BmcRefresh");
-  if (!IsInitialized("FwUpdate::BmcRefresh")) return fw_status::kNotInitialized;
-  CfwUpdate& update = *TheModule().update;
-  Print("Refreshing BMC...\n");
-  // Read for the product ID alone; a BMC that does not answer is reset all the same.
-  Discard(update.ReadVersionFromSystem());
-  TheFirmware().FlushConsole();
-  return update.ProductId() == kTransferModeProduct ? RefreshByTransferMode(update)
-                                                    : update.ResetBmc(kBmcAddress);
+  return Guarded("FwUpdate::BmcRefresh", [](Module& module) {
+    CfwUpdate& update = *module.update;
+    Print("Refreshing BMC...\n");
+    // Read for the product ID alone; a BMC that does not answer is reset all the same.
+    Discard(update.ReadVersionFromSystem());
+    TheFirmware().FlushConsole();
+    return update.ProductId() == kTransferModeProduct ? RefreshByTransferMode(update)
+                                                      : update.ResetBmc(kBmcAddress);
+  });
 }
 
 }  // namespace varnok::FwUpdate

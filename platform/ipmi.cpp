@@ -267,7 +267,7 @@ void IpmiClearMessageFlags(std::uint8_t flags) {
   request.data[0] = flags;
   request.dataLength = 1;
   IpmiMessage response;
-  IpmiTransaction(request, response);
+  (void)IpmiTransaction(request, response);
 }
 
 IpmiResult GetBmcTypeAndVersion(std::uint32_t& type, std::uint32_t& version) {

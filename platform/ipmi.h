@@ -27,26 +27,28 @@ inline constexpr IpmiResult kCompletionCode = -507;  ///< eleven attempts got a 
 }  // namespace ipmi_result
 
 /// Locates the protocol, starting the driver ".\ipmi.efi" when none is installed.
-IpmiResult IpmiLoadProtocol();
+[[nodiscard]] IpmiResult IpmiLoadProtocol();
 
 /// One request and its response, up to 11 attempts. A request for a target other than the BMC is bridged.
 /// With `noResponse` the call returns when the request is sent. A completion code other than 0 is retried
 /// like a lost answer; after kCompletionCode the response holds it.
-IpmiResult IpmiTransaction(const IpmiMessage& request, IpmiMessage& response, bool noResponse = false);
+[[nodiscard]] IpmiResult IpmiTransaction(const IpmiMessage& request, IpmiMessage& response,
+                                         bool noResponse = false);
 
 /// One request and its response in one attempt, for callers with a patience of their own. A target other than
 /// the BMC is bridged on `channel`. After kCompletionCode the response holds the code, the Send Message's own
 /// when the BMC could not deliver the request; kWrongResponse is the answer to something else.
-IpmiResult IpmiTryOnce(const IpmiMessage& request, std::uint8_t channel, IpmiMessage& response);
+[[nodiscard]] IpmiResult IpmiTryOnce(const IpmiMessage& request, std::uint8_t channel, IpmiMessage& response);
 
 /// As IpmiTransaction, but a target other than the BMC is reached on channel 0 with IpmiBridgedRequest.
 /// `timeout` is not used.
-IpmiResult IpmiSendToController(const IpmiMessage& request, IpmiMessage& response, std::uint32_t timeout);
+[[nodiscard]] IpmiResult IpmiSendToController(const IpmiMessage& request, IpmiMessage& response,
+                                              std::uint32_t timeout);
 
 /// Bridges a request on an explicit channel. `timeout` is not used. When the answers that arrive are of
 /// another command, the result is 0 and `response` holds the Send Message answer.
-IpmiResult IpmiBridgedRequest(const IpmiMessage& request, IpmiMessage& response, std::uint8_t channel,
-                              std::uint8_t target, std::uint32_t timeout);
+[[nodiscard]] IpmiResult IpmiBridgedRequest(const IpmiMessage& request, IpmiMessage& response,
+                                            std::uint8_t channel, std::uint8_t target, std::uint32_t timeout);
 
 /// Clear Message Flags (IPMI v2.0, section 22.3); bit 0 clears the receive message queue. The result is
 /// ignored.
@@ -54,7 +56,7 @@ void IpmiClearMessageFlags(std::uint8_t flags);
 
 /// What the BMC is, read once: type 2 for product IDs 4311h, 4312h and 4315h, 1 for any other, 0 when
 /// unknown; version 1 for IPMI 1.5, 2 for IPMI 2.0.
-IpmiResult GetBmcTypeAndVersion(std::uint32_t& type, std::uint32_t& version);
+[[nodiscard]] IpmiResult GetBmcTypeAndVersion(std::uint32_t& type, std::uint32_t& version);
 
 void DelayMilliseconds(std::uint32_t milliseconds);
 

@@ -22,7 +22,7 @@ struct SmbiosAccess {
   const void* entryPoint = nullptr;
 };
 
-bool Matches(const SmbiosStructure& structure, std::uint32_t type, std::uint32_t handle) {
+bool Matches(const SmbiosStructureView& structure, std::uint32_t type, std::uint32_t handle) {
   return (type == kSmbiosAny || structure.type() == type) &&
          (handle >= kSmbiosAny || structure.handle() == handle);
 }
@@ -36,8 +36,7 @@ const Record* Next(std::uint32_t type, SmbiosRecord& record, std::uint32_t& curs
 }
 
 Status NotFound(const char* operation) {
-  Trace("%s - SMBIOS structure not found", 1, operation);
-  return uefi_status::kNotFound;
+  return Fail(operation, "SMBIOS structure not found", uefi_status::kNotFound);
 }
 
 /// A string field of the first record of `type`.
@@ -71,8 +70,7 @@ Status SmbiosInitialize() {
   const void*& entryPoint = Lasting<SmbiosAccess>().entryPoint;
   entryPoint = TheFirmware().FindConfigurationTable(kSmbiosTableGuid);
   if (entryPoint != nullptr) return kSuccess;
-  Trace("SmbiosInitialize - SMBIOS table not found", 1);
-  return uefi_status::kNotFound;
+  return Fail("SmbiosInitialize", "SMBIOS table not found", uefi_status::kNotFound);
 }
 
 Status SmbiosGetStructure(std::uint32_t type, std::uint32_t handle, SmbiosRecord& record, std::size_t& size,
@@ -84,22 +82,19 @@ Status SmbiosGetStructure(std::uint32_t type, std::uint32_t handle, SmbiosRecord
   std::size_t offset = handle >= kSmbiosAny ? cursor : 0;
   for (std::size_t visited = 0; table && visited < table->structureCount(); ++visited) {
     // A structure of a broken length hides where the next one starts: the table ends there.
-    std::optional<SmbiosStructure> structure = table->At(offset);
+    std::optional<SmbiosStructureView> structure = table->At(offset);
     if (!structure) break;
     offset += structure->bytes().size();
     if (!Matches(*structure, type, handle)) continue;
     cursor = static_cast<std::uint32_t>(offset);
     if (!DecodeSmbiosStructure(*structure, record, size)) {
-      Trace("SmbiosGetStructure - Memory allocation failed", 1);
-      return smbios_status::kNoMemory;
+      return Fail("SmbiosGetStructure", "Memory allocation failed", smbios_status::kNoMemory);
     }
     if (type == kSmbiosAny || IsDecodedSmbiosType(type)) return kSuccess;
-    Trace("SmbiosGetStructure - Unknown structure type", 1);
-    return smbios_status::kUnknownType;
+    return Fail("SmbiosGetStructure", "Unknown structure type", smbios_status::kUnknownType);
   }
   cursor = kSmbiosAny;
-  Trace("SmbiosGetStructure - Structure not found", 1);
-  return smbios_status::kNotFound;
+  return Fail("SmbiosGetStructure", "Structure not found", smbios_status::kNotFound);
 }
 
 Status SmbiosGetBiosVersion(std::string& text) {

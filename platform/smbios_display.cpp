@@ -114,16 +114,13 @@ Status SmbiosDisplay() {
   SmbiosPrint("Displaying SMBIOS Area...\n");
   if (!display.fileName.empty() &&
       TheFirmware().OpenFile(display.fileName, FileMode::Append, display.file) != kSuccess) {
-    Trace("SmbiosDisplay - Unable to open the output file", 1);
-    return smbios_status::kNoOutputFile;
+    return Fail("SmbiosDisplay", "Unable to open the output file", smbios_status::kNoOutputFile);
   }
   Status status = ShowAll();
   display.file = nullptr;
-  if (status != kSuccess) {
-    display.lastError = u"The requested SMBIOS structure was not found.";
-    Trace("SmbiosDisplay - SMBIOS structure not found", 1);
-  }
-  return status;
+  if (status == kSuccess) return kSuccess;
+  display.lastError = u"The requested SMBIOS structure was not found.";
+  return Fail("SmbiosDisplay", "SMBIOS structure not found", status);
 }
 
 void SmbiosSetOutputFile(std::u16string_view name) {

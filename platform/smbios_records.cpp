@@ -120,37 +120,39 @@ constexpr std::tuple kMemoryDeviceFields{
     Field{0x26, &SmbiosMemoryDevice::configuredVoltage},
 };
 
-void ReadField(const SmbiosStructure& structure, std::size_t offset, std::string& text) {
+void ReadField(const SmbiosStructureView& structure, std::size_t offset, std::string& text) {
   text = structure.Text(offset);
 }
 
-void ReadField(const SmbiosStructure& structure, std::size_t offset, std::array<std::uint8_t, 16>& bytes) {
+void ReadField(const SmbiosStructureView& structure, std::size_t offset,
+               std::array<std::uint8_t, 16>& bytes) {
   if (structure.Holds(offset, bytes.size()))
     std::copy_n(structure.bytes().begin() + static_cast<std::ptrdiff_t>(offset), bytes.size(), bytes.begin());
 }
 
 template <std::unsigned_integral Number>
-void ReadField(const SmbiosStructure& structure, std::size_t offset, Number& number) {
+void ReadField(const SmbiosStructureView& structure, std::size_t offset, Number& number) {
   number = static_cast<Number>(structure.Number(offset, sizeof(Number)));
 }
 
 template <class Record, class Fields>
-void Decode(const SmbiosStructure& structure, const Fields& fields, SmbiosRecord& record, std::size_t& size) {
+void Decode(const SmbiosStructureView& structure, const Fields& fields, SmbiosRecord& record,
+            std::size_t& size) {
   Record& decoded = record.emplace<Record>();
   size = sizeof(Record);
   std::apply([&](const auto&... field) { (ReadField(structure, field.offset, decoded.*field.member), ...); },
              fields);
 }
 
-void DecodeProcessor(const SmbiosStructure& structure, SmbiosRecord& record, std::size_t& size) {
+void DecodeProcessor(const SmbiosStructureView& structure, SmbiosRecord& record, std::size_t& size) {
   Decode<SmbiosProcessor>(structure, kProcessorFields, record, size);
   std::get_if<SmbiosProcessor>(&record)->hasCoreCount = structure.Holds(kCoreCountAt, 1);
 }
 
-using Decoder = void (*)(const SmbiosStructure&, SmbiosRecord&, std::size_t&);
+using Decoder = void (*)(const SmbiosStructureView&, SmbiosRecord&, std::size_t&);
 
 template <class Record, const auto& fields>
-void DecodeFields(const SmbiosStructure& structure, SmbiosRecord& record, std::size_t& size) {
+void DecodeFields(const SmbiosStructureView& structure, SmbiosRecord& record, std::size_t& size) {
   Decode<Record>(structure, fields, record, size);
 }
 
@@ -180,7 +182,7 @@ bool IsDecodedSmbiosType(std::uint32_t type) {
   return FindDecoder(type) != nullptr;
 }
 
-bool DecodeSmbiosStructure(const SmbiosStructure& structure, SmbiosRecord& record, std::size_t& size) {
+bool DecodeSmbiosStructure(const SmbiosStructureView& structure, SmbiosRecord& record, std::size_t& size) {
   if (const DecoderRow* row = FindDecoder(structure.type())) {
     row->decode(structure, record, size);
     return true;

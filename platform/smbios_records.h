@@ -148,6 +148,6 @@ bool IsDecodedSmbiosType(std::uint32_t type);
 
 /// Decodes the structure, or copies it when its type is not decoded; `size` is the record's size in bytes.
 /// False when there is no memory for the copy.
-bool DecodeSmbiosStructure(const SmbiosStructure& structure, SmbiosRecord& record, std::size_t& size);
+bool DecodeSmbiosStructure(const SmbiosStructureView& structure, SmbiosRecord& record, std::size_t& size);
 
 }  // namespace varnok

@@ -31,11 +31,11 @@ std::size_t EndOfStrings(std::span<const std::uint8_t> bytes, std::size_t start)
 
 }  // namespace
 
-std::uint64_t SmbiosStructure::Number(std::size_t offset, std::size_t size) const {
+std::uint64_t SmbiosStructureView::Number(std::size_t offset, std::size_t size) const {
   return Holds(offset, size) ? NumberAt(bytes_, offset, size) : 0;
 }
 
-std::string_view SmbiosStructure::Text(std::size_t offset) const {
+std::string_view SmbiosStructureView::Text(std::size_t offset) const {
   std::uint64_t number = Number(offset, 1);
   if (number == 0) return {};
   std::span<const std::uint8_t> strings = bytes_.subspan(formattedLength_);
@@ -62,12 +62,12 @@ std::optional<SmbiosTable> SmbiosTable::Open(const void* entryPoint) {
   return table;
 }
 
-std::optional<SmbiosStructure> SmbiosTable::At(std::size_t offset) const {
+std::optional<SmbiosStructureView> SmbiosTable::At(std::size_t offset) const {
   if (offset >= bytes_.size() || bytes_.size() - offset < kStructureHeader) return std::nullopt;
   std::span<const std::uint8_t> rest = bytes_.subspan(offset);
   std::size_t length = rest[kLengthAt];
   if (length < kStructureHeader || length > rest.size()) return std::nullopt;
-  return SmbiosStructure(rest.first(EndOfStrings(rest, length)), length);
+  return SmbiosStructureView(rest.first(EndOfStrings(rest, length)), length);
 }
 
 }  // namespace varnok

@@ -12,9 +12,9 @@
 namespace varnok {
 
 /// One structure inside the table.
-class SmbiosStructure {
+class SmbiosStructureView {
  public:
-  SmbiosStructure(std::span<const std::uint8_t> bytes, std::size_t formattedLength)
+  SmbiosStructureView(std::span<const std::uint8_t> bytes, std::size_t formattedLength)
       : bytes_(bytes), formattedLength_(formattedLength) {}
 
   std::uint8_t type() const { return bytes_[0]; }
@@ -44,7 +44,7 @@ class SmbiosTable {
   std::size_t structureCount() const { return structureCount_; }
 
   /// The structure at a byte offset; nothing at the table's end and where the bytes make no structure.
-  std::optional<SmbiosStructure> At(std::size_t offset) const;
+  std::optional<SmbiosStructureView> At(std::size_t offset) const;
 
  private:
   std::span<const std::uint8_t> bytes_;

@@ -60,6 +60,9 @@ struct SdrState {
   std::unique_ptr<File> output;  ///< open while a display or a commit writes into it
   bool isPaging = false;
   bool isDisplaying = false;
+  /// A title and a place each have a text of their own, so that they can be held beside a value.
+  std::array<char16_t, 64> fieldTitle{};
+  std::array<char16_t, 64> fieldLocation{};
   std::uint32_t lineCounter = 0;          ///< of the SDR file
   std::uint32_t LastFailingRecordId = 0;  ///< of a read, or of a decode with its bytes exchanged
   std::array<char16_t, kMessageCapacity> lastError{u"ERROR: DLL not initialized."};

@@ -1,18 +1,13 @@
 #include "sdr/file_lines.h"
 
 #include <algorithm>
-#include <array>
+
+#include "app/services/text_file.h"
 
 namespace varnok {
 
-SdrFileLines::SdrFileLines(File& file) {
-  std::array<std::uint8_t, 4096> block;
-  std::size_t count = 0;
-  do {
-    isBroken_ = file.Read(block, count) != kSuccess;
-    if (!isBroken_) text_.append(block.begin(), block.begin() + count);
-  } while (!isBroken_ && count != 0);
-}
+SdrFileLines::SdrFileLines(File& file, std::string_view name)
+    : isBroken_(ReadTextFile(file, name, text_) != kSuccess) {}
 
 bool SdrFileLines::Read(std::string_view& line) {
   constexpr std::size_t kLongestLine = 255;

@@ -12,8 +12,9 @@ namespace varnok {
 
 class SdrFileLines {
  public:
-  /// Takes the whole file into memory. A file that fails on the way gives its lines up to there.
-  explicit SdrFileLines(File& file);
+  /// Takes the whole file into memory, as ReadTextFile does. A file that fails on the way gives its lines up
+  /// to there.
+  SdrFileLines(File& file, std::string_view name);
 
   bool IsAtEnd() const { return position_ >= text_.size() && !isBroken_; }
   /// The next line with its line end, or the next 255 characters of a longer one. False at the end and where
@@ -26,7 +27,7 @@ class SdrFileLines {
  private:
   std::string text_;
   std::size_t position_ = 0;
-  bool isBroken_ = false;
+  bool isBroken_;
 };
 
 }  // namespace varnok

@@ -129,7 +129,7 @@ class CSdrByRows : public CSdr {
   bool HasLegalLength(std::span<const std::uint8_t> raw) const;
   bool HasTitlesOfItsOwn() const;
   std::uint32_t Number(const SdrPlace& place) const;
-  const char16_t* TitleOf(const SdrFieldRow& row) const;
+  const char* TitleOf(const SdrFieldRow& row) const;
   std::u16string ValueOf(const SdrFieldRow& row) const;
   std::u16string ValueOfField(std::size_t field) const { return ValueOf(type_.rows[field]); }
   std::u16string IdString() const;
@@ -140,7 +140,7 @@ class CSdrByRows : public CSdr {
   // The file writer, in record_writer.cpp.
   Status WriteBytes(File& file) const;
   Status WriteRowAt(File& file, std::size_t& byte) const;
-  std::u16string LabelOfByte(std::size_t byte) const;
+  std::string LabelOfByte(std::size_t byte) const;
 
   const SdrTypeRows& type_;
 };

@@ -119,7 +119,7 @@ bool CSdrByRows::HasTitlesOfItsOwn() const {
   });
 }
 
-const char16_t* CSdrByRows::TitleOf(const SdrFieldRow& row) const {
+const char* CSdrByRows::TitleOf(const SdrFieldRow& row) const {
   bool isMask = row.show == SdrShow::Mask || row.show == SdrShow::SettableMask;
   return isMask && Bits(kThresholdAccess) == 0 ? row.alternative : row.title;
 }
@@ -147,7 +147,7 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
     case SdrShow::SettableMask:
       return FormatWide("%04xh", number & (Bits(kThresholdAccess) != 0 ? kThresholdBits : kMaskBits));
     case SdrShow::SensorNumber:
-      return number == kUnspecifiedSensor ? row.alternative : FormatWide("%02xh", number);
+      return number == kUnspecifiedSensor ? Widen(row.alternative) : FormatWide("%02xh", number);
     case SdrShow::Entity:
       return Decoded(number <= kLastDecimalEntity ? "%d - %s" : "%02xh - %s", number,
                      TableIndex(SdrTable::EntityId), 0);
@@ -190,6 +190,14 @@ const SdrFieldRow* RowOf(const SdrTypeRows& type, std::int64_t field) {
   return isField ? &type.rows[static_cast<std::size_t>(field)] : nullptr;
 }
 
+/// The text in 16 bits, cut to the room.
+const char16_t* WidenInto(std::span<char16_t> room, std::string_view text) {
+  text = text.substr(0, room.size() - 1);
+  room[text.size()] = 0;
+  std::copy(text.begin(), text.end(), room.begin());
+  return room.data();
+}
+
 }  // namespace
 
 Status CSdrByRows::GetFieldTitle(const char16_t*& text) {
@@ -198,7 +206,7 @@ Status CSdrByRows::GetFieldTitle(const char16_t*& text) {
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = row == nullptr ? kNoSuchField : TitleOf(*row);
+  text = row == nullptr ? kNoSuchField : WidenInto(TheSdr().fieldTitle, TitleOf(*row));
   return kSuccess;
 }
 
@@ -207,7 +215,7 @@ Status CSdrByRows::GetFieldLocation(const char16_t*& text) {
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = row == nullptr ? kNoSuchField : row->location;
+  text = row == nullptr ? kNoSuchField : WidenInto(TheSdr().fieldLocation, row->location);
   return kSuccess;
 }
 

@@ -64,13 +64,13 @@ enum class SdrShow : std::uint8_t {
 };
 
 struct SdrFieldRow {
-  const char16_t* title;
-  const char16_t* location;
+  const char* title;
+  const char* location;
   SdrPlace place;
   SdrShow show = SdrShow::Byte;
   std::uint8_t detail = 0;  ///< index of the decode table, or width in bits
   /// The title of a sensor without thresholds to access; the text of sensor number FFh.
-  const char16_t* alternative = nullptr;
+  const char* alternative = nullptr;
 };
 
 enum class SdrLength : std::uint8_t {
@@ -123,10 +123,10 @@ inline constexpr SdrBits kInitializeThresholds{11, 4, 4};
 
 /// The fields that every type begins with.
 inline constexpr std::array<SdrFieldRow, 4> kHeaderRows{{
-    {u"Record ID", u"1:2", WordAt(1), SdrShow::Word},
-    {u"SDR File", u"3", ByteAt(3)},  // Kept: the version's label, as people know it
-    {u"Record Type", u"4", ByteAt(4)},
-    {u"Record Length", u"5", ByteAt(5)},
+    {"Record ID", "1:2", WordAt(1), SdrShow::Word},
+    {"SDR File", "3", ByteAt(3)},  // Kept: the version's label, as people know it
+    {"Record Type", "4", ByteAt(4)},
+    {"Record Length", "5", ByteAt(5)},
 }};
 
 /// Row lists one behind the other.

@@ -8,35 +8,35 @@ namespace {
 constexpr std::uint8_t kInterrupt = TableIndex(SdrTable::InterruptType);
 
 constexpr std::array<SdrFieldRow, 9> kConfirmationRows{{
-    {u"Device Slave Address", u"6", ByteAt(6)},
-    {u"Device ID", u"7", ByteAt(7)},
-    {u"Device Revision", u"8", ByteAt(8)},
-    {u"Firmware Revision 1", u"9", ByteAt(9)},
-    {u"Firmware Revision 2", u"10", ByteAt(10)},
-    {u"IPMI Version", u"11", ByteAt(11)},
-    {u"Manufacturer ID", u"12:14", TripleAt(12), SdrShow::Triple},
+    {"Device Slave Address", "6", ByteAt(6)},
+    {"Device ID", "7", ByteAt(7)},
+    {"Device Revision", "8", ByteAt(8)},
+    {"Firmware Revision 1", "9", ByteAt(9)},
+    {"Firmware Revision 2", "10", ByteAt(10)},
+    {"IPMI Version", "11", ByteAt(11)},
+    {"Manufacturer ID", "12:14", TripleAt(12), SdrShow::Triple},
     // Shown as the bytes stand, unlike every other number of a record.
-    {u"Product ID", u"15:16", WordAt(15), SdrShow::SwappedWord},
-    {u"Device GUID", u"17:32", ByteAt(17), SdrShow::Guid},
+    {"Product ID", "15:16", WordAt(15), SdrShow::SwappedWord},
+    {"Device GUID", "17:32", ByteAt(17), SdrShow::Guid},
 }};
 
 constexpr std::array<SdrFieldRow, 11> kChannelRows{{
-    {u"Message Channel 0 info", u"6", ByteAt(6)},
-    {u"Message Channel 1 info", u"7", ByteAt(7)},
-    {u"Message Channel 2 info", u"8", ByteAt(8)},
-    {u"Message Channel 3 info", u"9", ByteAt(9)},
-    {u"Message Channel 4 info", u"10", ByteAt(10)},
-    {u"Message Channel 5 info", u"11", ByteAt(11)},
-    {u"Message Channel 6 info", u"12", ByteAt(12)},
-    {u"Message Channel 7 info", u"13", ByteAt(13)},
-    {u"Messaging Interrupt Type", u"14", ByteAt(14), SdrShow::CodeText, kInterrupt},
-    {u"Event Message Buffer Interrupt Type", u"15", ByteAt(15), SdrShow::CodeText, kInterrupt},
-    {u"Reserved", u"16", ByteAt(16), SdrShow::Reserved},
+    {"Message Channel 0 info", "6", ByteAt(6)},
+    {"Message Channel 1 info", "7", ByteAt(7)},
+    {"Message Channel 2 info", "8", ByteAt(8)},
+    {"Message Channel 3 info", "9", ByteAt(9)},
+    {"Message Channel 4 info", "10", ByteAt(10)},
+    {"Message Channel 5 info", "11", ByteAt(11)},
+    {"Message Channel 6 info", "12", ByteAt(12)},
+    {"Message Channel 7 info", "13", ByteAt(13)},
+    {"Messaging Interrupt Type", "14", ByteAt(14), SdrShow::CodeText, kInterrupt},
+    {"Event Message Buffer Interrupt Type", "15", ByteAt(15), SdrShow::CodeText, kInterrupt},
+    {"Reserved", "16", ByteAt(16), SdrShow::Reserved},
 }};
 
 constexpr std::array<SdrFieldRow, 2> kOemRows{{
-    {u"Manufacturer ID", u"6:8", TripleAt(6), SdrShow::Triple},
-    {u"OEM Data", u"9:2+N", ByteAt(9), SdrShow::OemData},
+    {"Manufacturer ID", "6:8", TripleAt(6), SdrShow::Triple},
+    {"OEM Data", "9:2+N", ByteAt(9), SdrShow::OemData},
 }};
 
 constexpr auto kType13Rows = JoinRows(kHeaderRows, kConfirmationRows);

@@ -10,53 +10,53 @@ constexpr std::size_t kDeviceTypeField = 9;
 constexpr std::size_t kControllerEntityField = 11;
 
 /// Fields 8 to 15 of the generic and the FRU device locator.
-constexpr std::array<SdrFieldRow, 8> DeviceRows(const char16_t* entity, const char16_t* instance,
-                                                const char16_t* idString) {
+constexpr std::array<SdrFieldRow, 8> DeviceRows(const char* entity, const char* instance,
+                                                const char* idString) {
   return {{
-      {u"Reserved", u"10", ByteAt(10), SdrShow::Reserved},
-      {u"Device Type", u"11", ByteAt(11), SdrShow::Code, kDeviceType},
-      {u"Device Type Modifier", u"12", ByteAt(12), SdrShow::Code, kModifier},
-      {entity, u"13", ByteAt(13), SdrShow::Entity},
-      {instance, u"14", ByteAt(14)},
-      {u"OEM", u"15", ByteAt(15)},
-      {u"Device ID String Type / Length", u"16", ByteAt(16)},
-      {idString, u"17 + N", ByteAt(17), SdrShow::IdString},
+      {"Reserved", "10", ByteAt(10), SdrShow::Reserved},
+      {"Device Type", "11", ByteAt(11), SdrShow::Code, kDeviceType},
+      {"Device Type Modifier", "12", ByteAt(12), SdrShow::Code, kModifier},
+      {entity, "13", ByteAt(13), SdrShow::Entity},
+      {instance, "14", ByteAt(14)},
+      {"OEM", "15", ByteAt(15)},
+      {"Device ID String Type / Length", "16", ByteAt(16)},
+      {idString, "17 + N", ByteAt(17), SdrShow::IdString},
   }};
 }
 
 constexpr std::array<SdrFieldRow, 4> kGenericRows{{
-    {u"Device Access Address", u"6", ByteAt(6)},
-    {u"Device Slave Address", u"7", ByteAt(7)},
-    {u"Access LUN / Bus ID", u"8", ByteAt(8)},
-    {u"Address Span", u"9", ByteAt(9)},
+    {"Device Access Address", "6", ByteAt(6)},
+    {"Device Slave Address", "7", ByteAt(7)},
+    {"Access LUN / Bus ID", "8", ByteAt(8)},
+    {"Address Span", "9", ByteAt(9)},
 }};
 
 constexpr std::array<SdrFieldRow, 4> kFruRows{{
-    {u"Device Access Address", u"6", ByteAt(6)},
-    {u"FRU Device ID / Device Slave Address", u"7", ByteAt(7)},
-    {u"Access LUN / Bus ID", u"8", ByteAt(8)},
-    {u"Channel Number", u"9", ByteAt(9)},
+    {"Device Access Address", "6", ByteAt(6)},
+    {"FRU Device ID / Device Slave Address", "7", ByteAt(7)},
+    {"Access LUN / Bus ID", "8", ByteAt(8)},
+    {"Channel Number", "9", ByteAt(9)},
 }};
 
 constexpr std::array<SdrFieldRow, 12> kControllerRows{{
-    {u"Device Slave Address", u"6", ByteAt(6)},
-    {u"Channel Number", u"7", ByteAt(7)},
-    {u"Power State Notification / Global Initialization", u"8", ByteAt(8)},
-    {u"Device Capabilities", u"9", ByteAt(9)},
-    {u"Reserved", u"10", ByteAt(10), SdrShow::Reserved},
-    {u"Reserved", u"11", ByteAt(11), SdrShow::Reserved},
-    {u"Reserved", u"12", ByteAt(12), SdrShow::Reserved},
-    {u"Entity ID", u"13", ByteAt(13), SdrShow::Entity},
-    {u"Entity Instance", u"14", ByteAt(14)},
-    {u"OEM", u"15", ByteAt(15)},
-    {u"Device ID String Type / Length", u"16", ByteAt(16)},
-    {u"Device ID String", u"17 + N", ByteAt(17), SdrShow::IdString},
+    {"Device Slave Address", "6", ByteAt(6)},
+    {"Channel Number", "7", ByteAt(7)},
+    {"Power State Notification / Global Initialization", "8", ByteAt(8)},
+    {"Device Capabilities", "9", ByteAt(9)},
+    {"Reserved", "10", ByteAt(10), SdrShow::Reserved},
+    {"Reserved", "11", ByteAt(11), SdrShow::Reserved},
+    {"Reserved", "12", ByteAt(12), SdrShow::Reserved},
+    {"Entity ID", "13", ByteAt(13), SdrShow::Entity},
+    {"Entity Instance", "14", ByteAt(14)},
+    {"OEM", "15", ByteAt(15)},
+    {"Device ID String Type / Length", "16", ByteAt(16)},
+    {"Device ID String", "17 + N", ByteAt(17), SdrShow::IdString},
 }};
 
 constexpr auto kType10Rows =
-    JoinRows(kHeaderRows, kGenericRows, DeviceRows(u"Entity ID", u"Entity Instance", u"Device ID String"));
+    JoinRows(kHeaderRows, kGenericRows, DeviceRows("Entity ID", "Entity Instance", "Device ID String"));
 constexpr auto kType11Rows =
-    JoinRows(kHeaderRows, kFruRows, DeviceRows(u"FRU Entity ID", u"FRU Entity Instance", u"Device String"));
+    JoinRows(kHeaderRows, kFruRows, DeviceRows("FRU Entity ID", "FRU Entity Instance", "Device String"));
 constexpr auto kType12Rows = JoinRows(kHeaderRows, kControllerRows);
 static_assert(kType10Rows.size() == 16 && kType11Rows.size() == 16 && kType12Rows.size() == 16);
 

@@ -26,7 +26,7 @@ bool CanBeQuoted(std::span<const std::uint8_t> bytes) {
   return text.find_first_of("'\n") == std::string_view::npos && text.find("//") == std::string_view::npos;
 }
 
-std::string BytesLine(std::span<const std::uint8_t> bytes, const char16_t* label, bool isText) {
+std::string BytesLine(std::span<const std::uint8_t> bytes, const char* label, bool isText) {
   if (isText && CanBeQuoted(bytes))
     return Format(kTextLine, std::string(bytes.begin(), bytes.end()), kComment, label);
   std::string groups;
@@ -70,14 +70,14 @@ Status CSdr::WriteRecHdr(File& file) const {
 }
 
 /// The titles of all fields that share the byte, reserved bits left out.
-std::u16string CSdrByRows::LabelOfByte(std::size_t byte) const {
-  std::u16string label;
-  std::u16string_view last;
+std::string CSdrByRows::LabelOfByte(std::size_t byte) const {
+  std::string label;
+  std::string_view last;
   for (const SdrFieldRow& row : type_.rows) {
     bool isNamed = HoldsByte(row, byte) && (row.show != SdrShow::Reserved || row.place[0].IsWholeByte());
     // A field that the type's list names twice is one byte of the record all the same.
     if (!isNamed || row.title == last) continue;
-    if (!label.empty()) label += u", ";
+    if (!label.empty()) label += ", ";
     label += last = row.title;
   }
   return label;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "app/services/text.h"
+#include "app/services/text_file.h"
 #include "app/services/trace.h"
 #include "platform/smbios.h"
 #include "sdr/commit.h"
@@ -69,9 +70,9 @@ Status Restart(SdrDataSet& set) {
   return SdrUtility::InitializeSdrList(set.lists);
 }
 
-Status LoadFile(File& file, SdrDataSet& set) {
+Status LoadFile(File& file, std::string_view name, SdrDataSet& set) {
   if (set.lists == nullptr) return sdr_status::kOutOfMemory;
-  SdrFileLines lines(file);
+  SdrFileLines lines(file, name);
   TheSdr().lineCounter = 0;
   if (Status status = SdrReadFile::ReadSdrRecordsFromFile(lines, *set.lists); status != kSuccess)
     return status;
@@ -222,13 +223,14 @@ Status SdrData::LoadConfigurationFromFile(std::u16string_view fileName) {
     SdrDataSet& set = *state.fileSet;
     // A failure is told by LoadFile, behind that of the file itself.
     (void)Restart(set);
+    const std::string name = Narrow(fileName);
     std::unique_ptr<File> file;
-    if (TheFirmware().OpenFile(Widen(Narrow(fileName)), FileMode::Read, file) != kSuccess) {
+    if (OpenTextFile(name, file) != kSuccess) {
       SmbiosFormat(state.lastError, "Could not open file %s", fileName);
       // Kept: the line says writing.
       return Fail(kName, "Error Writing File", sdr_status::kCannotOpenFile);
     }
-    if (Status status = LoadFile(*file, set); status != kSuccess) return status;
+    if (Status status = LoadFile(*file, name, set); status != kSuccess) return status;
     set.isLoaded = true;
     return kSuccess;
   });

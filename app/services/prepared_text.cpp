@@ -1,32 +1,17 @@
 #include "app/services/prepared_text.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
-#include <span>
 #include <utility>
 
-#include "app/services/console.h"
 #include "app/services/text.h"
-#include "firmware/firmware.h"
+#include "app/services/text_file.h"
 
 namespace varnok {
 namespace {
 
 bool IsLineEnd(char character) {
   return character == '\r' || character == '\n';
-}
-
-// Far above any file that people write, far below what would exhaust a board.
-constexpr std::size_t kLargestFile = 64 << 20;
-
-/// Editors put a mark in front of text that is not 8-bit; the mark is no part of any keyword.
-void WarnOfMark(std::string_view fileName, std::string_view text) {
-  static constexpr std::array<std::pair<std::string_view, const char*>, 3> kMarks{
-      {{"\xEF\xBB\xBF", "UTF-8"}, {"\xFF\xFE", "UTF-16"}, {"\xFE\xFF", "UTF-16"}}};
-  for (const auto& [mark, encoding] : kMarks)
-    if (text.starts_with(mark))
-      Warn("%s begins with a mark of %s text: save the file as ANSI or ASCII", fileName, encoding);
 }
 
 }  // namespace
@@ -36,23 +21,9 @@ Status PreparedText::Load(std::string_view fileName) {
   text_.clear();
   lines_.clear();
   std::unique_ptr<File> file;
-  if (Status status = TheFirmware().OpenFile(Widen(fileName), FileMode::Read, file); status != kSuccess) {
-    if (status == uefi_status::kUnsupported) Warn("%s is a device or a pipe, not a file", fileName);
-    return status;
-  }
+  if (Status status = OpenTextFile(fileName, file); status != kSuccess) return status;
   std::string text;
-  std::array<std::uint8_t, 4096> block;
-  for (;;) {
-    std::size_t count = 0;
-    if (Status status = file->Read(block, count); status != kSuccess) return status;
-    if (count == 0) break;
-    if (text.size() + count > kLargestFile) {
-      Warn("%s is larger than %u MiB", fileName, kLargestFile >> 20);
-      return uefi_status::kBadBufferSize;
-    }
-    text.append(block.begin(), block.begin() + count);
-  }
-  WarnOfMark(fileName, text);
+  if (Status status = ReadTextFile(*file, fileName, text); status != kSuccess) return status;
   Assign(std::move(text));
   return kSuccess;
 }

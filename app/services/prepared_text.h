@@ -15,8 +15,7 @@ namespace varnok {
 class PreparedText {
  public:
   /// Reads the whole file and splits it; a last line without a line end counts. Fails with the status of
-  /// opening or reading, or kBadBufferSize past 64 MiB, with no lines then. The error output tells of a file
-  /// that is none, that is too large, or that begins with the mark of another encoding.
+  /// OpenTextFile or ReadTextFile, with no lines then.
   Status Load(std::string_view fileName);
   /// Splits text that is already in memory.
   void Assign(std::string text);

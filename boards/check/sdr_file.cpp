@@ -42,7 +42,7 @@ class SdrFileCheck {
     TheSdr().lineCounter = 0;
     SdrTypeList lists;
     TextFile source(raw_);
-    SdrFileLines lines(source);
+    SdrFileLines lines(source, file_);
     if (Status status = SdrReadFile::ReadSdrRecordsFromFile(lines, lists); status != kSuccess) {
       std::string message = MessageLine(TheSdr().lastError.data());
       if (!message.starts_with("Invalid file"))
@@ -166,7 +166,7 @@ void CheckSdrFile(const std::string& file, const std::string& text, const Board*
 std::set<std::string> TagsOfSdrFile(const std::string& text) {
   DeskMachine machine(text);
   TextFile source(text);
-  SdrFileLines lines(source);
+  SdrFileLines lines(source, "the file");
   SdrTypeList lists;
   std::set<std::string> tags;
   if (SdrReadFile::ReadSdrRecordsFromFile(lines, lists) != kSuccess) return tags;

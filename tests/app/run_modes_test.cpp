@@ -5,15 +5,15 @@
 #include <algorithm>
 #include <set>
 
+#include "app/app_status.h"
 #include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "app/usage.h"
 #include "app/varnok.h"
-#include "firmware/entry.h"
+#include "tests/app/arguments.h"
 #include "tests/support/board_machine.h"
 #include "tests/support/host_files.h"
-#include "tests/support/split.h"
 
 namespace varnok::testing {
 namespace {
@@ -22,24 +22,10 @@ const std::string kBanner = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n";
 const std::string kResetRequired = "\nA system reset is required for the update to take effect.\n\n";
 const std::string kUpdated = "\nThe system has been updated successfully.\n";
 
-/// The program's arguments; a blank ends each.
-class Arguments {
- public:
-  explicit Arguments(const std::string& line) : texts_(Split("VARNOK " + line, " ")) {
-    for (std::string& text : texts_) pointers_.push_back(text.data());
-    pointers_.push_back(nullptr);
-  }
-  int Count() const { return static_cast<int>(texts_.size()); }
-  char** Pointers() { return pointers_.data(); }
-
- private:
-  std::vector<std::string> texts_;
-  std::vector<char*> pointers_;
-};
-
 class RunModes : public ::testing::Test {
  protected:
   RunModes() {
+    machine.environment["TAG"] = u"X1";
     for (const char* name : {"minimal.FRU", "minimal.SDR"})
       machine.files[name] = machine.files[std::string(".\\") + name] =
           ContentOf(std::filesystem::path(VARNOK_SAMPLES) / ToLower(name));
@@ -58,26 +44,30 @@ class RunModes : public ::testing::Test {
     machine.console.clear();
     machine.errors.clear();
   }
-  int RunMain(const std::string& line) {
-    Arguments arguments(line);
-    return Main(arguments.Count(), arguments.Pointers());
-  }
-  /// The same without the trace switch's being in the way: the lines of level 1 that name a way of the
-  /// program's own.
-  std::vector<std::string> TraceOf(const std::string& line) {
-    machine.files.erase("DBGLOG.txt");
+  /// One run of the program's object behind the reading of its command line.
+  std::string Execute(const std::string& line, bool isMirrored = false) {
     ForgetProgramState();
     Arguments arguments(line);
-    const char* const traced[] = {"VARNOK", "-debug1"};
+    const char* const traced[] = {"VARNOK", level};
     TraceSelectLevel(2, traced);
     CVarnok program;
-    if (program.Initialize() == 0 && program.ParseCommandLine(arguments.Count(), arguments.Pointers()) == 0)
-      program.Execute();
+    int status = program.Initialize();
+    if (status == 0) status = program.ParseCommandLine(arguments.Count(), arguments.Pointers());
+    SetTemporaryFile(isMirrored);
+    SetPaging(isMirrored);
+    if (status == 0) status = program.Execute();
+    return std::to_string(status) + (status == 2 ? " " + Narrow(program.LastErrorMessage()) : "");
+  }
+  /// The log's lines that name a way of the program's own.
+  std::vector<std::string> TraceOf(const std::string& line) {
+    Execute(line);
     std::vector<std::string> lines = machine.TraceLines();
     std::erase_if(lines, [](const std::string& each) { return !each.starts_with("CVarnok::"); });
     return lines;
   }
+  void WriteScript(const std::string& text) { machine.files[".\\t.CFG"] = machine.files["t.CFG"] = text; }
 
+  const char* level = "-debug1";
   BoardMachine machine;
 
  private:
@@ -105,62 +95,64 @@ struct Row {
   std::string trace;
 };
 
-std::string PrintableOf(const Row& row) {
-  return row.line + " with " + row.faults + row.script;
-}
-
 TEST_F(RunModes, EndWithStatusTextAndTrace) {
-  const std::string kSystem = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT X1\n";
+  const std::string kField = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD ", kSystem = kField + "AT X1\n";
   const std::string kCfg = "CVarnok::CfgFileExecutive - ";
+  const std::string kLoad = "LoadConfigurationFromFile failed";
+  const std::string kCommit = "CommitConfigurationToSystem failed";
+  const std::string kProcess = kCfg + "ProcessCommands failed";
+  const std::string kFru = "CVarnok::FruExecutive - ", kSdr = "CVarnok::SdrExecutive - ";
+  const std::string kDone = "\nFRU File Area(s) successfully loaded into FRU memory.\n";
+  const std::string kNoVersion = "Unable to read FW version from the BMC.";
+  const std::string kNoFile = "Could not open ";
   const std::string kLoadText = "Error Loading FRU / SDR Information";
   // clang-format off
   const Row rows[] = {
-      {"/?", Failing("0x06", "0x01"), "", 9, "Unable to read FW version from the BMC.",
+      {"/?", Failing("0x06", "0x01"), "", 9, kNoVersion,
        "CVarnok::Initialize - Initialize for FwUpdate failed"},
-      {"/?", Failing("0x06", "0x01", R"("from": 3, )"), "", 3, "Unable to read FW version from the BMC.",
+      {"/?", Failing("0x06", "0x01", R"("from": 3, )"), "", 3, kNoVersion,
        kCfg + "IsBmcInFwTransferMode failed"},
       {"/x", "", "", 1, kShortUsage, "CVarnok::ParseCommandLine - Invalid command line arguments"},
       {"/d fru", Failing("0x0A", "0x11"), "", 5, kLoadText,
        "CVarnok::DisplaySystemInformation - DisplaySelectedFru failed"},
       {"/d sdr", Failing("0x0A", "0x23"), "", 5, kLoadText,
        "CVarnok::DisplaySystemInformation - DisplaySdrArea failed"},
-      {"/fru none", "", "", 5, "Could not open FRU file \"none.FRU\".",
-       "CVarnok::FruExecutive - LoadConfigurationFromFile failed"},
+      {"/d sdr", "", "", 0, "\r" + std::string(79, ' ') + "\r", ""},
+      {"/fru none", "", "", 5, kNoFile + "FRU file \"none.FRU\".", kFru + kLoad},
       {"/fru minimal", Failing("0x0A", "0x12"), "", 4, "Error Updating/Validating/Comparing FRU / SDR.",
-       "CVarnok::FruExecutive - CommitConfigurationToSystem failed"},
+       kFru + kCommit},
       {"/fru minimal", "", "", 0, kResetRequired, ""},
-      {"/sdr none", "", "", 2, "Could not open file none.SDR",
-       "CVarnok::SdrExecutive - LoadConfigurationFromFile failed"},
-      {"/sdr minimal.FRU", "", "", 5, "Invalid file: Token _SDR ( not found.\n",
-       "CVarnok::SdrExecutive - LoadConfigurationFromFile failed"},
+      {"/sdr none", "", "", 2, kNoFile + "file none.SDR", kSdr + kLoad},
+      {"/sdr minimal.FRU", "", "", 5, "Invalid file: Token _SDR ( not found.\n", kSdr + kLoad},
       {"/sdr minimal", Failing("0x0A", "0x24") + "," + Failing("0x0A", "0x25"), "", 4, "Unable to update SDRs",
-       "CVarnok::SdrExecutive - CommitConfigurationToSystem failed"},
+       kSdr + kCommit},
       {"/sdr minimal", "", "", 0, kResetRequired, ""},
-      {"/cfg none", "", "", 2, "The file 'none.CFG' was not found.", kCfg + "LoadConfigurationFromFile failed"},
+      {"/cfg none", "", "", 2, "The file 'none.CFG' was not found.", kCfg + kLoad},
       {"/cfg t", "", "NOCOMMAND\n", 6,
        "Invalid input in file 't.CFG' at line 1:\n   NOCOMMAND is not a valid command.",
-       kCfg + "LoadConfigurationFromFile failed"},
-      {"/cfg t", "", "ERRORLEVEL 5\n", 5, "Configuration file exiting due to ERRORLEVEL 05.",
-       kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "ERRORLEVEL 1\n", 1, kBanner, kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "ERRORLEVEL 0\n", 0, kBanner, kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "FRUNAME none.fru\n", 2, "Could not open FRU file \".\\none.fru\".",
-       kCfg + "ProcessCommands failed"},
-      {"/cfg t", Failing("0x0A", "0x11"), kSystem, 5, kLoadText, kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "SDRNAME none.sdr\n", 2, "Could not open file .\\none.sdr", kCfg + "ProcessCommands failed"},
-      {"/cfg t", "", "SDRNAME minimal.FRU\n", 5, "Invalid file: Token _SDR ( not found.\n",
-       kCfg + "ProcessCommands failed"},
+       kCfg + kLoad},
+      {"/cfg t", "", "ERRORLEVEL 5\n", 5, "Configuration file exiting due to ERRORLEVEL 05.", kProcess},
+      {"/cfg t", "", "ERRORLEVEL 1\n", 1, kBanner, kProcess},
+      {"/cfg t", "", "ERRORLEVEL 0\n", 0, kBanner, kProcess},
+      {"/cfg t", "", "FRUNAME none.fru\n", 2, kNoFile + "FRU file \".\\none.fru\".", kProcess},
+      {"/cfg t", Failing("0x0A", "0x11"), kSystem, 5, kLoadText, kProcess},
+      {"/cfg t", "", "SDRNAME none.sdr\n", 2, kNoFile + "file .\\none.sdr", kProcess},
+      {"/cfg t", "", "SDRNAME minimal.FRU\n", 5, "Invalid file: Token _SDR ( not found.\n", kProcess},
       {"/cfg t", Failing("0x0A", "0x12"), kSystem, 4,
        "Could not write FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF) to system.",
-       kCfg + "CommitConfigurationToSystem failed"},
-      {"/cfg t", "", kSystem, 0, "\nFRU File Area(s) successfully loaded into FRU memory.\n", ""},
+       kCfg + kCommit},
+      {"/cfg t", "", kSystem, 0, kDone, ""},
+      {"/cfg t", "", kField + "AT @ENV:ASCII:TAG\n", 0, kDone, ""},
+      {"/cfg t", "", kField + "AT @ENV:ASCII:NONE\n", 7,
+       "Unable to read the FRU field value from the environment variable 'NONE', the variable does not exist.",
+       kProcess},
       {"/cfg t", "", "SDRNAME minimal.SDR\n", 0, kUpdated + kResetRequired, ""},
       {"/cfg t", "", "DISPLAY \"only this\"\n", 0, kBanner + "only this\n", ""},
   };
   // clang-format on
   for (const Row& row : rows) {
-    SCOPED_TRACE(PrintableOf(row));
-    machine.files[".\\t.CFG"] = machine.files["t.CFG"] = row.script;
+    SCOPED_TRACE(row.line + " with " + row.faults + row.script);
+    WriteScript(row.script);
     OpenBoard(row.faults);
     EXPECT_EQ(RunMain(row.line), row.status);
     const bool isError = row.status > 1;
@@ -174,16 +166,81 @@ TEST_F(RunModes, EndWithStatusTextAndTrace) {
   }
 }
 
+TEST_F(RunModes, EachWayIsTracedFromItsEntryToItsExit) {
+  OpenBoard("");
+  WriteScript("DISPLAY \"x\"\n");
+  const std::string start = "+Initialize +SetCtrl_C_Enable -SetCtrl_C_Enable +IsAlreadyRunning -Initialize ";
+  const std::string reading = "+AddDefaultExtension -AddDefaultExtension ";
+  level = "-debug3";
+  // clang-format off
+  const std::pair<std::string, std::string> rows[] = {
+      {"/?", "DisplayUsage"}, {"/d fru", "DisplaySystemInformation"}, {"/d sdr", "DisplaySystemInformation"}, {"/d smb", "DisplaySystemInformation"}, {"/fru minimal", "FruExecutive"}, {"/sdr minimal", "SdrExecutive"}, {"/cfg t", "CfgFileExecutive"}};
+  for (const auto& [line, way] : rows) {
+    std::string shown;
+    for (std::string each : TraceOf(line)) {
+      each.erase(0, each.rfind(':') + 1);
+      shown += (each.ends_with("[ENTRY]") ? '+' : '-') + each.substr(0, each.find(' ')) + ' ';
+    }
+    EXPECT_EQ(shown, start + "+ParseCommandLine " + (way.ends_with("ive") ? reading : "") +
+                         "-ParseCommandLine +Execute +" + way + " -" + way + " -Execute ");
+  }
+  // clang-format on
+}
+
+TEST_F(RunModes, ProgramWithoutModeIsUnknown) {
+  SetPaging(true);
+  SetTemporaryFile(true);
+  CVarnok program;
+  EXPECT_EQ(program.ParseCommandLine(1, Arguments("").Pointers()), 1);
+  EXPECT_FALSE(IsPagingOn() || IsTemporaryFileOn()) << "no option sets them";
+  machine.files.clear();
+  EXPECT_EQ(program.Execute(), 11);
+  EXPECT_EQ(program.DisplaySystemInformation(), 11);
+  EXPECT_EQ(machine.TraceLines(),
+            (std::vector<std::string>{"CVarnok::Execute - Unknown mode",
+                                      "CVarnok::DisplaySystemInformation - Unknown mode"}));
+}
+
+// Most failures bring a message of their own, which hides these.
+TEST(AppStatus, TextsOfAllStatuses) {
+  std::string texts;
+  for (int status = 0; status <= 12; ++status) texts += std::string(StatusMessage(status)) + "|";
+  const std::string unknown = "Unknown Error.|";
+  EXPECT_EQ(texts, unknown +
+                       "Command Line Error.|File IO Error.|Error communicating with BMC.|"
+                       "Error Updating/Validating/Comparing FRU / SDR.|Error Loading FRU / SDR Information|"
+                       "Error Parsing Configuration File|Error Processing Configuration File|"
+                       "SMBIOS Interface Error|Error Initalizing Protocol Interfaces.|" +
+                       unknown + unknown + unknown);
+}
+
+TEST_F(RunModes, SdrFileThatIsTooLargeIsToldOf) {
+  OpenBoard("");
+  machine.files["big.SDR"] = std::string((64 << 20) + 1, 'x');
+  EXPECT_EQ(RunMain("/sdr big"), 5);
+  EXPECT_EQ(machine.errors, "varnok: big.SDR is larger than 64 MiB\n");
+}
+
+TEST_F(RunModes, KeyOfAnEarlierRunAnswersNothing) {
+  OpenBoard("");
+  WriteScript("PROMPT \"Go?\"\nYES go\nIFSET go\nERRORLEVEL 6\nENDIF\n");
+  GetKey(u'y');
+  machine.keys = u"n";
+  EXPECT_EQ(RunMain("/cfg t"), 0);
+  EXPECT_EQ(machine.keys, u"");
+}
+
 TEST_F(RunModes, ManagersThatGetNoMemoryAreNamed) {
   std::set<std::string> lines;
   OpenBoard("");
-  for (int allocation = 1; allocation <= 12; ++allocation) {
+  for (int allocation = 1; allocation <= 40; ++allocation) {
     machine.FailPoolAllocation(allocation);
     for (const std::string& line : TraceOf("/?")) lines.insert(line);
   }
   machine.FailPoolAllocation(0);
-  for (const char* what : {"Failed to load IPMI protocol", "Initialize for FwUpdate failed",
-                           "Initialize for CfgFile failed", "Initialize for Frudata failed"})
+  for (const char* what :
+       {"Failed to load IPMI protocol", "Initialize for FwUpdate failed", "Initialize for CfgFile failed",
+        "Initialize for Frudata failed", "Initialize for Sdrdata failed"})
     EXPECT_TRUE(lines.contains(std::string("CVarnok::Initialize - ") + what)) << what;
 }
 
@@ -201,7 +258,7 @@ TEST_F(RunModes, UsagePagesStayAsTheyAreAndStopAtThePrompt) {
   const std::string pages[] = {kShortUsage, kFruAddressUsage, kExamplesUsage};
   const std::pair<std::u16string, std::string> rows[] = {
       {u"s", pages[0] + prompt},
-      {u"ms", pages[0] + prompt + "\n\n" + pages[1] + prompt},
+      {u"x\rms", pages[0] + prompt + "\n\n" + pages[1] + prompt},
       {u"n", pages[0] + prompt + "\n\n" + pages[1] + pages[2]},
   };
   CVarnok program;
@@ -212,31 +269,34 @@ TEST_F(RunModes, UsagePagesStayAsTheyAreAndStopAtThePrompt) {
     EXPECT_EQ(program.DisplayUsage(), 0);
     EXPECT_EQ(machine.console, shown);
     EXPECT_EQ(machine.keys, u"");
+    EXPECT_EQ(IsPagingOn(), keys != u"n");
   }
 }
 
 TEST_F(RunModes, TemporaryFileIsMadeWhereItsFlagIsSet) {
-  const std::pair<std::string, std::string> rows[] = {
-      {"/d fru", "FRU.TMP"},       {"/d sdr", "SDR.TMP"},       {"/d smb", "SMB.TMP"},
-      {"/fru minimal", "FRU.TMP"}, {"/sdr minimal", "SDR.TMP"}, {"/cfg t", "CFG.TMP"}};
-  machine.files["t.CFG"] = machine.files[".\\t.CFG"] = "DISPLAY \"x\"\n";
-  OpenBoard("");
-  auto run = [this](const std::string& line) {
-    ForgetProgramState();
-    Arguments arguments(line);
-    CVarnok program;
-    EXPECT_EQ(program.Initialize(), 0);
-    EXPECT_EQ(program.ParseCommandLine(arguments.Count(), arguments.Pointers()), 0);
-    SetTemporaryFile(true);
-    int status = program.Execute();
-    return std::to_string(status) + (status == 2 ? " " + Narrow(program.LastErrorMessage()) : "");
+  struct Mirror {
+    std::string line, name;
+    bool isPaged;
+    std::string text;
+  } const rows[] = {
+      {"/d fru", "FRU.TMP", true, ""},
+      {"/d sdr", "SDR.TMP", true, "Displaying SDR Record #1\n\n 01 00 51 01 "},
+      {"/d smb", "SMB.TMP", false, " Manufacturer      = Varnok Works\n"},
+      {"/fru minimal", "FRU.TMP", false, "\n 01 00 00 01 00 00 00 FE "},
+      {"/sdr minimal", "SDR.TMP", false, "Writing SDR Record # 1\n 00 00 51 C0 "},
+      {"/cfg t", "CFG.TMP", false, "DISPLAY \"x\""},
   };
-  for (const auto& [line, name] : rows) {
+  WriteScript("DISPLAY \"x\"\n");
+  OpenBoard("");
+  for (const auto& [line, name, isPaged, text] : rows) {
     machine.files.erase(name);
-    EXPECT_EQ(run(line), "0") << line;
+    machine.keys = u"n";
+    EXPECT_EQ(Execute(line, true), "0") << line;
     EXPECT_EQ(machine.files[name].substr(0, 2), "\xFF\xFE") << line;
+    EXPECT_EQ(machine.keys.empty(), isPaged) << line;
+    EXPECT_NE(machine.TextOf(name).find(text), std::string::npos) << line;
     machine.fileFailures[name] = machine.fileFailures[""] = uefi_status::kWriteProtected;
-    EXPECT_EQ(run(line), "2 Failed to create temporary file:C:\\" + name + "\n") << line;
+    EXPECT_EQ(Execute(line, true), "2 Failed to create temporary file:C:\\" + name + "\n") << line;
     machine.fileFailures.clear();
   }
 }

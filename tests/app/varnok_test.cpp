@@ -4,11 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sstream>
-
+#include "app/services/trace.h"
 #include "app/usage.h"
-#include "firmware/entry.h"
 #include "platform/ipmi.h"
+#include "tests/app/arguments.h"
 #include "tests/support/scripted_ipmi.h"
 #include "tests/support/smbios_builder.h"
 
@@ -27,15 +26,6 @@ class Program : public ::testing::Test {
  protected:
   Program() { table.Add(1, {1, 2, 0, 0}, {"Maker", "Product"}).Install(machine); }
 
-  /// The exit status; a blank ends each argument.
-  int Run(const std::string& line) {
-    std::vector<std::string> arguments{"VARNOK"};
-    std::istringstream stream(line);
-    for (std::string argument; std::getline(stream, argument, ' ');) arguments.push_back(argument);
-    std::vector<char*> vector;
-    for (std::string& argument : arguments) vector.push_back(argument.data());
-    return Main(static_cast<int>(vector.size()), vector.data());
-  }
   /// Starts over: a blank console, and a BMC of this firmware revision that answers the start's requests.
   void ExpectStart(std::uint8_t revision = 0x02) {
     machine.console.clear();
@@ -49,77 +39,69 @@ class Program : public ::testing::Test {
   ScriptedIpmi bmc{machine, false};
 };
 
-TEST_F(Program, UsageOfOnePageWithoutArguments) {
-  ExpectStart();
-  EXPECT_EQ(Run(""), 1);
-  EXPECT_EQ(machine.console, kBanner + kShortUsage);
-}
-
-TEST_F(Program, HelpShowsThreePages) {
-  for (const char* option : {"/?", "-?", "/h", "-H"}) {
+TEST_F(Program, UsageOfOnePageOrThree) {
+  auto expect = [this](const std::string& line, int status, const std::string& text) {
     ExpectStart();
-    EXPECT_EQ(Run(option), 0) << option;
-    EXPECT_EQ(machine.console, kBanner + kShortUsage + kFruAddressUsage + kExamplesUsage);
-  }
-}
-
-TEST_F(Program, InvalidLinesShowTheShortUsage) {
-  auto expectInvalid = [this](const std::string& line) {
-    ExpectStart();
-    EXPECT_EQ(Run(line), 1) << line;
-    EXPECT_EQ(machine.console, kBanner + kInvalid + kShortUsage) << line;
+    EXPECT_EQ(RunMain(line), status) << line;
+    EXPECT_EQ(machine.console, kBanner + text) << line;
   };
+  for (const char* line : {"/?", "-?", "/h", "-H"})
+    expect(line, 0, std::string(kShortUsage) + kFruAddressUsage + kExamplesUsage);
   for (const char* line : {"/d", "/d xyz", "/fru", "/sdr", "/? /h", "/cfgx", "/d sdr extra", "/cfg -x",
                            "/d fru -x", "d", "?", "/", " ", "-debug1 /?", "/? -debug1", "/d fru IMBDEVICE",
                            "/d fru imbdevice 00", "/d fru IMBDEVICE 00 -x", "/cfg a b"})
-    expectInvalid(line);
-  expectInvalid("/fru " + std::string(256, 'n'));
+    expect(line, 1, kInvalid + kShortUsage);
+  expect("/fru " + std::string(256, 'n'), 1, kInvalid + kShortUsage);
+  expect("", 1, kShortUsage);
 }
 
 TEST_F(Program, DriverThatCannotBeLoadedIsSaid) {
   machine.protocol = nullptr;
-  EXPECT_EQ(Run("/?"), 9);
+  EXPECT_EQ(RunMain("/?"), 9);
   EXPECT_EQ(machine.console, kBanner + "\nERROR:Failed to load IPMI protocol.\n\n");
 }
 
 TEST_F(Program, BmcInTransferModeStopsEveryMode) {
   for (const char* line : {"", "/?", "/d smb", "/fru x"}) {
     ExpectStart(0x82);
-    EXPECT_EQ(Run(line), 3);
+    EXPECT_EQ(RunMain(line), 3);
     EXPECT_EQ(machine.console,
               kBanner + "\nERROR:BMC is in FW Transfer Mode. Unable to continue with the operation.\n\n");
   }
+  ExpectStart(0x82);
+  EXPECT_EQ(RunMain("-debug1"), 3);
+  EXPECT_THAT(machine.TraceLines(), ElementsAre("CVarnok::CfgFileExecutive - BMC is in FW Transfer mode"));
 }
 
 TEST_F(Program, MissingSmbiosTableStopsTheStart) {
   machine.smbiosEntryPoint = nullptr;
   bmc.Expect(0x06, 0x30, {0x01}).Reply({});
-  EXPECT_EQ(Run("/?"), 8);
+  EXPECT_EQ(RunMain("-debug1"), 8);
+  EXPECT_THAT(machine.TraceLines(), Contains("CVarnok::Initialize - Initialize for SMBIOS failed"));
   EXPECT_EQ(machine.console, kBanner + "\nERROR:SMBIOS Interface Error\n\n");
 }
 
 TEST_F(Program, MissingBoardRecordEndsTheSmbiosDisplay) {
   ExpectStart();
-  EXPECT_EQ(Run("/D SMB"), 8);
+  EXPECT_EQ(RunMain("/D SMB"), 8);
   EXPECT_TRUE(machine.console.ends_with("\nERROR:The requested SMBIOS structure was not found.\n\n"))
       << machine.console;
 }
 
 TEST_F(Program, TraceNamesTheWayThroughTheStart) {
   ExpectStart();
-  EXPECT_EQ(Run("/? -debug3"), 1);
+  EXPECT_EQ(RunMain("/? -debug3"), 1);
   std::vector<std::string> lines = machine.TraceLines();
   EXPECT_THAT(lines, Not(Contains("VARNOK::main [ENTRY]"))) << "written before the level is known";
-  ASSERT_GE(lines.size(), 9u);
-  lines.erase(lines.begin() + 5, lines.end() - 4);
-  EXPECT_THAT(lines, ElementsAre("VARNOK Main:: Got Debug Level 3", "CVarnok::Initialize [ENTRY]",
-                                 "CVarnok::SetCtrl_C_Enable [ENTRY]", "CVarnok::SetCtrl_C_Enable [EXIT]",
-                                 "CVarnok::IsAlreadyRunning [ENTRY]", "CVarnok::SetCtrl_C_Enable [ENTRY]",
-                                 "CVarnok::SetCtrl_C_Enable [EXIT]", "CVarnok::DeInitialize [EXIT]",
-                                 "Dornquist::main [EXIT]"));
+  EXPECT_EQ(lines.front(), "VARNOK Main:: Got Debug Level 3");
+  lines.erase(lines.begin(), lines.end() - 4);
+  EXPECT_THAT(lines, ElementsAre("CVarnok::SetCtrl_C_Enable [ENTRY]", "CVarnok::SetCtrl_C_Enable [EXIT]",
+                                 "CVarnok::DeInitialize [EXIT]", "Dornquist::main [EXIT]"));
 }
 
 TEST_F(Program, TemporaryFileNameFallsBackToTheOutputName) {
+  const char* const traced[] = {"VARNOK", "-debug3"};
+  TraceSelectLevel(2, traced);
   CVarnok application;
   std::u16string name = u"FRU.TMP";
   std::u16string outName;
@@ -133,8 +115,17 @@ TEST_F(Program, TemporaryFileNameFallsBackToTheOutputName) {
   EXPECT_EQ(application.ValidateTmpFileName(&outName, &name), 0);
   EXPECT_EQ(name, u"C:\\FRU.TMP");
   EXPECT_TRUE(machine.files.contains("OTHER.TMP")) << "not the rewritten name";
-  name = outName = u"FRU.TMP";
+  outName = u"FRU.TMP";
+  name.assign(300, u'n');
+  machine.fileFailures[std::string(300, 'n')] = uefi_status::kWriteProtected;
   EXPECT_EQ(application.ValidateTmpFileName(&outName, &name), 2);
+  EXPECT_EQ(name.size(), 256u);
+  std::vector<std::string> lines = machine.TraceLines();
+  std::erase_if(lines,
+                [](const std::string& each) { return each.starts_with("CVarnok::ValidateTmpFileName ["); });
+  EXPECT_THAT(lines, ElementsAre("CVarnok::ValidateTmpFileName: Invalid Arguments!!!",
+                                 "CVarnok::ValidateTmpFileName: Invalid Arguments!!!",
+                                 "CVarnok::ValidateTmpFileName - Unable to open the output file"));
 }
 
 }  // namespace

@@ -55,7 +55,7 @@ TEST_F(FruFront, ChecksItsStateInOrder) {
   EXPECT_EQ(GetLastErrorMessage(text), kNotInitialized);
   ASSERT_NE(text, nullptr);
   EXPECT_EQ(Narrow(text), kUnexpectedText);
-  IpmiLoadProtocol();
+  ASSERT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
   machine.FailPoolAllocation(1);
   EXPECT_EQ(Initialize(), kInitializeFailed);
   EXPECT_EQ(SetPagingMode(true), kNotInitialized);

@@ -24,7 +24,7 @@ class MemoryFru : public IpmiProtocol {
     Send = OnSend;
     Receive = OnReceive;
     machine.protocol = this;
-    IpmiLoadProtocol();
+    EXPECT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
   }
 
   Bytes image;

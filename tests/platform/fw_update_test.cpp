@@ -78,16 +78,14 @@ TEST_F(Fw, UninitialisedModuleRefusesEverything) {
   EXPECT_EQ(text, nullptr);
 }
 
-TEST_F(Fw, InitialisationWithoutMemory) {
+TEST_F(Fw, InitialisationWithoutMemoryOrAnswer) {
   machine.FailPoolAllocation(1);
   EXPECT_EQ(FwUpdate::Initialize(), fw_status::kOutOfMemory);
   EXPECT_EQ(LastTrace(), "FwUpdate::Initialize - Memory allocation failed");
   EXPECT_EQ(FwUpdate::SelectDeviceArea(1), fw_status::kNotInitialized);
-}
-
-TEST_F(Fw, InitialisationWithoutAnswer) {
   ForgetProgramState();
-  IpmiLoadProtocol();
+  machine.files.clear();
+  ASSERT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
   bmc.ExpectSilence(6, 1);
   EXPECT_EQ(FwUpdate::Initialize(), fw_status::kNoBmcIdentity);
   EXPECT_EQ(Message(), kNoVersion);

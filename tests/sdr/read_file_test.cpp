@@ -28,7 +28,7 @@ struct SdrFiles : ::testing::Test {
     machine.files["IN.SDR"] = text;
     std::unique_ptr<File> file;
     EXPECT_EQ(machine.OpenFile(u"IN.SDR", FileMode::Read, file), kSuccess);
-    return SdrFileLines(*file);
+    return SdrFileLines(*file, "A.SDR");
   }
   Status Read(const std::string& text) {
     TheSdr().lineCounter = 0;

@@ -207,7 +207,7 @@ TEST_F(Records, RandomRecordsAreShownWithinTheirBytesAndReadBackWithTheirWordsRe
       machine.files["IN.SDR"] = SdrFile(written);
       std::unique_ptr<File> file;
       ASSERT_EQ(machine.OpenFile(u"IN.SDR", FileMode::Read, file), kSuccess);
-      SdrFileLines lines(*file);
+      SdrFileLines lines(*file, "A.SDR");
       SdrTypeList lists;
       ASSERT_EQ(SdrReadFile::ReadSdrRecordsFromFile(lines, lists), kSuccess) << written;
       std::swap(bytes[0], bytes[1]);

@@ -27,9 +27,12 @@ Uncounted::~Uncounted() {
 void* operator new(std::size_t bytes) {
   using namespace varnok::testing;
   if (uncounted == 0) ++allocations;
-  void* memory = std::malloc(bytes == 0 ? 1 : bytes);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
+  for (;;) {
+    if (void* memory = std::malloc(bytes == 0 ? 1 : bytes)) return memory;
+    std::new_handler handler = std::get_new_handler();
+    if (handler == nullptr) throw std::bad_alloc();
+    handler();
+  }
 }
 void operator delete(void* memory) noexcept {
   std::free(memory);

@@ -5,6 +5,7 @@
 #include <array>
 #include <numeric>
 
+#include "app/services/trace.h"
 #include "tests/support/heap_count.h"
 #include "tests/support/test_firmware.h"
 
@@ -45,6 +46,8 @@ TEST_F(Console, TakesNoMemoryAndKeepsTheHalvesOfACharacterTogether) {
 
 TEST_F(Console, ProgressStyles) {
   using Dornquist::DisplayProgress;
+  const char* const traced[] = {"VARNOK", "-debug3"};
+  TraceSelectLevel(2, traced);
   EXPECT_EQ(DisplayProgress(ProgressStyle::Text, u"Working", 1, 2), 0);
   DisplayProgress(ProgressStyle::CountOfTotal, u"\tRecord ", 3, 60);
   DisplayProgress(ProgressStyle::Percent, u"Loading ", 99, 0);
@@ -53,6 +56,7 @@ TEST_F(Console, ProgressStyles) {
   DisplayProgress(static_cast<ProgressStyle>(4), u"never", 1, 2);
   EXPECT_EQ(machine.console,
             "Working\tRecord 3 of 60.\rLoading 99% Done\rLoading 100% Done\nLoading 100% Done\n");
+  EXPECT_EQ(machine.TraceLines().back(), "Dornquist::DisplayProgress [EXIT]");
   machine.console.clear();
   DisplayProgress(ProgressStyle::CountOfTotal, std::u16string(300, u'p'), 1, 2);
   EXPECT_EQ(machine.console, std::string(255, 'p') + "\r");
@@ -80,6 +84,8 @@ TEST_F(Console, EnvironmentValueIsCutToItsRoom) {
   EXPECT_EQ(value, u"A123");
   EXPECT_FALSE(GetEnvVar(u"MISSING", value, 4));
   EXPECT_EQ(value, u"");
+  machine.environment["?"] = u"X";
+  EXPECT_TRUE(GetEnvVar(u"\u0442", value, 4)) << "names are Latin-1";
   machine.FailPoolAllocation(1);
   EXPECT_FALSE(GetEnvVar(u"SERIAL", value, 4));
   EXPECT_EQ(machine.poolBlocks, 0u);
@@ -95,23 +101,10 @@ TEST_F(Console, HexDumpPadsShortRows) {
   std::unique_ptr<File> file;
   ASSERT_EQ(machine.OpenFile(u"out", FileMode::Write, file), kSuccess);
   machine.console.clear();
-  DisplayHex(bytes.data(), 1, file.get());
+  bytes = {0x7E, 0x7F};
+  DisplayHex(bytes.data(), 2, file.get());
   EXPECT_EQ(machine.console, "");
-  EXPECT_EQ(machine.TextOf("out"), " 1E" + std::string(45, ' ') + "   ." + std::string(45, ' ') + "\n");
-}
-
-TEST_F(Console, PagingPromptTakesThreeAnswersInEitherCase) {
-  SetPaging(true);
-  machine.keys = u"x\rm";
-  EXPECT_TRUE(PromptMore());
-  EXPECT_TRUE(IsPagingOn());
-  machine.keys = u"s";
-  EXPECT_FALSE(PromptMore());
-  machine.keys = u"n";
-  EXPECT_TRUE(PromptMore());
-  EXPECT_FALSE(IsPagingOn());
-  std::string prompt = "\n[S]top, [N]on-stop, or [M]ore";
-  EXPECT_EQ(machine.console, prompt + "\n\n" + prompt + prompt + "\n\n");
+  EXPECT_EQ(machine.TextOf("out"), " 7E 7F" + std::string(42, ' ') + "   ~." + std::string(42, ' ') + "\n");
 }
 
 }  // namespace

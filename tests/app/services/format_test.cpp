@@ -76,7 +76,15 @@ TEST(Formatter, ConversionWithoutFittingArgumentStandsAsText) {
   EXPECT_EQ(Format("%-08.3l"), "%-08.3l");
   EXPECT_EQ(Format("%999999999999d|", 1).size(), 4097u) << "padding is bounded";
   EXPECT_EQ(Format("%s", static_cast<const char*>(nullptr)), "(null)");
+  EXPECT_EQ(FormatWide("%ls", static_cast<const char16_t*>(nullptr)), u"(null)");
+  EXPECT_EQ(Format("%d", std::int16_t{-3}), "-3");
   EXPECT_EQ(FormatUpTo(4, "%ls", u"abcdef"), u"abcd");
+}
+
+TEST(Text, EndsOfItsRanges) {
+  EXPECT_TRUE(EqualsIgnoreCase("az", "AZ"));
+  EXPECT_EQ(HexDigitValue('g'), -1);
+  EXPECT_EQ(Narrow(u"\u00FF\u0100"), "\xFF?");
 }
 
 }  // namespace

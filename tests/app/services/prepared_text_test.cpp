@@ -35,15 +35,23 @@ TEST(PreparedText, FileThatIsNoneOrTooLargeOrMarkedIsToldOfOnTheErrorOutput) {
       {std::string((64 << 20) + 1, 'x'), kSuccess, uefi_status::kBadBufferSize, "larger than 64 MiB"},
       {"\xEF\xBB\xBF// text", kSuccess, kSuccess, "UTF-8 text: save the file as ANSI or ASCII"},
       {std::string("\xFF\xFE/\0", 4), kSuccess, kSuccess, "UTF-16 text: save the file as ANSI or ASCII"},
-      {"plain", kSuccess, kSuccess, ""},
+      {"\xFE\xFF/", kSuccess, kSuccess, "UTF-16 text: save the file as ANSI or ASCII"},
+      {"", uefi_status::kNotFound, uefi_status::kNotFound, ""},
+      {std::string(10000, 'x'), kSuccess, kSuccess, ""},
   };
   for (const auto& [content, opening, status, message] : rows) {
     TestFirmware machine;
     machine.files["A.CFG"] = content;
     if (opening != kSuccess) machine.fileFailures["A.CFG"] = opening;
+    machine.files["BROKEN.CFG"] = std::string(5000, 'x');
+    machine.readFailures["BROKEN.CFG"] = uefi_status::kDeviceError;
     PreparedText text;
+    text.Assign("old");
+    EXPECT_EQ(text.Load("BROKEN.CFG"), uefi_status::kDeviceError);
+    EXPECT_EQ(text.LineCount(), 0u);
     EXPECT_EQ(text.Load("A.CFG"), status) << message;
     EXPECT_EQ(text.IsLoaded(), status == kSuccess) << message;
+    EXPECT_EQ(text.LineLength(0), text.IsLoaded() ? content.size() : 0) << message;
     EXPECT_NE(machine.errors.find(message), std::string::npos) << machine.errors;
     EXPECT_EQ(machine.errors.empty(), message.empty());
   }
@@ -56,6 +64,7 @@ TEST(PreparedText, CommentsAreCutThenBlanksTrimmed) {
   text.Trim();
   EXPECT_EQ(LinesOf(text), (Lines{"key 'a", "", "01 02\t/ 03"}));
   text.RemoveBlanks(2);
+  text.RemoveBlanks(9);
   EXPECT_EQ(text.Line(2), "0102/03");
   EXPECT_EQ(text.Line(3), "") << "a line that is not there is empty";
 }
@@ -69,22 +78,6 @@ TEST(PreparedText, QuotedTextNeedsTwoQuotes) {
   EXPECT_EQ(text.QuotedText(3), std::nullopt);
   EXPECT_TRUE(text.LineContains(0, "'one'"));
   EXPECT_FALSE(text.LineContains(0, "k"));
-}
-
-TEST(PreparedText, FileThatCannotBeReadHasNoLines) {
-  TestFirmware machine;
-  machine.files["a.fru"] = machine.files["broken.fru"] = std::string(10000, 'x') + "\ny";
-  machine.readFailures["broken.fru"] = uefi_status::kDeviceError;
-  for (auto [name, status] : {std::pair("missing.fru", uefi_status::kNotFound),
-                              std::pair("broken.fru", uefi_status::kDeviceError)}) {
-    PreparedText text;
-    EXPECT_EQ(text.Load("a.fru"), kSuccess);
-    EXPECT_EQ(text.LineCount(), 2u);
-    EXPECT_EQ(text.LineLength(0), 10000u);
-    EXPECT_EQ(text.Load(name), status);
-    EXPECT_FALSE(text.IsLoaded());
-    EXPECT_EQ(text.LineCount(), 0u);
-  }
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ TEST(Scanner, NumbersReadAsByTheCLibrary) {
   CompareNumbers("%2X.%2X+", "019F..+ x-");
   CompareNumbers("%x", "0012aFxX +-g");
   CompareNumbers("_LEN %x", "1f \t", "_LEN");
-  CompareNumbers("%d", "0129 +-x\t");
+  CompareNumbers("%d", "0129 +-x\t\r");
 }
 
 TEST(Scanner, CharacterBehindANumberIsToldApart) {

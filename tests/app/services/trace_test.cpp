@@ -43,17 +43,17 @@ TEST_F(TraceLog, FirstSwitchChoosesTheLevelAndEmptiesTheLog) {
 TEST_F(TraceLog, LineIsWrittenAtItsLevelAndAbove) {
   for (std::uint32_t level = 1; level <= 3; ++level) {
     Select({("-debug" + std::to_string(level)).c_str()});
-    Trace("one %d", 1, 1);
+    EXPECT_EQ(Fail("one", "1", 7), Status(7));
     Trace("two", 2);
     TraceHexDump("Title", {}, 0);
     { TraceScope scope("C::M"); }
-    Lines expected{"one 1", "two", "Title", "", "C::M [ENTRY]", "C::M [EXIT]"};
+    Lines expected{"one - 1", "two", "Title", "", "C::M [ENTRY]", "C::M [EXIT]"};
     expected.resize(level == 1 ? 1 : 2 * level);
     EXPECT_EQ(machine.TraceLines(), expected) << level;
   }
-  EXPECT_EQ(machine.files["DBGLOG.txt"].substr(0, 14), std::string("o\0n\0e\0 \0"
+  EXPECT_EQ(machine.files["DBGLOG.txt"].substr(0, 18), std::string("o\0n\0e\0 \0-\0 \0"
                                                                    "1\0\r\0\n\0",
-                                                                   14));
+                                                                   18));
 }
 
 TEST_F(TraceLog, TakesNoMemoryAndDropsWhatTheLogDoesNotTake) {
