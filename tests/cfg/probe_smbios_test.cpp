@@ -61,7 +61,8 @@ TEST_F(ProbeSmbios, LargestMemoryModule) {
 }
 
 TEST_F(ProbeSmbios, BiosVersion) {
-  const std::string version = "A.B.C.D.E.0045.x", bad = "C00000000009000C ";
+  const std::string version = "A.B.C.D.E.0045.x", bad = "C00000000009000C ",
+                    invalid = " is not a valid input for the PROBE command.";
   struct {
     std::string version;
     const char* probes;
@@ -72,10 +73,10 @@ TEST_F(ProbeSmbios, BiosVersion) {
       {version, "BIOSVER 44; BIOSVER 46-50; BIOSVER 50-40; BIOSVER 46+; BIOSVER 1-2 3 50+", "no"},
       {version, "BIOSVER 45a", "yes"},        // begins with digits
       {"A.B.C.D.E.45", "BIOSVER 45", "yes"},  // no sixth dot
-      {version, "BIOSVER abc", bad + Invalid("abc", "PROBE")},
-      {version, "BIOSVER 45 4-", bad + Invalid("4-", "PROBE")},  // every spec is read
-      {"A.B.C.D.E.R45", "BIOSVER 45", bad + Invalid("R45", "PROBE")},
-      {"A.B.C.D.45", "BIOSVER 45", bad + Invalid("", "PROBE")},  // no fifth dot
+      {version, "BIOSVER abc", bad + "abc" + invalid},
+      {version, "BIOSVER 45 4-", bad + "4-" + invalid},  // every spec is read
+      {"A.B.C.D.E.R45", "BIOSVER 45", bad + "R45" + invalid},
+      {"A.B.C.D.45", "BIOSVER 45", bad + invalid},  // no fifth dot
   };
   for (const auto& each : cases) {
     SmbiosBuilder table;
