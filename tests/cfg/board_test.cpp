@@ -231,5 +231,18 @@ TEST_F(Board, SamplesAreRead) {
   EXPECT_EQ(count, 10);
 }
 
+TEST_F(Board, ProbesAnswerAsWritten) {
+  ExpectRows("answers.txt", "", "IFSET YES\nDISPLAY yes\nENDIF\nIFSET NO\nDISPLAY no\nENDIF\n");
+}
+
+TEST_F(Board, SampleIdentifiesTheBoard) {
+  EXPECT_EQ(Run(Sample("IDENTIFY.CFG")), 0) << message;
+  EXPECT_EQ(machine.console,
+            "Hearth S2 server board.\nTwo processors.\nMemory modules of 16 GiB or more.\n"
+            "Drive backplane with its controller.\nPower supply with inventory data.\n"
+            "Chassis of two rack units.\n");
+  EXPECT_THAT(Traffic(), HasSubstr("> 20 32/0 10 43 68 61 73 73 69 73\n"));
+}
+
 }  // namespace
 }  // namespace varnok

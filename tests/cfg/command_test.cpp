@@ -61,12 +61,10 @@ TEST_F(Command, ValueIsALineOfAFileAndTwoShorterThanItsBuffer) {
     std::string value = "kept";
     return CCfgCommand::GetStringFromFile(name, value, 64, line) ? value : "-" + value;
   };
-  EXPECT_EQ(read("V.TXT", 2), "second");
-  EXPECT_EQ(read("V.TXT", 4), std::string(62, 'x'));
-  EXPECT_EQ(read("V.TXT", 5), "-kept");
-  EXPECT_EQ(read("V.TXT", 7), "zzzz") << "a line of more than 256 characters counts twice";
-  EXPECT_EQ(read("V.TXT", 8), "last");
-  EXPECT_EQ(read("V.TXT", 9), "-");
+  // A line of more than 256 characters counts twice.
+  const std::pair<int, std::string> lines[] = {
+      {2, "second"}, {4, std::string(62, 'x')}, {5, "-kept"}, {7, "zzzz"}, {8, "last"}, {9, "-"}};
+  for (const auto& [line, value] : lines) EXPECT_EQ(read("V.TXT", line), value);
   EXPECT_EQ(Message(), "Unable to read the FRU field value from the file 'V.TXT' at line number: 9");
   EngineMessage().Reset();
   EXPECT_EQ(read("MISSING", 1), "-kept");
