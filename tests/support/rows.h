@@ -7,6 +7,9 @@
 // \b, \t, \0 and \xE9 are characters, \*9x is nine times x.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -42,13 +45,15 @@ inline std::string Unescape(std::string_view text) {
   return plain;
 }
 
+/// The rows of a file; a test fails without any, or at a line that is none.
 inline std::vector<Row> Rows(const std::string& path) {
   std::vector<Row> rows;
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line.starts_with("//")) continue;
     std::size_t arrow = line.find(" =>");
-    if (line.starts_with("//") || arrow == line.npos) continue;
-    std::string text = line.substr(0, arrow), answer = line.substr(std::min(arrow + 4, line.size()));
+    EXPECT_NE(arrow, line.npos) << path << ": " << line;
+    std::string text = line.substr(0, arrow), answer = line.substr(std::min(line.size(), arrow + 4));
     std::size_t open = std::min(text.find('{'), text.size()), close = text.find('}');
     bool isList = close != text.npos;
     for (const std::string& each : Split(isList ? text.substr(open + 1, close - open - 1) : "")) {
@@ -59,6 +64,7 @@ inline std::vector<Row> Rows(const std::string& path) {
       row = {Unescape(row.text), Unescape(row.answer)};
     }
   }
+  EXPECT_FALSE(rows.empty()) << path;
   return rows;
 }
 
