@@ -13,7 +13,7 @@
 #include "platform/ipmi.h"
 #include "tests/support/board_machine.h"
 #include "tests/support/host_files.h"
-#include "tests/support/split.h"
+#include "tests/support/rows.h"
 
 namespace varnok::testing {
 
@@ -60,6 +60,18 @@ class BoardScript : public ::testing::Test {
     int status = program.Execute();
     message = program.LastErrorMessage() != nullptr ? Narrow(program.LastErrorMessage()) : "";
     return status;
+  }
+
+  /// Every row of a file of tests/cfg/fixtures between other lines. The answer is the console's text, or the
+  /// exit status and the message of a failure, which leaves the board's FRU as it was.
+  void ExpectRows(const std::string& name, const std::string& before, const std::string& behind = "") {
+    const std::string fru = Content("board.bin");
+    for (const Row& row : Rows(VARNOK_CFG_FIXTURES "/" + name)) {
+      int status = Run(before + row.text + "\n" + behind);
+      if (!message.empty()) message.insert(0, " ");
+      EXPECT_EQ(status == 0 ? machine.console : std::to_string(status) + message, row.answer) << row.text;
+      EXPECT_EQ(Content("board.bin"), fru);
+    }
   }
 
   static std::string Sample(const std::string& name) {

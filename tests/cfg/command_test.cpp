@@ -61,12 +61,10 @@ TEST_F(Command, ValueIsALineOfAFileAndTwoShorterThanItsBuffer) {
     std::string value = "kept";
     return CCfgCommand::GetStringFromFile(name, value, 64, line) ? value : "-" + value;
   };
-  EXPECT_EQ(read("V.TXT", 2), "second");
-  EXPECT_EQ(read("V.TXT", 4), std::string(62, 'x'));
-  EXPECT_EQ(read("V.TXT", 5), "-kept");
-  EXPECT_EQ(read("V.TXT", 7), "zzzz") << "a line of more than 256 characters counts twice";
-  EXPECT_EQ(read("V.TXT", 8), "last");
-  EXPECT_EQ(read("V.TXT", 9), "-");
+  // A line of more than 256 characters counts twice.
+  const std::pair<int, std::string> lines[] = {
+      {2, "second"}, {4, std::string(62, 'x')}, {5, "-kept"}, {7, "zzzz"}, {8, "last"}, {9, "-"}};
+  for (const auto& [line, value] : lines) EXPECT_EQ(read("V.TXT", line), value);
   EXPECT_EQ(Message(), "Unable to read the FRU field value from the file 'V.TXT' at line number: 9");
   EngineMessage().Reset();
   EXPECT_EQ(read("MISSING", 1), "-kept");
@@ -110,7 +108,7 @@ TEST_F(Command, FactoryNeedsAParserAndAFile) {
   PoolPtr<CCfgCommand> command;
   EXPECT_EQ(CCfgCommand::CreateCommand(&file, command, nullptr), 0xC00000000009001C);
   EXPECT_THAT(Message(), ::testing::StartsWith("Unrecoverable interanl error in 'cfgfile.dll' - command "));
-  EXPECT_EQ(CCfgCommand::CreateCommand(nullptr, command, &parser), kBadLine);
+  EXPECT_EQ(CCfgCommand::CreateCommand(nullptr, command, &parser), cfg_status::kBadLine);
   EXPECT_EQ(Message(), "Internal file error in 'cfgfile.dll'.");
   std::string_view text;
   EXPECT_FALSE(CCfgCommand().ReadLineFromFile(file, text));
@@ -127,66 +125,6 @@ TEST_F(Command, LinesOfASmallerControllerArePassedOver) {
   EXPECT_EQ(parser.Commands().front().GetDisplayName(), nullptr);
   ASSERT_EQ(Load("BMC_REFRESH"), kSuccess);
   EXPECT_STREQ(parser.Commands().front().GetDisplayName(), "INVLALID_COMMAND_TYPE");
-}
-
-TEST_F(Command, LineIsRefused) {
-  ExpectRefused("SET a\n\nNOSUCH x", 3, kUnknown, "NOSUCH is not a valid command.");
-  ExpectRefused("MENUPROMPT", 1, kUnknown, "MENUPROMPT is not a valid command.");
-  ExpectRefused("DISPLAY " + std::string(292, 'x'), 1, kBadLine,
-                "Too many characters on the line: 300.  Must be less than 255.");
-  for (const char* line : {"DISPLAY \"a", "DISPLAY \"a // b\""})
-    ExpectRefused(line, 1, kBadLine, "Invalid number of quotes in line.");
-  // Commands that read nothing of their own report it in other words.
-  ExpectRefused("ENDIF \"", 1, kBadLine, "Reading from file failed.");
-  ExpectRefused("SET a\n" + std::string(300, 'K'), 2, kBadLine, "");
-  EXPECT_EQ(Load("DISPLAY \"" + std::string(252, 'x') + "\""), kSuccess)
-      << "255 characters behind the keyword";
-}
-
-TEST_F(Command, TooFewOrTooManyParametersAreRefused) {
-  struct {
-    const char* command;
-    const char* name;    ///< the class in the log
-    Status missing;      ///< status without a parameter; kSuccess where none is asked for
-    const char* most;    ///< as many parameters as are taken
-    Status extra;        ///< status with one more; kSuccess where there is no limit
-    const char* before;  ///< the line in front
-  } const cases[] = {
-      {"SET", "CCfgSet", kBadLine, " a", kTooMany, "BOOT"},
-      {"CLEAR", "CCfgClear", kBadLine, " a", kTooMany, "BOOT"},
-      {"IFSET", "CCfgIfSet", kBadLine, "", kSuccess, "BOOT"},
-      {"ELSE", "CCfgElse", kSuccess, "", kBadLine, "IFSET a"},
-      {"ERRORLEVEL", "CCfgErrorLevel", kSuccess, " 1", kTooMany, "BOOT"},
-      {"CONFIGURATION", "CCfgConfiguration", kBadLine, " a b c", kTooMany, "BOOT"},
-      {"BOOT", "CCfgBoot", kSuccess, "", kTooMany, "BOOT"},
-      {"DISPLAY", "CCfgDisplay", kBadLine, " a", kTooMany, "BOOT"},
-      {"PROMPT", "CCfgPrompt", kBadLine, " a", kBadLine, "BOOT"},
-      {"MENUTITLE", "CCfgMenu", kBadLine, " a", kTooMany, "BOOT"},
-      {"FOUND", "CCfgFound", kBadLine, " a b", kTooMany, "PROBE HWID a"},
-      {"FRUNAME", "CCfgFruName", kBadLine, " a", kTooMany, "BOOT"},
-      {"FRUADDRESS", "CCfgFruAddress", kTooMany, "", kSuccess, "FRUNAME a"},
-      {"FRUAREA", "CCfgFruArea", kBadLine, " Board COMPARE", kTooMany, "FRUNAME a"},
-      {"FRUFIELD", "CCfgFruField", kBadLine, "", kSuccess, "FRUNAME a"},
-      {"SDRNAME", "CCfgSdrName", kBadLine, " a.sdr last COMPARE First", kTooMany, "BOOT"},
-      {"CLEARSDR", "CCfgSdrClear", kSuccess, "", kTooMany, "BOOT"},
-  };
-  for (const auto& each : cases) {
-    std::string line = std::string(each.before) + "\n" + each.command;
-    const std::string read = std::string(each.name) + "::ReadFromFile - ";
-    auto expectLogged = [&](const std::string& reason) {
-      EXPECT_THAT(machine.TraceLines(), Contains(read + reason));
-    };
-    if (each.missing != kSuccess) {
-      ExpectRefused(line, 2, each.missing, Missing(each.command));
-      expectLogged("Missing first parameter");
-    }
-    if (each.extra != kSuccess) {
-      ExpectRefused(line + each.most + " now  \"x\"", 2, each.extra, Extra(each.command, "now  \"x\""));
-      expectLogged("Too many parameters");
-    }
-    ExpectRefused(line + " \"", 2, kBadLine, "Invalid number of quotes in line.");
-    expectLogged("Unable to read the line");
-  }
 }
 
 /// What a visitor is told, as text.
@@ -233,7 +171,7 @@ TEST_F(Command, LogFollowsEveryOperationInAndOut) {
           "FOUND a b\n"),
       kSuccess);
   parser.DebugPrint();
-  EXPECT_EQ(Load("SET \xE9y"), kBadLine);
+  EXPECT_EQ(Load("SET \xE9y"), cfg_status::kBadLine);
   std::vector<std::string> open, seen;
   for (const std::string& line : machine.TraceLines()) {
     std::string name = line.substr(0, line.rfind(" ["));

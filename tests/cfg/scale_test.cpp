@@ -87,7 +87,7 @@ TEST_F(Scale, NestingCostsNoStack) {
     parser.DebugPrint();
     EXPECT_EQ(machine.console.substr(0, 6), "inner\n");
     EXPECT_EQ(Load(open), 0xC000000000090013);
-    EXPECT_EQ(Load("SET a\n" + open + "NOSUCH\n" + close), kUnknown);
+    EXPECT_EQ(Load("SET a\n" + open + "NOSUCH\n" + close), cfg_status::kUnknownCommand);
     parser.Free();
   };
   auto run = [](void* job) -> void* {

@@ -10,20 +10,13 @@
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
-#include "tests/support/split.h"
+#include "tests/support/rows.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok::testing {
 
 class ScriptTest : public ::testing::Test {
  protected:
-  static constexpr Status kTooMany = 0xC00000000009000B;
-  static constexpr Status kBadValue = 0xC00000000009000C;
-  static constexpr Status kBadLine = 0xC00000000009000D;
-  static constexpr Status kOutOfPlace = 0xC000000000090015;
-  static constexpr Status kUnknown = 0xC000000000090016;
-  static constexpr Status kOutOfBlock = 0xC000000000090017;
-
   ScriptTest() {
     CCfgCommand::Callbacks() = {Dornquist::DisplayProgress, DisplayText, InputChar, GetEnvVar};
     EngineMessage().Reset();
@@ -44,38 +37,48 @@ class ScriptTest : public ::testing::Test {
   }
   std::string Message() const { return Narrow(CCfgParser::GetLastError()); }
 
-  // What several commands say of their parameters.
-  static std::string Missing(const std::string& command, const std::string& which = "first") {
-    return "The " + command + " command is missing its " + which + " parameter.";
+  /// Every row of a file of tests/cfg/fixtures: a script, and the keys to come behind " << ", answer with its
+  /// transcript, or with its tags alone where the row tells no more; "loads" for a script not processed.
+  void ExpectRows(const std::string& name) {
+    for (const Row& row : Rows(VARNOK_CFG_FIXTURES "/" + name)) {
+      std::vector<std::string> parts = Split(row.text, " << ");
+      machine.keys = parts.size() > 1 ? Widen(parts[1]) : u"";
+      machine.console.clear();
+      Status status = Load(parts[0]);
+      bool isLoaded = status == kSuccess;
+      if (isLoaded && row.answer != "loads") status = parser.Process();
+      std::string shown = row.answer.starts_with('[') ? Tags() : machine.console + Tags();
+      EXPECT_EQ(row.answer == "loads" && isLoaded ? "loads" : shown + Failure(status), row.answer)
+          << row.text;
+    }
   }
-  static std::string Extra(const std::string& command, const std::string& rest) {
-    return "Too many parameters for the " + command + " command.\n   The parameters '" + rest +
-           "' were not accepted.";
-  }
-  static std::string Invalid(const std::string& text, const std::string& command) {
-    return text + " is not a valid input for the " + command + " command.";
-  }
-  static std::string NotHex(const std::string& text, const std::string& command) {
-    return Invalid(text, command) + "  The value must be a valid hexidecimal number.";
-  }
-
-  /// Expects a script to be refused while it is read, with this message for this line (from 1).
-  void ExpectRefused(std::string script, int line, Status status, const std::string& message) {
-    SCOPED_TRACE(script);
-    EXPECT_EQ(Load(std::move(script)), status);
-    EXPECT_EQ(Message(),
-              "Invalid input in file 'T.CFG' at line " + std::to_string(line) + ":\n   " + message);
-  }
-  /// Expects a script to load, and to stop with this status and message when it is processed.
-  void ExpectStopped(std::string script, Status status, const std::string& message) {
-    SCOPED_TRACE(script);
-    EXPECT_EQ(Load(script), kSuccess) << Message();
-    EXPECT_EQ(parser.Process(), status);
-    EXPECT_EQ(Message(), message);
+  /// The tags that are set, in their order; nothing without one.
+  std::string Tags() {
+    std::string tags, tag;
+    for (std::size_t i = 0; i < parser.TagCount(); ++i) {
+      EXPECT_EQ(parser.GetTag(static_cast<std::int64_t>(i), tag), kSuccess);
+      tags += (i == 0 ? "[" : " ") + tag;
+    }
+    return tags + (tags.empty() ? "" : "]");
   }
 
   TestFirmware machine;
   CCfgParser parser;
+
+ private:
+  /// The status, by its last byte when it is one of C0000000000900xxh, and the message with its line.
+  std::string Failure(Status status) const {
+    if (status == kSuccess) return {};
+    std::string text =
+        status.value >> 8 == 0xC0000000000900 ? Format("%02X", status.value & 0xFF) : Format("%X", status);
+    std::string words = Message();
+    const std::string atLine = "Invalid input in file 'T.CFG' at line ";
+    if (words.starts_with(atLine))
+      text += " at " + words.replace(words.find(":\n"), 5, ": ").substr(atLine.size());
+    else
+      text += ": " + words;
+    return text.ends_with(": ") ? text.substr(0, text.size() - 1) : text;
+  }
 };
 
 }  // namespace varnok::testing

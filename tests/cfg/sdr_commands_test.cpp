@@ -8,7 +8,6 @@ namespace {
 
 using testing::ScriptedIpmi;
 
-constexpr Status kLoadFailed = 0xC000000000090024;
 constexpr std::uint8_t kStorage = 0x0A;
 
 class SdrCommands : public testing::ScriptTest {
@@ -31,15 +30,12 @@ class SdrCommands : public testing::ScriptTest {
 };
 
 TEST_F(SdrCommands, FileThatCannotBeLoadedStopsTheScript) {
-  ExpectStopped("SDRNAME NONE.SDR", 0xC000000000090007, "Could not open file .\\NONE.SDR");
-  ExpectStopped("SDRNAME SHORT.SDR", kLoadFailed, "Invalid file: Token _LF_VERSION not found.\n");
-  ExpectStopped("SDRNAME \"\"", kBadValue, "SDR file name is null.");
-  const std::string long254(254, 's');
-  ExpectStopped("SDRNAME " + long254, 0xC000000000090007, "Unable to retrieve file " + long254 + ".");
+  ExpectRows("sdr.txt");
   // A file that is right is of no use without the BMC, which leaves no words of its own.
   Discard(SdrData::Initialize());
   bmc.ExpectFailing(kStorage, 0x20, 0xC1);
-  ExpectStopped("SDRNAME A.SDR", kLoadFailed, "The file '.\\A.SDR' was not found.");
+  EXPECT_EQ(Run("SDRNAME A.SDR"), 0xC000000000090024);
+  EXPECT_EQ(Message(), "The file '.\\A.SDR' was not found.");
 }
 
 TEST_F(SdrCommands, LastFileThatIsReachedIsRegistered) {
