@@ -19,7 +19,7 @@ class FruOnBoard : public FruTestOn<BoardTest> {
     ASSERT_EQ(FruData::Initialize(), kSuccess);
   }
   void Program(const std::string& sample) {
-    machine.files[sample] = ContentOf(VARNOK_SAMPLES "/" + sample);
+    machine.files[sample] = ContentOf(VARNOK_SOURCE_DIR "/samples/" + sample);
     ASSERT_EQ(FruData::LoadConfigurationFromFile(sample), kSuccess) << LastFruError();
     ASSERT_EQ(FruData::CommitConfigurationToSystem(true), kSuccess) << machine.console << LastFruError();
   }

@@ -37,6 +37,12 @@ inline void ExpectFailure(Status status, Status expected, std::string_view text 
   EXPECT_EQ(LastFruError(), text) << "line " << line;
 }
 
+/// Statuses of calls in a row, with the text that the last of them left.
+inline void ExpectAll(std::initializer_list<Status> statuses, Status expected,
+                      std::string_view text = kUnexpectedText, int line = __builtin_LINE()) {
+  for (Status status : statuses) ExpectFailure(status, expected, text, line);
+}
+
 /// The address of a device; with no more than its kind, of the BMC's own inventory device.
 inline FruDeviceAddress Device(std::uint32_t nvsType, std::uint8_t deviceId = 0, std::uint8_t bus = 0xFF,
                                std::uint8_t deviceAddress = 0x20, std::uint8_t controller = 0x20,

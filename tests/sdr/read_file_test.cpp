@@ -9,7 +9,8 @@
 #include "app/services/text.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
-#include "tests/support/host_files.h"
+#include "tests/support/expectations.h"
+#include "tests/support/split.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok::testing {
@@ -128,51 +129,30 @@ TEST_F(SdrFiles, TagsAreTakenUpToTheirClosingQuote) {
 }
 
 TEST_F(SdrFiles, EveryBrokenRuleHasItsStatusAndMessage) {
-  using namespace sdr_status;
-  const std::string good = SdrFile(kAssociationLines), locator = SdrFile(kLocatorLines);
-  const std::string twoBlanks = Replaced(good, "_REC_LEN 0010", "  _REC_LEN  0010");
-  const std::string swapped =
-      Replaced(Replaced(good, "_DEV_BUS     FF\n", ""), "_NVS_TYPE", "_DEV_BUS FF\n_NVS_TYPE");
-  const std::string noType = "SDR Record type incorrect line #1.";
-  const std::string badType = "SDR Record type incorrect line #4.";
-  const std::string noLength = "Token _REC_LEN not found.", noEnd = "Missing terminator line #3.";
-  const std::string invalid = "ReadRecFromFile - Invalid SDR File";
-  const std::string unusable = "ReadSdrRecordsFromFile - Invalid SDR File";
-  const std::string unlike = "ReadRecFromFile - Record Types don't match";
-  const std::string unterminated = "ReadRecFromFile - Error - Unterminated String";
-  // Message and trace line without what all of them begin with.
-  const std::tuple<const char*, std::string, Status, std::string, std::string> faults[] = {
-      {"no line at all", "", kHeaderKeyMissing, "Token _LF_NAME not found.", ""},
-      {"a header key missing", Replaced(good, "_LF_FMT_VER", "_FORMAT"), kHeaderKeyMissing,
-       "Token _LF_FMT_VER not found.", ""},
-      {"header keys in another order", swapped, kHeaderKeyMissing, "Token _DEV_BUS not found.", ""},
-      {"the block not closed", kSdrFileHeader + kAssociationLines, kHeaderKeyMissing, "", ""},
-      {"an unsupported type in the second record", SdrFile(kAssociationLines + "\n_SDR_TYPE 04\n"),
-       kFileTypeNotSupported, "Unsupported record type line #12.",
-       "FIL_CountIPMI10SDRTypes - SDR Type Not Supported"},
-      {"a size of 0", Replaced(good, "0010", "0000"), kBadRecordInFile, "", invalid},
-      {"a size that reads as 0", twoBlanks, kBadRecordInFile, "", invalid},
-      {"no size", Replaced(good, "_REC_LEN", "_LENGTH"), kBadRecordInFile, noLength, unusable},
-      {"no size before the next record", SdrFile("_SDR_TYPE 08\n" + kAssociationLines), kBadRecordInFile,
-       noLength, unusable},
-      {"another type than the record's", Replaced(good, "TYPE 08", "TYPE 02"), kFileType, badType, unlike},
-      {"no type byte", SdrFile("_SDR_TYPE 08\n_REC_LEN 2\n12 00\n"), kFileType, noType, unlike},
-      {"more bytes than the size says", Replaced(good, "0010", "000F"), kFileLength,
-       "SDR Record length incorrect line #4.", "ReadRecFromFile - Bad Record Length"},
-      {"fewer bytes than the size says", Replaced(good, "0010", "0100"), kCannotReadFile,
-       "Unable to read line #5.", "ReadRecFromFile - Error Reading File"},
-      {"no closing quote", Replaced(locator, "'Riser' ", "'Riser "), kUnterminatedText, noEnd, unterminated},
-      {"a comment in a text", Replaced(locator, "'Riser'", "'Ri//r'"), kUnterminatedText, noEnd,
-       unterminated},
-  };
-  for (const auto& [what, text, status, message, line] : faults) {
+  const std::string good = SdrFile(kAssociationLines + kLocatorLines);
+  for (const auto& [what, lines] : Expectations("sdr/faults.expected")) {
     SCOPED_TRACE(what);
     machine.files.clear();
-    EXPECT_EQ(Read(text), status);
-    EXPECT_EQ(Message(), message.empty() ? "" : "Invalid file: " + message + "\n");
+    // From, to, and the last status digits, message and trace line.
+    const std::vector<std::string> parts = Split(lines.substr(0, lines.size() - 1), "\n");
+    const Status status{0xC000000000060000 + std::stoul(parts[2], nullptr, 16)};
+    EXPECT_EQ(Read(Replaced(good, parts[0], parts[1])), status);
+    EXPECT_EQ(Message(), parts[3].empty() ? "" : "Invalid file: " + parts[3] + "\n");
     const std::vector<std::string> trace = machine.TraceLines();
-    EXPECT_EQ(trace.empty() ? "" : trace.back(), line.empty() ? "" : "SdrReadFile::" + line);
+    EXPECT_EQ(trace.empty() ? "" : trace.back(), parts[4].empty() ? "" : "SdrReadFile::" + parts[4]);
   }
+  EXPECT_EQ(Read(""), sdr_status::kHeaderKeyMissing);
+  EXPECT_EQ(Message(), "Invalid file: Token _LF_NAME not found.\n");
+  EXPECT_EQ(Read(Replaced(Replaced(good, "_DEV_BUS     FF\n", ""), "_NVS_TYPE", "_DEV_BUS FF\n_NVS_TYPE")),
+            sdr_status::kHeaderKeyMissing);
+  EXPECT_EQ(Message(), "Invalid file: Token _DEV_BUS not found.\n");
+  EXPECT_EQ(Read(SdrFile("_SDR_TYPE 08\n_REC_LEN 2\n12 00\n")), sdr_status::kFileType) << "no type byte";
+  EXPECT_EQ(Message(), "Invalid file: SDR Record type incorrect line #1.\n");
+  EXPECT_EQ(Read(kSdrFileHeader + kAssociationLines), sdr_status::kHeaderKeyMissing)
+      << "the block not closed";
+  EXPECT_EQ(Read(SdrFile(kAssociationLines + "\n_SDR_TYPE 04\n")), sdr_status::kFileTypeNotSupported);
+  EXPECT_EQ(Message(), "Invalid file: Unsupported record type line #12.\n");
+  EXPECT_EQ(machine.TraceLines().back(), "SdrReadFile::FIL_CountIPMI10SDRTypes - SDR Type Not Supported");
 }
 
 TEST_F(SdrFiles, AFileThatFailsHalfWay) {

@@ -14,7 +14,7 @@
 #include "sdr/record_lists.h"
 #include "tests/sdr/file_text.h"
 #include "tests/sdr/records.h"
-#include "tests/support/host_files.h"
+#include "tests/support/expectations.h"
 #include "tests/support/test_firmware.h"
 
 namespace varnok::testing {
@@ -33,14 +33,6 @@ struct FullDisk : TestFirmware {
     return kSuccess;
   }
 };
-
-/// Text with its bytes beyond printable ASCII as "\\xB0".
-std::string Escaped(const std::string& text) {
-  std::string escaped;
-  for (char each : text)
-    escaped += each == '\n' || (each >= ' ' && each <= '~') ? std::string(1, each) : Format("\\x%02X", each);
-  return escaped;
-}
 
 struct Records : ::testing::Test {
   FullDisk machine;
@@ -84,22 +76,8 @@ struct Records : ::testing::Test {
   }
 };
 
-/// The part of a text of expectations that stands between lines that begin with '=': those lines and what
-/// follows each.
-std::vector<std::pair<std::string, std::string>> Expectations(const char* name) {
-  std::vector<std::pair<std::string, std::string>> parts;
-  std::istringstream text(ContentOf(std::string(VARNOK_SOURCE_DIR "/tests/sdr/") + name));
-  for (std::string line; std::getline(text, line);) {
-    if (line.starts_with('='))
-      parts.emplace_back(line.substr(1), "");
-    else if (!parts.empty())
-      parts.back().second += line + "\n";
-  }
-  return parts;
-}
-
 TEST_F(Records, EverythingShownAndWrittenOfARecord) {
-  for (const auto& [what, wanted] : Expectations("records.expected")) {
+  for (const auto& [what, wanted] : Expectations("sdr/records.expected")) {
     const Bytes bytes = BytesOf(what.substr(0, what.find('(')));
     EXPECT_EQ(Shown(bytes), wanted) << what;
   }
@@ -107,7 +85,7 @@ TEST_F(Records, EverythingShownAndWrittenOfARecord) {
 
 TEST_F(Records, DecodeTables) {
   // Each line is a code with which a text begins; the number in front is the table's, with the device type.
-  for (const auto& [table, wanted] : Expectations("tables.expected")) {
+  for (const auto& [table, wanted] : Expectations("sdr/tables.expected")) {
     const Bytes numbers = BytesOf(table);
     std::string shown, last;
     for (unsigned code = 0; code < 0x100; ++code) {

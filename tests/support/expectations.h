@@ -1,0 +1,36 @@
+// Texts that tests compare with, or take their cases from, in files beside them.
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/services/format.h"
+#include "tests/support/host_files.h"
+
+namespace varnok::testing {
+
+/// The parts of a text that stand between lines that begin with '=': those lines and what follows each. What
+/// stands in front of the first is a comment.
+inline std::vector<std::pair<std::string, std::string>> Expectations(const std::string& path) {
+  std::vector<std::pair<std::string, std::string>> parts;
+  std::istringstream text(ContentOf(VARNOK_SOURCE_DIR "/tests/" + path));
+  for (std::string line; std::getline(text, line);) {
+    if (line.starts_with('='))
+      parts.emplace_back(line.substr(1), "");
+    else if (!parts.empty())
+      parts.back().second += line + "\n";
+  }
+  return parts;
+}
+
+/// Text with its bytes beyond printable ASCII as "\\xB0".
+inline std::string Escaped(const std::string& text) {
+  std::string escaped;
+  for (char each : text)
+    escaped += each == '\n' || (each >= ' ' && each <= '~') ? std::string(1, each) : Format("\\x%02X", each);
+  return escaped;
+}
+
+}  // namespace varnok::testing
