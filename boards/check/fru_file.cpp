@@ -209,6 +209,10 @@ class FruFileCheck {
                name + ": a checksum is wrong; the data need " + Hex(IpmiChecksum(record.Data())) +
                    ", the header then " + Hex(HeaderChecksumOf(record)),
                "Correct bytes 3 and 4 of the record's header: the device fails its verification.");
+      if (record.Data().empty())
+        Report(Severity::Error, "fru-records", line, name + " has no data",
+               "Give it a byte or take it out: the program reads it back as the end of the list, and its "
+               "verification fails.");
       if (hasEnd)
         Report(Severity::Error, "fru-records", line, name + " stands behind the record that ends the list",
                "Set bit 7 of byte 1 (82) in the last record alone, and let nothing follow it.");
