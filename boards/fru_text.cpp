@@ -208,8 +208,8 @@ class FruTextMaker {
     std::size_t different = 0;
     for (std::size_t i = 0; i < common; ++i) different += written[i] != image_.bytes[i] ? 1 : 0;
     if (different != 0)
-      Lose(Plural(different, "byte") + " of the image come out different, the first at byte " +
-           std::to_string(first - written.begin()));
+      Lose(Plural(different, "byte") + " of the image " + (different == 1 ? "comes" : "come") +
+           " out different, the first at byte " + std::to_string(first - written.begin()));
     if (written.size() > image_.bytes.size())
       Lose("the file writes " + Plural(written.size(), "byte") + ", the image has " +
            std::to_string(image_.bytes.size()));

@@ -68,6 +68,7 @@ TEST_F(Session, RefusesWhatIsWrongByItsName) {
       {"$b import i", 2, "", "name at least one file to import\n"},
       {"touch f; $b new f/a", 3, "", "f/a: cannot be made: Not a directory\n"},
       {"mkfifo p; $b check p", 1, "p: error: is a folder, a device or a pipe, not a file\n", ""},
+      {"echo \"_LF_NAME 'a'\" >f.fru; $b check f.fru", 1, "    Write _LF_VERSION, which no line has", ""},
       {"$b check 'no #1' --format sarif", 1, "\"uri\": \"no%20%231\"", ""},
       {"$b new a >/dev/full", 3, "", "the output cannot be written\n"},
       {"cp a/sdr.bin long.bin; printf x >>long.bin; $b import i --sdr long.bin", 3, "",
