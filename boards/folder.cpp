@@ -129,7 +129,9 @@ bool MakeFreeFolder(const std::filesystem::path& folder, std::string& error) {
       [&] {
         if (std::filesystem::exists(folder / kConfigName))
           throw sim::BoardError(folder.string() + ": holds a board already; name a new folder");
-        std::filesystem::create_directories(folder);
+        std::error_code code;
+        std::filesystem::create_directories(folder, code);
+        if (code) throw sim::BoardError(folder.string() + ": cannot be made: " + code.message());
       },
       error);
 }

@@ -31,6 +31,7 @@ struct Block {
   std::size_t row = 0;          ///< of kFruAreas
   std::size_t length = 0;       ///< of the area that it gives
   std::size_t imageOffset = 0;  ///< where the image has it
+  bool isDoubtful = false;      ///< the image's reading found something wrong in it
   std::vector<Piece> pieces{};
 };
 
@@ -122,6 +123,9 @@ class FruTextMaker {
       if (section.isChecksumGood == false)
         Remark(section.title +
                ": its checksum is wrong and stays so; a device with it fails its verification");
+      if (section.length == kRecordHeader)
+        Remark(section.title +
+               ": it has no data; the program takes it for the end of the list, and its verification fails");
     }
     if (block.pieces.empty()) return false;
     Bytes& header = block.pieces[last].bytes;
@@ -153,7 +157,7 @@ class FruTextMaker {
     block.pieces[0].comment = "format version, length: " + std::to_string(block.length / kFruUnit) +
                               " x 8 = " + std::to_string(block.length) + " bytes";
     block.pieces.push_back({{kFruEndOfFields}, "end of the fields: padding and checksum are added"});
-    if (HasProblem(*section)) Lose(section->title + ": mended, the program would refuse it as it stands");
+    block.isDoubtful = HasProblem(*section);
     return true;
   }
 
@@ -192,14 +196,20 @@ class FruTextMaker {
 
   /// What the written bytes do not have of the image.
   void Compare(const Bytes& written) {
+    for (const Block& block : blocks_) {
+      ByteView had = View(block.imageOffset, block.length);
+      ByteView gets = Part(written, header_[1 + block.row] * kFruUnit, block.length);
+      if (block.isDoubtful && !std::equal(had.begin(), had.end(), gets.begin(), gets.end()))
+        Lose(std::string(kFruAreas[block.row].title) + ": mended, the program would refuse it as it stands");
+    }
     const std::size_t common = std::min(written.size(), image_.bytes.size());
     const auto [first, _] = std::mismatch(
         written.begin(), written.begin() + static_cast<std::ptrdiff_t>(common), image_.bytes.begin());
     std::size_t different = 0;
     for (std::size_t i = 0; i < common; ++i) different += written[i] != image_.bytes[i] ? 1 : 0;
     if (different != 0)
-      Lose(Plural(different, "byte") + " of the image come out different, the first at byte " +
-           std::to_string(first - written.begin()));
+      Lose(Plural(different, "byte") + " of the image " + (different == 1 ? "comes" : "come") +
+           " out different, the first at byte " + std::to_string(first - written.begin()));
     if (written.size() > image_.bytes.size())
       Lose("the file writes " + Plural(written.size(), "byte") + ", the image has " +
            std::to_string(image_.bytes.size()));

@@ -36,8 +36,10 @@ void Checker::Check(const std::string& file) {
   std::error_code code;
   std::string error;
   Bytes bytes;
-  if (!std::filesystem::is_regular_file(file, code))
+  if (!std::filesystem::exists(file, code))
     error = "there is no such file";
+  else if (!std::filesystem::is_regular_file(file, code))
+    error = "is a folder, a device or a pipe, not a file";
   else if (std::filesystem::file_size(file, code) > kLargestFile)
     error = "the file has more than 64 MiB";
   else

@@ -83,6 +83,29 @@ class FruFileCheck {
     return std::size(kBlockKeys);
   }
 
+  /// The first key that the reader waits for and no line has; empty when it has them all.
+  std::string_view MissingKey() {
+    constexpr const char* kNeeded[] = {"_LF_NAME", "_LF_VERSION", "_LF_FMT_VER", "_IPMI_VERSION",
+                                       "_FRU (",   "_START_ADDR", "_DATA_LEN",   "_SEE_COMMON"};
+    for (const char* key : kNeeded)
+      if (text_.LineOf(key) == 0) return key;
+    for (std::size_t row = 0; row < std::size(kBlockKeys); ++row)
+      if (fru_->Header().Offset(kBlockAreas[row]) != 0 && text_.LineOf(kBlockKeys[row]) == 0)
+        return kBlockKeys[row];
+    return {};
+  }
+
+  /// What to do about a message of the reader; its own words do not say which key it was waiting for.
+  std::string AdviceFor(const std::string& message) {
+    if (message.find("unexpected character") != std::string::npos)
+      return "Write two hexadecimal digits a byte, or text between two single quotes on a line of its own.";
+    if (message.find("ended unexpectedly") == std::string::npos)
+      return "Correct this line; the program reads nothing behind it and writes nothing.";
+    const std::string missing(MissingKey());
+    if (missing.empty()) return "Put the keys into their order: the program skips what it does not wait for.";
+    return "Write " + missing + ", which no line has: the program skips the others while it waits for it.";
+  }
+
   void ReportRefusal() {
     const std::string message = MessageOfReader();
     const auto place = std::find_if(std::begin(kPlaces), std::end(kPlaces), [&](const Place& row) {
@@ -90,13 +113,8 @@ class FruFileCheck {
     });
     std::size_t line = place != std::end(kPlaces) ? text_.LineOf(place->key) : 0;
     if (line == 0) line = text_.LineCount();
-    const bool isCharacter = message.find("unexpected character") != std::string::npos;
-    if (isCharacter) line = LineOfBadCharacter(line);
-    Report(
-        Severity::Error, "fru-refused", line, message,
-        isCharacter
-            ? "Write two hexadecimal digits a byte, or text between two single quotes on a line of its own."
-            : "Correct this line; the program reads nothing behind it and writes nothing.");
+    if (message.find("unexpected character") != std::string::npos) line = LineOfBadCharacter(line);
+    Report(Severity::Error, "fru-refused", line, message, AdviceFor(message));
     if (const std::size_t row = BlockAt(line); row < std::size(kBlockKeys)) ExplainBlock(row, line);
     if (place != std::end(kPlaces) && std::string_view(place->key) == "_SEE_COMMON") ExplainHeader(line);
   }
@@ -209,6 +227,10 @@ class FruFileCheck {
                name + ": a checksum is wrong; the data need " + Hex(IpmiChecksum(record.Data())) +
                    ", the header then " + Hex(HeaderChecksumOf(record)),
                "Correct bytes 3 and 4 of the record's header: the device fails its verification.");
+      if (record.Data().empty())
+        Report(Severity::Error, "fru-records", line, name + " has no data",
+               "Give it a byte or take it out: the program reads it back as the end of the list, and its "
+               "verification fails.");
       if (hasEnd)
         Report(Severity::Error, "fru-records", line, name + " stands behind the record that ends the list",
                "Set bit 7 of byte 1 (82) in the last record alone, and let nothing follow it.");

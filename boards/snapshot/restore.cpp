@@ -77,7 +77,9 @@ std::string DeviceWork::Text() const {
 std::string RepositoryWork::Text() const {
   if (!outcome.IsDone()) return "SDR repository: cannot be restored: " + outcome.Text();
   if (isSame) return "SDR repository: equal";
-  return Format("SDR repository: its %u records are erased, %u are written", actualCount, wanted->size());
+  return Format("SDR repository: its %u %s erased, %u %s written", actualCount,
+                actualCount == 1 ? "record is" : "records are", wanted->size(),
+                wanted->size() == 1 ? "is" : "are");
 }
 
 bool RestoreWork::IsNeeded() const {

@@ -1,6 +1,9 @@
 // varnok-board check: what can be known of FRU files, SDR files and scripts before a board sees them.
 #include "boards/check/check.h"
 
+#include <array>
+#include <cstdio>
+
 #include "boards/folder.h"
 #include "programs/board/command.h"
 #include "programs/board/json.h"
@@ -57,11 +60,30 @@ Json AsJson(const std::vector<Finding>& findings, std::size_t files) {
   return Json::Object().Set("version", 1).Set("files", files).Set("findings", list);
 }
 
+/// A file's name as a URI reference (RFC 3986): what may not stand in a path comes as %20.
+std::string UriOf(const std::string& file) {
+  constexpr std::string_view kPlain = "-._~/!$&'()*+,;=@";
+  std::string uri;
+  for (const char c : file) {
+    const bool isPlain = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                         kPlain.find(c) != std::string_view::npos;
+    if (isPlain) {
+      uri += c;
+      continue;
+    }
+    std::array<char, 4> escaped{};
+    std::snprintf(escaped.data(), escaped.size(), "%%%02X",
+                  static_cast<unsigned>(static_cast<std::uint8_t>(c)));
+    uri += escaped.data();
+  }
+  return uri;
+}
+
 /// Static Analysis Results Interchange Format 2.1.0 (OASIS).
 Json AsSarif(const std::vector<Finding>& findings) {
   Json results = Json::Array();
   for (const Finding& finding : findings) {
-    Json place = Json::Object().Set("artifactLocation", Json::Object().Set("uri", finding.file));
+    Json place = Json::Object().Set("artifactLocation", Json::Object().Set("uri", UriOf(finding.file)));
     if (finding.line != 0) place.Set("region", Json::Object().Set("startLine", finding.line));
     results.Add(Json::Object()
                     .Set("ruleId", finding.rule)

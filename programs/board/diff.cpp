@@ -82,6 +82,12 @@ void PrintJson(const boards::Source& before, const boards::Source& after,
   PrintLine(root.Set("differences", list).Set("remarks", remarks).Text());
 }
 
+const char* WordsOf(boards::SourceKind kind) {
+  constexpr const char* kWords[] = {"a board folder (FOLDER#0, FOLDER/sdr.bin are parts of it)",
+                                    "one FRU device", "a FRU image", "an SDR dump", "an SMBIOS dump"};
+  return kWords[static_cast<std::size_t>(kind)];
+}
+
 int Run(const Arguments& arguments) {
   std::optional<boards::SourceKind> kind;
   if (arguments.Has("--as")) {
@@ -96,7 +102,8 @@ int Run(const Arguments& arguments) {
     return Fail(error);
   const bool isSameKind = before.kind == after.kind || (before.IsOneDevice() && after.IsOneDevice());
   if (!isSameKind)
-    return Fail(before.name + " and " + after.name + " are of different kinds; --as says what a file is",
+    return Fail(before.name + " is " + WordsOf(before.kind) + ", " + after.name + " is " +
+                    WordsOf(after.kind) + "\nSee varnok-board diff --help.",
                 kWrongUse);
   const boards::Comparison comparison = boards::Compare(before, after);
   if (arguments.Has("--json"))

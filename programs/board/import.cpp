@@ -3,6 +3,7 @@
 #include <optional>
 #include <set>
 
+#include "boards/field_text.h"
 #include "boards/folder.h"
 #include "boards/identity_text.h"
 #include "programs/board/command.h"
@@ -41,10 +42,13 @@ class Importer {
     const std::size_t equals = text.find('=');
     const auto address = boards::ParseDeviceName(text.substr(0, equals));
     const bool isFru = address && address->kind == boards::DeviceKind::Fru;
-    if (equals == std::string::npos || !address || isFru != (option == "--fru"))
-      return Refuse(option + ": \"" + text + "\" is not like " +
-                    (option == "--fru" ? "0=board.bin or 2@C0=backplane.bin" : "AT24C02:03:A0=supply.bin"));
-    if (board_.Find(*address) != nullptr) return Refuse(option + ": " + NameOf(*address) + " is named twice");
+    if (equals == std::string::npos || equals + 1 == text.size() || !address || isFru != (option == "--fru"))
+      return Refuse(
+          option + ": \"" + text + "\" is not like " +
+              (option == "--fru" ? "0=board.bin or 2@C0=backplane.bin" : "AT24C02:03:A0=supply.bin"),
+          kWrongUse);
+    if (board_.Find(*address) != nullptr)
+      return Refuse(option + ": " + NameOf(*address) + " is named twice", kWrongUse);
     boards::Device device{.address = *address};
     const std::string file = text.substr(equals + 1);
     if (!boards::ReadFile(file, device.bytes, error_)) return false;
@@ -103,16 +107,19 @@ class Importer {
            (!arguments.Has("--identity") || TakeIdentity(arguments.Value("--identity")));
   }
 
-  const std::string& Error() const { return error_; }
+  /// Says what was wrong and gives the exit status for it.
+  int Report() const { return Fail(error_, status_); }
 
  private:
-  bool Refuse(std::string error) {
+  bool Refuse(std::string error, ExitStatus status = kFailed) {
     error_ = std::move(error);
+    status_ = status;
     return false;
   }
 
   Board& board_;
   std::string error_;
+  ExitStatus status_ = kFailed;
 };
 
 int Run(const Arguments& arguments) {
@@ -122,12 +129,12 @@ int Run(const Arguments& arguments) {
   Board board;
   board.bmc.name = "BMC";
   Importer importer(board);
-  if (!importer.Take(arguments)) return Fail(importer.Error());
+  if (!importer.Take(arguments)) return importer.Report();
   std::string error;
   const std::string folder = arguments.Value("FOLDER");
   if (!boards::SaveFolder(folder, board, error)) return Fail(error);
-  PrintLine("Made the board " + folder + ": " + std::to_string(board.devices.size()) + " devices, " +
-            std::to_string(board.records.size()) + " SDRs.");
+  PrintLine("Made the board " + folder + ": " + boards::Plural(board.devices.size(), "device") + ", " +
+            boards::Plural(board.records.size(), "SDR") + ".");
   if (board.smbios.empty())
     Note("Without --smbios the board has no SMBIOS tables, and VARNOK ends with status 8 on it.");
   return kDone;

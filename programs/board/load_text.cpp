@@ -1,7 +1,9 @@
 // varnok-board fru-text and sdr-text: load files that program what a board holds.
 #include "boards/load_text.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 
 #include "boards/source.h"
@@ -36,10 +38,13 @@ int Finish(const Arguments& arguments, const std::string& source, const boards::
   if (output.empty()) {
     std::fwrite(made.text.data(), 1, made.text.size(), stdout);
   } else {
+    errno = 0;
     std::ofstream file(output, std::ios::binary);
     file << made.text;
     file.close();
-    if (!file) return Fail(output + ": cannot be written");
+    if (!file)
+      return Fail(output + ": cannot be written" +
+                  (errno == 0 ? "" : ": " + std::string(std::strerror(errno))));
   }
   return made.losses.empty() ? kDone : kFound;
 }

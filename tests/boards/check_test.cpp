@@ -63,6 +63,8 @@ TEST_F(Check, FindsEachFaultAtItsLine) {
       {"key.fru", "_LF_NAME a\n", "1:fru-refused"},
       {"last.fru", head + "_DATA_LEN E\n_SEE_COMMON\n01 00 00 00 00 01 00 FE\n_SEE_MULTIREC\nC0 02 01 FF 3E 01\n)\n",
        "10:fru-records"},
+      {"empty.fru", head + "_DATA_LEN D\n_SEE_COMMON\n01 00 00 00 00 01 00 FE\n_SEE_MULTIREC\nC0 82 00 00 BE\n)\n",
+       "10:fru-records"},
       {"mark.fru", "\xEF\xBB\xBF" + head + "_DATA_LEN 18\n_SEE_COMMON\n01 00 00 01 00 00 00 FE\n" + area,
        "1:file-encoding"},
       {"good.sdr", sdr + oem + ")\n", ""},

@@ -62,13 +62,13 @@ TEST_F(Commands, StatusesAndWhatTheySay) {
       {"diff a a", 0, "", ""},
       {"diff a b", 1, "FRU 0\n  No area\n    Byte 600: FF \u2192 1B\n", ""},
       {"diff 'a#0' b/board.bin", 1, "Byte 600", ""},
-      {"diff a a/sdr.bin", 2, "", "of different kinds"},
+      {"diff a a/sdr.bin", 2, "", "are parts of it), a/sdr.bin is an SDR dump"},
       {"fru-text a", 2, "", "name one device of the folder, such as a#0"},
       {"fru-text 'a#0'", 0, "    'VWS225060417'\n", "behind the last area"},
       {"fru-text 'b#0'", 1, "//   - 641 bytes behind the last area", "not in the load file: 641 bytes"},
       {"fru-text a/spare.bin", 3, "", "no load file can be made of it"},
       {"sdr-text a", 0, "   'Inlet Temp'\n", ""},
-      {"sdr-text a --output /nowhere/x", 3, "", "/nowhere/x: cannot be written"},
+      {"sdr-text a --output /nowhere/x", 3, "", "/nowhere/x: cannot be written: No such file or directory"},
   };
   for (const Row& row : kRows) {
     EXPECT_EQ(Run(row.arguments), row.status) << row.arguments;

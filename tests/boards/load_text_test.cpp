@@ -81,6 +81,12 @@ TEST(FruLoadText, LossesNameWhatAndWhere) {
   EXPECT_THAT(made.text, HasSubstr("_LF_NAME      'it_s a __ board'"));
   EXPECT_THAT(made.text, HasSubstr("  _DEV_ID      02\n  _DEV_CNTR    C0\n"));
   EXPECT_THAT(made.text, HasSubstr("//   - Product Info Area: mended"));
+  // An area that the program writes as it stands is not mended, however odd.
+  layout.product = {};
+  image = sim::BuildFruImage(layout, 256);
+  image[8] += 4;
+  image[8 + image[9] * 8 - 1] -= 4;
+  EXPECT_THAT(FruLoadText(image, {}, "odd").losses, IsEmpty());
 }
 
 TEST(SdrLoadText, EveryRecordComesBackInTheOrderOfTypes) {
