@@ -3,7 +3,7 @@
 import re
 import unittest
 
-from machine import BUILD, FIXTURES, ROOT, Boot, Command, Machine, Path, Result, Stick, temporary_folder
+from machine import BUILD, FIXTURES, ROOT, Board, Boot, Command, Machine, Path, Result, Stick, temporary_folder
 
 BANNER = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n"
 NO_PROTOCOL = BANNER + "\nERROR:Failed to load IPMI protocol.\n\n"
@@ -18,6 +18,10 @@ def lines_of(text: str) -> list[str]:
 def without_record_ids(text: str) -> list[str]:
     """The lines of an SDR display; a BMC numbers its records as it likes."""
     return [re.sub(r"#\d+$|^ [0-9A-F]{2} 00( 51.{39} *).", r"\1", line) for line in lines_of(text)]
+
+
+def keys_of(job: str) -> list[tuple[str, str]]:
+    return SCRIPTS.get(job, [])
 
 
 HOT_SWAP = 0xC0
@@ -47,6 +51,7 @@ SCRIPTS = {
     "FIELDS.CFG": [],
     "SUPPLY.CFG": [],
 }
+SCRIPT_JOBS = {name: ["/cfg", name] for name in SCRIPTS}
 ENVIRONMENT = {"BOARD_SERIAL": "ENV-0815"}
 
 # What PROBES.CFG asks of OVMF's tables: a board and a BIOS version of ours, one processor socket named CPU1.
@@ -85,15 +90,19 @@ def board_files() -> dict[str, bytes]:
 
 
 class ProgramTest(unittest.TestCase):
-    """A stick with the program; `run_machine` boots it."""
+    """A folder; in it a stick with an image of ours, that `run_machine` boots, or simulated boards."""
 
     @classmethod
-    def make_stick(cls, driver: str | None = "ipmi.efi"):
+    def make_folder(cls):
         temporary = temporary_folder()
         cls.addClassCleanup(temporary.cleanup)
         cls.folder = Path(temporary.name)
+
+    @classmethod
+    def make_stick(cls, driver: str | None = "ipmi.efi", image: str = "VARNOK.EFI"):
+        cls.make_folder()
         cls.stick = Stick(cls.folder / "stick.img")
-        cls.stick.put(BUILD / "VARNOK.EFI")
+        cls.stick.put(BUILD / image)
         if driver is not None:
             cls.stick.put(BUILD / driver, "ipmi.efi")
 
@@ -101,8 +110,21 @@ class ProgramTest(unittest.TestCase):
     def run_machine(cls, devices: list[str], commands: dict[str, Command | str], setup: list[str] | None = None):
         cls.boot: Boot = Machine(cls.folder, cls.stick, devices).run(commands, setup)
 
+    @classmethod
+    def make_boards(cls, jobs: dict[str, list[str]], folder: Path):
+        """The default board thrice: untouched, changed by the host program's jobs in the folder, and to be served."""
+        cls.untouched = Board.default(cls.folder)
+        cls.host_board = cls.untouched.copy(cls.folder / "host board")
+        cls.served_board = cls.untouched.copy(cls.folder / "served board")
+        cls.expected = {name: cls.host_board.run_host(arguments, folder, "".join(typed for _, typed in keys_of(name)),
+                                                      ENVIRONMENT)
+                        for name, arguments in jobs.items()}
+
     def result(self, name: str) -> Result:
         return self.boot.results[name]
+
+    def lines(self, name: str) -> list[str]:
+        return self.result(name).text.replace("\r", "").split("\n")[:-1]
 
     def assert_ends(self, name: str, status: int):
         self.assertEqual(self.result(name).status, status, f"{name}:\n{self.result(name).text}")
@@ -114,6 +136,13 @@ class ProgramTest(unittest.TestCase):
 
     def assert_shows(self, name: str, text: str):
         self.assertEqual(lines_of(self.result(name).text), lines_of(text), name)
+
+    def assert_succeeds_as_the_host(self):
+        for name, expected in self.expected.items():
+            with self.subTest(name):
+                self.assertEqual(expected.status, SUCCESS, expected.text)
+                self.assert_ends(name, SUCCESS)
+                self.assert_shows(name, expected.text)
 
     def assert_file_shows(self, file: str, text: str):
         """Output that the shell wrote to a 16-bit file."""

@@ -2,30 +2,22 @@
 
 import unittest
 
-from machine import BUILD, Command, Machine, Path, Stick, own_bmc, temporary_folder
+from machine import Command, own_bmc
+from program import ProgramTest
 
 DRIVER_NOT_STARTED = "load: -502"
 NOT_INSTALLED = "load: -500"
 NOT_READY = "receive: status 8000000000000006"
 
 
-class Driver(unittest.TestCase):
-    def boot(self, devices: list[str], commands: dict[str, Command | str], driver: str | None = "ipmi.efi"):
-        temporary = temporary_folder()
-        self.addCleanup(temporary.cleanup)
-        folder = Path(temporary.name)
-        stick = Stick(folder / "stick.img")
-        stick.put(BUILD / "PROBE.EFI")
-        stick.make_folder("empty")
-        if driver is not None:
-            stick.put(BUILD / driver, "ipmi.efi")
-        self.results = Machine(folder, stick, devices).run(commands).results
-
-    def lines(self, name: str) -> list[str]:
-        return self.results[name].text.replace("\r", "").split("\n")[:-1]
+class Driver(ProgramTest):
+    def run_probe(self, devices: list[str], commands: dict[str, Command | str], driver: str | None = "ipmi.efi"):
+        self.make_stick(driver, "PROBE.EFI")
+        self.stick.make_folder("empty")
+        self.run_machine(devices, commands)
 
     def test_usual_place(self):
-        self.boot(own_bmc(0xCA2), {
+        self.run_probe(own_bmc(0xCA2), {
             "no driver here": "cd empty\r\n\\PROBE ipmi load\r\ncd \\",
             "load": "PROBE ipmi load",
             "load again": "PROBE ipmi load",
@@ -63,18 +55,18 @@ class Driver(unittest.TestCase):
         self.assertRegex(self.lines("refused")[1], r"^answer: 07/0 F0 C1:")
 
     def test_place_named_by_smbios(self):
-        self.boot(own_bmc(0xDA2), {"load": "PROBE ipmi load", "identity": "PROBE ipmi send 64 6 1"})
+        self.run_probe(own_bmc(0xDA2), {"load": "PROBE ipmi load", "identity": "PROBE ipmi send 64 6 1"})
         self.assertEqual(self.lines("load"), ["load: 0"])
         self.assertRegex(self.lines("identity")[1], r"^answer: 07/0 01 00: 20 .* 11 43")
 
     def test_no_bmc(self):
-        self.boot([], {"load": "PROBE ipmi load", "start": "PROBE ipmi start ipmi.efi", "handles": "PROBE ipmi handles"})
+        self.run_probe([], {"load": "PROBE ipmi load", "start": "PROBE ipmi start ipmi.efi", "handles": "PROBE ipmi handles"})
         self.assertEqual(self.lines("load"), [DRIVER_NOT_STARTED])
         self.assertEqual(self.lines("start"), ["start: status 800000000000000E"])
         self.assertEqual(self.lines("handles"), ["locate: status 800000000000000E"])
 
     def test_driver_of_another_revision(self):
-        self.boot(own_bmc(0xCA2), {"load": "PROBE ipmi load"}, driver="other.efi")
+        self.run_probe(own_bmc(0xCA2), {"load": "PROBE ipmi load"}, driver="other.efi")
         self.assertEqual(self.lines("load"), [NOT_INSTALLED])
 
 

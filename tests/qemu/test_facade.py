@@ -2,7 +2,8 @@
 
 import unittest
 
-from machine import BUILD, Command, Machine, Path, Stick, temporary_folder
+from machine import BUILD, Command, Stick
+from program import ProgramTest
 
 NOT_FOUND = "status 800000000000000E"
 ACCESS_DENIED = "status 800000000000000F"
@@ -13,26 +14,22 @@ OUT_OF_RESOURCES = 9
 INPUT_ENDED = 2
 
 
-class Facade(unittest.TestCase):
+class Facade(ProgramTest):
     @classmethod
     def setUpClass(cls):
-        cls.temporary = temporary_folder()
-        cls.addClassCleanup(cls.temporary.cleanup)
-        folder = Path(cls.temporary.name)
-        cls.stick = Stick(folder / "stick.img")
-        cls.stick.put(BUILD / "PROBE.EFI")
+        cls.make_stick(None, "PROBE.EFI")
         cls.stick.put(BUILD / "OLDSHELL.EFI")
         cls.stick.write("keys.txt", b"\xff\xfe" + "ab".encode("utf-16-le"))
         cls.stick.make_folder("Long named folder")
-        small = Stick(folder / "small.img", small=True)
+        small = Stick(cls.folder / "small.img", small=True)
         small.write("on fs1.txt", b"second volume")
-        locked = Stick(folder / "locked.img", small=True)
+        locked = Stick(cls.folder / "locked.img", small=True)
         locked.write("locked.txt", b"read only")
-        machine = Machine(folder, cls.stick, [
+        devices = [
             "-drive", f"if=none,id=small,format=raw,file={small.image}", "-device", "virtio-blk-pci,drive=small",
             "-drive", f"if=none,id=locked,format=raw,readonly=on,file={locked.image}",
-            "-device", "virtio-blk-pci,drive=locked"])
-        cls.boot = machine.run({
+            "-device", "virtio-blk-pci,drive=locked"]
+        cls.run_machine(devices, {
             "arguments": 'PROBE args /d fru "two words" -x "" a/b\\c',
             "no arguments": "PROBE args",
             "console": "PROBE text",
@@ -70,9 +67,6 @@ class Facade(unittest.TestCase):
             "after exhaustion": "PROBE leak",
             "again": "PROBE leak", "and again": "PROBE leak", "and once more": "PROBE leak", "fifth": "PROBE leak",
         }, setup=["set board VARNOK-1"])
-
-    def lines(self, name: str) -> list[str]:
-        return self.boot.results[name].text.replace("\r", "").split("\n")[:-1]
 
     def test_arguments_arrive_narrowed_and_ended(self):
         self.assertEqual(self.lines("arguments"), ["count: 6", "</d>", "<fru>", "<two words>", "<-x>", "<>",

@@ -4,9 +4,9 @@ drives. The same text and the same images as on the host over the simulated boar
 import shutil
 import unittest
 
-from machine import Board, Command, LinuxMachine, Path, outside_bmc, temporary_folder
-from program import (BOARD_JOBS, ENVIRONMENT, PROBED_SMBIOS, PROBES_FOUND, SAMPLES, SCRIPTS, SUCCESS, ProgramTest,
-                     board_files, probe_script)
+from machine import Command, LinuxMachine, outside_bmc
+from program import (BOARD_JOBS, ENVIRONMENT, PROBED_SMBIOS, PROBES_FOUND, SAMPLES, SCRIPT_JOBS, ProgramTest,
+                     board_files, keys_of, probe_script)
 
 # Of the default board.
 QUESTIONS = {
@@ -20,33 +20,22 @@ QUESTIONS = {
 class Linux(ProgramTest):
     @classmethod
     def setUpClass(cls):
-        temporary = temporary_folder()
-        cls.addClassCleanup(temporary.cleanup)
-        folder = Path(temporary.name)
-        content = folder / "content"
+        cls.make_folder()
+        content = cls.folder / "content"
         shutil.copytree(SAMPLES, content)
         for name, data in {**board_files(), "PROBES.CFG": probe_script(0, QUESTIONS)}.items():
             (content / name).write_bytes(data)
 
-        jobs = {name: (["/cfg", name], keys) for name, keys in SCRIPTS.items()}
-        jobs |= {name: (arguments, []) for name, arguments in BOARD_JOBS.items()}
-        cls.untouched = Board.default(folder)
-        cls.host_board = cls.untouched.copy(folder / "host board")
-        cls.expected = {name: cls.host_board.run_host(arguments, content, "".join(typed for _, typed in keys), ENVIRONMENT)
-                        for name, (arguments, keys) in jobs.items()}
+        jobs = SCRIPT_JOBS | BOARD_JOBS
+        cls.make_boards(jobs, content)
         commands = {"smbios": Command("varnok /d smb"), "probes": Command("varnok /cfg PROBES")}
-        commands |= {name: Command("varnok " + " ".join(arguments), keys) for name, (arguments, keys) in jobs.items()}
-        cls.served_board = cls.untouched.copy(folder / "served board")
+        commands |= {name: Command("varnok " + " ".join(arguments), keys_of(name)) for name, arguments in jobs.items()}
         with cls.served_board as board:
-            machine = LinuxMachine(folder, content, outside_bmc(board.port) + PROBED_SMBIOS)
+            machine = LinuxMachine(cls.folder, content, outside_bmc(board.port) + PROBED_SMBIOS)
             cls.boot = machine.run(commands, [f"export {name}={value}" for name, value in ENVIRONMENT.items()])
 
     def test_text_and_status_are_those_of_the_simulated_board(self):
-        for name, expected in self.expected.items():
-            with self.subTest(name):
-                self.assertEqual(expected.status, SUCCESS)
-                self.assert_ends(name, SUCCESS)
-                self.assert_shows(name, expected.text)
+        self.assert_succeeds_as_the_host()
 
     def test_images_are_those_of_the_simulated_board(self):
         self.assertEqual(self.served_board.images(), self.host_board.images())

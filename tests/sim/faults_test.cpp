@@ -50,6 +50,7 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
   const std::string read4 = "0A/0 11 00 04 00 02";
   const std::string ab = "00 02 61 62", cd = "00 02 63 64", ef = "00 02 65 66";
   const std::string writeX = "0A/0 12 00 00 00 58", writeY = "0A/0 12 00 01 00 59";
+  const std::string addSdr = "0A/0 24 00 00 51 C0 03 40 E2 01", isErased = "0A/0 27 01 00 43 4C 52 00";
   // The last one is the content of a.bin behind the conversation.
   // clang-format off
   const std::tuple<const char*, std::string, Conversation, const char*> cases[] = {
@@ -111,6 +112,15 @@ TEST_F(FaultTest, EveryKindDoesWhatItSays) {
          {"controller": "0xC0", "channel": 6, "fault": "no-answer"})",
        {{read, ab}, {kBridgedRead, "83"}, {kFetch, "80"}, {kBridgedRead, "00"}, {kFetch, "80"},
         {kBridgedRead, "00"}, {kFetch, kFetched}, {kFetch, kFetched}, {kFetch, "80"}}, "abcdefgh"},
+      {"a reservation that is lost before the request",
+       R"({"command": "0x27", "nth": 2, "fault": "lost-reservation"})",
+       {{"0A/0 22", "00 01 00"}, {isErased, "00 01"}, {isErased, "C5"}}, "abcdefgh"},
+      {"a repository that lies", R"({"command": "0x23", "nth": 1, "fault": "next-record", "record": 1},
+         {"command": "0x20", "fault": "record-count", "records": 500},
+         {"command": "0x24", "nth": 2, "fault": "full-storage"})",
+       {{addSdr, "00 01 00"}, {addSdr, "C4"}, {"0A/0 23 00 00 01 00 00 01", "00 01 00 01"},
+        {"0A/0 23 00 00 01 00 00 01", "00 FF FF 01"},
+        {"0A/0 20", "00 51 F4 01 F8 7F 80 29 56 69 00 00 00 00 2F"}}, "abcdefgh"},
   };
   // clang-format on
   for (const auto& [what, rules, conversation, after] : cases) {
@@ -126,27 +136,6 @@ TEST_F(FaultTest, PowerIsCutBehindARequest) {
   EXPECT_EQ(Ask("0A/0 12 00 00 00 58"), "00 01");
   EXPECT_EXIT(Ask("0A/0 12 00 01 00 59"), ::testing::ExitedWithCode(sim::kPowerCutStatus), "");
   EXPECT_EQ(TextOf("a.bin"), "XYcdefgh");
-}
-
-TEST_F(FaultTest, RepositoryLies) {
-  OpenBmc("", R"(, "faults": [{"command": "0x23", "nth": 1, "fault": "next-record", "record": 1},
-    {"command": "0x20", "fault": "record-count", "records": 500},
-    {"command": "0x24", "nth": 2, "fault": "full-storage"}])");
-  const std::string add = "0A/0 24 00 00 51 C0 03 40 E2 01";
-  Converse({{add, "00 01 00"},
-            {add, "C4"},
-            {"0A/0 23 00 00 01 00 00 01", "00 01 00 01"},
-            {"0A/0 23 00 00 01 00 00 01", "00 FF FF 01"}});
-  EXPECT_EQ(Ask("0A/0 20").substr(0, 11), "00 51 F4 01");
-}
-
-TEST_F(FaultTest, LostReservationIsCancelledBeforeTheRequest) {
-  OpenWith(Board(R"({"command": "0x01", "nth": 1, "fault": "lost-reservation"})"));
-  sim::Reservation& reservation = board->TheBmc().Self().sdrReservation;
-  const std::uint16_t id = reservation.Take();
-  EXPECT_TRUE(reservation.Holds(id));
-  EXPECT_EQ(Ask("06/0 01").substr(0, 2), "00");
-  EXPECT_FALSE(reservation.Holds(id));
 }
 
 TEST_F(FaultTest, BadRulesNameTheirKey) {
