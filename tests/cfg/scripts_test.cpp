@@ -15,7 +15,7 @@ TEST_F(Scripts, FlowAnswersAsWritten) {
     std::string found;
     for (const std::string& line : machine.TraceLines()) {
       std::size_t end = line.find("::ReadFromFile - " + reason);
-      if (end != line.npos && !found.ends_with(line.substr(4, end - 4)))
+      if (end != std::string::npos && !found.ends_with(line.substr(4, end - 4)))
         found += " " + line.substr(4, end - 4);
     }
     return found;

@@ -29,10 +29,10 @@ inline std::string Unescape(std::string_view text) {
   std::string plain;
   for (std::size_t i = 0; i < text.size(); ++i) {
     std::string next(text.substr(i + 1, 1));
-    std::size_t known = next.empty() ? kLetters.npos : kLetters.find(next);
-    if (text[i] != '\\' || (known == kLetters.npos && next != "x" && next != "*")) {
+    std::size_t known = next.empty() ? std::string::npos : kLetters.find(next);
+    if (text[i] != '\\' || (known == std::string::npos && next != "x" && next != "*")) {
       plain += text[i];
-    } else if (known != kLetters.npos) {
+    } else if (known != std::string::npos) {
       plain += kCharacters[known];
       ++i;
     } else {
@@ -52,14 +52,15 @@ inline std::vector<Row> Rows(const std::string& path) {
   for (std::string line; std::getline(file, line);) {
     if (line.empty() || line.starts_with("//")) continue;
     std::size_t arrow = line.find(" =>");
-    EXPECT_NE(arrow, line.npos) << path << ": " << line;
+    EXPECT_NE(arrow, std::string::npos) << path << ": " << line;
     std::string text = line.substr(0, arrow), answer = line.substr(std::min(line.size(), arrow + 4));
     std::size_t open = std::min(text.find('{'), text.size()), close = text.find('}');
-    bool isList = close != text.npos;
+    bool isList = close != std::string::npos;
     for (const std::string& each : Split(isList ? text.substr(open + 1, close - open - 1) : "")) {
-      Row& row = rows.emplace_back(text, answer);
+      rows.push_back({text, answer});
+      Row& row = rows.back();
       if (isList) row.text.replace(open, close + 1 - open, each);
-      if (std::size_t mark = answer.find('$'); isList && mark != answer.npos)
+      if (std::size_t mark = answer.find('$'); isList && mark != std::string::npos)
         row.answer.replace(mark, 1, each.substr(0, each.find(' ')));
       row = {Unescape(row.text), Unescape(row.answer)};
     }
