@@ -38,6 +38,10 @@ endfunction()
 varnok_precompiled(core_headers varnok_core_options ${VARNOK_STANDARD_HEADERS})
 varnok_precompiled(host_headers varnok_options ${VARNOK_STANDARD_HEADERS})
 
+# Folders are compiled in batches of files: local names are unique within a folder.
+set(CMAKE_UNITY_BUILD ON)
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
+
 # varnok_layer(NAME SOURCES file... [USES layer...]): a folder of the core.
 function(varnok_layer name)
   cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})

@@ -11,12 +11,12 @@
 namespace varnok {
 namespace {
 
-struct AreaLine {
+struct LoadingLine {
   FruAreaId area;
   const char* loading;
 };
 /// In the order of writing.
-constexpr AreaLine kAreaLines[] = {
+constexpr LoadingLine kLoadingLines[] = {
     {FruAreaId::CommonHeaderArea, "Loading Common Header Area\n"},
     {FruAreaId::InternalUseArea, "Loading FRU Internal Use Area\n"},
     {FruAreaId::ChassisInfoArea, "Loading FRU Chassis Info Area\n"},
@@ -71,7 +71,7 @@ Status CFru::WriteAreas(FruOutput& output, bool& isAnyWritten) {
   // Kept: each present area follows the one before it, wherever the header places it, and whether or not that
   // is written.
   std::uint32_t offset = 0;
-  for (const AreaLine& line : kAreaLines) {
+  for (const LoadingLine& line : kLoadingLines) {
     if (!HasArea(line.area)) continue;
     AreaImage image = ImageOf(line.area);
     if (image.mode == FruWriteMode::WriteAndVerify) {

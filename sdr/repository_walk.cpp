@@ -11,7 +11,7 @@
 namespace varnok {
 namespace {
 
-constexpr const char* kOperation = "SdrReadSystem::LoadSdrRecordsToList";
+constexpr const char* kWalk = "SdrReadSystem::LoadSdrRecordsToList";
 constexpr std::uint16_t kFirstRecord = 0x0000;
 constexpr std::uint16_t kNoMoreRecords = 0xFFFF;
 
@@ -63,7 +63,7 @@ Status SdrReadSystem::LoadSdrRecordsToList(SdrTypeList& lists) {
 }
 
 Status SdrReadSystem::WalkRepository(SdrRecordTaker& taker) {
-  TraceScope scope(kOperation);
+  TraceScope scope(kWalk);
   SdrDataSet* set = TheSdr().current;
   if (set != nullptr) set->recordBytes = 0;
   Walk walk;
@@ -91,7 +91,7 @@ Status SdrReadSystem::WalkRepository(SdrRecordTaker& taker) {
       // A record that was read already comes next: without an end the walk would go round for ever.
       TheSdr().LastFailingRecordId = asked;
       Warn("the SDR repository has no end: its record %04xh leads back to %04xh", asked, walk.recordId);
-      return Fail(kOperation, "Error Reading SDR", sdr_status::kReadFailed);
+      return Fail(kWalk, "Error Reading SDR", sdr_status::kReadFailed);
     }
   }
 }

@@ -202,7 +202,7 @@ class ScriptCheck : public ScriptVisitor {
 
   void TakeArea(const std::vector<std::string>& words) {
     area_ = nullptr;
-    for (const FruAreaRow& row : kFruAreas)
+    for (const varnok::FruAreaRow& row : varnok::kFruAreas)
       if (Capitals(words[0]) == Capitals(row.keyword)) area_ = &row;
     if (area_ == nullptr || fru_ == nullptr) return;
     if (!fru_->HasArea(area_->area)) {
@@ -247,7 +247,7 @@ class ScriptCheck : public ScriptVisitor {
   }
 
   void CheckRoom(const InfoArea& info, std::uint32_t field, std::size_t length) {
-    const auto index = static_cast<FruAreaIndex>(area_ - kFruAreas.data());
+    const auto index = static_cast<FruAreaIndex>(area_ - varnok::kFruAreas.data());
     const std::optional<FruFieldId> id = FixedFruField(kFruFields[field], index);
     if (!id || field == fru_field::kChassisType || field == fru_field::kMfgDate) return;
     std::span<const std::uint8_t> old;
@@ -346,7 +346,7 @@ class ScriptCheck : public ScriptVisitor {
   std::map<std::string, std::vector<std::size_t>> sets_;
   std::map<std::string, std::vector<std::size_t>> tests_;
   std::unique_ptr<CFru> fru_;  ///< of the FRUNAME told last; null for SYSTEM and for a file that is refused
-  const FruAreaRow* area_ = nullptr;
+  const varnok::FruAreaRow* area_ = nullptr;
 };
 
 }  // namespace

@@ -97,7 +97,7 @@ bool KernelIpmi::WaitForAnswer(Answer& answer) {
 }
 
 void KernelIpmi::AnswerLocally(std::uint8_t lun, std::uint8_t command, std::span<const std::uint8_t> bytes) {
-  Answer& answer = ready_.emplace();
+  Answer& answer = ready_.emplace(Answer{});
   answer.netFunction = net_function::kApplication + 1;
   answer.lun = lun;
   answer.command = command;

@@ -37,7 +37,7 @@ class Snapshot(ProgramTest):
                              "restore": SUCCESS, "look again": SUCCESS}.items():
             self.assert_ends(name, status)
         self.assertIn("bytes differ, from offset", self.result("look").text)
-        self.assertIn("its 1 records are erased, 60 are written", self.result("look").text)
+        self.assertIn("its 1 record is erased, 60 are written", self.result("look").text)
         self.assertIn("SDR repository: restored", self.result("restore").text)
         self.assertNotIn("differ", self.result("look again").text)
         images = self.untouched.images()
