@@ -48,7 +48,7 @@ class CCfgEndIf : public CCfgCommand {
 CCfgIfSet::~CCfgIfSet() {
   // A list takes nested blocks apart without nesting.
   CommandList doomed;
-  Release(doomed);
+  CCfgIfSet::Release(doomed);
 }
 
 void CCfgIfSet::Release(CommandList& commands) {

@@ -12,7 +12,7 @@
 namespace varnok {
 namespace {
 
-constexpr const char* kOperation = "SdrData::CommitConfigurationToSystem";
+constexpr const char* kCommitTrace = "SdrData::CommitConfigurationToSystem";
 constexpr std::u16string_view kUpdateFailed = u"Unable to update SDRs";
 constexpr std::size_t kBufferSize = 256;
 
@@ -75,13 +75,13 @@ class Comparison final : public SdrRecordTaker {
   /// in turn. kOutOfMemory with a last-error text.
   Status Reserve() {
     temporary_ = MakeInPool<SdrDataSet>();
-    if (temporary_ == nullptr) return Fail(kOperation, "Error Allocating Memory", sdr_status::kOutOfMemory);
+    if (temporary_ == nullptr) return Fail(kCommitTrace, "Error Allocating Memory", sdr_status::kOutOfMemory);
     if (Status status = SdrUtility::InitializeSdrList(temporary_->lists); status != kSuccess) return status;
     // The fresh lists have emptied the text; what fails from here on is reported with it.
     TheSdr().SetLastError(kUpdateFailed);
     for (std::size_t type = 0; type < kSdrTypeCount; ++type) {
       PoolPtr<CSdr> record = kSdrTypes[type].rows.make();
-      if (record == nullptr) return Fail(kOperation, "Error Allocating Memory", sdr_status::kOutOfMemory);
+      if (record == nullptr) return Fail(kCommitTrace, "Error Allocating Memory", sdr_status::kOutOfMemory);
       record->ReserveRaw();
       (*temporary_->lists)[type].push_back(std::move(record));
     }
@@ -167,7 +167,7 @@ Status CommitSdrDataSet(SdrDataSet& set) {
     SdrUtility::PrintText(set.isCompareOnly
                               ? u"\n\nSDR file does not match with what was programmed in the memory.\n\n\n"
                               : u"\n\nSDR Verification failed\n\n\n");
-    return Fail(kOperation, "SDR Verification failed", sdr_status::kDifferent);
+    return Fail(kCommitTrace, "SDR Verification failed", sdr_status::kDifferent);
   }
   SdrUtility::DisplayProgress(ProgressStyle::Text, u"\n");
   SdrUtility::PrintText(set.isCompareOnly ? u"\nSDR file was compared successfully!\n"

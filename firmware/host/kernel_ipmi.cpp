@@ -97,12 +97,13 @@ bool KernelIpmi::WaitForAnswer(Answer& answer) {
 }
 
 void KernelIpmi::AnswerLocally(std::uint8_t lun, std::uint8_t command, std::span<const std::uint8_t> bytes) {
-  Answer& answer = ready_.emplace(Answer{});
+  Answer answer;
   answer.netFunction = net_function::kApplication + 1;
   answer.lun = lun;
   answer.command = command;
   ByteWriter writer(answer.room);
   answer.count = writer.Bytes(bytes).Length();
+  ready_ = answer;
 }
 
 void KernelIpmi::AnswerLocally(std::uint8_t lun, std::uint8_t command, std::uint8_t completionCode) {

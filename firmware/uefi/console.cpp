@@ -36,7 +36,7 @@ class Output {
  private:
   static constexpr std::size_t kRoom = 128;
   SIMPLE_TEXT_OUTPUT_INTERFACE* device_;
-  char16_t room_[kRoom + 1];
+  char16_t room_[kRoom + 1] = {};
   std::size_t count_ = 0;
 };
 

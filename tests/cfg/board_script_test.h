@@ -49,13 +49,14 @@ class BoardScript : public ::testing::Test {
     machine.files[".\\T.CFG"] = std::move(script);
     return RunFile("T.CFG");
   }
-  int RunFile(std::string name) {
+  int RunFile(const std::string& name) {
     CVarnok program;
     EXPECT_EQ(program.Initialize(), 0);
     machine.console.clear();
     char self[] = "varnok";
     char option[] = "/cfg";
-    char* arguments[] = {self, option, name.data(), nullptr};
+    std::string file = name;
+    char* arguments[] = {self, option, file.data(), nullptr};
     EXPECT_EQ(program.ParseCommandLine(3, arguments), 0);
     int status = program.Execute();
     message = program.LastErrorMessage() != nullptr ? Narrow(program.LastErrorMessage()) : "";

@@ -16,7 +16,8 @@ const std::string kWritten =
     "Loading FRU Internal Use Area\nLoading FRU Chassis Info Area\nLoading FRU Board Info Area\n"
     "Loading FRU Product Info Area\nLoading FRU Multi Record Area\n"
     "\nFRU File Area(s) successfully loaded into FRU memory.\n";
-const std::string kRefreshShown = "Refreshing BMC...\nThis operation will take around 50 seconds to complete\n";
+const std::string kRefreshShown =
+    "Refreshing BMC...\nThis operation will take around 50 seconds to complete\n";
 const std::string kHeaderQuestion =
     "The FRU header area is different from the FRU file you are trying to program.\n"
     "Note: Only the FRU file data is programmed. You will need to re-run the\n"
@@ -194,7 +195,8 @@ TEST_F(Board, PackageOfTheSamplesProgramsTheBoard) {
                         "Is the second fan fitted? Press Y or N, no Enter: y\n\n"
                         "Enter serial number and asset tag now? Press Y or N, no Enter: y\n\n"
                         "\nProcessing FRU File HEARTHS2.FRU...\n\n"));
-  EXPECT_THAT(machine.console, EndsWith("\nSDRs written successfully.\n" + kWritten + kRefreshShown + kUpdated));
+  EXPECT_THAT(machine.console,
+              EndsWith("\nSDRs written successfully.\n" + kWritten + kRefreshShown + kUpdated));
   EXPECT_EQ(Content("board.bin")[0x1A], 0x11) << "the pedestal's chassis type";
   std::string records = Content("sdr.bin");
   for (const char* name : {"Fan 2", "Riser"}) EXPECT_THAT(records, HasSubstr(name));

@@ -34,6 +34,10 @@ void* operator new(std::size_t bytes) {
     handler();
   }
 }
+// Sanitizers bring this one, and would miss the pair of its block.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return std::malloc(bytes == 0 ? 1 : bytes);
+}
 void operator delete(void* memory) noexcept {
   std::free(memory);
 }

@@ -89,7 +89,7 @@ TEST(KernelIpmi, WaitsForAControllerAsLongAsItsCaller) {
   EXPECT_EQ(kernel.Receive(answer), kSuccess);
   EXPECT_THAT(answer.Bytes(), ElementsAre(0, 0, 0x1E, 0xC2, 0xB4, 0x04, 0x01, 0xC3, 0x84));
   const long lastSent = sent.req.msgid;
-  auto completionCode = [&](std::vector<std::uint8_t> frame) {
+  auto completionCode = [&](const std::vector<std::uint8_t>& frame) {
     EXPECT_EQ(kernel.Send(6, 0, 0x34, frame), kSuccess);
     EXPECT_EQ(kernel.Receive(answer), kSuccess);
     EXPECT_EQ(answer.count, 1u);
