@@ -8,9 +8,11 @@
 #include <optional>
 
 #include "boards/check/file_checks.h"
+#include "boards/check/file_text.h"
 #include "boards/desk_machine.h"
 #include "boards/field_text.h"
 #include "boards/folder.h"
+#include "boards/fru_image.h"
 #include "cfg/cfg_parser.h"
 #include "cfg/fru_address_command.h"
 #include "cfg/fru_tables.h"
@@ -50,6 +52,7 @@ class ScriptCheck : public ScriptVisitor {
       return std::move(use_);
     }
     WalkScript(parser.Commands(), *this);
+    FinishFru();
     CheckTags();
     return std::move(use_);
   }
@@ -92,6 +95,7 @@ class ScriptCheck : public ScriptVisitor {
       case ScriptFact::FruFile:
         NameFile(text, place, LoadFileKind::Fru);
         fru_ = LoadFru(use_.files.back().path);
+        target_.address = fru_ != nullptr ? fru_->Address() : FruDeviceAddress{};
         break;
       case ScriptFact::SdrFile:
         NameFile(text, place, LoadFileKind::Sdr);
@@ -163,6 +167,7 @@ class ScriptCheck : public ScriptVisitor {
     if (keyword_ == "FRUADDRESS") CheckAddress(static_cast<const CCfgFruAddress&>(command));
     if (keyword_ == "FRUAREA" && !words.empty()) TakeArea(words);
     if (keyword_ == "FRUFIELD" && !words.empty()) CheckField(words);
+    if (keyword_ == "FRUFIELD" && words.size() > 1) CheckValueLine(words[1]);
     if (keyword_ == "PROBE" && words.size() > 1 && Capitals(words[0]) == "FRUFIELD")
       CheckProbedField(words[1]);
   }
@@ -178,8 +183,20 @@ class ScriptCheck : public ScriptVisitor {
   // --- FRU blocks ---
 
   void StartFru() {
+    FinishFru();
     fru_ = nullptr;
     area_ = nullptr;
+    target_ = {line_, {}};
+  }
+
+  /// A script reads the device before it writes, so that one that was never programmed ends it.
+  void FinishFru() {
+    if (board_ == nullptr || target_.line == 0) return;
+    const Device* device = board_->Find(DeviceAt(target_.address));
+    if (device != nullptr && IsFill(device->bytes))
+      Report(Severity::Error, "script-blank", target_.line,
+             "device " + NameOf(device->address) + " is blank: the script ends when it reads it",
+             "Program the whole file with /fru first.");
   }
 
   /// The file as the program reads it; null for one that it refuses, which has a finding of its own.
@@ -195,9 +212,18 @@ class ScriptCheck : public ScriptVisitor {
 
   void CheckAddress(const CCfgFruAddress& command) {
     if (!use_.files.empty()) use_.files.back().hasOtherAddress = true;
+    target_.address = command.GetAddress();
     if (board_ == nullptr) return;
-    CheckDevice(command.GetAddress(), 0, *board_, {Severity::Error, "fru-device", file_, line_, {}, {}},
+    CheckDevice(target_.address, fru_ != nullptr ? WrittenLength(*fru_) : 0, *board_, {Severity::Error, "fru-device", file_, line_, {}, {}},
                 findings_);
+  }
+
+  static std::size_t WrittenLength(CFru& fru) {
+    std::size_t length = kFruHeaderLength;
+    if (fru.HasInternalArea()) length += fru.InternalUse().GetLength();
+    for (FruAreaId area : {FruAreaId::ChassisInfoArea, FruAreaId::BoardInfoArea, FruAreaId::ProductInfoArea})
+      if (fru.HasArea(area)) length += fru.FindInfoArea(area)->GetLength();
+    return length + (fru.HasMultiRecArea() ? fru.MultiRecLength() : 0);
   }
 
   void TakeArea(const std::vector<std::string>& words) {
@@ -244,6 +270,23 @@ class ScriptCheck : public ScriptVisitor {
       return;
     }
     if (isLiteral) CheckRoom(*info, field, words[1].size());
+  }
+
+  /// "@FILE:ASCII:name:line": the file must have the line.
+  void CheckValueLine(const std::string& value) {
+    const std::size_t number = value.rfind(':');
+    const std::size_t name = value.find(':', value.find(':') + 1);
+    if (!Capitals(value).starts_with("@FILE:") || name >= number) return;
+    Bytes bytes;
+    std::string error;
+    const std::string path = PathOf(std::string_view(value).substr(name + 1, number - name - 1));
+    if (!ReadFile(path, bytes, error)) return;  // a finding of its own
+    std::size_t line = 0;
+    std::from_chars(value.data() + number + 1, value.data() + value.size(), line);
+    const FileText text(std::string(bytes.begin(), bytes.end()));
+    if (line > text.LineCount())
+      Report(Severity::Error, "script-file", line_, path + " has " + Plural(text.LineCount(), "line"),
+             "Name a line that it has.");
   }
 
   void CheckRoom(const InfoArea& info, std::uint32_t field, std::size_t length) {
@@ -347,6 +390,11 @@ class ScriptCheck : public ScriptVisitor {
   std::map<std::string, std::vector<std::size_t>> tests_;
   std::unique_ptr<CFru> fru_;  ///< of the FRUNAME told last; null for SYSTEM and for a file that is refused
   const varnok::FruAreaRow* area_ = nullptr;
+  /// The FRUNAME told last and the device that it programs.
+  struct {
+    std::size_t line = 0;
+    FruDeviceAddress address{};
+  } target_;
 };
 
 }  // namespace

@@ -84,6 +84,10 @@ TEST_F(Check, FindsEachFaultAtItsLine) {
       {"custom.cfg", "PROBE BMC_TYPE\nFRUNAME good.fru\nFRUAREA Board\nFRUFIELD AM1 x\n", "4:script-field"},
       {"room.cfg", "PROBE BMC_TYPE\nFRUNAME good.fru\nFRUAREA Board\nFRUFIELD PN 0123456789\n", "4:script-room?"},
       {"device.cfg", "PROBE BMC_TYPE\nFRUNAME good.fru\nFRUADDRESS 77\n", "3:fru-device"},
+      {"small.cfg", "PROBE BMC_TYPE\nFRUNAME good.fru\nFRUADDRESS 44\n", "3:fru-device"},
+      {"blank.cfg", "PROBE BMC_TYPE\nFRUNAME good.fru\nFRUADDRESS 43\n", "2:script-blank"},
+      {"line.cfg", "PROBE BMC_TYPE\nFRUNAME good.fru\nFRUAREA Board\nFRUFIELD PN @FILE:ASCII:good.fru:99\n",
+       "4:script-file"},
       {"record.cfg", "PROBE BMC_TYPE\nSDRNAME tagged.sdr\n", "11:sdr-tag?"},
   };
   // clang-format on
@@ -91,6 +95,8 @@ TEST_F(Check, FindsEachFaultAtItsLine) {
   std::string error;
   ASSERT_TRUE(boards::SaveDefaultBoard(folder_.Path() / "board", error)) << error;
   ASSERT_TRUE(boards::LoadFolder(folder_.Path() / "board", board, error)) << error;
+  board.devices.push_back({.address = {.id = 0x43}, .bytes = boards::Bytes(64, 0xFF)});
+  board.devices.push_back({.address = {.id = 0x44}, .bytes = boards::Bytes(16, 1)});
   for (const Case& row : cases) Write(row.name, row.text);
   for (const Case& row : cases) {
     Checker checker(&board);
