@@ -214,8 +214,8 @@ class ScriptCheck : public ScriptVisitor {
     if (!use_.files.empty()) use_.files.back().hasOtherAddress = true;
     target_.address = command.GetAddress();
     if (board_ == nullptr) return;
-    CheckDevice(target_.address, fru_ != nullptr ? WrittenLength(*fru_) : 0, *board_, {Severity::Error, "fru-device", file_, line_, {}, {}},
-                findings_);
+    CheckDevice(target_.address, fru_ != nullptr ? WrittenLength(*fru_) : 0, *board_,
+                {Severity::Error, "fru-device", file_, line_, {}, {}}, findings_);
   }
 
   static std::size_t WrittenLength(CFru& fru) {
