@@ -66,6 +66,8 @@ TEST(Scanner, WordEndsAtWhiteSpace) {
   EXPECT_EQ(Scan(u" \t ab c", "%hs", &word), 0) << "sizes are not part of the scanner's formats";
   EXPECT_EQ(Scan(u" \t ab c", "%s", &word), 1);
   EXPECT_EQ(word, u"ab");
+  EXPECT_EQ(Scan(u"abc", "%2s", &word), 1);
+  EXPECT_EQ(word, u"ab");
   EXPECT_EQ(Scan(u" \t ", "%s", &word), 0);
 }
 
