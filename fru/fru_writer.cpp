@@ -1,6 +1,7 @@
 // Writing an image to its device, area by area.
 #include <algorithm>
 
+#include "app/services/console.h"
 #include "app/services/trace.h"
 #include "firmware/pool.h"
 #include "fru/fru.h"
@@ -71,10 +72,19 @@ Status CFru::WriteAreas(FruOutput& output, bool& isAnyWritten) {
   // Kept: each present area follows the one before it, wherever the header places it, and whether or not that
   // is written.
   std::uint32_t offset = 0;
+  bool isTold = false;
   for (const LoadingLine& line : kLoadingLines) {
     if (!HasArea(line.area)) continue;
     AreaImage image = ImageOf(line.area);
     if (image.mode == FruWriteMode::WriteAndVerify) {
+      const std::size_t place =
+          line.area == FruAreaId::CommonHeaderArea ? 0 : header_.Offset(line.area) * FruDefs::kUnit;
+      if (!isTold && image.length != 0 && place != offset) {
+        isTold = true;
+        Warn(
+            "FRU %s: the header has an area at byte %d that is written at byte %d; what stands there is lost",
+            FruName(address_).Text(), place, offset);
+      }
       output.Print(line.loading);
       isAnyWritten = true;
       if (Status status = WriteArea(output, line.area, offset, image.bytes); status != kSuccess)

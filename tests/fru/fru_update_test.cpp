@@ -52,6 +52,17 @@ TEST_F(FruUpdate, WritesEveryAreaInOrderAndVerifies) {
     EXPECT_EQ(device.log[index], request) << index;
 }
 
+TEST_F(FruUpdate, TellsOnceOfAreasThatAreWrittenElsewhere) {
+  ASSERT_EQ(fru->WriteToSystem(), kSuccess);
+  EXPECT_EQ(machine.errors, "");
+  Start(FullImage({20, 2, 7, 13, 19}));
+  EXPECT_NE(fru->WriteToSystem(), kSuccess);
+  EXPECT_EQ(
+      machine.errors,
+      "varnok: FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF): the header has an area at byte 16 that is written at "
+      "byte 8; what stands there is lost\n");
+}
+
 TEST_F(FruUpdate, SkippedAreasKeepTheirPlaceAndAreNotCompared) {
   ASSERT_EQ(fru->SetAreaWriteMode(ChassisInfoArea, FruWriteMode::Skip, 0), kSuccess);
   const Bytes wanted = device.image;
