@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "boards/check/file_checks.h"
+#include "boards/check/file_text.h"
 #include "boards/folder.h"
 
 namespace varnok::boards {
@@ -13,20 +14,14 @@ namespace {
 /// A script of any length is read line by line; a load file beyond this is none.
 constexpr std::uintmax_t kLargestFile = 64U << 20;
 
-std::string ExtensionOf(const std::string& file) {
-  std::string extension = std::filesystem::path(file).extension().string();
-  for (char& character : extension)
-    if (character >= 'A' && character <= 'Z') character = static_cast<char>(character + 32);
-  return extension;
-}
 
 }  // namespace
 
 LoadFileKind KindOfLoadFile(const std::string& file, const std::string& text) {
-  const std::string extension = ExtensionOf(file);
-  if (extension == ".fru") return LoadFileKind::Fru;
-  if (extension == ".sdr") return LoadFileKind::Sdr;
-  if (extension == ".cfg") return LoadFileKind::Script;
+  const std::string extension = Capitals(std::filesystem::path(file).extension().string());
+  if (extension == ".FRU") return LoadFileKind::Fru;
+  if (extension == ".SDR") return LoadFileKind::Sdr;
+  if (extension == ".CFG") return LoadFileKind::Script;
   if (text.find("_SEE_COMMON") != std::string::npos) return LoadFileKind::Fru;
   return text.find("_SDR (") != std::string::npos ? LoadFileKind::Sdr : LoadFileKind::Script;
 }

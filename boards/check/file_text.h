@@ -9,6 +9,14 @@
 
 namespace varnok::boards {
 
+/// ASCII letters as capitals: tags, keywords and file names are compared so.
+inline std::string Capitals(std::string_view text) {
+  std::string capitals(text);
+  for (char& character : capitals)
+    if (character >= 'a' && character <= 'z') character = static_cast<char>(character - 'a' + 'A');
+  return capitals;
+}
+
 class FileText {
  public:
   explicit FileText(const std::string& text) {

@@ -1,6 +1,5 @@
 // What a script does on its roads, as far as its lines alone tell: nothing is asked, loaded or run.
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <filesystem>
 #include <map>
@@ -23,13 +22,6 @@ namespace varnok::boards {
 namespace {
 
 constexpr std::size_t kLongestField = 63;
-
-std::string Capitals(std::string_view text) {
-  std::string capitals(text);
-  std::transform(capitals.begin(), capitals.end(), capitals.begin(),
-                 [](unsigned char character) { return static_cast<char>(std::toupper(character)); });
-  return capitals;
-}
 
 /// The words of a command's line; one in double quotes may hold blanks.
 std::vector<std::string> Words(std::string_view parameters) {

@@ -24,14 +24,6 @@ std::size_t LineAt(const std::string& text, std::size_t position) {
                  std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(position), '\n'));
 }
 
-template <class Text>
-std::string Capitals(const Text& text) {
-  std::string capitals;
-  for (auto character : text)
-    capitals += static_cast<char>(character >= 'a' && character <= 'z' ? character - 32 : character);
-  return capitals;
-}
-
 class SdrFileCheck {
  public:
   SdrFileCheck(const std::string& file, const std::string& text, const Board* board,
