@@ -14,7 +14,6 @@ namespace {
 /// A script of any length is read line by line; a load file beyond this is none.
 constexpr std::uintmax_t kLargestFile = 64U << 20;
 
-
 }  // namespace
 
 LoadFileKind KindOfLoadFile(const std::string& file, const std::string& text) {
