@@ -66,11 +66,9 @@ TEST_F(Ipmi, ExchangesAsTheyAreWritten) {
     machine.clockMicroseconds = text.starts_with("clock 86398") ? 86'398'000'000 : 0;
     ForgetProgramState();
     ASSERT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
-    for (const std::string& step : Split(text.substr(text.find("? ") + 2), "\n? ")) {
-      const std::size_t wire = step.find('\n'), answer = step.find("\n! ");
-      bmc.Play(step.substr(wire + 1, answer - wire - 1));
-      const std::string wanted = step.substr(answer + 3);
-      EXPECT_EQ(Outcome(step.substr(0, wire)), wanted.substr(0, wanted.find('\n'))) << step;
+    for (const WireStep& step : WireSteps(text)) {
+      bmc.Play(step.wire);
+      EXPECT_EQ(Outcome(step.operation) + "\n", step.outcome) << step.operation << "\n" << step.wire;
     }
   }
   EXPECT_EQ(machine.waitedMicroseconds, 0u);

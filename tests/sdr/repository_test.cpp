@@ -46,15 +46,15 @@ std::pair<Status, std::string> Perform(const std::string& operation, TestFirmwar
 TEST(Repository, OperationsAreWireAndOutcome) {
   for (const auto& [name, text] : Expectations("sdr/repository.txt")) {
     SCOPED_TRACE(name);
-    const std::size_t wire = text.find('\n') + 1, outcome = text.find("! ");
+    const WireStep step = WireSteps(text).front();
     TestFirmware machine;
     ScriptedIpmi bmc(machine);
-    bmc.Play(text.substr(wire, outcome - wire));
-    auto [status, shown] = Perform(text.substr(2, wire - 3), machine);
+    bmc.Play(step.wire);
+    auto [status, shown] = Perform(step.operation, machine);
     const std::vector<std::string> trace = machine.TraceLines();
     std::string summary = Format("%X %s\n", status.value & 0xFFFFF, shown);
     if (!trace.empty()) summary += Format("%s, record %04X\n", trace.back(), TheSdr().LastFailingRecordId);
-    EXPECT_EQ("! " + summary, text.substr(outcome, text.find("\n\n") + 1 - outcome));
+    EXPECT_EQ(summary, step.outcome);
   }
 }
 
