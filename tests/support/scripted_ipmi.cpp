@@ -75,21 +75,11 @@ ScriptedIpmi::~ScriptedIpmi() {
   machine_.protocol = nullptr;
 }
 
-ScriptedIpmi& ScriptedIpmi::AddRequest(Status status, std::uint8_t netFunction, std::uint8_t command,
-                                       Bytes data, std::uint8_t lun) {
-  lastExpected_ = {netFunction, lun, command, 0, std::move(data)};
-  steps_.push_back({Step::Kind::Request, status, lastExpected_});
-  return *this;
-}
-
 ScriptedIpmi& ScriptedIpmi::Expect(std::uint8_t netFunction, std::uint8_t command, Bytes data,
                                    std::uint8_t lun) {
-  return AddRequest(kSuccess, netFunction, command, std::move(data), lun);
-}
-
-ScriptedIpmi& ScriptedIpmi::ExpectRefused(std::uint8_t netFunction, std::uint8_t command, Bytes data,
-                                          std::uint8_t lun) {
-  return AddRequest(uefi_status::kDeviceError, netFunction, command, std::move(data), lun);
+  lastExpected_ = {netFunction, lun, command, 0, std::move(data)};
+  steps_.push_back({Step::Kind::Request, kSuccess, lastExpected_});
+  return *this;
 }
 
 ScriptedIpmi& ScriptedIpmi::ReplyWith(const Response& response) {

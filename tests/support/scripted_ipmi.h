@@ -44,9 +44,6 @@ class ScriptedIpmi {
 
   /// The next request.
   ScriptedIpmi& Expect(std::uint8_t netFunction, std::uint8_t command, Bytes data = {}, std::uint8_t lun = 0);
-  /// As Expect; the driver refuses it.
-  ScriptedIpmi& ExpectRefused(std::uint8_t netFunction, std::uint8_t command, Bytes data = {},
-                              std::uint8_t lun = 0);
 
   // What follows a request. Replies belong to the last expected one: its net function plus 1, its LUN and
   // command.
@@ -115,8 +112,6 @@ class ScriptedIpmi {
                           std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
                           std::uint32_t* dataLength);
 
-  ScriptedIpmi& AddRequest(Status status, std::uint8_t netFunction, std::uint8_t command, Bytes data,
-                           std::uint8_t lun);
   void PlayExchange(const std::string& line);
   void PlayAnswer(const std::string& answer);
   /// The next request or response of the script after any delay; null at its end.
