@@ -36,7 +36,8 @@ inline std::vector<WireStep> WireSteps(const std::string& part) {
   std::string* kind = nullptr;
   for (std::string line; std::getline(text, line);) {
     if (line.starts_with("? ")) {
-      kind = &steps.emplace_back(line.substr(2)).wire;
+      steps.push_back({line.substr(2)});
+      kind = &steps.back().wire;
     } else if (line.starts_with("! ")) {
       kind = &(steps.back().outcome = line.substr(2) + "\n");
     } else if (!line.empty() && !line.starts_with("//") && kind != nullptr) {
