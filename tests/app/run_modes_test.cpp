@@ -13,14 +13,11 @@
 #include "app/varnok.h"
 #include "tests/app/arguments.h"
 #include "tests/support/board_machine.h"
-#include "tests/support/host_files.h"
+#include "tests/support/expectations.h"
+#include "tests/support/rows.h"
 
 namespace varnok::testing {
 namespace {
-
-const std::string kBanner = "\nVARNOK Load Utility Version 2.0.1 Build 18 \n\n";
-const std::string kResetRequired = "\nA system reset is required for the update to take effect.\n\n";
-const std::string kUpdated = "\nThe system has been updated successfully.\n";
 
 class RunModes : public ::testing::Test {
  protected:
@@ -80,88 +77,24 @@ class RunModes : public ::testing::Test {
   TemporaryFolder folder_;
 };
 
-std::string Failing(const char* netFunction, const char* command, const char* which = "") {
-  return std::string(R"({"netFunction": ")") + netFunction + R"(", "command": ")" + command + "\", " + which +
-         R"("fault": "completion-code", "code": "0xC1"})";
-}
-
-struct Row {
-  std::string line;
-  std::string faults;
-  std::string script;
-  int status;
-  /// What the console ends in, or the message of the error line.
-  std::string text;
-  std::string trace;
-};
-
 TEST_F(RunModes, EndWithStatusTextAndTrace) {
-  const std::string kField = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD ", kSystem = kField + "AT X1\n";
-  const std::string kCfg = "CVarnok::CfgFileExecutive - ";
-  const std::string kLoad = "LoadConfigurationFromFile failed";
-  const std::string kCommit = "CommitConfigurationToSystem failed";
-  const std::string kProcess = kCfg + "ProcessCommands failed";
-  const std::string kFru = "CVarnok::FruExecutive - ", kSdr = "CVarnok::SdrExecutive - ";
-  const std::string kDone = "\nFRU File Area(s) successfully loaded into FRU memory.\n";
-  const std::string kNoVersion = "Unable to read FW version from the BMC.";
-  const std::string kNoFile = "Could not open ";
-  const std::string kLoadText = "Error Loading FRU / SDR Information";
-  // clang-format off
-  const Row rows[] = {
-      {"/?", Failing("0x06", "0x01"), "", 9, kNoVersion,
-       "CVarnok::Initialize - Initialize for FwUpdate failed"},
-      {"/?", Failing("0x06", "0x01", R"("from": 3, )"), "", 3, kNoVersion,
-       kCfg + "IsBmcInFwTransferMode failed"},
-      {"/x", "", "", 1, kShortUsage, "CVarnok::ParseCommandLine - Invalid command line arguments"},
-      {"/d fru", Failing("0x0A", "0x11"), "", 5, kLoadText,
-       "CVarnok::DisplaySystemInformation - DisplaySelectedFru failed"},
-      {"/d sdr", Failing("0x0A", "0x23"), "", 5, kLoadText,
-       "CVarnok::DisplaySystemInformation - DisplaySdrArea failed"},
-      {"/d sdr", "", "", 0, "\r" + std::string(79, ' ') + "\r", ""},
-      {"/fru none", "", "", 5, kNoFile + "FRU file \"none.FRU\".", kFru + kLoad},
-      {"/fru minimal", Failing("0x0A", "0x12"), "", 4, "Error Updating/Validating/Comparing FRU / SDR.",
-       kFru + kCommit},
-      {"/fru minimal", "", "", 0, kResetRequired, ""},
-      {"/sdr none", "", "", 2, kNoFile + "file none.SDR", kSdr + kLoad},
-      {"/sdr minimal.FRU", "", "", 5, "Invalid file: Token _SDR ( not found.\n", kSdr + kLoad},
-      {"/sdr minimal", Failing("0x0A", "0x24") + "," + Failing("0x0A", "0x25"), "", 4, "Unable to update SDRs",
-       kSdr + kCommit},
-      {"/sdr minimal", "", "", 0, kResetRequired, ""},
-      {"/cfg none", "", "", 2, "The file 'none.CFG' was not found.", kCfg + kLoad},
-      {"/cfg t", "", "NOCOMMAND\n", 6,
-       "Invalid input in file 't.CFG' at line 1:\n   NOCOMMAND is not a valid command.",
-       kCfg + kLoad},
-      {"/cfg t", "", "ERRORLEVEL 5\n", 5, "Configuration file exiting due to ERRORLEVEL 05.", kProcess},
-      {"/cfg t", "", "ERRORLEVEL 1\n", 1, kBanner, kProcess},
-      {"/cfg t", "", "ERRORLEVEL 0\n", 0, kBanner, kProcess},
-      {"/cfg t", "", "FRUNAME none.fru\n", 2, kNoFile + "FRU file \".\\none.fru\".", kProcess},
-      {"/cfg t", Failing("0x0A", "0x11"), kSystem, 5, kLoadText, kProcess},
-      {"/cfg t", "", "SDRNAME none.sdr\n", 2, kNoFile + "file .\\none.sdr", kProcess},
-      {"/cfg t", "", "SDRNAME minimal.FRU\n", 5, "Invalid file: Token _SDR ( not found.\n", kProcess},
-      {"/cfg t", Failing("0x0A", "0x12"), kSystem, 4,
-       "Could not write FRU ID(0) Addr(20) SlaveAddr(20) Bus(FF) to system.",
-       kCfg + kCommit},
-      {"/cfg t", "", kSystem, 0, kDone, ""},
-      {"/cfg t", "", kField + "AT @ENV:ASCII:TAG\n", 0, kDone, ""},
-      {"/cfg t", "", kField + "AT @ENV:ASCII:NONE\n", 7,
-       "Unable to read the FRU field value from the environment variable 'NONE', the variable does not exist.",
-       kProcess},
-      {"/cfg t", "", "SDRNAME minimal.SDR\n", 0, kUpdated + kResetRequired, ""},
-      {"/cfg t", "", "DISPLAY \"only this\"\n", 0, kBanner + "only this\n", ""},
-  };
-  // clang-format on
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.line + " with " + row.faults + row.script);
-    WriteScript(row.script);
-    OpenBoard(row.faults);
-    EXPECT_EQ(RunMain(row.line), row.status);
-    const bool isError = row.status > 1;
-    EXPECT_TRUE(machine.console.ends_with(isError ? "\nERROR:" + row.text + "\n\n" : row.text))
-        << machine.console.substr(machine.console.size() -
-                                  std::min<std::size_t>(machine.console.size(), 300));
-    OpenBoard(row.faults);
-    const std::vector<std::string> lines = TraceOf(row.line);
-    EXPECT_EQ(lines.empty() ? "" : lines.back(), row.trace);
+  for (const WireStep& row : WireSteps(Expectations("app/run_modes.txt").front().second)) {
+    SCOPED_TRACE(row.operation + " with " + row.wire);
+    auto given = [&row](const std::string& key) {
+      const std::size_t at = row.wire.find(key);
+      return at == std::string::npos ? "" : Split(row.wire.substr(at + key.size()), "\n").front();
+    };
+    WriteScript(Unescape(given("script ")));
+    OpenBoard(given("faults "));
+    const std::vector<std::string> wanted = Split(row.outcome, "\n");
+    const int status = std::stoi(wanted[0]);
+    std::string text = Unescape(wanted[0].substr(wanted[0].find(' ') + 1));
+    if (text == "<SHORT USAGE>") text = kShortUsage;
+    EXPECT_EQ(RunMain(row.operation), status);
+    EXPECT_TRUE(machine.console.ends_with(status > 1 ? "\nERROR:" + text + "\n\n" : text)) << machine.console;
+    OpenBoard(given("faults "));
+    const std::vector<std::string> lines = TraceOf(row.operation);
+    EXPECT_EQ(lines.empty() ? "" : lines.back(), wanted[1]);
     EXPECT_LE(lines.size(), 1u);
   }
 }

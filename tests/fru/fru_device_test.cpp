@@ -1,138 +1,53 @@
 // The requests that reach a FRU device, to the byte, and what is made of its answers.
+#include <map>
+
 #include "tests/fru/memory_fru.h"
+#include "tests/support/expectations.h"
 #include "tests/support/scripted_ipmi.h"
+#include "tests/support/split.h"
 
 namespace varnok {
 namespace {
 
 using namespace testing;
 
-const FruDeviceAddress kBmcFru{};
-const FruDeviceAddress kEeprom = Device(nvs_type::kAt24c02, 0, 3, 0xA0, 0x20, 1);
-const FruDeviceAddress kThermometer = Device(nvs_type::kDs1624s, 0, 5, 0x90);
-/// Reached by bridging on channel 3, where completion codes are seen one by one.
-const FruDeviceAddress kBridged = Device(nvs_type::kImbDevice, 0, 3, 0xC0);
-
-class FruRequests : public FruTest {
- protected:
-  Status Read(const FruDeviceAddress& address, std::uint32_t offset, std::size_t count) {
-    read.assign(count, 0xEE);
-    return CFru::ReadDataFromFRU(address, offset, read);
-  }
-  /// One bridged request and its answer.
-  void Bridge(std::uint8_t sequence, std::uint8_t command, const Bytes& data, const Bytes& answer,
-              std::uint8_t code = 0) {
-    bmc.ExpectSend(3, 0xC0, sequence, 0x0A, command, data).Reply({});
-    bmc.ExpectFetch().ReplyBridged(0xC0, sequence, 0x0A, command, answer, code);
-  }
-
-  static Status Write(const FruDeviceAddress& address, std::uint32_t offset, const Bytes& bytes) {
-    return CFru::WriteFruDataToBmc(address, offset, bytes);
-  }
-
-  ScriptedIpmi bmc{machine};
-  Bytes read;
+const std::map<std::string, FruDeviceAddress> kDevices = {
+    {"bmc", {}},
+    {"eeprom", Device(nvs_type::kAt24c02, 0, 3, 0xA0, 0x20, 1)},
+    {"thermometer", Device(nvs_type::kDs1624s, 0, 5, 0x90)},
+    {"other", Device(7, 0, 3, 0xA0, 0x20, 1)},
+    {"bridged", Device(nvs_type::kImbDevice, 0, 3, 0xC0)},
+    {"refused", Device(nvs_type::kRefused)},
 };
 
-TEST_F(FruRequests, ReadAndWritePrivateBusStorage) {
-  bmc.Expect(0x06, 0x52, {3, 0xA0, 2, 0x01, 0x02}, 1).Reply({7, 8});
-  EXPECT_EQ(Read(kEeprom, 0x102, 2), kSuccess);
-  bmc.Expect(0x06, 0x52, {5, 0x90, 2, 0x17, 0x02}).Reply({7, 8});
-  EXPECT_EQ(Read(kThermometer, 2, 2), kSuccess);
-  bmc.Expect(0x06, 0x52, {3, 0xA0, 0, 0x00, 0x10, 1, 2, 3, 4, 5, 6, 7, 8}, 1).Reply({});
-  bmc.Expect(0x06, 0x52, {3, 0xA0, 0, 0x00, 0x18, 9}, 1).Reply({});
-  EXPECT_EQ(Write(kEeprom, 0x10, {1, 2, 3, 4, 5, 6, 7, 8, 9}), kSuccess);
-  bmc.Expect(0x06, 0x52, {5, 0x90, 0, 0x17, 0x10, 1}).Reply({});
-  EXPECT_EQ(Write(kThermometer, 0x10, {1}), kSuccess);
+/// "read DEVICE OFFSET COUNT" or "write DEVICE OFFSET BYTES", and what came of it.
+std::string Outcome(const std::string& line) {
+  const std::vector<std::string> words = Split(line, " ");
+  const FruDeviceAddress& device = kDevices.at(words[1]);
+  const auto offset = static_cast<std::uint32_t>(std::stoul(words[2], nullptr, 16));
+  Bytes bytes;
+  for (std::size_t i = 3; i < words.size(); ++i) bytes.push_back(BytesOf(words[i])[0]);
+  if (words[0] == "write")
+    return Format("%X\n", CFru::WriteFruDataToBmc(device, offset, bytes).value & 0xFFFF);
+  Bytes read(bytes[0], 0xEE);
+  std::string shown = Format("%X:", CFru::ReadDataFromFRU(device, offset, read).value & 0xFFFF);
+  for (std::uint8_t byte : read) shown += Format(" %02X", byte);
+  return shown + "\n";
 }
 
-TEST_F(FruRequests, ShrinkReadsTo8And4And0And1) {
-  Bridge(1, 0x11, {0, 0, 0, 8}, {}, 0xC8);
-  Bridge(2, 0x11, {0, 0, 0, 4}, {}, 0xCA);
-  Bridge(3, 0x11, {0, 0, 0, 0}, {}, 0xC8);
-  Bridge(4, 0x11, {0, 0, 0, 1}, {}, 0xC8);
-  EXPECT_EQ(Read(kBridged, 0, 8), kReadFailed);
-  // An accepted 0 goes on with 1 too; a busy device is asked again.
-  Bridge(5, 0x11, {0, 0, 0, 2}, {}, 0xC0);
-  Bridge(6, 0x11, {0, 0, 0, 2}, {2, 7, 8});
-  EXPECT_EQ(Read(kBridged, 0, 2), kSuccess);
-  Bridge(7, 0x11, {0, 0, 0, 4}, {}, 0xC8);
-  Bridge(8, 0x11, {0, 0, 0, 0}, {0});
-  for (std::uint8_t i = 0; i < 4; ++i) Bridge(static_cast<std::uint8_t>(9 + i), 0x11, {0, i, 0, 1}, {1, i});
-  EXPECT_EQ(Read(kBridged, 0, 4), kSuccess);
-  EXPECT_EQ(read, (Bytes{0, 1, 2, 3}));
-  Bridge(13, 0x11, {0, 0, 0, 4}, {}, 0xC8);
-  Bridge(14, 0x11, {0, 0, 0, 0}, {1, 7});
-  EXPECT_EQ(Read(kBridged, 0, 4), kReadFailed) << "none were asked for";
-  Bridge(15, 0x11, {0, 0, 0, 2}, {}, 0xFF);
-  EXPECT_EQ(Read(kBridged, 0, 2), kReadFailed);
-}
-
-TEST_F(FruRequests, ADeviceBusyForMoreThanTenSecondsIsToldOnce) {
-  machine.clockMicroseconds = 86'397'000'000;  // three seconds before midnight
-  auto busy = [&, sequence = std::uint8_t{0}](std::uint8_t code) mutable {
-    Bridge(++sequence, 0x11, {0, 0, 0, 1}, {1, 7}, code);
-  };
-  busy(0xC0), bmc.Pass(9), busy(0xC0), busy(0);
-  EXPECT_EQ(Read(kBridged, 0, 1), kSuccess);
-  bmc.Pass(30), busy(0xC0), busy(0);  // each answer starts the wait anew
-  EXPECT_EQ(Read(kBridged, 0, 1), kSuccess);
-  EXPECT_EQ(machine.errors, "");
-  for (int time = 0; time < 2; ++time) {
-    busy(0xC0), bmc.Pass(12), busy(0xC0), bmc.Pass(20), busy(0xC0), busy(0);
-    EXPECT_EQ(Read(kBridged, 0, 1), kSuccess);
-    EXPECT_EQ(
-        machine.errors,
-        "varnok: FRU ID(0) Addr(20) SlaveAddr(C0) Bus(3) has been busy for 10 seconds; it is asked until it "
-        "answers\n");
+TEST(FruRequests, AreAnsweredAsWritten) {
+  for (const auto& [name, text] : Expectations("fru/requests.txt")) {
+    SCOPED_TRACE(name);
+    TestFirmware machine;
+    ScriptedIpmi bmc(machine);
+    if (text.starts_with("clock 86397")) machine.clockMicroseconds = 86'397'000'000;
+    for (const WireStep& step : WireSteps(text)) {
+      bmc.Play(step.wire);
+      machine.errors.clear();
+      const std::string outcome = Outcome(step.operation);
+      EXPECT_EQ(outcome + machine.errors, step.outcome) << step.operation;
+    }
   }
-}
-
-TEST_F(FruRequests, ShrinkWritesTo8And4And0AndEnd) {
-  Bridge(1, 0x12, {0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8}, {}, 0xC7);
-  Bridge(2, 0x12, {0, 0, 0, 1, 2, 3, 4}, {}, 0xC7);
-  Bridge(3, 0x12, {0, 0, 0}, {}, 0xC7);
-  EXPECT_EQ(Write(kBridged, 0, {1, 2, 3, 4, 5, 6, 7, 8}), kWriteFailed);
-  Bridge(4, 0x12, {0, 0, 0, 1, 2, 3, 4, 5}, {}, 0xC7);
-  Bridge(5, 0x12, {0, 0, 0, 1}, {}, 0xC7);
-  EXPECT_EQ(Write(kBridged, 0, {1, 2, 3, 4, 5}), kWriteFailed);
-  Bridge(6, 0x12, {0, 0, 0, 1, 2}, {}, 0xC0);
-  Bridge(7, 0x12, {0, 0, 0, 1, 2}, {0});  // a count of 0 in a good answer is not believed
-  EXPECT_EQ(Write(kBridged, 0, {1, 2}), kSuccess);
-  Bridge(8, 0x12, {0, 0, 0, 1, 2}, {}, 0x80);
-  EXPECT_EQ(Write(kBridged, 0, {1, 2}), kWriteFailed);
-}
-
-TEST_F(FruRequests, AnswersThatDeliverAnotherCountThanAskedAreRefused) {
-  for (const Bytes& answer : {Bytes{}, Bytes{4}, Bytes{4, 1, 2, 3}, Bytes{3, 1, 2, 3, 4},
-                              Bytes{0, 0, 0, 0, 0}, Bytes{5, 1, 2, 3, 4, 5}}) {
-    bmc.Expect(0x0A, 0x11, {0, 0, 0, 4}).Reply(answer);
-    EXPECT_EQ(Read(kBmcFru, 0, 4), kReadFailed) << answer.size();
-    EXPECT_EQ(read, Bytes(4, 0xEE)) << "nothing is invented";
-  }
-  bmc.Expect(0x06, 0x52, {3, 0xA0, 2, 0, 0}, 1).Reply({7});
-  EXPECT_EQ(Read(kEeprom, 0, 2), kReadFailed);
-  bmc.Expect(0x0A, 0x11, {0, 0xFC, 0x01, 4}).Reply({4, 1, 2, 3, 4, 5});
-  EXPECT_EQ(Read(kBmcFru, 0x1FC, 4), kSuccess) << "bytes behind those counted";
-  EXPECT_EQ(read, (Bytes{1, 2, 3, 4}));
-  // Answers to another command, three times: the transport gives up without an error, but nothing was read.
-  bmc.ExpectSend(3, 0xC0, 1, 0x0A, 0x11, {0, 0, 0, 4}).Reply({});
-  for (int i = 0; i < 3; ++i) bmc.ExpectFetch().ReplyBridged(0xC0, 1, 0x0A, 0x12, {4, 1, 2, 3, 4});
-  EXPECT_EQ(Read(kBridged, 0, 4), kReadFailed);
-  bmc.ExpectSend(3, 0xC0, 2, 0x0A, 0x12, {0, 0, 0, 1}).Reply({});
-  for (int i = 0; i < 3; ++i) bmc.ExpectFetch().ReplyBridged(0xC0, 2, 0x0A, 0x11, {1});
-  EXPECT_EQ(Write(kBridged, 0, {1}), kWriteFailed);
-}
-
-TEST_F(FruRequests, RefusedKindsAndOffsetsSendNothing) {
-  for (auto [address, offset] : {std::pair{Device(nvs_type::kRefused), 0u}, {kBmcFru, 0xFFFFu}}) {
-    EXPECT_EQ(Read(address, offset, 2), kReadFailed) << offset;
-    EXPECT_EQ(Write(address, offset, {1, 2}), kWriteFailed) << offset;
-  }
-  bmc.Expect(0x0A, 0x11, {0, 0xFE, 0xFF, 2}).Reply({2, 7, 8});
-  EXPECT_EQ(Read(kBmcFru, 0xFFFE, 2), kSuccess);
-  bmc.Expect(0x06, 0x52, {3, 0xA0, 2, 0, 0}, 1).Reply({7, 8});
-  EXPECT_EQ(Read(Device(7, 0, 3, 0xA0, 0x20, 1), 0, 2), kSuccess) << "an unknown kind is like an EEPROM";
 }
 
 using FruReading = FruDeviceTest;

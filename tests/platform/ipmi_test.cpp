@@ -4,17 +4,19 @@
 #include <gtest/gtest.h>
 
 #include "app/services/trace.h"
+#include "tests/support/expectations.h"
 #include "tests/support/scripted_ipmi.h"
+#include "tests/support/split.h"
 
 namespace varnok {
 namespace {
 
 using namespace testing;
 using ::testing::Each;
-using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 
 constexpr IpmiMessage kRequest = {.targetAddress = kBmcAddress, .netFunction = 6, .command = 1};
+constexpr std::uint8_t kSupply = 0xB0;
 
 /// At the highest trace level: the transport neither traces nor prints, whatever happens.
 struct Ipmi : ::testing::Test {
@@ -28,70 +30,72 @@ struct Ipmi : ::testing::Test {
   }
   IpmiResult Transact(const IpmiMessage& request = kRequest) { return IpmiTransaction(request, response); }
 
+  /// Sends a request of a case; what came of it, as the cases have it.
+  std::string Outcome(const std::string& line) {
+    const std::vector<std::string> words = Split(line, " ");
+    const std::vector<std::uint8_t> bytes = BytesOf(line.substr(line.find('/') + 3));
+    auto number = [](const std::string& hex) {
+      return static_cast<std::uint8_t>(std::stoul(hex, nullptr, 16));
+    };
+    IpmiMessage request = {.targetAddress = number(words[1]),
+                           .netFunction = number(words[2]),
+                           .lun = number(words[2].substr(3)),
+                           .command = bytes[0],
+                           .dataLength = static_cast<std::uint32_t>(bytes.size() - 1)};
+    std::copy(bytes.begin() + 1, bytes.end(), request.data.begin());
+    machine.pacedMicroseconds = 0;
+    const IpmiResult result = words[0] == "send"  ? IpmiSendToController(request, response, 1000)
+                              : words[0] == "on7" ? IpmiBridgedRequest(request, response, 7, kSupply, 1000)
+                                                  : IpmiTransaction(request, response, words[0] == "bare");
+    std::string text = Format("%d %u %02X/%u %02X: %02X", result, machine.pacedMicroseconds / 1000,
+                              response.netFunction, response.lun, response.command, response.completionCode);
+    for (std::uint32_t i = 0; i < response.dataLength; ++i) text += Format(" %02X", response.data[i]);
+    EXPECT_EQ(response.dataLength < 64 ? response.data[response.dataLength] : 0, 0) << "nothing behind it";
+    return text;
+  }
+
   TestFirmware machine;
   ScriptedIpmi bmc{machine};
   IpmiMessage response;
 };
 
-TEST_F(Ipmi, RequestAndResponse) {
-  const IpmiMessage request = {.targetAddress = kBmcAddress,
-                               .netFunction = 0x0A,
-                               .lun = 1,
-                               .command = 0x11,
-                               .data = {0x00, 0x08, 0x00, 0x02},
-                               .dataLength = 4};
-  bmc.Expect(0x0A, 0x11, {0x00, 0x08, 0x00, 0x02}, 1).Reply({0x02, 0xAB, 0xCD});
-  EXPECT_EQ(Transact(request), ipmi_result::kSuccess);
-  EXPECT_EQ(response.netFunction, 0x0B);
-  EXPECT_EQ(response.lun, 1);
-  EXPECT_EQ(response.command, 0x11);
-  EXPECT_EQ(response.dataLength, 3u);
-  EXPECT_EQ(response.data[2], 0xCD);
-  EXPECT_THAT(machine.stalls, ElementsAre(50'000, 10'000));
+TEST_F(Ipmi, ExchangesAsTheyAreWritten) {
+  for (const auto& [name, text] : Expectations("platform/ipmi.txt")) {
+    SCOPED_TRACE(name);
+    machine.isClockStill = text.starts_with("clock stands still");
+    machine.clockMicroseconds = text.starts_with("clock 86398") ? 86'398'000'000 : 0;
+    ForgetProgramState();
+    ASSERT_EQ(IpmiLoadProtocol(), ipmi_result::kSuccess);
+    for (const WireStep& step : WireSteps(text)) {
+      bmc.Play(step.wire);
+      EXPECT_EQ(Outcome(step.operation) + "\n", step.outcome) << step.operation << "\n" << step.wire;
+    }
+  }
   EXPECT_EQ(machine.waitedMicroseconds, 0u);
 }
 
-TEST_F(Ipmi, NeitherGetMessageNorARequestWithoutResponseIsDelayed) {
-  bmc.Expect(0x06, 0x33).Reply({});
-  EXPECT_EQ(Transact({.targetAddress = kBmcAddress, .netFunction = 6, .command = 0x33}),
-            ipmi_result::kSuccess);
-  bmc.Expect(0x06, 0x01);
-  EXPECT_EQ(IpmiTransaction(kRequest, response, /*noResponse=*/true), ipmi_result::kSuccess);
-  EXPECT_THAT(machine.stalls, ElementsAre(50'000, 50'000));
-}
-
-TEST_F(Ipmi, RefusedSendsAndFailedFetchesAreRepeated) {
-  for (int i = 0; i < 3; ++i) bmc.ExpectRefused(6, 1);
-  bmc.Expect(6, 1).ReceiveFails().ReceiveFails().ReceiveFails().Reply({0x20});
-  EXPECT_EQ(Transact(), ipmi_result::kSuccess);
-  EXPECT_THAT(machine.stalls, ElementsAre(50'000, 50'000, 50'000, 50'000, 10'000));
-}
-
-TEST_F(Ipmi, ElevenLostAnswers) {
-  bmc.ExpectSilence(6, 0);
-  response.completionCode = 0xC1;  // what an earlier call left is no answer
-  EXPECT_EQ(Transact({.targetAddress = kBmcAddress, .netFunction = 6}), ipmi_result::kWrongResponse);
-  EXPECT_EQ(response.completionCode, 0);
-  EXPECT_EQ(machine.pacedMicroseconds, kTransactionAttempts * 60'000u);
-}
-
-TEST_F(Ipmi, TheLastAnswerDecidesTheError) {
-  struct Case {
-    ScriptedIpmi::Response answer;
-    IpmiResult result;
-  } const cases[] = {
-      {{.netFunction = 7, .command = 0x02}, ipmi_result::kWrongResponse},
-      {{.netFunction = 7, .command = 0x02, .completionCode = 0xC1}, ipmi_result::kWrongResponse},
-      {{.netFunction = 9, .command = 0x01}, ipmi_result::kReceiveFailed},
-      {{.netFunction = 7, .lun = 1, .command = 0x01}, ipmi_result::kReceiveFailed},
-      {{.netFunction = 9, .command = 0x01, .completionCode = 0xC3}, ipmi_result::kCompletionCode},
-  };
-  for (const Case& one : cases) {
-    for (int i = 0; i < 10; ++i) bmc.Expect(6, 1).ReplyWith(one.answer);
-    bmc.Expect(6, 1).Lost();
-    EXPECT_EQ(Transact(), one.result) << "case " << &one - cases;
-    EXPECT_EQ(response.completionCode, one.answer.completionCode);
+TEST_F(Ipmi, SequencesRunFrom1To63EachOnItsOwn) {
+  for (int i = 0; i < 128; ++i) {
+    const std::string lines = i < 64 ? "C0@7#%d 06/0 01 => 00\n06/0 33 => C0#%d 06/0 01: 00"
+                                     : "B0@0#%d 06/0 01 => 00\n06/0 33 => B0#%d 06/0 01: 00";
+    bmc.Play(Format(lines, i % 64 % 63 + 1, i % 64 % 63 + 1));
+    IpmiMessage request = kRequest;
+    request.targetAddress = kSupply;
+    EXPECT_EQ(i < 64 ? IpmiBridgedRequest(request, response, 7, 0xC0, 1000) : Transact(request),
+              ipmi_result::kSuccess);
+    EXPECT_EQ(response.targetAddress, i < 64 ? 0xC0 : kSupply);
   }
+}
+
+TEST_F(Ipmi, RequestTooLongForAFrameIsNotSent) {
+  IpmiMessage request = kRequest;
+  request.targetAddress = kSupply;
+  request.dataLength = 57;
+  EXPECT_EQ(Transact(request), ipmi_result::kSendFailed);
+  response.completionCode = 0xC1;  // an earlier call's
+  EXPECT_EQ(IpmiBridgedRequest(request, response, 0, kSupply, 1000), ipmi_result::kSendFailed);
+  EXPECT_EQ(response.completionCode, 0);
+  EXPECT_EQ(bmc.sent(), 0);
 }
 
 TEST_F(Ipmi, LyingLengthsAreHarmless) {

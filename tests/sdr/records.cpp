@@ -1,7 +1,6 @@
 #include "tests/sdr/records.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace varnok::testing {
 
@@ -57,13 +56,6 @@ Bytes RandomRecord(const SdrType& type, std::mt19937& random) {
   record[4] = static_cast<std::uint8_t>(record.size() - 5);
   if (isNamed) record[size - 1] = static_cast<std::uint8_t>((record[size - 1] & 0xE0) | nameLength);
   return record;
-}
-
-Bytes BytesOf(const std::string& hex) {
-  std::istringstream text(hex);
-  Bytes bytes;
-  for (unsigned byte = 0; text >> std::hex >> byte;) bytes.push_back(static_cast<std::uint8_t>(byte));
-  return bytes;
 }
 
 }  // namespace varnok::testing

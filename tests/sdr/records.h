@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "sdr/record_types.h"
+#include "tests/support/split.h"
 
 namespace varnok::testing {
 
@@ -31,8 +32,5 @@ Bytes AssociationRecord(std::uint16_t id = 0x0012);
 
 /// A record of random content and legal length.
 Bytes RandomRecord(const SdrType& type, std::mt19937& random);
-
-/// Bytes written as hexadecimal numbers.
-Bytes BytesOf(const std::string& hex);
 
 }  // namespace varnok::testing

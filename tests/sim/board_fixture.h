@@ -86,30 +86,32 @@ class BoardTest : public ::testing::Test {
     for (std::uint8_t byte : data) answer << ' ' << std::setw(2) << int{byte};
     return answer.str();
   }
-  /// As Receive, behind a request; "refused" when it is not sent.
-  std::string Exchange(int netFunction, int command, const Bytes& data, int lun = 0) {
+  /// As Receive, behind a request; "refused" when it is not sent, nothing when its answer is left alone.
+  std::string Exchange(int netFunction, int command, const Bytes& data, int lun = 0, bool isFetched = true) {
     auto narrow = [](int number) { return static_cast<std::uint8_t>(number); };
     IpmiProtocol* ipmi = board->InstalledIpmi();
     const Status status = ipmi->Send(ipmi, narrow(netFunction), narrow(lun), narrow(command), data.data(),
                                      static_cast<std::uint32_t>(data.size()));
     if (status != kSuccess) return "refused";
+    if (!isFetched) return "";
     return Receive({{narrow(netFunction + 1), narrow(lun), narrow(command)}});
   }
-  /// A request as the traffic log shows it, net function and LUN first. "fetch" is Receive alone; "wait 500"
-  /// lets so many milliseconds pass and gives nothing.
+  /// A request as the traffic log shows it, net function and LUN first. "fetch" is Receive alone, "send " in
+  /// front of a request leaves it out; "wait 500" lets so many milliseconds pass and gives nothing.
   std::string Ask(const std::string& request) {
     if (request == "fetch") return Receive();
     if (request.starts_with("wait ")) {
       board->Stall(std::stoull(request.substr(5)) * 1000, StallKind::Waiting);
       return "";
     }
-    std::istringstream text(request);
+    const bool isFetched = !request.starts_with("send ");
+    std::istringstream text(request.substr(isFetched ? 0 : 5));
     int netFunction = 0, lun = 0, command = 0, byte = 0;
     char slash = 0;
     text >> std::hex >> netFunction >> slash >> lun >> command;
     Bytes data;
     while (text >> byte) data.push_back(static_cast<std::uint8_t>(byte));
-    return Exchange(netFunction, command, data, lun);
+    return Exchange(netFunction, command, data, lun, isFetched);
   }
   void Converse(const Conversation& conversation) {
     for (const auto& [request, answer] : conversation) EXPECT_EQ(Ask(request), answer) << request;

@@ -10,88 +10,17 @@
 namespace varnok::testing {
 namespace {
 
-TEST_F(BoardTest, EveryErrorNamesItsKey) {
-  WriteFile("a.bin", "abcdefgh");
-  WriteFile("empty.bin", "");
-  std::filesystem::create_directory(folder / "d");
-  std::filesystem::create_symlink("/etc/hostname", folder / "out.bin");
-  std::filesystem::create_hard_link(folder / "empty.bin", folder / "same.bin");
-  const std::string deep = std::string(65500, '[') + std::string(65500, ']');
-  std::string many;
+TEST_F(BoardTest, DescriptionThatIsNoneIsNamed) {
+  std::string many, error;
   for (int i = 0; i < 70000; ++i) many += ",0";
-  using Rows = std::vector<std::pair<std::string, std::string>>;
-  /// `front` and `back` are said around what the rows hold, `place` in front of their errors.
-  auto expect = [this](const std::string& front, const std::string& back, const std::string& place,
-                       const Rows& rows) {
-    for (const auto& [json, error] : rows)
-      EXPECT_EQ(ErrorOf(front + json + back), (folder / "board.json: ").string() + place + error) << json;
-  };
-  const std::string missing = ": cannot be read: No such file or directory";
-  expect("", "", "",
-         {{R"([])", "the whole: must be an object"},
-          {R"({})", "smbios: " + (folder / "smbios.bin").string() + missing},
-          {R"({"smbios": "a.bin"})",
-           "smbios: a.bin: does not begin with an SMBIOS entry point as dmidecode --dump-bin writes it"}});
-  expect(R"({"smbios": "", )", "}", "",
-         {{R"("extra": 1)", "extra: unknown key"},
-          {R"("bmc": )" + deep, "it is nested more than 32 deep"},
-          {R"("clock": {"exchangeMicroseconds": [[1]]})",
-           "clock.exchangeMicroseconds: an array is not a number from 0 to 1000000"},
-          {R"("faults": [0)" + many + "]", "an array has more than 65536 elements"},
-          {R"("bmc": {"frus": [{"id": 0, "file": "empty.bin"}], "sdrs": {"file": "same.bin"}})",
-           "bmc.frus[0].file: \"empty.bin\" is the SDR repository already"},
-          {R"("bmc": {"frus": []}, "faults": [], "faults": [])", "\"faults\" stands twice in one object"},
-          {R"("clock": {"start": ""})", "clock.start: \"\" is neither \"now\" nor like 2026-01-01T08:00:00"},
-          {R"("controllers": [{"address": 32}])", "controllers[0].address: is the BMC's own"},
-          {R"("controllers": [{"address": 192}, {"address": 192}])",
-           "controllers[1].address: is taken by another controller of this channel"},
-          {R"("controllers": [{"address": 192, "transferMode": {}}])",
-           "controllers[0].transferMode: unknown key"},
-          {R"("controllers": [{"address": 192, "sensors": []}])", "controllers[0].sensors: unknown key"},
-          {R"("clock": {"start": "2026-02-29T00:00:00"})",
-           "clock.start: \"2026-02-29T00:00:00\" is neither \"now\" nor like 2026-01-01T08:00:00"}});
-  expect(R"({"smbios": "", "bmc": {"identity": {)", "}}}", "bmc.identity.",
-         {{R"("deviceID": 1)", "deviceID: unknown key"},
-          {R"("deviceId": 256)", "deviceId: 256 is not a number from 0 to 255"},
-          {R"("deviceId": -1)", "deviceId: -1 is not a number from 0 to 255"},
-          {R"("productId": "0xZZ")", "productId: \"0xZZ\" is not a number from 0 to 65535"},
-          {R"("ipmiVersion": "2")", "ipmiVersion: \"2\" is not a version like \"2.0\""},
-          {R"("auxiliary": [1])", "auxiliary: must be an array of 4 bytes"},
-          {R"("providesSdrs": 1)", "providesSdrs: must be true or false"}});
-  expect(
-      R"({"smbios": "", "bmc": {"frus": [)", "]}}", "bmc.frus[0].",
-      {{R"({"id": 0})", "file: is missing"},
-       {R"({"file": "a.bin"})", "id: is missing"},
-       {R"({"id": 0, "file": 7})", "file: must be a text"},
-       {R"({"id": 0, "file": "a.bin", "access": "bit"})", "access: must be \"byte\" or \"word\""},
-       {R"({"id": 0, "file": "a.bin", "size": 4})", "file: a.bin holds 8 bytes, the device 4"},
-       {R"({"id": 0, "file": "board.json"})", "file: \"board.json\" is the board's description"},
-       {R"({"id": 0, "file": ".a.bin"})", "file: \".a.bin\" is not the name of a file inside the folder"},
-       {R"({"id": 0, "file": "out.bin"})", "file: \"out.bin\" leads out of the folder"},
-       {R"({"id": 0, "file": "../a.bin"})", "file: \"../a.bin\" is not the name of a file inside the folder"},
-       {R"({"id": 0, "file": "gone.bin"})", "file: " + (folder / "gone.bin").string() + missing},
-       {R"({"id": 0, "file": "d"})", "file: " + (folder / "d").string() + ": is a folder, not a file"}});
-  expect(R"({"smbios": "", "bmc": {)", "}}", "bmc.",
-         {{R"("frus": {})", "frus: must be an array of objects"},
-          {R"("frus": [{"id": 0, "file": "a.bin"}, {"id": 0, "file": "a.bin"}])",
-           "frus[1].id: is taken by another device of this controller"},
-          {R"("eeproms": [{"kind": "24C02"}])", "eeproms[0].kind: must be \"AT24C02\" or \"DS1624S\""},
-          {R"("eeproms": [{"kind": "AT24C02", "bus": 1, "address": 161, "file": "a.bin"}])",
-           "eeproms[0].address: must be even: bit 0 is the read/write bit"},
-          {R"("sensors": [{"reading": [0]}])", "sensors[0].number: is missing"},
-          {R"("sensors": [{"number": 1, "reading": [0, 256]}])",
-           "sensors[0].reading[1]: 256 is not a number from 0 to 255"},
-          {R"("lanParameters": [{"parameter": 3, "channel": 16}])",
-           "lanParameters[0].channel: 16 is not a number from 0 to 15"},
-          {R"("oem": [{"command": "0x15"}])", "oem[0].command: must be 0x14, 0x93, 0x94 or 0x97"},
-          {R"("keyValues": [{"key": "", "value": "x"}])", "keyValues[0].key: must have 1 to 56 bytes"}});
+  EXPECT_TRUE(ErrorOf(R"({"faults": [0)" + many + "]}").ends_with("an array has more than 65536 elements"));
+  EXPECT_NE(ErrorOf("{\"smbios\": ").find("board.json: "), std::string::npos);
   OpenWith(R"({"smbios": ""})");
   EXPECT_TRUE(board->SmbiosEntryPoint().empty()) << "nothing else is needed";
-  EXPECT_NE(ErrorOf("{\"smbios\": ").find("board.json: "), std::string::npos);
+  board.reset();
   std::filesystem::remove(folder / "board.json");
-  std::string error;
   EXPECT_EQ(sim::Board::Open(folder, error), nullptr);
-  EXPECT_EQ(error, (folder / "board.json").string() + missing);
+  EXPECT_EQ(error, (folder / "board.json").string() + ": cannot be read: No such file or directory");
 }
 
 TEST_F(BoardTest, FolderIsHeldByOneProgramAtATime) {

@@ -2,10 +2,12 @@
 #include <algorithm>
 #include <map>
 #include <numeric>
+#include <set>
 
 #include "firmware/host/smbios_dump.h"
 #include "sim/default_board.h"
 #include "sim/fru_builder.h"
+#include "sim/sdr_repository.h"
 #include "sim/smbios_builder.h"
 #include "tests/sim/board_fixture.h"
 
@@ -73,6 +75,17 @@ TEST(DefaultBoard, SmbiosTablesAreWellFormed) {
                         {0, 1}, {1, 1}, {2, 1}, {3, 1}, {4, 2}, {16, 1}, {17, 8}, {38, 1}, {127, 1}}));
   EXPECT_EQ(Entry(host::SmbiosDump(dump)),
             "version 2.8, " + std::to_string(dump.size() - 32) + " bytes at 32, 17 structures");
+}
+
+TEST(DefaultBoard, RepositoryHoldsEveryRecordType) {
+  const Bytes records = sim::DefaultSdrs();
+  std::multiset<int> types;
+  for (std::span<const std::uint8_t> rest = records; !rest.empty();
+       rest = rest.subspan(sim::FirstSdr(rest).size()))
+    types.insert(rest[3]);
+  EXPECT_EQ(types.size(), 60U);
+  EXPECT_EQ(std::set<int>(types.begin(), types.end()),
+            (std::set<int>{0x01, 0x02, 0x03, 0x08, 0x09, 0x10, 0x11, 0x12, 0x13, 0x14, 0xC0}));
 }
 
 TEST(FruBuilder, KeepsTheEndMarkerApartAndRefusesWhatDoesNotFit) {

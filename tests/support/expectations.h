@@ -25,6 +25,28 @@ inline std::vector<std::pair<std::string, std::string>> Expectations(const std::
   return parts;
 }
 
+/// A step of such a part: "? OPERATION", what goes over the wire for it, "! OUTCOME" to the next blank line
+/// or step.
+struct WireStep {
+  std::string operation, wire = {}, outcome = {};
+};
+inline std::vector<WireStep> WireSteps(const std::string& part) {
+  std::vector<WireStep> steps;
+  std::istringstream text(part);
+  std::string* kind = nullptr;
+  for (std::string line; std::getline(text, line);) {
+    if (line.starts_with("? ")) {
+      steps.push_back({line.substr(2)});
+      kind = &steps.back().wire;
+    } else if (line.starts_with("! ")) {
+      kind = &(steps.back().outcome = line.substr(2) + "\n");
+    } else if (!line.empty() && !line.starts_with("//") && kind != nullptr) {
+      *kind += line + "\n";
+    }
+  }
+  return steps;
+}
+
 /// Text with its bytes beyond printable ASCII as "\\xB0".
 inline std::string Escaped(const std::string& text) {
   std::string escaped;

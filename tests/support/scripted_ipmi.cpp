@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <numeric>
 
 #include "app/services/format.h"
 #include "platform/ipmi.h"
 #include "tests/support/heap_count.h"
+#include "tests/support/split.h"
 
 namespace varnok::testing {
 namespace {
@@ -23,6 +25,31 @@ std::string Describe(const ScriptedIpmi::Response& message) {
 std::uint8_t Checksum(const ScriptedIpmi::Bytes& bytes, std::size_t from) {
   return static_cast<std::uint8_t>(
       -std::accumulate(bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end(), 0));
+}
+
+std::uint8_t Byte(unsigned number) {
+  return static_cast<std::uint8_t>(number);
+}
+
+/// What a line of Play has in front of its data; without a sequence it is for the BMC itself.
+struct WireLine {
+  std::uint8_t target, sequence, netFunction, lun, command;
+  bool isBridged;
+  std::uint8_t channel;
+  ScriptedIpmi::Bytes data;
+};
+
+WireLine ParseWireLine(const std::string& line) {
+  unsigned target = 0, channel = 0, sequence = 0, netFunction = 0, lun = 0, command = 0;
+  int used = 0;
+  const char* text = line.c_str();
+  if (std::sscanf(text, "%x@%x#%u%n", &target, &channel, &sequence, &used) < 3 &&
+      std::sscanf(text, "%x#%u%n", &target, &sequence, &used) < 2)
+    used = sequence = 0;
+  const char* rest = text + used;
+  EXPECT_EQ(std::sscanf(rest, "%x/%x %x%n", &netFunction, &lun, &command, &used), 3) << line;
+  return {Byte(target),  Byte(sequence), Byte(netFunction), Byte(lun),
+          Byte(command), sequence != 0,  Byte(channel),     BytesOf(rest + used)};
 }
 
 }  // namespace
@@ -48,21 +75,11 @@ ScriptedIpmi::~ScriptedIpmi() {
   machine_.protocol = nullptr;
 }
 
-ScriptedIpmi& ScriptedIpmi::AddRequest(Status status, std::uint8_t netFunction, std::uint8_t command,
-                                       Bytes data, std::uint8_t lun) {
-  lastExpected_ = {netFunction, lun, command, 0, std::move(data)};
-  steps_.push_back({Step::Kind::Request, status, lastExpected_});
-  return *this;
-}
-
 ScriptedIpmi& ScriptedIpmi::Expect(std::uint8_t netFunction, std::uint8_t command, Bytes data,
                                    std::uint8_t lun) {
-  return AddRequest(kSuccess, netFunction, command, std::move(data), lun);
-}
-
-ScriptedIpmi& ScriptedIpmi::ExpectRefused(std::uint8_t netFunction, std::uint8_t command, Bytes data,
-                                          std::uint8_t lun) {
-  return AddRequest(uefi_status::kDeviceError, netFunction, command, std::move(data), lun);
+  lastExpected_ = {netFunction, lun, command, 0, std::move(data)};
+  steps_.push_back({Step::Kind::Request, kSuccess, lastExpected_});
+  return *this;
 }
 
 ScriptedIpmi& ScriptedIpmi::ReplyWith(const Response& response) {
@@ -127,6 +144,46 @@ ScriptedIpmi& ScriptedIpmi::ReplyBridged(std::uint8_t target, std::uint8_t seque
   answer.insert(answer.end(), data.begin(), data.end());
   answer.push_back(Checksum(answer, 3));
   return Reply(std::move(answer));
+}
+
+ScriptedIpmi& ScriptedIpmi::Play(const std::string& lines) {
+  for (const std::string& line : Split(lines, "\n")) {
+    int times = 1, used = 0;
+    if (std::sscanf(line.c_str(), "%dx %n", &times, &used) < 1 || used == 0) times = 1;
+    for (; times > 0 && !line.empty(); --times)
+      for (const std::string& exchange : Split(line.substr(used), " ;; ")) PlayExchange(exchange);
+  }
+  return *this;
+}
+
+void ScriptedIpmi::PlayExchange(const std::string& line) {
+  const std::vector<std::string> sides = Split(line, " => ");
+  const WireLine request = ParseWireLine(sides[0]);
+  const bool isRefused = sides.back() == "refused";
+  if (request.isBridged)
+    ExpectSend(request.channel, request.target, request.sequence, request.netFunction, request.command,
+               request.data, request.lun);
+  else
+    Expect(request.netFunction, request.command, request.data, request.lun);
+  if (isRefused) steps_.back().status = uefi_status::kDeviceError;
+  if (sides.size() > 1 && !isRefused)
+    for (const std::string& answer : Split(sides[1], " | ")) PlayAnswer(answer);
+}
+
+void ScriptedIpmi::PlayAnswer(const std::string& answer) {
+  const std::size_t colon = answer.find(':');
+  Bytes bytes = BytesOf(answer.substr(colon == std::string::npos ? 0 : colon + 1));
+  if (answer == "lost") return static_cast<void>(Lost());
+  if (answer == "fails") return static_cast<void>(ReceiveFails());
+  if (answer.starts_with("pass ")) return static_cast<void>(Pass(std::stoul(answer.substr(5))));
+  const std::uint8_t code = bytes.front();
+  bytes.erase(bytes.begin());
+  if (colon == std::string::npos) return static_cast<void>(Reply(std::move(bytes), code));
+  const WireLine header = ParseWireLine(answer.substr(0, colon));
+  if (header.isBridged)
+    ReplyBridged(header.target, header.sequence, header.netFunction, header.command, bytes, code, header.lun);
+  else
+    ReplyWith({header.netFunction, header.lun, header.command, code, std::move(bytes)});
 }
 
 const ScriptedIpmi::Step* ScriptedIpmi::Next() {

@@ -44,9 +44,6 @@ class ScriptedIpmi {
 
   /// The next request.
   ScriptedIpmi& Expect(std::uint8_t netFunction, std::uint8_t command, Bytes data = {}, std::uint8_t lun = 0);
-  /// As Expect; the driver refuses it.
-  ScriptedIpmi& ExpectRefused(std::uint8_t netFunction, std::uint8_t command, Bytes data = {},
-                              std::uint8_t lun = 0);
 
   // What follows a request. Replies belong to the last expected one: its net function plus 1, its LUN and
   // command.
@@ -81,6 +78,17 @@ class ScriptedIpmi {
                              std::uint8_t command, const Bytes& data, std::uint8_t completionCode = 0,
                              std::uint8_t lun = 0);
 
+  /// What Expect and its company say, in lines of text:
+  ///
+  ///   06/0 01 => 00 20                     net function, LUN, command and data; completion code and data
+  ///   B0@7#2 0A/0 11 00 => 00              a Send Message to B0h by channel 7, sequence 2, with such a
+  ///   request 06/0 33 => B0#2 0A/0 11: 00 42       a fetched answer to that 06/0 01 => 07/0 02: 00 | lost an
+  ///   answer of another header, and one that is lost 11x 06/0 01 => refused ;; 06/0 02    lines that come
+  ///   again; a send that fails, a request without an answer
+  ///
+  /// Other answers: "fails" is one fetch, "pass 4" seconds.
+  ScriptedIpmi& Play(const std::string& lines);
+
   /// Requests seen so far.
   int sent() const { return sent_; }
   /// The protocol itself, for tests that install or break it by hand.
@@ -104,8 +112,8 @@ class ScriptedIpmi {
                           std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
                           std::uint32_t* dataLength);
 
-  ScriptedIpmi& AddRequest(Status status, std::uint8_t netFunction, std::uint8_t command, Bytes data,
-                           std::uint8_t lun);
+  void PlayExchange(const std::string& line);
+  void PlayAnswer(const std::string& answer);
   /// The next request or response of the script after any delay; null at its end.
   const Step* Next();
   Status Fail(const std::string& what);

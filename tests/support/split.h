@@ -1,6 +1,8 @@
-// Lists that tests write as one text.
+// Lists and bytes that tests write as one text.
 #pragma once
 
+#include <cstdint>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,14 @@ inline std::vector<std::string> Split(std::string_view list, std::string_view se
     parts.emplace_back(list.substr(0, end));
   parts.emplace_back(list);
   return parts;
+}
+
+/// Bytes written as hexadecimal numbers.
+inline std::vector<std::uint8_t> BytesOf(const std::string& hex) {
+  std::istringstream text(hex);
+  std::vector<std::uint8_t> bytes;
+  for (unsigned byte = 0; text >> std::hex >> byte;) bytes.push_back(static_cast<std::uint8_t>(byte));
+  return bytes;
 }
 
 }  // namespace varnok::testing
