@@ -52,7 +52,7 @@ struct Desk {
     if (!sim::Board::CreateDefault("board", error)) std::abort();
     fs::copy("board", "input-board");
   }
-  testing::TemporaryFolder folder{fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path()};
+  testing::TemporaryFolder folder;
 };
 
 }  // namespace

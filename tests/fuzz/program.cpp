@@ -18,13 +18,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The default board, made once. Kept in memory where there is room for that.
+/// The default board, made once.
 struct DefaultBoard {
   DefaultBoard() {
     std::string error;
     if (!sim::Board::CreateDefault(root.Path() / "default", error)) std::abort();
   }
-  testing::TemporaryFolder root{fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path()};
+  testing::TemporaryFolder root;
 };
 
 class FuzzMachine : public testing::BoardMachine {
