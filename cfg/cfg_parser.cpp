@@ -126,7 +126,7 @@ Status CCfgParser::ReadCommands(CommandList& commands) {
 void CCfgParser::ReportLine() {
   std::u16string pending(GetLastError());
   std::u16string place = FormatWide("Invalid input in file '%s' at line %d:\n   ", fileName_,
-                                    reader_->CurrentIndex() + 1);
+                                    reader_->GetCurrentLineNumber() + 1);
   SetLastError("%s%s", place, pending);
 }
 

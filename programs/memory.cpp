@@ -1,4 +1,5 @@
-// Where the Linux programs' memory comes from: the computer, and the board's reserve when the computer has none.
+// Where the Linux programs' memory comes from: the computer, and the board's reserve when the computer has
+// none.
 #include <cstdlib>
 #include <new>
 

@@ -8,8 +8,8 @@
 namespace varnok::sim {
 namespace {
 
-/// What the largest board takes at a time, with room to spare: a few copies of its largest image. Untouched, it
-/// costs address space alone.
+/// What the largest board takes at a time, with room to spare: a few copies of its largest image. Untouched,
+/// it costs address space alone.
 constexpr std::size_t kReserve = 8 << 20;
 constexpr std::size_t kLargestPooled = 1 << 20;
 constexpr std::size_t kAlignment = 16;
@@ -24,8 +24,8 @@ std::pmr::memory_resource& Reserve() {
   alignas(Room) static std::byte roomPlace[sizeof(Room)];
   alignas(Pool) static std::byte poolPlace[sizeof(Pool)];
   static auto* const whole = new (roomPlace) Room(room, sizeof room, std::pmr::null_memory_resource());
-  static auto* const pool =
-      new (poolPlace) Pool({.max_blocks_per_chunk = 16, .largest_required_pool_block = kLargestPooled}, whole);
+  static auto* const pool = new (poolPlace)
+      Pool({.max_blocks_per_chunk = 16, .largest_required_pool_block = kLargestPooled}, whole);
   return *pool;
 }
 

@@ -1,5 +1,5 @@
-// Memory for a simulated board when the computer has none left. A real board needs none of the computer's: what
-// is being programmed into it is programmed to the end, and so it is here.
+// Memory for a simulated board when the computer has none left. A real board needs none of the computer's:
+// what is being programmed into it is programmed to the end, and so it is here.
 #pragma once
 
 #include <cstddef>

@@ -1,7 +1,7 @@
-// A library to load in front of the program's own (LD_PRELOAD): it fails one allocation, or ends the process in
-// front of one allocation or one change of a file. ENDURE says which, counted from 1: "memory 17" fails the 17th
-// allocation alone, "memory-on 17" all from there on, "kill 17" is SIGKILL. ENDURE_COUNT names a file that gets the
-// number of what could have failed.
+// A library to load in front of the program's own (LD_PRELOAD): it fails one allocation, or ends the process
+// in front of one allocation or one change of a file. ENDURE says which, counted from 1: "memory 17" fails
+// the 17th allocation alone, "memory-on 17" all from there on, "kill 17" is SIGKILL. ENDURE_COUNT names a
+// file that gets the number of what could have failed.
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/types.h>
@@ -42,7 +42,8 @@ bool Fails() {
   if (mode == Mode::Unread) ReadMode();
   ++passed;
   if (mode == Mode::Kill && passed == wanted) kill(getpid(), SIGKILL);
-  const bool fails = (mode == Mode::Once && passed == wanted) || (mode == Mode::FromThereOn && passed >= wanted);
+  const bool fails =
+      (mode == Mode::Once && passed == wanted) || (mode == Mode::FromThereOn && passed >= wanted);
   if (fails) errno = ENOMEM;
   return fails;
 }

@@ -9,10 +9,10 @@
 namespace varnok::fuzz {
 
 /// Byte b of the script stands for the next answer. Below 80h: as it is. 80h to 9Fh: completion code
-/// C0h + (b & 1Fh). A0h to BFh: cut to b & 1Fh bytes. C0h to DFh: as many bytes more. E0h to EFh: byte b & 0Fh
-/// is turned over. F0h to F7h: no answer. F8h: the next byte of the script is the completion code, the one
-/// behind it the number of data bytes that follow in the script. Above: another command's answer. Behind the
-/// script the BMC is honest.
+/// C0h + (b & 1Fh). A0h to BFh: cut to b & 1Fh bytes. C0h to DFh: as many bytes more. E0h to EFh: byte b &
+/// 0Fh is turned over. F0h to F7h: no answer. F8h: the next byte of the script is the completion code, the
+/// one behind it the number of data bytes that follow in the script. Above: another command's answer. Behind
+/// the script the BMC is honest.
 class HostileBmc : public IpmiProtocol {
  public:
   HostileBmc(IpmiProtocol& honest, std::string script) : honest_(honest), script_(std::move(script)) {

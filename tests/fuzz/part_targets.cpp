@@ -1,11 +1,11 @@
 // Parts of the program that can be given bytes without a board: texts, the KCS interface, the board server.
+#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdlib>
-#include <netinet/in.h>
 #include <thread>
 
 #include "app/services/format.h"

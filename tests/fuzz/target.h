@@ -1,5 +1,5 @@
-// What is fuzzed: a table of targets, each of which takes an input of any bytes. A fault is what the sanitizers
-// find, an abort, and a run that does not end.
+// What is fuzzed: a table of targets, each of which takes an input of any bytes. A fault is what the
+// sanitizers find, an abort, and a run that does not end.
 #pragma once
 
 #include <span>

@@ -1,10 +1,11 @@
-#include "tests/fuzz/target.h"
-
 #include <algorithm>
+
+#include "tests/fuzz/target.h"
 
 namespace varnok::fuzz {
 namespace {
 
+// clang-format off
 constexpr Target kTargets[] = {
     {"program", RunProgram},          {"script", RunScript},
     {"fru-file", RunFruFile},         {"sdr-file", RunSdrFile},
@@ -15,6 +16,7 @@ constexpr Target kTargets[] = {
     {"kcs", RunKcs},                  {"server", RunServer},
     {"companion", RunCompanion},
 };
+// clang-format on
 
 }  // namespace
 
