@@ -116,6 +116,33 @@ TEST_F(Varnok, TrafficLogIsItsOwnFile) {
             "varnok: /dev/full: cannot be written: No space left on device; the traffic log ends here\n");
 }
 
+TEST_F(Varnok, FilesThatAreNoneAndOutputThatIsLostAreSaid) {
+  struct Row {
+    const char* setup;
+    const char* arguments;
+    int status;
+    const char* said;  ///< on the console or the error output
+    const char* console = ">output";
+  };
+  const Row rows[] = {
+      {"mkdir a.cfg", "/cfg a.cfg", 2, "a.cfg is a folder, or may not be read"},
+      {"mkfifo b.fru", "/fru b.fru", 5, "b.fru is a device or a pipe, not a file"},
+      {"truncate -s 4G c.sdr", "/sdr c.sdr", 5, "c.sdr is larger than 64 MiB"},
+      {"ln -s /dev/zero d.cfg", "/cfg d.cfg", 2, "d.cfg is a device or a pipe, not a file"},
+      {R"((printf 'DISPLAY "'; head -c 10M /dev/zero | tr '\0' x) >e.cfg)", "/cfg e.cfg", 6,
+       "Too many characters on the line: 10485769."},
+      {R"(printf '_FRU (\0_FRU_TITLE' >f.fru)", "/fru f.fru", 5, "ERROR:"},
+      {R"(printf '\377\376D\0' >g.cfg)", "/cfg g.cfg", 6, "UTF-16 text: save the file as ANSI or ASCII"},
+      {"true", "/d sdr", 2, "the output is not complete: No space left on device", ">/dev/full"},
+      {"true", "/d sdr", 0, "", ">&-"},
+  };
+  for (const Row& row : rows) {
+    ASSERT_EQ(std::system(("cd " + folder.string() + " && " + row.setup).c_str()), 0) << row.setup;
+    EXPECT_EQ(Run(row.arguments, "XDG_STATE_HOME=$PWD", row.console), row.status) << row.setup;
+    EXPECT_NE((output + error).find(row.said), std::string::npos) << row.setup << output << error;
+  }
+}
+
 TEST_F(Varnok, TraceLogIsLeftInTheCurrentFolder) {
   EXPECT_EQ(Run("'/?' -debug3"), 1) << "the trace switch is no option of the command line";
   EXPECT_EQ(TextOf("DBGLOG.txt").substr(0, 4), std::string("V\0A\0", 4));
