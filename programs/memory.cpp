@@ -14,6 +14,11 @@ void* operator new(std::size_t bytes) {
     handler();
   }
 }
+// Sanitizers bring this one, and would miss the pair of its block.
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  void* memory = std::malloc(bytes == 0 ? 1 : bytes);
+  return memory != nullptr ? memory : varnok::sim::TakeFromReserve(bytes);
+}
 void operator delete(void* memory) noexcept {
   if (!varnok::sim::GiveBackToReserve(memory)) std::free(memory);
 }
