@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/text_output.h"
 #include "app/services/trace.h"
@@ -106,7 +107,10 @@ Status CCfgParser::ReadCommands(CommandList& commands) {
       return Fail("CCfgParser::ReadFile", "Error in reading the configuration file ", status);
     }
     if (command == nullptr) {
-      // The script ends here, without an error: its first commands are run as if they were all.
+      // Kept: the script ends here without an error, and its first commands are run as if they were all. The
+      // operator has to know.
+      Warn("%s, line %d: out of memory; the script ends in front of this line", fileName_,
+           reader_->CurrentIndex() + 1);
       TraceFailure("CCfgParser::ReadFile", "Failed to create command ");
       return kSuccess;
     }

@@ -8,6 +8,7 @@
 #include "sim/default_board.h"
 #include "sim/error.h"
 #include "sim/protocol_adapter.h"
+#include "sim/reserve.h"
 
 namespace varnok::sim {
 namespace {
@@ -50,7 +51,10 @@ struct Board::State {
 };
 
 Board::Board(std::unique_ptr<State> state) : state_(std::move(state)) {}
-Board::~Board() = default;
+Board::~Board() {
+  const BoardAtWork atWork;
+  state_.reset();
+}
 
 std::unique_ptr<Board> Board::Open(const std::filesystem::path& folder, std::string& error, bool* isCreated) {
   const std::filesystem::path file = folder / kBoardFile;
@@ -109,6 +113,7 @@ std::span<const std::uint8_t> Board::PhysicalMemory(std::uint64_t address, std::
 }
 
 void Board::Stall(std::uint64_t microseconds, StallKind) {
+  const BoardAtWork atWork;
   state_->clock.Advance(microseconds);
 }
 WallClock Board::Now() {

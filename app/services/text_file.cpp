@@ -26,6 +26,7 @@ void WarnOfMark(std::string_view name, std::string_view text) {
 Status OpenTextFile(std::string_view name, std::unique_ptr<File>& file) {
   Status status = TheFirmware().OpenFile(Widen(name), FileMode::Read, file);
   if (status == uefi_status::kUnsupported) Warn("%s is a device or a pipe, not a file", name);
+  if (status == uefi_status::kAccessDenied) Warn("%s is a folder, or may not be read", name);
   return status;
 }
 

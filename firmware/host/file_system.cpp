@@ -124,7 +124,7 @@ Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& 
   // A folder opens for reading on Linux, but is no file; devices and FIFOs may never end.
   if (mode == FileMode::Read && fstat(descriptor, &information) == 0 && !S_ISREG(information.st_mode)) {
     close(descriptor);
-    return S_ISDIR(information.st_mode) ? uefi_status::kNotFound : uefi_status::kUnsupported;
+    return S_ISDIR(information.st_mode) ? uefi_status::kAccessDenied : uefi_status::kUnsupported;
   }
   file = std::make_unique<LinuxFile>(descriptor);
   return kSuccess;

@@ -20,7 +20,10 @@ int RunProgram() {
   std::span<const char16_t* const> arguments = firmware.TheShell().Arguments();
   if (arguments.empty()) arguments = kNoShellArguments;
   ArgumentVector vector;
-  if (!vector.Build(arguments)) return kOutOfMemoryNumber;
+  if (!vector.Build(arguments)) {
+    firmware.WriteErrorOutput(u"varnok: out of memory\n");
+    return kOutOfMemoryNumber;
+  }
   int status = Main(vector.Count(), vector.Pointers());
   EndRuntime();
   return status;

@@ -177,6 +177,50 @@ TEST_F(RunModes, ManagersThatGetNoMemoryAreNamed) {
     EXPECT_TRUE(lines.contains(std::string("CVarnok::Initialize - ") + what)) << what;
 }
 
+TEST_F(RunModes, PoolThatRunsOutIsSaidAndNothingIsLeftHalfWrittenOrTaken) {
+  const std::string script = "FRUNAME SYSTEM\nFRUAREA Product\nFRUFIELD AT X1\nSDRNAME minimal.SDR\n";
+  using Images = std::vector<sim::Bytes>;
+  auto run = [&](const std::string& line, int failing, bool fromThereOn) {
+    OpenBoard("");
+    WriteScript(script);
+    machine.FailPoolAllocation(failing, fromThereOn);
+    const int status = RunMain(line);
+    machine.FailPoolAllocation(0);
+    ForgetProgramState();
+    EXPECT_EQ(machine.poolBlocks, 0u) << line << failing;
+    return status;
+  };
+  auto images = [&] {
+    Images contents;
+    for (const char* name : {"board.bin", "sdr.bin"}) {
+      const auto content = machine.board->Images().Find(name)->Content();
+      contents.emplace_back(content.begin(), content.end());
+    }
+    return contents;
+  };
+  for (const char* line : {"/?", "/d fru", "/d sdr", "/d smb", "/fru minimal", "/sdr minimal", "/cfg t"}) {
+    OpenBoard("");
+    const Images before = images();
+    ASSERT_EQ(run(line, 0, false), 0) << line;
+    const Images after = images();
+    const std::string shown = machine.console;
+    int failures = 0;
+    for (int failing = 1;; failing += 1 + failing / 16) {
+      const int status = run(line, failing, true);
+      if (status == 0 && machine.errors.empty() && machine.console == shown) break;
+      ++failures;
+      EXPECT_TRUE(machine.console.find("\nERROR:") != std::string::npos ||
+                  machine.errors.find("out of memory") != std::string::npos)
+          << line << failing << machine.console;
+      const Images now = images();
+      for (std::size_t i = 0; i < now.size(); ++i)
+        EXPECT_TRUE(now[i] == before[i] || now[i] == after[i] || status == 0) << line << failing;
+      run(line, failing, false);
+    }
+    EXPECT_GT(failures, 5) << line;
+  }
+}
+
 // Nobody but their readers compares the pages, so that a change of theirs must be made here as well.
 TEST_F(RunModes, UsagePagesStayAsTheyAreAndStopAtThePrompt) {
   auto checksum = [](std::string_view text) {

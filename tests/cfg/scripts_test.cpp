@@ -100,6 +100,7 @@ TEST_F(Scripts, FullPoolStopsABlockOrAProbeAndEndsAScript) {
   machine.FailPoolAllocation(2);
   EXPECT_EQ(Run("DISPLAY 1\nDISPLAY 2\nDISPLAY 3"), kSuccess);
   EXPECT_EQ(machine.console, "1\n");
+  EXPECT_EQ(machine.errors, "varnok: T.CFG, line 2: out of memory; the script ends in front of this line\n");
 }
 
 TEST_F(Scripts, InputThatFailsCountsAsAYesWhoseTagIsSetBeforeItIsShown) {

@@ -147,15 +147,17 @@ TEST_F(BoardServerTest, OneThatDoesNotReadHoldsNobodyUp) {
   std::thread sender([&] { deaf.SendWhatFits(flood); });
   Line line(server_->Address());
   line.ExpectGreeting();
-  std::chrono::steady_clock::duration longest{};
+  std::vector<std::chrono::steady_clock::duration> waited;
   for (int i = 0; i < 100; ++i) {
     const auto start = std::chrono::steady_clock::now();
     line.ExpectIdentity();
-    longest = std::max(longest, std::chrono::steady_clock::now() - start);
+    waited.push_back(std::chrono::steady_clock::now() - start);
   }
   deaf.Close();
   sender.join();
-  EXPECT_LT(longest, std::chrono::milliseconds(500)) << "50 ms on a quiet computer";
+  std::ranges::sort(waited);
+  EXPECT_LT(waited[50], std::chrono::milliseconds(50));
+  EXPECT_LT(waited.back(), std::chrono::seconds(2)) << "the computer may be busy with something else";
 }
 
 TEST_F(BoardServerTest, OneTooManyWaitsWithoutSpinning) {

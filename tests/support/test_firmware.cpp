@@ -166,7 +166,11 @@ std::span<const std::uint8_t> TestFirmware::PhysicalMemory(std::uint64_t address
 }
 
 void* TestFirmware::AllocatePool(std::size_t bytes) {
-  if (failingAllocation_ > 0 && --failingAllocation_ == 0) return nullptr;
+  if (failingAllocation_ == 1) {
+    failingAllocation_ = failsFromThereOn_ ? 1 : 0;
+    return nullptr;
+  }
+  if (failingAllocation_ > 1) --failingAllocation_;
   ++poolBlocks;
   return std::malloc(bytes == 0 ? 1 : bytes);
 }

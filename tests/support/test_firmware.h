@@ -49,8 +49,11 @@ class TestFirmware : public Firmware {
   const void* smbiosEntryPoint = nullptr;  ///< what FindConfigurationTable gives for any GUID
   std::map<std::uint64_t, std::vector<std::uint8_t>> memory;  ///< physical address -> bytes
   bool hasImageHandle = true;
-  /// The pool allocation that fails, counted from 1 from now on; 0: none.
-  void FailPoolAllocation(int number) { failingAllocation_ = number; }
+  /// The pool allocation that fails, alone or with all behind it, counted from 1 from now on; 0: none.
+  void FailPoolAllocation(int number, bool failsFromThereOn = false) {
+    failingAllocation_ = number;
+    failsFromThereOn_ = failsFromThereOn;
+  }
 
   /// The lines of DBGLOG.txt, narrowed.
   std::vector<std::string> TraceLines() const;
@@ -78,6 +81,7 @@ class TestFirmware : public Firmware {
  private:
   Firmware* previous_;
   int failingAllocation_ = 0;
+  bool failsFromThereOn_ = false;
 };
 
 }  // namespace varnok::testing

@@ -32,6 +32,7 @@ TEST(PreparedText, EveryKindOfLineEndSplits) {
 TEST(PreparedText, FileThatIsNoneOrTooLargeOrMarkedIsToldOfOnTheErrorOutput) {
   const std::tuple<std::string, Status, Status, std::string> rows[] = {
       {"", uefi_status::kUnsupported, uefi_status::kUnsupported, "a device or a pipe, not a file"},
+      {"", uefi_status::kAccessDenied, uefi_status::kAccessDenied, "a folder, or may not be read"},
       {std::string((64 << 20) + 1, 'x'), kSuccess, uefi_status::kBadBufferSize, "larger than 64 MiB"},
       {"\xEF\xBB\xBF// text", kSuccess, kSuccess, "UTF-8 text: save the file as ANSI or ASCII"},
       {std::string("\xFF\xFE/\0", 4), kSuccess, kSuccess, "UTF-16 text: save the file as ANSI or ASCII"},

@@ -62,7 +62,7 @@ TEST_F(FileSystem, FailureHasTheFirmwaresStatus) {
   std::unique_ptr<File> file;
   EXPECT_EQ(OpenFile(u"missing", FileMode::Read, file), uefi_status::kNotFound);
   std::filesystem::create_directory("folder");
-  EXPECT_EQ(OpenFile(u"folder", FileMode::Read, file), uefi_status::kNotFound);
+  EXPECT_EQ(OpenFile(u"folder", FileMode::Read, file), uefi_status::kAccessDenied);
   EXPECT_EQ(OpenFile(u"folder", FileMode::Write, file), uefi_status::kAccessDenied);
   ASSERT_EQ(mkfifo("fifo", 0600), 0);
   EXPECT_EQ(OpenFile(u"fifo", FileMode::Read, file), uefi_status::kUnsupported);
