@@ -1,6 +1,6 @@
-// Who looks over the engine's shoulder while it runs a script: told of the lines that run, of questions before
-// a key is read, of answers and tags, and asked how a probe shall end. For programs of a desk that try a
-// script out; an image for the firmware has no watcher, and no code for one.
+// Who looks over the engine's shoulder while it runs a script: told of the lines that run, of questions
+// before a key is read, of answers and tags, and asked how a probe shall end. For programs of a desk that try
+// a script out; an image for the firmware has no watcher, and no code for one.
 //
 //   class Counter : public ScriptWatcher { void Reaches(std::uint32_t) override { ++lines; } ... };
 //   theScriptWatcher = &counter;   // until it is null again
@@ -28,11 +28,11 @@ enum class ScriptQuestionKind : std::uint8_t {
 
 struct ScriptQuestion {
   ScriptQuestionKind kind;
-  std::string_view text;                       ///< the prompt, the menu's title, the FRU file, the field, the value
-  std::uint32_t line;                          ///< 0-based
+  std::string_view text;  ///< the prompt, the menu's title, the FRU file, the field, the value
+  std::uint32_t line;     ///< 0-based
   std::span<const std::string_view> items{};  ///< of a menu
-  std::size_t longest = 0;                     ///< of a value: characters that can be typed
-  bool isChassisType = false;                  ///< the value is a hexadecimal number
+  std::size_t longest = 0;                    ///< of a value: characters that can be typed
+  bool isChassisType = false;                 ///< the value is a hexadecimal number
 };
 
 class ScriptWatcher {
