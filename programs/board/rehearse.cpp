@@ -1,13 +1,14 @@
 // varnok-board rehearse: what a script or a load file does to a board, on one road or on all of them.
-#include "rehearsal/rehearse.h"
-
 #include <algorithm>
+#include <charconv>
 #include <fstream>
+#include <thread>
 
 #include "boards/folder.h"
 #include "programs/board/command.h"
 #include "programs/board/output.h"
 #include "rehearsal/answers.h"
+#include "rehearsal/roads.h"
 #include "sim/board_source.h"
 
 namespace varnok::companion {
@@ -21,6 +22,8 @@ constexpr Option kOptions[] = {
     {"--board", "FOLDER", "The board, which stays as it is; else VARNOK_BOARD, else the default board"},
     {"--answers", "FILE", "Answer the questions from this file; else from the keyboard"},
     {"--record", "FILE", "Write the answers that were given into this file"},
+    {"--all-roads", "", "Go every road through the script: each answer, and each outcome of a probe"},
+    {"--limit", "N", "The most roads of --all-roads; 10000 without it"},
     {"--keep", "FOLDER", "Make a board folder of what the board holds afterwards"},
 };
 
@@ -62,6 +65,41 @@ std::unique_ptr<Answerer> MakeAnswerer(const Arguments& arguments, std::string& 
   return nullptr;
 }
 
+void PrintRoads(const Report& report) {
+  for (std::size_t i = 0; i < report.roads.size(); ++i) {
+    const Road& road = report.roads[i];
+    std::string line = std::to_string(i + 1) + ":";
+    for (const Answer& answer : road.answers)
+      line += " " + std::to_string(report.questions[answer.question].line) + "=" + answer.text +
+              (answer.isInvalid ? "!" : "");
+    line += " -> " + std::to_string(road.run.exitStatus) + " " + road.run.message + " writes " +
+            std::to_string(road.run.writes) + " board " + std::to_string(road.run.board) + " us " +
+            std::to_string(road.run.microseconds) + " req " + std::to_string(road.run.requests);
+    if (road.joins) line += " as " + std::to_string(*road.joins + 1);
+    PrintLine(line);
+  }
+  for (std::size_t i = 0; i < report.script.size(); ++i)
+    if (report.script[i].isCommand && report.script[i].reached == 0)
+      PrintLine("unreached " + std::to_string(i + 1) + " " + report.script[i].text);
+  for (const std::string& tag : report.unsetTags) PrintLine("unset " + tag);
+  for (std::size_t road : report.brokenRoads) PrintLine("broken " + std::to_string(road + 1));
+  PrintLine("cut " + std::to_string(report.roadsCut) + " runs " + std::to_string(report.runs) + " seconds " +
+            std::to_string(report.seconds) + " boards " + std::to_string(report.boards.size()));
+}
+
+int Explore(const Arguments& arguments, Stage& stage) {
+  RoadOptions options{.cores = std::max(1u, std::thread::hardware_concurrency())};
+  const std::string limit = arguments.Value("--limit", "10000");
+  const char* end = limit.data() + limit.size();
+  if (std::from_chars(limit.data(), end, options.limit).ptr != end || options.limit == 0)
+    return Fail("--limit: \"" + limit + "\" is no number of roads", kWrongUse);
+  Report report;
+  std::string error;
+  if (!GoAllRoads(stage, options, report, error)) return Fail(error);
+  PrintRoads(report);
+  return kDone;
+}
+
 int Run(const Arguments& arguments) {
   std::string folder, error;
   if (!FindFolder(arguments, folder, error)) return Fail(error);
@@ -69,6 +107,7 @@ int Run(const Arguments& arguments) {
   if (answerer == nullptr) return Fail(error);
   const std::unique_ptr<Stage> stage = Stage::Open(folder, ProgramArguments(arguments), error);
   if (stage == nullptr) return Fail(error);
+  if (arguments.Has("--all-roads")) return Explore(arguments, *stage);
   const bool isLive = !arguments.Has("--answers");
   Outcome outcome;
   if (!RunOnce(*stage, *answerer, outcome, error, isLive)) return Fail(error);
