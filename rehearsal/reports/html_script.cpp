@@ -1,0 +1,43 @@
+#include <algorithm>
+
+#include "rehearsal/reports/html_parts.h"
+#include "rehearsal/reports/words.h"
+
+namespace varnok::rehearsal {
+namespace {
+
+constexpr std::size_t kShownLines = 5000;
+
+Element ScriptRow(const Report& report, std::size_t index) {
+  const ScriptLine& line = report.script[index];
+  const std::string number = std::to_string(index + 1);
+  Element row("tr");
+  row.Set("id", "line-" + number);
+  if (line.isCommand) row.Class(line.reached > 0 ? "reached" : "unreached");
+  std::string mark;
+  if (line.isCommand) mark = line.reached == 0 ? "no road" : report.isAllRoads ? Grouped(line.reached) : "●";
+  return row.Add(Element("th").Set("scope", "row").Text(number))
+      .Add(CellOfText(mark, "mark"))
+      .Add(Element("td").Add(Element("code").Text(line.text)));
+}
+
+}  // namespace
+
+Element ScriptChapter(const Report& report) {
+  Element chapter = Chapter("script", "Script");
+  const std::size_t unreached = report.UnreachedLines().size();
+  std::string remark = report.isAllRoads ? "The number beside a line is that of the roads that reach it. "
+                                         : "Lines with a dot were reached. ";
+  remark +=
+      unreached == 0 ? "Every command is reached." : Count(unreached, "command") + " reached by no road.";
+  chapter.Add(Aside(remark));
+  Element body("tbody");
+  const std::size_t shown = std::min(report.script.size(), kShownLines);
+  for (std::size_t i = 0; i < shown; ++i) body.Add(ScriptRow(report, i));
+  Element table("table");
+  chapter.Add(table.Class("script").Add(HeadRow({"Line", "Roads", "Text"})).Add(body));
+  AddRest(chapter, report.script.size(), shown, "line");
+  return chapter;
+}
+
+}  // namespace varnok::rehearsal
