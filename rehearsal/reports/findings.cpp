@@ -43,7 +43,7 @@ void AddRoads(const Report& report, std::vector<Finding>& findings) {
       {Weight::Grave, "broken-road",
        Count(report.brokenRoads.size(), "road") + " that end" + (report.brokenRoads.size() == 1 ? "s" : "") +
            " in an error after something was written",
-       Ranges(FromOne(report.brokenRoads)) + ": " + EndWords(first.run.exitStatus, first.run.message),
+       "road " + Ranges(FromOne(report.brokenRoads)) + ": " + EndWords(first.run.exitStatus, first.run.message),
        "roads"});
 }
 
@@ -103,7 +103,15 @@ std::size_t SeriousCount(const std::vector<Finding>& findings) {
 }
 
 std::string Verdict(const Report& report, const std::vector<Finding>& findings) {
-  std::string text = SeriousCount(findings) == 0 ? "Nothing found" : Count(SeriousCount(findings), "finding");
+  const auto count = [&findings](Weight weight) {
+    return static_cast<std::size_t>(std::count_if(
+        findings.begin(), findings.end(), [weight](const Finding& finding) { return finding.weight == weight; }));
+  };
+  std::string text;
+  if (count(Weight::Grave) > 0) text = Count(count(Weight::Grave), "grave finding");
+  if (count(Weight::Warning) > 0)
+    text += (text.empty() ? "" : " and ") + Count(count(Weight::Warning), "warning");
+  if (text.empty()) text = "Nothing found";
   text += " on " + Count(report.roads.size(), "road");
   if (report.hasFaults) text += " and under " + Count(report.faults.size(), "fault");
   return text + ".";

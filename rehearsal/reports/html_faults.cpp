@@ -178,7 +178,7 @@ Element FaultsChapter(const Report& report) {
   const std::vector<FaultGroup> groups = GraveGroups(report);
   if (!groups.empty()) chapter.Add(GroupTable(report, groups));
   const std::vector<HeatMap> maps = MakeHeatMaps(report);
-  chapter.Add(Element("h3").Text("By request")).Add(Aside("The higher and darker, the graver."));
+  chapter.Add(Element("h3").Text("By request")).Add(Aside("The higher, the graver."));
   const std::size_t shown = std::min(maps.size(), kShownMaps);
   for (std::size_t i = 0; i < shown; ++i) {
     const HeatMap& map = maps[i];

@@ -113,7 +113,7 @@ Element PageFoot(const Report& report) {
     text += " in " + TimeWords(static_cast<std::uint64_t>(report.seconds * 1e6)) + " on " +
             Count(report.cores, "core");
   return Element("footer").Text(
-      text + ". Times of roads are those that the runs would take on a real board, without the operator's.");
+      text + ". Times of roads are those that the runs would take on a real board, the operator's time left out.");
 }
 
 }  // namespace

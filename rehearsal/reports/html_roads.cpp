@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <map>
 
 #include "rehearsal/reports/html_parts.h"
 #include "rehearsal/reports/road_tree.h"
@@ -7,14 +8,13 @@
 namespace varnok::rehearsal {
 namespace {
 
-constexpr std::size_t kShownRoads = 256;
-constexpr std::size_t kOpenRoads = 48;  // a tree of so many stands open
-constexpr std::size_t kDepth = 40;      // of nested questions
+constexpr std::size_t kToldRoads = 256;  // and bundles of roads
+constexpr std::size_t kUnfolded = 48;    // a tree of so many roads stands unfolded
+constexpr std::size_t kDepth = 40;       // of nested questions
 
 class RoadWriter {
  public:
-  RoadWriter(const Report& report, const RoadTree& tree)
-      : report_(report), isOpen_(tree.roads <= kOpenRoads) {}
+  explicit RoadWriter(const Report& report) : report_(report), isUnfolded_(report.roads.size() <= kUnfolded) {}
 
   /// What comes at a place of the tree: ends of roads, and questions with their answers.
   void AddPlace(Element& parent, const RoadTree& tree, std::size_t depth) const {
@@ -22,13 +22,9 @@ class RoadWriter {
     // Branches of one question stand together; mostly there is one question at a place.
     std::vector<std::size_t> asked;
     for (const auto& branch : tree.branches)
-      if (branch->shown > 0 && std::find(asked.begin(), asked.end(), branch->answer.question) == asked.end())
+      if (std::find(asked.begin(), asked.end(), branch->answer.question) == asked.end())
         asked.push_back(branch->answer.question);
     for (const std::size_t question : asked) AddQuestion(parent, tree, question, depth);
-    std::size_t left = 0;
-    for (const auto& branch : tree.branches)
-      if (branch->shown == 0) left += branch->roads;
-    AddRest(parent, left, 0, "road");
   }
 
  private:
@@ -37,7 +33,7 @@ class RoadWriter {
     Element list("ul");
     list.Class(depth < 10 ? "answers" : "answers deep");
     for (const auto& branch : tree.branches) {
-      if (branch->answer.question != index || branch->shown == 0) continue;
+      if (branch->answer.question != index) continue;
       Element item("li");
       AddBranch(item, *branch, depth);
       list.Add(item);
@@ -46,14 +42,16 @@ class RoadWriter {
   }
 
   void AddBranch(Element& item, const RoadTree& branch, std::size_t depth) const {
-    const Element answer = AnswerText(branch.answer);
-    if (branch.branches.empty() && branch.ends.size() == 1) {
-      item.Class("single").Add(answer).Add(Leaf(branch.ends.front()));
+    Element answer("span");
+    answer.Class("answer").Text(AnswerWords(report_.questions[branch.answer.question], branch.answer));
+    const bool isEnd = branch.branches.empty() && branch.ends.size() == 1;
+    if (isEnd || !branch.isOpened) {
+      item.Class("single").Add(answer).Add(isEnd ? Leaf(branch.ends.front()) : Bundle(branch.Roads()));
       return;
     }
     Element summary("span");
     summary.Add(answer).Add(Element("span").Class("count").Text(Count(branch.roads, "road")));
-    Element fold = Foldable(summary, isOpen_ || depth == 0);
+    Element fold = Foldable(summary, isUnfolded_ || depth == 0);
     AddPlace(fold, branch, depth + 1);
     item.Add(fold);
   }
@@ -70,51 +68,63 @@ class RoadWriter {
     return line;
   }
 
-  Element AnswerText(const Answer& answer) const {
-    return Element("span").Class("answer").Text(AnswerWords(report_.questions[answer.question], answer));
-  }
-
   Element Leaf(std::size_t index) const {
     const Road& road = report_.roads[index];
     Element leaf("p");
     leaf.Class(road.run.exitStatus == 0 || road.joins ? "leaf" : "leaf failed")
         .Set("id", "road-" + std::to_string(index + 1))
         .Add(Element("b").Text(RoadName(index)));
-    if (road.answers.size() > kDepth)
-      leaf.Text(", after " + Count(road.answers.size() - kDepth, "more answer"));
-    if (road.joins) {
-      leaf.Text(" goes on as ")
-          .Add(Element("a")
-                   .Set("href", "#road-" + std::to_string(*road.joins + 1))
-                   .Text(RoadName(*road.joins)));
-      return leaf;
-    }
-    leaf.Text(" " + EndWords(road.run.exitStatus, road.run.message) + " · " +
-              Count(road.run.writes, "write") + " of " + Count(road.run.requests, "request") + " · " +
-              TimeWords(road.run.microseconds) + " · ");
+    if (road.answers.size() > kDepth) leaf.Text(", after " + Count(road.answers.size() - kDepth, "more answer"));
+    if (road.joins) return leaf.Text(" goes on as " + RoadName(*road.joins));
+    leaf.Text(" " + EndWords(road.run.exitStatus, road.run.message) + " · " + Count(road.run.writes, "write") + " of " +
+              Count(road.run.requests, "request") + " · " + TimeWords(road.run.microseconds) + " · ");
     leaf.Add(BoardLink(road.run.board));
-    if (road.run.board < report_.boards.size())
-      leaf.Text(", " + ChangeSummary(report_.boards[road.run.board]));
+    if (road.run.board < report_.boards.size()) leaf.Text(", " + ChangeSummary(report_.boards[road.run.board]));
     return leaf;
   }
 
+  /// Roads that are not told one by one: how they end.
+  Element Bundle(const std::vector<std::size_t>& roads) const {
+    std::map<int, std::size_t> byStatus;
+    std::map<std::size_t, std::size_t> byBoard;
+    for (const std::size_t road : roads) {
+      if (report_.roads[road].joins) continue;
+      ++byStatus[report_.roads[road].run.exitStatus];
+      ++byBoard[report_.roads[road].run.board];
+    }
+    std::string text = " (" + Ranges(FromOne(roads), 4) + ")";
+    std::size_t ended = 0;
+    for (const auto& [status, count] : byStatus) {
+      text += " · " + Grouped(count) + " with status " + std::to_string(status);
+      ended += count;
+    }
+    if (ended < roads.size()) text += " · " + Grouped(roads.size() - ended) + " go on as another road";
+    if (!byBoard.empty())
+      text += byBoard.size() == 1 ? " · board " + BoardName(byBoard.begin()->first)
+                                  : " · " + Count(byBoard.size(), "different board");
+    const bool isFailed = byStatus.size() > (byStatus.contains(0) ? 1U : 0U);
+    return Element("p")
+        .Class(isFailed ? "leaf bundle failed" : "leaf bundle")
+        .Add(Element("b").Text(Count(roads.size(), "road")))
+        .Text(text);
+  }
+
   const Report& report_;
-  bool isOpen_;
+  bool isUnfolded_;
 };
 
 }  // namespace
 
 Element RoadsChapter(const Report& report) {
-  const RoadTree tree = MakeRoadTree(report, kShownRoads, kDepth);
   Element chapter = Chapter("roads", "Roads");
   chapter.Add(Aside(report.isAllRoads ? "Every combination of answers that can matter, and what it leaves."
                                       : "One road was rehearsed."));
-  if (tree.shown < tree.roads)
-    chapter.Add(Aside("The tree shows " + Grouped(tree.shown) + " of " + Count(tree.roads, "road") +
-                      ", those that break first; the JSON has all."));
+  if (report.roads.size() > kToldRoads)
+    chapter.Add(Aside("Of " + Count(report.roads.size(), "road") +
+                      " those with much in common are told together; the JSON has each."));
   Element list("div");
   list.Class("tree");
-  RoadWriter(report, tree).AddPlace(list, tree, 0);
+  RoadWriter(report).AddPlace(list, MakeRoadTree(report, kToldRoads, kDepth), 0);
   return chapter.Add(list);
 }
 

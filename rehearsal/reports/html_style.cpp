@@ -150,7 +150,6 @@ mark { background: var(--mark); color: inherit; font-weight: 700; text-decoratio
   .lanes th:nth-child(3), .lanes .areas { width: 6rem; }
   .heat th:first-child { width: 8rem; }
   .heat th:nth-child(3), .heat .number { width: 2.6rem; }
-  .map th:first-child { overflow-wrap: normal; }
   .script th[scope=row], .script .mark, .script td:last-child { padding: 0 0.3rem; }
   .groups thead { display: none; }
   .groups th:first-child, .groups td { display: block; width: auto; border: 0; padding: 0; }
