@@ -29,6 +29,8 @@ struct Question {
   std::string text{};                  ///< the prompt, the menu's title, the field, the probe as written
   std::size_t line = 0;                ///< of the script, from 1; 0 where no line asks it
   std::vector<std::string> choices{};  ///< a menu's items
+
+  bool operator==(const Question&) const = default;
 };
 
 /// One step of a road.

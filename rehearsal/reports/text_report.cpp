@@ -42,11 +42,15 @@ class TextWriter {
 
   std::vector<std::string> Write() {
     Findings();
-    Questions();
-    Roads();
-    Boards();
+    if (report_.isAllRoads) {
+      Questions();
+      Roads();
+      Boards();
+    } else if (!report_.roads.empty()) {
+      OneRoad(report_.roads.front().run);
+    }
     Faults();
-    Speed();
+    if (report_.isAllRoads || report_.hasFaults) Speed();
     return std::move(lines_);
   }
 
@@ -73,6 +77,16 @@ class TextWriter {
       Line("  " + std::string(WordOf(finding.weight)) + ": " + finding.title);
       Line("    " + finding.detail);
     }
+  }
+
+  void OneRoad(const Run& run) {
+    Line("  " + EndWords(run.exitStatus, run.message) + "; " + Count(run.requests, "request") + ", " +
+         Grouped(run.writes) + " of them writes; " + TimeWords(run.microseconds) + " on a real board, of them " +
+         TimeWords(run.stalled) + " in waits of the program");
+    if (run.board >= report_.boards.size()) return;
+    const BoardAfter& board = report_.boards[run.board];
+    Title("The board: " + ChangeSummary(board));
+    Differences(board);
   }
 
   void Questions() {
@@ -127,7 +141,7 @@ class TextWriter {
     const std::size_t shown = Limit(report_.boards.size(), 8);
     for (std::size_t i = 0; i < shown; ++i) {
       Line("  board " + BoardName(i) + ": " + ChangeSummary(report_.boards[i]));
-      if (isVerbose_ || report_.boards.size() == 1) Differences(report_.boards[i]);
+      if (isVerbose_) Differences(report_.boards[i]);
     }
     Rest(report_.boards.size(), shown, "board");
   }

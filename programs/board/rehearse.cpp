@@ -1,0 +1,94 @@
+// varnok-board rehearse: what a script or a load file does to a board, on one road or on all of them.
+#include "rehearsal/rehearse.h"
+
+#include <algorithm>
+
+#include "boards/folder.h"
+#include "programs/board/command.h"
+#include "programs/board/output.h"
+#include "programs/board/rehearsal_output.h"
+#include "rehearsal/answers.h"
+#include "sim/board_source.h"
+
+namespace varnok::companion {
+namespace {
+
+using namespace rehearsal;
+
+constexpr Option kOptions[] = {
+    {"SCRIPT", "", "The script; or, behind --, the program's arguments: -- /fru board.fru",
+     Option::OneOrMore},
+    {"--board", "FOLDER", "The board, which stays as it is; else VARNOK_BOARD, else the default board"},
+    {"--answers", "FILE", "Answer the questions from this file; else from the keyboard"},
+    {"--record", "FILE", "Write the answers that were given into this file"},
+    {"--keep", "FOLDER", "Make a board folder of what the board holds afterwards"},
+    kReportHtml,
+    kReportJunit,
+    kReportJson,
+    kReportVerbose,
+};
+
+/// The program's arguments: as given, or those that run the script.
+std::vector<std::string> ProgramArguments(const Arguments& arguments) {
+  std::vector<std::string> words = arguments.Values("SCRIPT");
+  const bool isOption =
+      words.front().starts_with('-') || (words.front().starts_with('/') && words.front().rfind('/') == 0);
+  if (words.size() != 1 || isOption) return words;
+  // To the program a word that begins with '/' is an option.
+  if (words.front().starts_with('/')) words.front().front() = '\\';
+  return {"/cfg", words.front()};
+}
+
+bool FindFolder(const Arguments& arguments, std::string& folder, std::string& error) {
+  folder = arguments.Value("--board");
+  if (!folder.empty()) return true;
+  const std::optional<sim::BoardSource> source = sim::FindBoard(sim::ProcessEnvironment, error);
+  if (!source) return false;
+  folder = source->folder.string();
+  const bool isMissing = source->isDefault && !std::filesystem::exists(source->folder / sim::kBoardFile);
+  return !isMissing || sim::Board::CreateDefault(source->folder, error);
+}
+
+std::unique_ptr<Answerer> MakeAnswerer(const Arguments& arguments, std::string& error) {
+  if (!arguments.Has("--answers")) return std::make_unique<KeyboardAnswers>();
+  boards::Bytes text;
+  auto file = std::make_unique<AnswerFile>();
+  const std::string name = arguments.Value("--answers");
+  if (!boards::ReadFile(name, text, error)) return nullptr;
+  if (file->Parse({reinterpret_cast<const char*>(text.data()), text.size()}, error)) return file;
+  error = name + ": " + error;
+  return nullptr;
+}
+
+int Run(const Arguments& arguments) {
+  std::string folder, error;
+  if (!FindFolder(arguments, folder, error)) return Fail(error);
+  const std::unique_ptr<Answerer> answerer = MakeAnswerer(arguments, error);
+  if (answerer == nullptr) return Fail(error);
+  const std::unique_ptr<Stage> stage = Stage::Open(folder, ProgramArguments(arguments), error);
+  if (stage == nullptr) return Fail(error);
+  const bool isLive = !arguments.Has("--answers");
+  if (isLive && arguments.Has("--json"))
+    return Fail("--json needs --answers: without them the console is the program's", kWrongUse);
+  Outcome outcome;
+  if (!RunOnce(*stage, *answerer, outcome, error, isLive)) return Fail(error);
+  if (!isLive && !arguments.Has("--json")) PrintLine(outcome.run.transcript);
+  if (arguments.Has("--record") && !WriteText(arguments.Value("--record"), AnswerText(outcome.given)))
+    return kFailed;
+  if (arguments.Has("--keep") && !stage->Save(arguments.Value("--keep"), outcome.images, error))
+    return Fail(error);
+  const std::vector<std::string> problems = outcome.problems;
+  ReportBuilder builder(*stage);
+  builder.Add(std::move(outcome));
+  const Report report = builder.Finish();
+  const int status = TellReport(report, arguments);
+  for (const std::string& problem : problems) Fail(problem);
+  return problems.empty() ? status : kFailed;
+}
+
+}  // namespace
+
+const Command kRehearse = {"rehearse", "Run a script over a copy of a board and tell what it does", kOptions,
+                           "  varnok-board rehearse MASTER.CFG --board myboard --answers rack.answers", Run};
+
+}  // namespace varnok::companion
