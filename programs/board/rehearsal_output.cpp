@@ -28,7 +28,8 @@ int TellReport(const rehearsal::Report& report, const Arguments& arguments) {
   bool isWritten = true;
   if (arguments.Has("--junit"))
     isWritten &= WriteText(arguments.Value("--junit"), rehearsal::JunitReport(report));
-  if (arguments.Has("--html")) isWritten &= WriteText(arguments.Value("--html"), rehearsal::HtmlReport(report));
+  if (arguments.Has("--html"))
+    isWritten &= WriteText(arguments.Value("--html"), rehearsal::HtmlReport(report));
   if (!isWritten) return kFailed;
   return rehearsal::SeriousCount(rehearsal::FindingsOf(report)) == 0 ? kDone : kFound;
 }

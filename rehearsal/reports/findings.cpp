@@ -39,12 +39,13 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
 void AddRoads(const Report& report, std::vector<Finding>& findings) {
   if (report.brokenRoads.empty()) return;
   const Road& first = report.roads[report.brokenRoads.front()];
-  findings.push_back(
-      {Weight::Grave, "broken-road",
-       Count(report.brokenRoads.size(), "road") + " that end" + (report.brokenRoads.size() == 1 ? "s" : "") +
-           " in an error after something was written",
-       "road " + Ranges(FromOne(report.brokenRoads)) + ": " + EndWords(first.run.exitStatus, first.run.message),
-       "roads"});
+  findings.push_back({Weight::Grave, "broken-road",
+                      Count(report.brokenRoads.size(), "road") + " that end" +
+                          (report.brokenRoads.size() == 1 ? "s" : "") +
+                          " in an error after something was written",
+                      "road " + Ranges(FromOne(report.brokenRoads)) + ": " +
+                          EndWords(first.run.exitStatus, first.run.message),
+                      "roads"});
 }
 
 void AddScript(const Report& report, std::vector<Finding>& findings) {
@@ -104,8 +105,9 @@ std::size_t SeriousCount(const std::vector<Finding>& findings) {
 
 std::string Verdict(const Report& report, const std::vector<Finding>& findings) {
   const auto count = [&findings](Weight weight) {
-    return static_cast<std::size_t>(std::count_if(
-        findings.begin(), findings.end(), [weight](const Finding& finding) { return finding.weight == weight; }));
+    return static_cast<std::size_t>(
+        std::count_if(findings.begin(), findings.end(),
+                      [weight](const Finding& finding) { return finding.weight == weight; }));
   };
   std::string text;
   if (count(Weight::Grave) > 0) text = Count(count(Weight::Grave), "grave finding");

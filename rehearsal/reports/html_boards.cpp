@@ -142,14 +142,13 @@ Element DeviceView(const DeviceImage& device) {
   maps.Class("maps")
       .Add(MemoryMap("Before", device.before, device.after, device.areasBefore, rowLength))
       .Add(MemoryMap("After", device.after, device.before, device.areasAfter, rowLength));
-  return Element("div")
-      .Class("device")
+  Element view("div");
+  view.Class("device")
       .Add(Element("h4").Text(device.device))
-      .Add(Aside("A row is " + std::to_string(rowLength) +
-                 " bytes. Tints are areas, dark bars changed bytes."))
-      .Add(maps)
-      .Add(AreaTable(device))
-      .Add(HexTable(device));
+      .Add(Aside("A row is " + std::to_string(rowLength) + " bytes. Tints are areas, bars changed bytes."))
+      .Add(maps);
+  if (!device.areasAfter.empty()) view.Add(AreaTable(device));
+  return view.Add(HexTable(device));
 }
 
 Element DifferenceTable(const BoardAfter& board) {
@@ -175,7 +174,8 @@ Element BoardView(const Report& report, std::size_t index, const std::vector<std
   Element view("article");
   view.Set("id", "board-" + BoardName(index))
       .Add(Element("h3").Text("Board " + BoardName(index)))
-      .Add(Element("p").Text("Left by road " + Ranges(FromOne(roads)) + ": " + ChangeSummary(board) + "."));
+      .Add(Element("p").Text((roads.empty() ? "" : "Left by road " + Ranges(FromOne(roads)) + ": ") +
+                             ChangeSummary(board) + "."));
   if (!board.differences.empty()) view.Add(DifferenceTable(board));
   for (const DeviceImage& device : board.devices) view.Add(DeviceView(device));
   return view;

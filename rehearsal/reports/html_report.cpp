@@ -64,11 +64,12 @@ void AddRunFigures(const Report& report, Element& list) {
   }
   list.Add(Figure("Roads", Grouped(report.roads.size()),
                   errors == 0 ? "all end with status 0" : Grouped(errors) + " with another status than 0"))
-      .Add(Figure("Boards they leave", Grouped(report.boards.size()), "different ones"))
+      .Add(Figure("Boards they leave", Grouped(report.boards.size()),
+                  report.boards.size() == 1 ? "on every road the same" : "different ones"))
       .Add(Figure("Longest run", TimeWords(most.microseconds),
                   "up to " + TimeWords(most.stalled) + " of waits"))
       .Add(Figure("Requests of a run", Grouped(most.requests),
-                  "at most, " + Grouped(most.writes) + " of them writes"));
+                  "at most; " + Grouped(most.writes) + " changed the board"));
 }
 
 Element Figures(const Report& report) {
@@ -108,12 +109,13 @@ Element Summary(const Report& report) {
 }
 
 Element PageFoot(const Report& report) {
-  std::string text = Count(report.runs, "run") + " of the program on this computer";
+  std::string text;
   if (report.seconds > 0)
-    text += " in " + TimeWords(static_cast<std::uint64_t>(report.seconds * 1e6)) + " on " +
-            Count(report.cores, "core");
+    text = Count(report.runs, "run") + " of the program on this computer in " +
+           TimeWords(static_cast<std::uint64_t>(report.seconds * 1e6)) + " on " + Count(report.cores, "core");
   return Element("footer").Text(
-      text + ". Times of roads are those that the runs would take on a real board, the operator's time left out.");
+      text +
+      ". Times of roads are those that the runs would take on a real board, the operator's time left out.");
 }
 
 }  // namespace

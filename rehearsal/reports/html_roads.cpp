@@ -14,7 +14,8 @@ constexpr std::size_t kDepth = 40;       // of nested questions
 
 class RoadWriter {
  public:
-  explicit RoadWriter(const Report& report) : report_(report), isUnfolded_(report.roads.size() <= kUnfolded) {}
+  explicit RoadWriter(const Report& report)
+      : report_(report), isUnfolded_(report.roads.size() <= kUnfolded) {}
 
   /// What comes at a place of the tree: ends of roads, and questions with their answers.
   void AddPlace(Element& parent, const RoadTree& tree, std::size_t depth) const {
@@ -29,7 +30,16 @@ class RoadWriter {
 
  private:
   void AddQuestion(Element& parent, const RoadTree& tree, std::size_t index, std::size_t depth) const {
-    parent.Add(QuestionLine(report_.questions[index]));
+    Element line = QuestionLine(report_.questions[index]);
+    // Where every road goes the same way there is nothing to choose from.
+    if (tree.branches.size() == 1 && tree.ends.empty() && tree.branches.front()->isOpened) {
+      const RoadTree& only = *tree.branches.front();
+      line.Text(" ").Add(Element("span").Class("answer only").Text("→ " + AnswerOf(only)));
+      parent.Add(line);
+      AddPlace(parent, only, depth);
+      return;
+    }
+    parent.Add(line);
     Element list("ul");
     list.Class(depth < 10 ? "answers" : "answers deep");
     for (const auto& branch : tree.branches) {
@@ -41,9 +51,13 @@ class RoadWriter {
     parent.Add(list);
   }
 
+  std::string AnswerOf(const RoadTree& branch) const {
+    return AnswerWords(report_.questions[branch.answer.question], branch.answer);
+  }
+
   void AddBranch(Element& item, const RoadTree& branch, std::size_t depth) const {
     Element answer("span");
-    answer.Class("answer").Text(AnswerWords(report_.questions[branch.answer.question], branch.answer));
+    answer.Class("answer").Text(AnswerOf(branch));
     const bool isEnd = branch.branches.empty() && branch.ends.size() == 1;
     if (isEnd || !branch.isOpened) {
       item.Class("single").Add(answer).Add(isEnd ? Leaf(branch.ends.front()) : Bundle(branch.Roads()));
@@ -74,12 +88,15 @@ class RoadWriter {
     leaf.Class(road.run.exitStatus == 0 || road.joins ? "leaf" : "leaf failed")
         .Set("id", "road-" + std::to_string(index + 1))
         .Add(Element("b").Text(RoadName(index)));
-    if (road.answers.size() > kDepth) leaf.Text(", after " + Count(road.answers.size() - kDepth, "more answer"));
+    if (road.answers.size() > kDepth)
+      leaf.Text(", after " + Count(road.answers.size() - kDepth, "more answer"));
     if (road.joins) return leaf.Text(" goes on as " + RoadName(*road.joins));
-    leaf.Text(" " + EndWords(road.run.exitStatus, road.run.message) + " · " + Count(road.run.writes, "write") + " of " +
-              Count(road.run.requests, "request") + " · " + TimeWords(road.run.microseconds) + " · ");
+    leaf.Text(" " + EndWords(road.run.exitStatus, road.run.message) + " · " +
+              Count(road.run.requests, "request") + ", " + Grouped(road.run.writes) + " changed the board" +
+              " · " + TimeWords(road.run.microseconds) + " · ");
     leaf.Add(BoardLink(road.run.board));
-    if (road.run.board < report_.boards.size()) leaf.Text(", " + ChangeSummary(report_.boards[road.run.board]));
+    if (road.run.board < report_.boards.size())
+      leaf.Text(", " + ChangeSummary(report_.boards[road.run.board]));
     return leaf;
   }
 

@@ -13,9 +13,15 @@ Element ScriptRow(const Report& report, std::size_t index) {
   const std::string number = std::to_string(index + 1);
   Element row("tr");
   row.Set("id", "line-" + number);
-  if (line.isCommand) row.Class(line.reached > 0 ? "reached" : "unreached");
+  // A single road need not reach everything.
   std::string mark;
-  if (line.isCommand) mark = line.reached == 0 ? "no road" : report.isAllRoads ? Grouped(line.reached) : "●";
+  if (line.isCommand && line.reached > 0) {
+    row.Class("reached");
+    mark = report.isAllRoads ? Grouped(line.reached) : "●";
+  } else if (line.isCommand && report.isAllRoads) {
+    row.Class("unreached");
+    mark = "no road";
+  }
   return row.Add(Element("th").Set("scope", "row").Text(number))
       .Add(CellOfText(mark, "mark"))
       .Add(Element("td").Add(Element("code").Text(line.text)));
@@ -26,10 +32,10 @@ Element ScriptRow(const Report& report, std::size_t index) {
 Element ScriptChapter(const Report& report) {
   Element chapter = Chapter("script", "Script");
   const std::size_t unreached = report.UnreachedLines().size();
-  std::string remark = report.isAllRoads ? "The number beside a line is that of the roads that reach it. "
-                                         : "Lines with a dot were reached. ";
-  remark +=
-      unreached == 0 ? "Every command is reached." : Count(unreached, "command") + " reached by no road.";
+  std::string remark = "Lines with a dot were reached; " + Count(unreached, "other command") + " not.";
+  if (report.isAllRoads)
+    remark = "The number beside a line is that of the roads that reach it; " +
+             (unreached == 0 ? "every command is reached." : Count(unreached, "command") + " by none.");
   chapter.Add(Aside(remark));
   Element body("tbody");
   const std::size_t shown = std::min(report.script.size(), kShownLines);

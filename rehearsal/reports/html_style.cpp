@@ -88,6 +88,7 @@ thead th { color: var(--soft); font-size: 0.8125rem; }
 .tag { font-size: 0.75rem; font-weight: 500; color: var(--soft); border: 1px solid var(--line); border-radius: 0.2rem; padding: 0 0.3rem; }
 .place { font-size: 0.8125rem; font-weight: 400; white-space: nowrap; }
 .answers { list-style: none; margin: 0.1rem 0 0.4rem; padding: 0 0 0 0.7rem; border-left: 1px solid var(--line); }
+.only { font-weight: 400; }
 .answers.deep { padding-left: 0.15rem; }
 .answers details { margin: 0; }
 .answer { font-weight: 500; }
@@ -100,7 +101,7 @@ thead th { color: var(--soft); font-size: 0.8125rem; }
 
 .script { border: 1px solid var(--line); }
 .script th[scope=row], .script .mark { width: 1%; white-space: nowrap; text-align: right; color: var(--soft); font-size: 0.8125rem; padding: 0 0.6rem; font-weight: 400; vertical-align: top; }
-.script thead th { padding: 0.2rem 0.6rem; background: var(--panel); }
+.script thead th { white-space: nowrap; padding: 0.2rem 0.6rem; background: var(--panel); }
 .script td:last-child { border-left: 1px solid var(--line); padding: 0 0.6rem; }
 .script code { white-space: pre-wrap; }
 .script .reached .mark { color: var(--fine); }
@@ -153,6 +154,7 @@ mark { background: var(--mark); color: inherit; font-weight: 700; text-decoratio
   .script th[scope=row], .script .mark, .script td:last-child { padding: 0 0.3rem; }
   .groups thead { display: none; }
   .groups th:first-child, .groups td { display: block; width: auto; border: 0; padding: 0; }
+  .groups th { font-weight: 650; }
   .groups tr { display: block; border-bottom: 1px solid var(--line); padding: 0.4rem 0; }
   .hex th, .hex td { padding-right: 0.4rem; }
   .hex code { font-size: 0.6875rem; letter-spacing: -0.02em; }

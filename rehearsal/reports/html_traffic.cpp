@@ -37,7 +37,8 @@ Element LaneTable(const Run& run, const TimeLine& line) {
   }
   Element body("tbody");
   body.Add(Lane("Reads", line.reads, "read", Count(run.traffic.size() - writes, "request")))
-      .Add(Lane("Writes", line.writes, "write", Count(writes, "request")));
+      .Add(Lane("Writes", line.writes, "write",
+                Count(writes, "request") + ", " + Grouped(run.writes) + " changed the board"));
   if (lost > 0) body.Add(Lane("Lost", line.lost, "lost", Count(lost, "request") + " without an answer"));
   body.Add(Lane("Waits", line.shortWaits, "wait", TimeWords(waited) + " in all"));
   if (cut > 0) body.Add(Lane("Long waits", line.cutWaits, "cut", Grouped(cut) + ", drawn short"));

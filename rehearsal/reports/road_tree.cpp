@@ -19,7 +19,9 @@ RoadTree& BranchFor(RoadTree& tree, const Answer& answer) {
 }
 
 void OpenPlaces(RoadTree& root, std::size_t limit) {
-  const auto isSmaller = [](const RoadTree* left, const RoadTree* right) { return left->roads < right->roads; };
+  const auto isSmaller = [](const RoadTree* left, const RoadTree* right) {
+    return left->roads < right->roads;
+  };
   std::priority_queue<RoadTree*, std::vector<RoadTree*>, decltype(isSmaller)> places(isSmaller);
   places.push(&root);
   std::size_t told = 1;

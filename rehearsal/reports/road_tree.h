@@ -19,8 +19,8 @@ struct RoadTree {
   std::vector<std::size_t> Roads() const;
 };
 
-/// The whole tree. Answers of a road past `depth` are cut. Opened are the places with most roads, as long as no
-/// more than `limit` roads and bundles of roads are told.
+/// The whole tree. Answers of a road past `depth` are cut. Opened are the places with most roads, as long as
+/// no more than `limit` roads and bundles of roads are told.
 RoadTree MakeRoadTree(const Report& report, std::size_t limit, std::size_t depth);
 
 }  // namespace varnok::rehearsal

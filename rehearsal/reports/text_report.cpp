@@ -81,8 +81,8 @@ class TextWriter {
 
   void OneRoad(const Run& run) {
     Line("  " + EndWords(run.exitStatus, run.message) + "; " + Count(run.requests, "request") + ", " +
-         Grouped(run.writes) + " of them writes; " + TimeWords(run.microseconds) + " on a real board, of them " +
-         TimeWords(run.stalled) + " in waits of the program");
+         Grouped(run.writes) + " of them changed the board; " + TimeWords(run.microseconds) +
+         " on a real board, of them " + TimeWords(run.stalled) + " in waits of the program");
     if (run.board >= report_.boards.size()) return;
     const BoardAfter& board = report_.boards[run.board];
     Title("The board: " + ChangeSummary(board));
@@ -119,7 +119,7 @@ class TextWriter {
   void Roads() {
     Title(Count(report_.roads.size(), "road"));
     TextTable table({true, true, true, true, true, false, false});
-    table.Row({"road", "status", "requests", "writes", "time", "board", "answers"});
+    table.Row({"road", "status", "requests", "changes", "time", "board", "answers"});
     const std::size_t shown = Limit(report_.roads.size(), 16);
     for (std::size_t i = 0; i < shown; ++i) {
       const Road& road = report_.roads[i];

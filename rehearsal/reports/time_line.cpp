@@ -25,18 +25,14 @@ std::vector<Wait> FindWaits(const Run& run) {
   return waits;
 }
 
-/// No wait is drawn longer than this: an eighth of all that is not a long wait.
-std::uint64_t LongestDrawn(const Run& run, const std::vector<Wait>& waits) {
+/// No wait is drawn longer than twenty usual ones: a wait of minutes would leave no room for the rest.
+std::uint64_t LongestDrawn(const std::vector<Wait>& waits) {
+  if (waits.empty()) return 0;
   std::vector<std::uint64_t> lengths;
-  std::uint64_t sum = 0;
-  for (const Exchange& exchange : run.traffic) sum += LengthOf(exchange);
   for (const Wait& wait : waits) lengths.push_back(wait.length);
-  std::sort(lengths.begin(), lengths.end());
-  for (const std::uint64_t length : lengths) {
-    if (sum > 0 && length > sum / 2) break;
-    sum += length;
-  }
-  return std::max<std::uint64_t>(sum / 8, 1);
+  const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
+  std::nth_element(lengths.begin(), middle, lengths.end());
+  return *middle * 20;
 }
 
 /// Puts a stretch behind the others, or makes the last one longer where they touch.
@@ -58,7 +54,7 @@ void Append(std::vector<Stretch>& stretches, std::uint64_t begin, std::uint64_t 
 TimeLine MakeTimeLine(const Run& run) {
   TimeLine line;
   line.waits = FindWaits(run);
-  const std::uint64_t longest = LongestDrawn(run, line.waits);
+  const std::uint64_t longest = LongestDrawn(line.waits);
   std::uint64_t total = 0;
   for (Wait& wait : line.waits) {
     wait.isCut = wait.length > longest;

@@ -8,7 +8,7 @@ import tempfile
 
 class Browser:
     def __init__(self):
-        self.folder = tempfile.TemporaryDirectory()
+        self.folder = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
         commands, self.send_end = os.pipe()
         self.read_end, answers = os.pipe()
 
