@@ -1,0 +1,122 @@
+#include "rehearsal/reports/findings.h"
+
+#include <algorithm>
+
+#include "rehearsal/reports/fault_groups.h"
+#include "rehearsal/reports/words.h"
+
+namespace varnok::rehearsal {
+namespace {
+
+struct CellRule {
+  Cell cell;
+  Weight weight;
+  std::string_view rule;
+};
+constexpr CellRule kCellRules[] = {{Cell::FalseSuccess, Weight::Grave, "false-success"},
+                                   {Cell::CannotBeShown, Weight::Grave, "cannot-be-shown"},
+                                   {Cell::NoWayBack, Weight::Grave, "no-way-back"},
+                                   {Cell::Stuck, Weight::Warning, "stuck"},
+                                   {Cell::Endless, Weight::Warning, "endless"}};
+
+void AddFaults(const Report& report, std::vector<Finding>& findings) {
+  const auto counts = CountCells(report);
+  const std::vector<FaultGroup> groups = GraveGroups(report);
+  for (const CellRule& row : kCellRules) {
+    const std::size_t count = counts[static_cast<std::size_t>(row.cell)];
+    if (count == 0) continue;
+    const auto group = std::find_if(groups.begin(), groups.end(),
+                                    [&row](const FaultGroup& g) { return g.cell == row.cell; });
+    const std::string names = RequestNames(report, *group);
+    findings.push_back(
+        {row.weight, row.rule, Count(count, "fault") + ": " + std::string(WordsOf(row.cell).meaning),
+         "of " + Grouped(report.faults.size()) + ", most of them: " + KindsWords(*group, 2) + " at request " +
+             Ranges(group->requests, 6) + (names.empty() ? "" : " (" + names + ")"),
+         "faults"});
+  }
+}
+
+void AddRoads(const Report& report, std::vector<Finding>& findings) {
+  if (report.brokenRoads.empty()) return;
+  const Road& first = report.roads[report.brokenRoads.front()];
+  findings.push_back({Weight::Grave, "broken-road",
+                      Count(report.brokenRoads.size(), "road") + " that end" +
+                          (report.brokenRoads.size() == 1 ? "s" : "") +
+                          " in an error after something was written",
+                      "road " + Ranges(FromOne(report.brokenRoads)) + ": " +
+                          EndWords(first.run.exitStatus, first.run.message),
+                      "roads"});
+}
+
+void AddScript(const Report& report, std::vector<Finding>& findings) {
+  const std::vector<std::size_t> lines = report.UnreachedLines();
+  // Without all roads a line that the one road does not reach says nothing.
+  if (report.isAllRoads && !lines.empty())
+    findings.push_back(
+        {Weight::Warning, "unreached", Count(lines.size(), "line") + " of the script that no road reaches",
+         "line " + Ranges(lines) + ", first: " + Shortened(report.script[lines.front() - 1].text, 60),
+         "script"});
+  if (report.isAllRoads && !report.unsetTags.empty()) {
+    std::string tags;
+    for (std::size_t i = 0; i < std::min<std::size_t>(report.unsetTags.size(), 12); ++i)
+      tags += (i == 0 ? "" : ", ") + Shortened(report.unsetTags[i], 40);
+    if (report.unsetTags.size() > 12) tags += ", …";
+    findings.push_back({Weight::Warning, "unset-tag",
+                        Count(report.unsetTags.size(), "tag") + " that no road sets", tags, "script"});
+  }
+}
+
+void AddRemarks(const Report& report, std::vector<Finding>& findings) {
+  if (report.roadsCut > 0)
+    findings.push_back({Weight::Warning, "cut", Count(report.roadsCut, "alternative") + " left out",
+                        "the limit of roads was reached: what lies behind them is not known", "roads"});
+  const std::vector<std::vector<std::size_t>> groups = report.EqualRoads();
+  if (groups.empty()) return;
+  std::string detail;
+  for (std::size_t i = 0; i < std::min<std::size_t>(groups.size(), 6); ++i)
+    detail += (i == 0 ? "" : "; ") + Ranges(FromOne(groups[i]), 6);
+  if (groups.size() > 6) detail += "; …";
+  findings.push_back({Weight::Remark, "equal-roads",
+                      Count(groups.size(), "group") + " of roads that leave equal boards", detail, "roads"});
+}
+
+}  // namespace
+
+std::vector<Finding> FindingsOf(const Report& report) {
+  std::vector<Finding> findings;
+  AddFaults(report, findings);
+  AddRoads(report, findings);
+  AddScript(report, findings);
+  AddRemarks(report, findings);
+  std::stable_sort(findings.begin(), findings.end(),
+                   [](const Finding& left, const Finding& right) { return left.weight < right.weight; });
+  return findings;
+}
+
+std::string_view WordOf(Weight weight) {
+  return weight == Weight::Grave ? "grave" : weight == Weight::Warning ? "warning" : "remark";
+}
+
+std::size_t SeriousCount(const std::vector<Finding>& findings) {
+  return static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(), [](const Finding& finding) {
+    return finding.weight != Weight::Remark;
+  }));
+}
+
+std::string Verdict(const Report& report, const std::vector<Finding>& findings) {
+  const auto count = [&findings](Weight weight) {
+    return static_cast<std::size_t>(
+        std::count_if(findings.begin(), findings.end(),
+                      [weight](const Finding& finding) { return finding.weight == weight; }));
+  };
+  std::string text;
+  if (count(Weight::Grave) > 0) text = Count(count(Weight::Grave), "grave finding");
+  if (count(Weight::Warning) > 0)
+    text += (text.empty() ? "" : " and ") + Count(count(Weight::Warning), "warning");
+  if (text.empty()) text = "Nothing found";
+  text += " on " + Count(report.roads.size(), "road");
+  if (report.hasFaults) text += " and under " + Count(report.faults.size(), "fault");
+  return text + ".";
+}
+
+}  // namespace varnok::rehearsal

@@ -1,0 +1,132 @@
+#include <algorithm>
+#include <map>
+
+#include "rehearsal/reports/html_parts.h"
+#include "rehearsal/reports/time_line.h"
+#include "rehearsal/reports/told_roads.h"
+#include "rehearsal/reports/words.h"
+
+namespace varnok::rehearsal {
+namespace {
+
+constexpr std::size_t kShownWaits = 8;
+constexpr std::size_t kShownCommands = 24;
+
+Element Lane(std::string_view name, const std::vector<Stretch>& stretches, std::string_view style,
+             std::string_view label) {
+  std::vector<Bar> bars;
+  for (const Stretch& stretch : stretches) bars.push_back({stretch.begin, stretch.length, style});
+  Element row("tr");
+  return row.Add(Element("th").Set("scope", "row").Text(name))
+      .Add(Element("td").Add(Strip(TimeLine::kUnits, bars, label)))
+      .Add(CellOfText(label, "areas"));
+}
+
+Element LaneTable(const Run& run, const TimeLine& line) {
+  std::size_t writes = 0;
+  std::size_t lost = 0;
+  for (const Exchange& exchange : run.traffic) {
+    writes += exchange.isWrite ? 1 : 0;
+    lost += exchange.isAnswered ? 0 : 1;
+  }
+  std::uint64_t waited = 0;
+  std::size_t cut = 0;
+  for (const Wait& wait : line.waits) {
+    waited += wait.length;
+    cut += wait.isCut ? 1 : 0;
+  }
+  Element body("tbody");
+  body.Add(Lane("Reads", line.reads, "read", Count(run.traffic.size() - writes, "request")))
+      .Add(Lane("Writes", line.writes, "write",
+                Count(writes, "request") + ", " + Grouped(run.writes) + " changed the board"));
+  if (lost > 0) body.Add(Lane("Lost", line.lost, "lost", Count(lost, "request") + " without an answer"));
+  body.Add(Lane("Waits", line.shortWaits, "wait", TimeWords(waited) + " in all"));
+  if (cut > 0) body.Add(Lane("Long waits", line.cutWaits, "cut", Grouped(cut) + ", drawn short"));
+  Element table("table");
+  return table.Class("map lanes")
+      .Add(HeadRow({"Lane", "0 s to " + TimeWords(run.microseconds), "In all"}))
+      .Add(body);
+}
+
+std::string NameOfRequest(const Run& run, std::size_t number) {
+  if (number == 0) return "the start";
+  if (number > run.traffic.size()) return "the end";
+  return "request " + std::to_string(number) + " (" + run.traffic[number - 1].name + ")";
+}
+
+Element WaitTable(const Run& run, const TimeLine& line) {
+  std::vector<Wait> longest = line.waits;
+  std::stable_sort(longest.begin(), longest.end(),
+                   [](const Wait& left, const Wait& right) { return left.length > right.length; });
+  longest.resize(std::min(longest.size(), kShownWaits));
+  Element body("tbody");
+  for (const Wait& wait : longest) {
+    Element row("tr");
+    body.Add(row.Add(CellOfText(TimeWords(wait.length), "number"))
+                 .Add(CellOfText(TimeWords(wait.begun), "number"))
+                 .Add(CellOfText("between " + NameOfRequest(run, wait.before - 1) + " and " +
+                                 NameOfRequest(run, wait.before))));
+  }
+  Element table("table");
+  Element fold = Foldable(Element("span").Text("The longest waits"), false);
+  fold.Add(table.Class("plain").Add(HeadRow({"Wait", "Begins at", "Where"})).Add(body));
+  AddRest(fold, line.waits.size(), longest.size(), "wait");
+  return fold;
+}
+
+Element CommandTable(const Run& run) {
+  struct Sum {
+    std::size_t requests = 0;
+    std::size_t refused = 0;
+    std::uint64_t time = 0;
+  };
+  std::map<std::string, Sum> byName;
+  for (const Exchange& exchange : run.traffic) {
+    Sum& sum = byName[exchange.name];
+    ++sum.requests;
+    sum.refused += exchange.isAnswered && exchange.completionCode == 0 ? 0 : 1;
+    sum.time += exchange.ended > exchange.begun ? exchange.ended - exchange.begun : 0;
+  }
+  std::vector<std::pair<std::string, Sum>> commands(byName.begin(), byName.end());
+  std::stable_sort(commands.begin(), commands.end(), [](const auto& left, const auto& right) {
+    return left.second.requests > right.second.requests;
+  });
+  const std::size_t shown = std::min(commands.size(), kShownCommands);
+  Element body("tbody");
+  for (std::size_t i = 0; i < shown; ++i) {
+    const auto& [name, sum] = commands[i];
+    Element row("tr");
+    body.Add(row.Add(Element("th").Set("scope", "row").Text(name))
+                 .Add(CellOfText(Grouped(sum.requests), "number"))
+                 .Add(CellOfText(Grouped(sum.refused), "number"))
+                 .Add(CellOfText(TimeWords(sum.time), "number")));
+  }
+  Element table("table");
+  Element fold = Foldable(Element("span").Text(Count(commands.size(), "command")), false);
+  fold.Add(table.Class("plain").Add(HeadRow({"Command", "Requests", "Refused or lost", "Time"})).Add(body));
+  AddRest(fold, commands.size(), shown, "command");
+  return fold;
+}
+
+}  // namespace
+
+Element TrafficChapter(const Report& report) {
+  Element chapter = Chapter("traffic", "Time line");
+  const std::vector<std::size_t> roads = ToldRoads(report);
+  chapter.Add(
+      Aside("Requests and the waits between them in virtual time: " +
+            std::string(roads.size() > 1 ? "one road for each board." : "the road that was rehearsed.")));
+  for (const std::size_t road : roads) {
+    const Run& run = report.roads[road].run;
+    const TimeLine line = MakeTimeLine(run);
+    Element summary("span");
+    summary.Add(Element("b").Text(RoadName(road)))
+        .Text(", " + Count(run.traffic.size(), "request") + ", " + TimeWords(run.microseconds) +
+              ", of them " + TimeWords(run.stalled) + " in waits of the program");
+    Element fold = Foldable(summary, road == roads.front());
+    chapter.Add(fold.Add(LaneTable(run, line)).Add(WaitTable(run, line)).Add(CommandTable(run)));
+  }
+  return chapter;
+}
+
+}  // namespace varnok::rehearsal
