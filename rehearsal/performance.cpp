@@ -90,6 +90,11 @@ sim::FaultRule Silence() {
 
 }  // namespace
 
+void Answerer::CannotFail(Performance& run, const Question& question) {
+  run.GiveUp("line " + std::to_string(question.line) + ": " + question.text +
+             " asks nothing that could fail");
+}
+
 Performance::Performance(Stage& stage, Answerer& answerer, std::function<void(Outcome&)> end,
                          const Limits& limits)
     : HostFirmware(stage.TheBoard()),
@@ -304,8 +309,7 @@ void Performance::Probes(const CCfgCommand& probe) {
 void Performance::IsProbed(Status& status, bool& isFound) {
   const bool hasAsked = outcome_.run.traffic.size() > requestsBeforeProbe_;
   if (probeEnd_ == ProbeEnd::Failing) stage_.TheBoard().TheBmc().Faults().RemoveLast();
-  if (probeEnd_ == ProbeEnd::Failing && !hasAsked)
-    GiveUp("the probe \"" + probe_.text + "\" asks nothing that could fail");
+  if (probeEnd_ == ProbeEnd::Failing && !hasAsked) answerer_.CannotFail(*this, probe_);
   const bool isForced = probeEnd_ != ProbeEnd::AsBoard && probeEnd_ != ProbeEnd::Failing;
   if (isForced) {
     isFound =
@@ -314,6 +318,11 @@ void Performance::IsProbed(Status& status, bool& isFound) {
   }
   const bool hasFailed = status != kSuccess || probeEnd_ == ProbeEnd::Failing;
   Learn({.question = probe_, .text = hasFailed ? "failing" : isFound ? "yes" : "no"});
+}
+
+void Performance::Commits() {
+  Settle(false);
+  answerer_.Commit(*this);
 }
 
 // --- The traffic ---

@@ -90,6 +90,8 @@ class Answerer {
   /// The answer to a question; nothing when a person at the keyboard is to answer it.
   virtual std::optional<std::string> Answer(Performance& run, const Inquiry& inquiry) = 0;
   virtual ProbeEnd ChooseProbeEnd(Performance&, const Question&) { return ProbeEnd::AsBoard; }
+  /// A probe that was to fail has asked nothing that could.
+  virtual void CannotFail(Performance& run, const Question& question);
   /// What a question or a probe came to.
   virtual void Learn(Performance&, const Given&) {}
   virtual void Commit(Performance&) {}
@@ -123,6 +125,8 @@ class Performance : public host::HostFirmware, public ScriptWatcher, public sim:
   /// So far; the images, lines and tags are filled in at the end.
   Outcome& SoFar() { return outcome_; }
   const std::set<std::string>& Tags() const { return tags_; }
+  /// Those that were set at any time.
+  const std::set<std::string>& TagsEver() const { return tagsEver_; }
   const std::set<std::size_t>& Lines() const { return lines_; }
   /// What the commands so far have done that is neither a tag nor on the board: which of them ran, with the
   /// values that were typed.
@@ -147,7 +151,7 @@ class Performance : public host::HostFirmware, public ScriptWatcher, public sim:
   void ClearsTag(std::string_view name) override;
   void Probes(const CCfgCommand& probe) override;
   void IsProbed(Status& status, bool& isFound) override;
-  void Commits() override { answerer_.Commit(*this); }
+  void Commits() override;
 
   // The traffic.
   void Asked(const sim::Controller& controller, const sim::Request& request) override;

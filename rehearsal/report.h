@@ -95,6 +95,7 @@ struct Road {
   Run run{};
   std::optional<std::size_t>
       joins{};                       ///< from here on it goes as this road did: no run of its own to the end
+  std::size_t joinsAt = 0;           ///< behind so many of that road's answers
   std::vector<std::size_t> lines{};  ///< of the script that it reached, from 1
 };
 

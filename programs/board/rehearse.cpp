@@ -1,13 +1,14 @@
 // varnok-board rehearse: what a script or a load file does to a board, on one road or on all of them.
-#include "rehearsal/rehearse.h"
-
 #include <algorithm>
+#include <charconv>
+#include <thread>
 
 #include "boards/folder.h"
 #include "programs/board/command.h"
 #include "programs/board/output.h"
 #include "programs/board/rehearsal_output.h"
 #include "rehearsal/answers.h"
+#include "rehearsal/roads.h"
 #include "sim/board_source.h"
 
 namespace varnok::companion {
@@ -21,6 +22,8 @@ constexpr Option kOptions[] = {
     {"--board", "FOLDER", "The board, which stays as it is; else VARNOK_BOARD, else the default board"},
     {"--answers", "FILE", "Answer the questions from this file; else from the keyboard"},
     {"--record", "FILE", "Write the answers that were given into this file"},
+    {"--all-roads", "", "Go every road through the script: each answer, and each outcome of a probe"},
+    {"--limit", "N", "The most roads of --all-roads; 10000 without it"},
     {"--keep", "FOLDER", "Make a board folder of what the board holds afterwards"},
     kReportHtml,
     kReportJunit,
@@ -60,6 +63,18 @@ std::unique_ptr<Answerer> MakeAnswerer(const Arguments& arguments, std::string& 
   return nullptr;
 }
 
+int Explore(const Arguments& arguments, Stage& stage) {
+  RoadOptions options{.cores = std::max(1u, std::thread::hardware_concurrency())};
+  const std::string limit = arguments.Value("--limit", "10000");
+  const char* end = limit.data() + limit.size();
+  if (std::from_chars(limit.data(), end, options.limit).ptr != end || options.limit == 0)
+    return Fail("--limit: \"" + limit + "\" is no number of roads", kWrongUse);
+  Report report;
+  std::string error;
+  if (!GoAllRoads(stage, options, report, error)) return Fail(error);
+  return TellReport(report, arguments);
+}
+
 int Run(const Arguments& arguments) {
   std::string folder, error;
   if (!FindFolder(arguments, folder, error)) return Fail(error);
@@ -67,6 +82,7 @@ int Run(const Arguments& arguments) {
   if (answerer == nullptr) return Fail(error);
   const std::unique_ptr<Stage> stage = Stage::Open(folder, ProgramArguments(arguments), error);
   if (stage == nullptr) return Fail(error);
+  if (arguments.Has("--all-roads")) return Explore(arguments, *stage);
   const bool isLive = !arguments.Has("--answers");
   if (isLive && arguments.Has("--json"))
     return Fail("--json needs --answers: without them the console is the program's", kWrongUse);
