@@ -21,9 +21,9 @@ constexpr Option kOptions[] = {
      Option::OneOrMore},
     {"--board", "FOLDER", "The board, which stays as it is; else VARNOK_BOARD, else the default board"},
     {"--answers", "FILE", "Answer the questions from this file; else from the keyboard"},
-    {"--record", "FILE", "Write the answers that were given into this file"},
     {"--all-roads", "", "Go every road through the script: each answer, and each outcome of a probe"},
     {"--limit", "N", "The most roads of --all-roads; 10000 without it"},
+    {"--record", "FILE", "Write the answers that were given into this file"},
     {"--keep", "FOLDER", "Make a board folder of what the board holds afterwards"},
     kReportHtml,
     kReportJunit,
@@ -63,43 +63,60 @@ std::unique_ptr<Answerer> MakeAnswerer(const Arguments& arguments, std::string& 
   return nullptr;
 }
 
-int Explore(const Arguments& arguments, Stage& stage) {
-  RoadOptions options{.cores = std::max(1u, std::thread::hardware_concurrency())};
-  const std::string limit = arguments.Value("--limit", "10000");
+/// Which option stands where it has no meaning; empty when none does.
+std::string MisplacedOption(const Arguments& arguments) {
+  const bool isAllRoads = arguments.Has("--all-roads");
+  for (const char* name : {"--answers", "--record", "--keep"})
+    if (isAllRoads && arguments.Has(name)) return std::string(name) + " is for one road, not for --all-roads";
+  if (!isAllRoads && arguments.Has("--limit")) return "--limit is for --all-roads";
+  if (!isAllRoads && !arguments.Has("--answers") && arguments.Has("--json"))
+    return "--json needs --answers: without them the console is the program's";
+  return {};
+}
+
+int GoAll(const Arguments& arguments, Stage& stage) {
+  RoadOptions options{.cores = std::max(1U, std::thread::hardware_concurrency())};
+  const std::string limit = arguments.Value("--limit", std::to_string(options.limit));
   const char* end = limit.data() + limit.size();
   if (std::from_chars(limit.data(), end, options.limit).ptr != end || options.limit == 0)
     return Fail("--limit: \"" + limit + "\" is no number of roads", kWrongUse);
+  Progress progress;
+  options.progress = [&](std::size_t roads) { progress.Show("Roads", roads, options.limit); };
   Report report;
   std::string error;
-  if (!GoAllRoads(stage, options, report, error)) return Fail(error);
-  return TellReport(report, arguments);
+  const bool isDone = GoAllRoads(stage, options, report, error);
+  progress.Clear();
+  return isDone ? TellReport(report, arguments) : Fail(error);
+}
+
+int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
+  const bool isLive = !arguments.Has("--answers");
+  Outcome outcome;
+  std::string error;
+  if (!RunOnce(stage, answerer, outcome, error, isLive)) return Fail(error);
+  if (!isLive && !arguments.Has("--json")) PrintLine(outcome.run.transcript);
+  if (arguments.Has("--record") && !WriteText(arguments.Value("--record"), AnswerText(outcome.given)))
+    return kFailed;
+  if (arguments.Has("--keep") && !stage.Save(arguments.Value("--keep"), outcome.images, error))
+    return Fail(error);
+  const std::vector<std::string> problems = outcome.problems;
+  ReportBuilder builder(stage);
+  builder.Add(std::move(outcome));
+  const int status = TellReport(builder.Finish(), arguments);
+  for (const std::string& problem : problems) Fail(problem);
+  return problems.empty() ? status : kFailed;
 }
 
 int Run(const Arguments& arguments) {
+  if (const std::string misplaced = MisplacedOption(arguments); !misplaced.empty())
+    return Fail(misplaced, kWrongUse);
   std::string folder, error;
   if (!FindFolder(arguments, folder, error)) return Fail(error);
   const std::unique_ptr<Answerer> answerer = MakeAnswerer(arguments, error);
   if (answerer == nullptr) return Fail(error);
   const std::unique_ptr<Stage> stage = Stage::Open(folder, ProgramArguments(arguments), error);
   if (stage == nullptr) return Fail(error);
-  if (arguments.Has("--all-roads")) return Explore(arguments, *stage);
-  const bool isLive = !arguments.Has("--answers");
-  if (isLive && arguments.Has("--json"))
-    return Fail("--json needs --answers: without them the console is the program's", kWrongUse);
-  Outcome outcome;
-  if (!RunOnce(*stage, *answerer, outcome, error, isLive)) return Fail(error);
-  if (!isLive && !arguments.Has("--json")) PrintLine(outcome.run.transcript);
-  if (arguments.Has("--record") && !WriteText(arguments.Value("--record"), AnswerText(outcome.given)))
-    return kFailed;
-  if (arguments.Has("--keep") && !stage->Save(arguments.Value("--keep"), outcome.images, error))
-    return Fail(error);
-  const std::vector<std::string> problems = outcome.problems;
-  ReportBuilder builder(*stage);
-  builder.Add(std::move(outcome));
-  const Report report = builder.Finish();
-  const int status = TellReport(report, arguments);
-  for (const std::string& problem : problems) Fail(problem);
-  return problems.empty() ? status : kFailed;
+  return arguments.Has("--all-roads") ? GoAll(arguments, *stage) : GoOne(arguments, *stage, *answerer);
 }
 
 }  // namespace
