@@ -37,15 +37,21 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
 }
 
 void AddRoads(const Report& report, std::vector<Finding>& findings) {
-  if (report.brokenRoads.empty()) return;
-  const Road& first = report.roads[report.brokenRoads.front()];
-  findings.push_back({Weight::Grave, "broken-road",
-                      Count(report.brokenRoads.size(), "road") + " that end" +
-                          (report.brokenRoads.size() == 1 ? "s" : "") +
-                          " in an error after something was written",
-                      "road " + Ranges(FromOne(report.brokenRoads)) + ": " +
-                          EndWords(first.run.exitStatus, first.run.message),
-                      "roads"});
+  std::vector<std::size_t> failed;  // before they wrote anything
+  for (std::size_t i = 0; i < report.roads.size(); ++i) {
+    const Run& run = report.roads[i].run;
+    if (!report.roads[i].joins && run.exitStatus != 0 && run.writes == 0) failed.push_back(i);
+  }
+  const auto add = [&](Weight weight, std::string_view rule, const std::vector<std::size_t>& roads, const char* how) {
+    if (roads.empty()) return;
+    const Run& first = report.roads[roads.front()].run;
+    findings.push_back({weight, rule, Count(roads.size(), "road") + how,
+                        "road " + Ranges(FromOne(roads)) + ": " + EndWords(first.exitStatus, first.message), "roads"});
+  };
+  add(Weight::Grave, "broken-road", report.brokenRoads, " with an error after something was written");
+  // Among all roads there are those that a script ends on purpose.
+  add(report.isAllRoads ? Weight::Remark : Weight::Warning, "failed-road", failed,
+      " with another status than 0, nothing written");
 }
 
 void AddScript(const Report& report, std::vector<Finding>& findings) {
@@ -74,7 +80,8 @@ void AddRemarks(const Report& report, std::vector<Finding>& findings) {
   if (groups.empty()) return;
   std::string detail;
   for (std::size_t i = 0; i < std::min<std::size_t>(groups.size(), 6); ++i)
-    detail += (i == 0 ? "" : "; ") + Ranges(FromOne(groups[i]), 6);
+    detail += (i == 0 ? "road " : "; ") + Ranges(FromOne(groups[i]), 6) + ": board " +
+              BoardName(report.roads[groups[i].front()].run.board);
   if (groups.size() > 6) detail += "; …";
   findings.push_back({Weight::Remark, "equal-roads",
                       Count(groups.size(), "group") + " of roads that leave equal boards", detail, "roads"});
