@@ -1,10 +1,12 @@
 #include "rehearsal/explorer.h"
 
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <limits>
 
 #include "rehearsal/hash.h"
@@ -14,7 +16,21 @@ namespace varnok::rehearsal {
 namespace {
 
 constexpr std::uint64_t kImagesSalt = 0x696D616765730001;
+/// Each decision on a road has a process that waits for its turn.
+constexpr std::size_t kDeepest = 1000;
 constexpr ProbeEnd kProbeEnds[] = {ProbeEnd::AsBoard, ProbeEnd::Other, ProbeEnd::Failing};
+
+/// A process's turn has come: it may run in its parent's place, or beside others.
+constexpr int kTurnSignal = SIGUSR1;
+constexpr int kBesideSignal = SIGUSR2;
+
+sigset_t TurnSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, kTurnSignal);
+  sigaddset(&signals, kBesideSignal);
+  return signals;
+}
 
 std::uint64_t TrafficHash(const std::vector<Exchange>& traffic) {
   std::uint64_t hash = traffic.size();
@@ -49,6 +65,8 @@ std::vector<std::string> AlternativesOf(const Inquiry& inquiry) {
 }
 
 void Explorer::Go() {
+  const sigset_t signals = TurnSignals();
+  sigprocmask(SIG_BLOCK, &signals, nullptr);
   Performance(stage_, *this, [this](Outcome& outcome) {
     LeaveLeaf(outcome);
     EndProcess();
@@ -96,35 +114,52 @@ void Explorer::Enter(Performance& run, const Question& question,
   if (!isNew) EndProcess();
 }
 
-/// True in the process that goes on with the step.
-bool Explorer::Fork(const Step& step) {
-  if (!shared_.BeginRoad()) return false;
-  const bool isBeside = shared_.TakeCore();
-  const Child child{.process = fork(), .step = step};
-  if (child.process == 0) {
+/// True in the process that is to go on with what `rest` begins, once its turn has come.
+bool Explorer::ForkRest(const Step& rest) {
+  const pid_t self = getpid();
+  const pid_t process = fork();
+  if (process < 0) return false;
+  if (process == 0) {
     children_.clear();
-    hasCore_ = isBeside;
+    AwaitTurn(self);
     return true;
   }
-  if (child.process > 0 && isBeside) children_.push_back(child);
-  if (child.process > 0 && !isBeside) Reap(child);
-  if (child.process < 0) {
-    if (isBeside) shared_.GiveCore();
-    shared_.CutRoad();
-  }
+  children_.push_back({.process = process, .first = rest, .depth = path_.size()});
+  if (shared_.TakeCore()) Wake(children_.back(), kBesideSignal);
   return false;
+}
+
+/// Should the parent die, its children's turn has come as well.
+void Explorer::AwaitTurn(pid_t parent) {
+  prctl(PR_SET_PDEATHSIG, kTurnSignal);
+  int signal = kTurnSignal;
+  const sigset_t signals = TurnSignals();
+  if (getppid() == parent) sigwait(&signals, &signal);
+  if (shared_.IsAbandoned()) _exit(0);
+  hasCore_ = signal == kBesideSignal;
+}
+
+void Explorer::Wake(Child& child, int signal) {
+  child.isAwake = true;
+  kill(child.process, signal);
 }
 
 std::size_t Explorer::Choose(Performance& run, const Question& question,
                              const std::vector<std::string>& alternatives) {
   Enter(run, question, alternatives);
-  Step step{.state = state_};
   for (std::uint32_t i = 0;; ++i) {
-    step.alternative = i;
-    step.text = alternatives[i];
-    if (i + 1 < alternatives.size() && !Fork(step)) continue;
-    path_.push_back(step);
-    return i;
+    const std::size_t rest = alternatives.size() - 1 - i;
+    const bool isTooDeep = rest != 0 && path_.size() >= kDeepest;
+    if (isTooDeep) shared_.Cut(rest);
+    const bool isRest = rest != 0 && !isTooDeep &&
+                        ForkRest({.state = state_, .alternative = i + 1, .text = alternatives[i + 1]});
+    if (!isRest) {
+      path_.push_back({.state = state_, .alternative = i, .text = alternatives[i]});
+      return i;
+    }
+    if (shared_.BeginRoad()) continue;
+    shared_.Cut(rest);
+    EndProcess();
   }
 }
 
@@ -134,7 +169,8 @@ void Explorer::Reap(const Child& child) {
   }
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
   Trace trace{.kind = TraceKind::Death, .path = path_, .outcome = OutcomeOfDeath(stage_, status)};
-  trace.path.push_back(child.step);
+  trace.path.resize(child.depth);
+  trace.path.push_back(child.first);
   results_.Add(ToWire(trace));
 }
 
@@ -147,9 +183,20 @@ void Explorer::LeaveLeaf(Outcome& outcome) {
   results_.Add(ToWire(trace));
 }
 
+/// The alternatives that this process has left are gone now, the latest first, as if it had turned back
+/// there.
 void Explorer::EndProcess() {
+  for (auto child = children_.rbegin(); child != children_.rend(); ++child) {
+    if (child->isAwake) continue;
+    const bool isBeside = shared_.TakeCore();
+    Wake(*child, isBeside ? kBesideSignal : kTurnSignal);
+    if (isBeside) continue;
+    Reap(*child);
+    child->process = 0;
+  }
   if (hasCore_) shared_.GiveCore();
-  for (const Child& child : children_) Reap(child);
+  for (const Child& child : children_)
+    if (child.process != 0) Reap(child);
   _exit(0);
 }
 

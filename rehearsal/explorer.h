@@ -1,5 +1,6 @@
 // Goes every road through a package: at each decision the process forks, one process for each answer that can
-// matter. A state that another road has been in is not left again: the road ends there.
+// matter, and the roads are gone one behind the other (or beside each other, where there are cores). A state
+// that another road has been in is not left again: the road ends there.
 //
 // What tells states apart is what can still matter: the place in the script, the tags that something behind
 // it tests, the board's files, and what the commands so far have prepared. Two roads in the same state end
@@ -35,7 +36,7 @@ struct Trace {
   TraceKind kind = TraceKind::State;
   std::uint64_t state = 0;
   Question question{};  ///< without a line where nothing is asked: all commands have been processed
-  std::vector<std::string> alternatives{};  ///< the process that saw the state takes the last of them itself
+  std::vector<std::string> alternatives{};  ///< the process that saw the state takes the first of them itself
   std::vector<Step> path{};
   Outcome outcome{};          ///< without traffic; without images where an earlier leaf has the same
   std::uint64_t images = 0;   ///< a hash
@@ -67,19 +68,24 @@ class Explorer : public Answerer {
   void Commit(Performance& run) override;
 
  private:
+  /// A process that goes on with what this one leaves at a decision.
   struct Child {
-    pid_t process;
-    Step step;
+    pid_t process;      ///< 0: it has ended
+    Step first;         ///< that it takes
+    std::size_t depth;  ///< steps in front of it
+    bool isAwake = false;
   };
 
   std::uint64_t StateAt(Performance& run, const Question& question);
   std::uint64_t ImagesHash();
-  /// Ends the process in a state that is known; else forks one for each alternative but the last, with which
-  /// this one goes on. The index of the alternative that the process is to take.
+  /// Ends the process in a state that is known. Else forks one process that is to go on with the rest of the
+  /// alternatives when this one has come to its end. The index of the alternative that the process takes.
   std::size_t Choose(Performance& run, const Question& question,
                      const std::vector<std::string>& alternatives);
   void Enter(Performance& run, const Question& question, const std::vector<std::string>& alternatives);
-  bool Fork(const Step& step);
+  bool ForkRest(const Step& rest);
+  void AwaitTurn(pid_t parent);
+  static void Wake(Child& child, int signal);
   void Reap(const Child& child);
   void LeaveLeaf(Outcome& outcome);
   [[noreturn]] void EndProcess();
@@ -89,8 +95,8 @@ class Explorer : public Answerer {
   Results& results_;
   std::vector<Step> path_;
   std::uint64_t state_ = 0;
-  std::vector<Child> children_;  ///< that run beside this process
-  bool hasCore_ = false;         ///< to give back at the end
+  std::vector<Child> children_;
+  bool hasCore_ = false;  ///< to give back at the end
   std::uint64_t imagesHash_ = 0;
   std::optional<std::uint64_t> imagesChanges_;  ///< when it was made
 };

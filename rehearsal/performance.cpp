@@ -128,7 +128,7 @@ void Performance::Finish(int status) {
   outcome_.run.exitStatus = status;
   outcome_.run.transcript = host::ToUtf8(Shown(transcript_));
   outcome_.run.errorOutput = host::ToUtf8(errorOutput_);
-  if (status != 0) outcome_.run.message = LastMessage();
+  if (status != 0) outcome_.run.message = outcome_.isEndless ? "it does not end" : LastMessage();
   outcome_.run.requests = outcome_.run.traffic.size();
   outcome_.run.microseconds = Elapsed();
   outcome_.lines.assign(lines_.begin(), lines_.end());

@@ -100,10 +100,10 @@ class Answerer {
 
 /// When a run is taken for endless.
 struct Limits {
-  std::size_t requests = 1'000'000;
+  std::size_t requests = 200'000;
   std::size_t questions = 100'000;
-  std::uint64_t microseconds = 7 * 24 * 3600 * std::uint64_t{1'000'000};
-  unsigned processorSeconds = 120;  ///< then the system ends the process
+  std::uint64_t microseconds = 24 * 3600 * std::uint64_t{1'000'000};
+  unsigned processorSeconds = 60;  ///< then the system ends the process
 };
 
 class Performance : public host::HostFirmware, public ScriptWatcher, public sim::TrafficObserver {

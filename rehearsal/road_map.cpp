@@ -44,7 +44,7 @@ void RoadMap::AddPath(const Trace& trace, const Way& end) {
   open->isInvalid = answered.isInvalid;
 }
 
-/// The process that died had gone on with the last alternative wherever it forked.
+/// The process that died had gone on with the first alternative of each state that it was the first to see.
 void RoadMap::AddDeath(Trace trace) {
   const Way* way = start ? &*start : nullptr;
   for (const Step& step : trace.path) {
@@ -56,9 +56,8 @@ void RoadMap::AddDeath(Trace trace) {
   while (way != nullptr && !way->isEnd && !way->join) {
     const State& state = states[way->state];
     if (state.alternatives.empty()) break;
-    const auto last = static_cast<std::uint32_t>(state.alternatives.size() - 1);
-    trace.path.push_back({.state = way->state, .alternative = last, .text = state.alternatives.back()});
-    const auto next = state.ways.find(last);
+    trace.path.push_back({.state = way->state, .alternative = 0, .text = state.alternatives.front()});
+    const auto next = state.ways.find(0);
     way = next == state.ways.end() ? nullptr : &next->second;
   }
   AddPath(trace, {.isEnd = true, .leaf = leaves.size()});

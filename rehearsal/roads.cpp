@@ -1,5 +1,6 @@
 #include "rehearsal/roads.h"
 
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -40,6 +41,8 @@ bool Explore(Stage& stage, const RoadOptions& options, RoadMap& map, std::size_t
   const auto shared = SharedState::Make(options.limit, options.cores, error);
   if (shared == nullptr || !results.Open(error)) return false;
   std::fflush(nullptr);
+  // A process whose parent dies becomes this one's.
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
   const pid_t child = fork();
   if (child == 0) Explorer(stage, *shared, results).Go();
   if (child < 0) {
@@ -47,6 +50,8 @@ bool Explore(Stage& stage, const RoadOptions& options, RoadMap& map, std::size_t
     return false;
   }
   const int status = Await(child, *shared, options);
+  while (waitpid(-1, nullptr, 0) > 0 || errno == EINTR) {
+  }
   bool isWhole = true;
   isWhole = results.Take([&](auto record) { isWhole = map.Take(record) && isWhole; }) && isWhole;
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {

@@ -1,8 +1,10 @@
 #include "rehearsal/shared_state.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 
 namespace varnok::rehearsal {
@@ -20,6 +22,12 @@ std::unique_ptr<SharedState> SharedState::Make(std::size_t limit, unsigned cores
   block->roads = 1;
   block->cores = static_cast<int>(cores) - 1;
   return std::unique_ptr<SharedState>(new SharedState(block, limit));
+}
+
+SharedState::SharedState(Block* block, std::size_t limit) : block_(block), limit_(limit), owner_(getpid()) {}
+
+bool SharedState::IsAbandoned() const {
+  return kill(owner_, 0) != 0;
 }
 
 SharedState::~SharedState() {
@@ -43,13 +51,7 @@ bool SharedState::Enter(std::uint64_t state) {
 bool SharedState::BeginRoad() {
   if (block_->roads.fetch_add(1) < limit_) return true;
   --block_->roads;
-  ++block_->cut;
   return false;
-}
-
-void SharedState::CutRoad() {
-  --block_->roads;
-  ++block_->cut;
 }
 
 void SharedState::DropRoad() {

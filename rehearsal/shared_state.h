@@ -2,6 +2,8 @@
 // processes may run at once.
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -22,10 +24,10 @@ class SharedState {
   /// True when nobody was there before.
   bool Enter(std::uint64_t state);
 
-  /// One more road; false when there are enough, which is counted as one that was cut.
+  /// One more road; false when there are enough.
   bool BeginRoad();
-  /// The road that was begun cannot be gone.
-  void CutRoad();
+  /// So many roads are left out.
+  void Cut(std::size_t roads) { block_->cut += roads; }
   /// The road turns out to be none.
   void DropRoad();
   std::size_t Roads() const { return block_->roads; }
@@ -34,6 +36,9 @@ class SharedState {
   /// Leave for one more process to run.
   bool TakeCore();
   void GiveCore() { ++block_->cores; }
+
+  /// The process that wanted all this is gone.
+  bool IsAbandoned() const;
 
  private:
   static constexpr std::size_t kSlots = std::size_t{1} << 22;
@@ -46,10 +51,11 @@ class SharedState {
     std::atomic<std::uint64_t> slots[kSlots];  ///< 0: free
   };
 
-  SharedState(Block* block, std::size_t limit) : block_(block), limit_(limit) {}
+  SharedState(Block* block, std::size_t limit);
 
   Block* block_;
   std::size_t limit_;
+  pid_t owner_;
 };
 
 }  // namespace varnok::rehearsal

@@ -43,11 +43,16 @@ std::vector<std::string> ProgramArguments(const Arguments& arguments) {
 }
 
 bool FindFolder(const Arguments& arguments, std::string& folder, std::string& error) {
-  folder = arguments.Value("--board");
-  if (!folder.empty()) return true;
-  const std::optional<sim::BoardSource> source = sim::FindBoard(sim::ProcessEnvironment, error);
+  const std::string named = arguments.Value("--board");
+  const auto source = named.empty() ? sim::FindBoard(sim::ProcessEnvironment, error)
+                                    : std::optional(sim::BoardSource{.folder = named});
   if (!source) return false;
   folder = source->folder.string();
+  if (!source->isDefault && !std::filesystem::is_directory(source->folder)) {
+    error = folder + ": is no board folder; varnok-board snapshot makes one of a machine";
+    return false;
+  }
+  if (source->isDefault) Note("varnok-board: the default simulated board " + folder);
   const bool isMissing = source->isDefault && !std::filesystem::exists(source->folder / sim::kBoardFile);
   return !isMissing || sim::Board::CreateDefault(source->folder, error);
 }
