@@ -52,6 +52,30 @@ std::uint64_t Stage::Changes() {
   return changes;
 }
 
+bool Stage::AreAlike(const Images& left, const Images& right) const {
+  if (left == right) return true;
+  for (std::size_t i = 0; i < names_.size(); ++i) {
+    if (left[i] == right[i]) continue;
+    if (names_[i] != fs::path(board_->Config().sdrs.file).lexically_normal().string()) return false;
+    std::vector<Bytes> records, others;
+    const auto rest = boards::SplitRecords(left[i], records);
+    const auto otherRest = boards::SplitRecords(right[i], others);
+    if (!std::equal(rest.begin(), rest.end(), otherRest.begin(), otherRest.end())) return false;
+    constexpr std::ptrdiff_t kIdSize = 2;
+    const auto areEqual = [](const Bytes& one, const Bytes& other) {
+      return std::equal(one.begin() + kIdSize, one.end(), other.begin() + kIdSize, other.end());
+    };
+    if (!std::equal(records.begin(), records.end(), others.begin(), others.end(), areEqual)) return false;
+  }
+  return true;
+}
+
+void Stage::Put(const Images& images) {
+  std::size_t next = 0;
+  for (const auto& [name, image] : board_->Images().Names()) image->Replace(images[next++]);
+  board_->TheBmc().Sdrs().Reload();
+}
+
 boards::Board Stage::BoardWith(const Images& images) const {
   const auto content = [&](const std::string& file) -> const Bytes* {
     const auto name = std::find(names_.begin(), names_.end(), fs::path(file).lexically_normal().string());
