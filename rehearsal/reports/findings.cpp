@@ -42,11 +42,13 @@ void AddRoads(const Report& report, std::vector<Finding>& findings) {
     const Run& run = report.roads[i].run;
     if (!report.roads[i].joins && run.exitStatus != 0 && run.writes == 0) failed.push_back(i);
   }
-  const auto add = [&](Weight weight, std::string_view rule, const std::vector<std::size_t>& roads, const char* how) {
+  const auto add = [&](Weight weight, std::string_view rule, const std::vector<std::size_t>& roads,
+                       const char* how) {
     if (roads.empty()) return;
     const Run& first = report.roads[roads.front()].run;
     findings.push_back({weight, rule, Count(roads.size(), "road") + how,
-                        "road " + Ranges(FromOne(roads)) + ": " + EndWords(first.exitStatus, first.message), "roads"});
+                        "road " + Ranges(FromOne(roads)) + ": " + EndWords(first.exitStatus, first.message),
+                        "roads"});
   };
   add(Weight::Grave, "broken-road", report.brokenRoads, " with an error after something was written");
   // Among all roads there are those that a script ends on purpose.

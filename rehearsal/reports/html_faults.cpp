@@ -11,6 +11,7 @@ namespace varnok::rehearsal {
 namespace {
 
 constexpr std::size_t kShownMaps = 8;
+constexpr std::size_t kShownCells = 60'000;  // after so many no other map begins
 constexpr std::size_t kShownGroups = 60;
 constexpr std::array<unsigned, kCellCount> kHeights = {10, 9, 8, 7, 6, 4, 3, 2};
 
@@ -179,7 +180,9 @@ Element FaultsChapter(const Report& report) {
   if (!groups.empty()) chapter.Add(GroupTable(report, groups));
   const std::vector<HeatMap> maps = MakeHeatMaps(report);
   chapter.Add(Element("h3").Text("By request")).Add(Aside("The higher, the graver."));
-  const std::size_t shown = std::min(maps.size(), kShownMaps);
+  std::size_t shown = 0;
+  for (std::size_t cells = 0; shown < std::min(maps.size(), kShownMaps) && cells < kShownCells; ++shown)
+    cells += maps[shown].runs;
   for (std::size_t i = 0; i < shown; ++i) {
     const HeatMap& map = maps[i];
     Element summary("span");

@@ -103,7 +103,7 @@ thead th { color: var(--soft); font-size: 0.8125rem; }
 .script th[scope=row], .script .mark { width: 1%; white-space: nowrap; text-align: right; color: var(--soft); font-size: 0.8125rem; padding: 0 0.6rem; font-weight: 400; vertical-align: top; }
 .script thead th { white-space: nowrap; padding: 0.2rem 0.6rem; background: var(--panel); }
 .script td:last-child { border-left: 1px solid var(--line); padding: 0 0.6rem; }
-.script code { white-space: pre-wrap; }
+.script code { white-space: break-spaces; }
 .script .reached .mark { color: var(--fine); }
 .script .unreached { background: color-mix(in srgb, var(--grave) 12%, var(--paper)); }
 .script .unreached .mark { color: var(--grave); font-weight: 650; }
