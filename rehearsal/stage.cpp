@@ -5,6 +5,7 @@
 
 #include "boards/folder.h"
 #include "boards/fru_image.h"
+#include "boards/sdr_record.h"
 #include "sim/error.h"
 
 namespace varnok::rehearsal {
@@ -16,6 +17,17 @@ std::vector<Area> AreasOf(const Bytes& image) {
   std::vector<Area> areas;
   for (const boards::Section& section : boards::DecodeFru(image).sections)
     areas.push_back({section.id, section.offset, section.length});
+  return areas;
+}
+
+std::vector<Area> AreasOf(const std::vector<Bytes>& records) {
+  std::vector<Area> areas;
+  std::size_t offset = 0;
+  for (const Bytes& record : records) {
+    const boards::SdrHead head = boards::HeadOf(record);
+    areas.push_back({head.name.empty() ? head.typeName : head.name, offset, record.size()});
+    offset += record.size();
+  }
   return areas;
 }
 
@@ -111,7 +123,9 @@ BoardAfter Stage::Describe(const Images& after) const {
   if (changed.board.records != source_.board.records)
     result.devices.push_back({.device = "SDR",
                               .before = boards::JoinRecords(source_.board.records),
-                              .after = boards::JoinRecords(changed.board.records)});
+                              .after = boards::JoinRecords(changed.board.records),
+                              .areasBefore = AreasOf(source_.board.records),
+                              .areasAfter = AreasOf(changed.board.records)});
   return result;
 }
 

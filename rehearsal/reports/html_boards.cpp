@@ -34,9 +34,9 @@ std::string AreasFrom(const MapRow& row, const std::vector<Area>& areas) {
   std::size_t count = 0;
   for (const Area& area : areas) {
     if (area.offset < row.offset || area.offset >= row.offset + row.length) continue;
-    if (++count <= 4) text += (text.empty() ? "" : ", ") + Shortened(area.name, 24);
+    if (++count <= 2) text += (text.empty() ? "" : ", ") + Shortened(area.name, 24);
   }
-  return count > 4 ? text + " and " + Grouped(count - 4) + " more" : text;
+  return count > 2 ? text + " and " + Grouped(count - 2) + " more" : text;
 }
 
 Element MapStrip(const MapRow& row, std::size_t rowLength) {
@@ -67,7 +67,7 @@ Element MemoryMap(std::string_view title, const Bytes& bytes, const Bytes& other
                  .Add(CellOfText(AreasFrom(row, areas), "areas")));
   }
   Element table("table");
-  return figure.Add(table.Class("map").Add(HeadRow({"Offset", "Bytes", "Areas from here"})).Add(body));
+  return figure.Add(table.Class("map").Add(HeadRow({"Offset", "Bytes", "From here"})).Add(body));
 }
 
 std::size_t ChangedIn(const DeviceImage& device, const Area& area) {
@@ -78,6 +78,7 @@ std::size_t ChangedIn(const DeviceImage& device, const Area& area) {
 }
 
 Element AreaTable(const DeviceImage& device) {
+  const std::string_view noun = device.device == "SDR" ? "record" : "area";
   Element body("tbody");
   const std::size_t shown = std::min(device.areasAfter.size(), kShownAreas);
   for (std::size_t i = 0; i < shown; ++i) {
@@ -93,10 +94,9 @@ Element AreaTable(const DeviceImage& device) {
                  .Add(CellOfText(Grouped(ChangedIn(device, area)), "number")));
   }
   Element table("table");
-  Element fold =
-      Foldable(Element("span").Text(Count(device.areasAfter.size(), "area") + " afterwards"), false);
-  fold.Add(table.Class("plain").Add(HeadRow({"Area", "Bytes at", "Length", "Changed"})).Add(body));
-  AddRest(fold, device.areasAfter.size(), shown, "area");
+  Element fold = Foldable(Element("span").Text(Count(device.areasAfter.size(), noun) + " afterwards"), false);
+  fold.Add(table.Class("plain").Add(HeadRow({"Name", "Bytes at", "Length", "Changed"})).Add(body));
+  AddRest(fold, device.areasAfter.size(), shown, noun);
   return fold;
 }
 
@@ -151,7 +151,8 @@ Element DeviceView(const DeviceImage& device, bool hasMap) {
   Element view("div");
   view.Class("device").Add(Element("h4").Text(device.device));
   if (!hasMap) return view.Add(Aside("Its map is not drawn: there are many.")).Add(HexTable(device));
-  view.Add(Aside("A row is " + std::to_string(rowLength) + " bytes. Tints are areas, bars changed bytes."))
+  view.Add(Aside("A row is " + std::to_string(rowLength) +
+                 " bytes. Tints are areas or records, bars changed bytes."))
       .Add(maps);
   if (!device.areasAfter.empty()) view.Add(AreaTable(device));
   return view.Add(HexTable(device));

@@ -58,8 +58,8 @@ nav { display: flex; flex-wrap: wrap; gap: 0.25rem 1.25rem; margin-top: 1.25rem;
 .findings .warning .weight { color: var(--warning); }
 .findings a { font-weight: 550; }
 .findings span { color: var(--soft); font-size: 0.875rem; }
-.figures { display: grid; grid-template-columns: repeat(auto-fit, minmax(9.5rem, 1fr)); gap: 1px; margin: 1.25rem 0 0; background: var(--line); border: 1px solid var(--line); }
-.figures div { background: var(--paper); padding: 0.6rem 0.8rem; }
+.figures { display: flex; flex-wrap: wrap; gap: 1px; margin: 1.25rem 0 0; background: var(--line); border: 1px solid var(--line); }
+.figures div { flex: 1 1 9.5rem; background: var(--paper); padding: 0.6rem 0.8rem; }
 .figures dt { color: var(--soft); font-size: 0.8125rem; }
 .figures dd { margin: 0; }
 .figures strong { display: block; font-size: 1.35rem; font-weight: 600; line-height: 1.3; }
@@ -119,6 +119,7 @@ figcaption { font-size: 0.875rem; font-weight: 550; }
 .map th:nth-child(3), .map .areas { width: 7.5rem; font-size: 0.75rem; line-height: 1.2; padding-left: 0.5rem; color: var(--soft); }
 .map .more .strip { opacity: 0.55; }
 .lanes th:nth-child(3), .lanes .areas { width: 11rem; }
+.lanes .strip { shape-rendering: auto; }
 .heat th:first-child { width: 15rem; padding-right: 0.75rem; font-size: 0.8125rem; color: var(--ink); }
 .heat th:nth-child(3), .heat .number { width: 4rem; }
 .heat thead th:nth-child(3) { text-align: right; }
@@ -146,7 +147,6 @@ mark { background: var(--mark); color: inherit; font-weight: 700; text-decoratio
   .maps { grid-template-columns: 1fr; }
   .findings li { grid-template-columns: 1fr; }
   .findings .weight { grid-row: auto; line-height: 1.4; }
-  .figures { grid-template-columns: 1fr 1fr; }
   .lanes th:first-child { width: 4.5rem; }
   .lanes th:nth-child(3), .lanes .areas { width: 6rem; }
   .heat th:first-child { width: 8rem; }
