@@ -90,6 +90,7 @@ Report MakeReport(std::size_t prompts, std::size_t boardCount, std::size_t fault
       run.canBeShown = kind != 5 || request % 11 != 0;
       run.rerunReaches = kind != 7 || request % 13 != 0;
       run.restoreReaches = request % 26 != 0;
+      run.isEndless = kind == 9 && request == 5;
       run.message = run.exitStatus == 0 ? "" : text;
       report.faults.push_back(run);
     }

@@ -51,6 +51,17 @@ def numbered(count, noun):
     return f"{count:,} {noun}{'' if count == 1 else 's'}"
 
 
+def result_of(fault):
+    """What a disturbed run came to, the gravest first."""
+    if fault["exitStatus"] == 0 and fault["board"] != "wanted" and not fault["isEndless"]:
+        return "false success"
+    if not fault["canBeShown"]:
+        return "cannot be shown"
+    if not fault["rerunReaches"]:
+        return "stuck" if fault["restoreReaches"] else "no way back"
+    return "endless" if fault["isEndless"] else {"wanted": "wanted board", "old": "old board"}.get(fault["board"], "rerun helps")
+
+
 class ReportTest(unittest.TestCase):
     maxDiff = None
 
@@ -72,6 +83,8 @@ class ReportTest(unittest.TestCase):
         for width, scheme in [(1280, "light"), (390, "dark")]:
             self.browser.open(page, width, scheme)
             self.assertEqual(self.browser.evaluate(OVERFLOWS), [], f"{width} pixels")
+        for fault in report.get("faults", []):
+            self.assertEqual(fault["result"], result_of(fault), fault)
         self.check_junit(report, folder / "report.xml")
 
     def check_foreign(self, page, events):
