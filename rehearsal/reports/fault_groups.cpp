@@ -84,11 +84,11 @@ std::vector<FaultGroup> GraveGroups(const Report& report) {
   return groups;
 }
 
-std::string KindsWords(const FaultGroup& group, std::size_t limit) {
+std::string KindsWords(const std::vector<std::string>& kinds, std::size_t limit) {
   std::string text;
-  for (std::size_t i = 0; i < std::min(limit, group.kinds.size()); ++i)
-    text += (i == 0 ? "" : ", ") + Printable(group.kinds[i]);
-  if (group.kinds.size() > limit) text += " and " + Count(group.kinds.size() - limit, "more kind");
+  for (std::size_t i = 0; i < std::min(limit, kinds.size()); ++i)
+    text += (i == 0 ? "" : ", ") + Printable(kinds[i]);
+  if (kinds.size() > limit) text += " and " + Count(kinds.size() - limit, "more kind");
   return text;
 }
 

@@ -51,7 +51,7 @@ struct FaultGroup {
 std::vector<FaultGroup> GraveGroups(const Report& report);
 
 /// "completion code C0h, completion code C1h and 22 more kinds"
-std::string KindsWords(const FaultGroup& group, std::size_t limit);
+std::string KindsWords(const std::vector<std::string>& kinds, std::size_t limit);
 /// "Write FRU Data" for requests of one name, "Write FRU Data, Read FRU Data" for more; empty if not known.
 std::string RequestNames(const Report& report, const FaultGroup& group);
 /// What the example came to: status and message, the board, what a rerun and restore reach.

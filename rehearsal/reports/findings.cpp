@@ -30,8 +30,8 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
     const std::string names = RequestNames(report, *group);
     findings.push_back(
         {row.weight, row.rule, Count(count, "fault") + ": " + std::string(WordsOf(row.cell).meaning),
-         "of " + Grouped(report.faults.size()) + ", most of them: " + KindsWords(*group, 2) + " at request " +
-             Ranges(group->requests, 6) + (names.empty() ? "" : " (" + names + ")"),
+         "of " + Grouped(report.faults.size()) + ", most of them: " + KindsWords(group->kinds, 2) +
+             " at request " + Ranges(group->requests, 6) + (names.empty() ? "" : " (" + names + ")"),
          "faults"});
   }
 }

@@ -128,14 +128,9 @@ Element HeatTable(const HeatMap& map, const std::vector<Exchange>& traffic) {
     const auto grave = static_cast<std::size_t>(
         std::count_if(cells->begin(), cells->end(),
                       [](const std::optional<Cell>& cell) { return cell && IsGrave(*cell); }));
-    std::string name = kinds.front();
-    if (kinds.size() > 1) name += " and " + Count(kinds.size() - 1, "more kind");
-    std::string all;
-    for (const std::string& kind : kinds) all += (all.empty() ? "" : "\n") + kind;
     Element row("tr");
     Element title("th");
-    title.Set("scope", "row").Text(name);
-    if (kinds.size() > 1) title.Set("title", all);
+    title.Set("scope", "row").Text(KindsWords(kinds, grave > 0 ? 6 : 2));
     body.Add(row.Add(title)
                  .Add(Element("td").Add(HeatStrip(*cells, map.requests, traffic)))
                  .Add(CellOfText(grave == 0 ? "–" : Grouped(grave * kinds.size()),
@@ -155,7 +150,7 @@ Element GroupTable(const Report& report, const std::vector<FaultGroup>& groups) 
     const std::string names = RequestNames(report, group);
     Element row("tr");
     body.Add(row.Add(Element("th").Set("scope", "row").Text(WordsOf(group.cell).title))
-                 .Add(CellOfText(KindsWords(group, 4)))
+                 .Add(CellOfText(KindsWords(group.kinds, 4)))
                  .Add(CellOfText(RoadName(group.road) + ", request " + Ranges(group.requests) +
                                  (names.empty() ? "" : " (" + names + ")")))
                  .Add(CellOfText(Explanation(*group.example))));

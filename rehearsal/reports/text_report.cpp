@@ -183,7 +183,7 @@ class TextWriter {
       const FaultGroup& group = groups[i];
       const std::string names = RequestNames(report_, group);
       Line("  " + std::string(WordsOf(group.cell).title) + ", " + Count(group.Runs(), "run") + " of " +
-           RoadName(group.road) + ": " + KindsWords(group, isVerbose_ ? group.kinds.size() : 3));
+           RoadName(group.road) + ": " + KindsWords(group.kinds, isVerbose_ ? group.kinds.size() : 3));
       Line("    request " + Ranges(group.requests, isVerbose_ ? group.requests.size() : 8) +
            (names.empty() ? "" : " (" + names + ")") + ": " + Explanation(*group.example));
     }
