@@ -1,6 +1,7 @@
 #include "rehearsal/reports/findings.h"
 
 #include <algorithm>
+#include <array>
 
 #include "rehearsal/reports/fault_groups.h"
 #include "rehearsal/reports/words.h"
@@ -36,11 +37,24 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
   }
 }
 
+/// Why a road ends with another status than 0.
+enum class Failure : std::uint8_t { Error, Probe, Purpose };
+
+Failure FailureOf(const Report& report, const Road& road) {
+  if (road.run.message.starts_with("Configuration file exiting due to ERRORLEVEL")) return Failure::Purpose;
+  const bool hasFailingProbe =
+      std::any_of(road.answers.begin(), road.answers.end(), [&report](const Answer& answer) {
+        return report.questions[answer.question].kind == QuestionKind::Probe && answer.text == "failing";
+      });
+  return hasFailingProbe ? Failure::Probe : Failure::Error;
+}
+
 void AddRoads(const Report& report, std::vector<Finding>& findings) {
-  std::vector<std::size_t> failed;  // before they wrote anything
+  std::array<std::vector<std::size_t>, 3> failed;  // before they wrote anything, by Failure
   for (std::size_t i = 0; i < report.roads.size(); ++i) {
-    const Run& run = report.roads[i].run;
-    if (!report.roads[i].joins && run.exitStatus != 0 && run.writes == 0) failed.push_back(i);
+    const Road& road = report.roads[i];
+    if (!road.joins && road.run.exitStatus != 0 && road.run.writes == 0)
+      failed[static_cast<std::size_t>(FailureOf(report, road))].push_back(i);
   }
   const auto add = [&](Weight weight, std::string_view rule, const std::vector<std::size_t>& roads,
                        const char* how) {
@@ -51,9 +65,9 @@ void AddRoads(const Report& report, std::vector<Finding>& findings) {
                         "roads"});
   };
   add(Weight::Grave, "broken-road", report.brokenRoads, " with an error after something was written");
-  // Among all roads there are those that a script ends on purpose.
-  add(report.isAllRoads ? Weight::Remark : Weight::Warning, "failed-road", failed,
-      " with another status than 0, nothing written");
+  add(Weight::Warning, "failed-road", failed[0], " with an error, nothing written");
+  add(Weight::Remark, "failed-probe", failed[1], " with an error behind a probe that fails, nothing written");
+  add(Weight::Remark, "ended-road", failed[2], " that the script ends by ERRORLEVEL, nothing written");
 }
 
 void AddScript(const Report& report, std::vector<Finding>& findings) {
