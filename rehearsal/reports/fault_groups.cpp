@@ -87,7 +87,7 @@ std::vector<FaultGroup> GraveGroups(const Report& report) {
 std::string KindsWords(const std::vector<std::string>& kinds, std::size_t limit) {
   std::string text;
   for (std::size_t i = 0; i < std::min(limit, kinds.size()); ++i)
-    text += (i == 0 ? "" : ", ") + Printable(kinds[i]);
+    text += (i == 0 ? "" : "; ") + Printable(kinds[i]);
   if (kinds.size() > limit) text += " and " + Count(kinds.size() - limit, "more kind");
   return text;
 }

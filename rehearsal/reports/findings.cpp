@@ -20,6 +20,13 @@ constexpr CellRule kCellRules[] = {{Cell::FalseSuccess, Weight::Grave, "false-su
                                    {Cell::Stuck, Weight::Warning, "stuck"},
                                    {Cell::Endless, Weight::Warning, "endless"}};
 
+/// How many runs of a kind of result the same package does not mend.
+std::size_t CountLasting(const Report& report, Cell cell) {
+  return static_cast<std::size_t>(
+      std::count_if(report.faults.begin(), report.faults.end(),
+                    [cell](const FaultRun& run) { return CellOf(run) == cell && !run.rerunReaches; }));
+}
+
 void AddFaults(const Report& report, std::vector<Finding>& findings) {
   const auto counts = CountCells(report);
   const std::vector<FaultGroup> groups = GraveGroups(report);
@@ -28,12 +35,19 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
     if (count == 0) continue;
     const auto group = std::find_if(groups.begin(), groups.end(),
                                     [&row](const FaultGroup& g) { return g.cell == row.cell; });
+    Finding finding{row.weight, row.rule,
+                    Count(count, "fault") + ": " + std::string(WordsOf(row.cell).meaning)};
+    if (row.cell == Cell::CannotBeShown) {
+      // After a power cut amid a write this cannot be otherwise; what counts is the way out.
+      const std::size_t lasting = CountLasting(report, row.cell);
+      finding.weight = lasting > 0 ? Weight::Grave : Weight::Warning;
+      finding.title += lasting > 0 ? "; a rerun does not mend " + Grouped(lasting) : "; a rerun mends it";
+    }
     const std::string names = RequestNames(report, *group);
-    findings.push_back(
-        {row.weight, row.rule, Count(count, "fault") + ": " + std::string(WordsOf(row.cell).meaning),
-         "of " + Grouped(report.faults.size()) + ", most of them: " + KindsWords(group->kinds, 2) +
-             " at request " + Ranges(group->requests, 6) + (names.empty() ? "" : " (" + names + ")"),
-         "faults"});
+    finding.detail = "of " + Grouped(report.faults.size()) + ", such as: " + KindsWords(group->kinds, 2) +
+                     " at request " + Ranges(group->requests, 6) + (names.empty() ? "" : " (" + names + ")");
+    finding.chapter = "faults";
+    findings.push_back(std::move(finding));
   }
 }
 

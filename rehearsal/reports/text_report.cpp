@@ -87,7 +87,7 @@ class TextWriter {
     if (run.board >= report_.boards.size()) return;
     const BoardAfter& board = report_.boards[run.board];
     Title("The board: " + ChangeSummary(board));
-    Differences(board);
+    if (isVerbose_ || !report_.hasFaults) Differences(board);
   }
 
   void Questions() {
