@@ -77,6 +77,7 @@ std::vector<FaultGroup> GraveGroups(const Report& report) {
     group.kinds.push_back(kind);
   }
   std::vector<FaultGroup> groups;
+  groups.reserve(byRequests.size());
   for (auto& [key, group] : byRequests) groups.push_back(std::move(group));
   std::stable_sort(groups.begin(), groups.end(), [](const FaultGroup& left, const FaultGroup& right) {
     return left.cell != right.cell ? left.cell < right.cell : left.Runs() > right.Runs();

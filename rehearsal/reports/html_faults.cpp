@@ -65,6 +65,7 @@ std::vector<HeatMap> MakeHeatMaps(const Report& report) {
     ++map.runs;
   }
   std::vector<HeatMap> maps;
+  maps.reserve(byRoad.size());
   for (auto& [road, map] : byRoad) maps.push_back(std::move(map));
   std::stable_sort(maps.begin(), maps.end(),
                    [](const HeatMap& left, const HeatMap& right) { return left.grave > right.grave; });
@@ -114,13 +115,13 @@ Element RequestsRow(std::size_t requests, const std::vector<Exchange>& traffic) 
 Element HeatTable(const HeatMap& map, const std::vector<Exchange>& traffic) {
   // Kinds with the same results are one row.
   std::vector<std::pair<std::vector<std::string>, const HeatRow*>> rows;
-  for (const auto& [kind, cells] : map.kinds) {
-    const auto same =
-        std::find_if(rows.begin(), rows.end(), [&cells](const auto& row) { return *row.second == cells; });
+  for (const auto& kind : map.kinds) {
+    const auto same = std::find_if(rows.begin(), rows.end(),
+                                   [&kind](const auto& row) { return *row.second == kind.second; });
     if (same == rows.end())
-      rows.push_back({{kind}, &cells});
+      rows.push_back({{kind.first}, &kind.second});
     else
-      same->first.push_back(kind);
+      same->first.push_back(kind.first);
   }
   Element body("tbody");
   body.Add(RequestsRow(map.requests, traffic));

@@ -15,6 +15,7 @@ constexpr std::size_t kShownCommands = 24;
 Element Lane(std::string_view name, const std::vector<Stretch>& stretches, std::string_view style,
              std::string_view label) {
   std::vector<Bar> bars;
+  bars.reserve(stretches.size());
   for (const Stretch& stretch : stretches) bars.push_back({stretch.begin, stretch.length, style});
   Element row("tr");
   return row.Add(Element("th").Set("scope", "row").Text(name))
