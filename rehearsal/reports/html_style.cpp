@@ -69,7 +69,7 @@ details { margin: 0.5rem 0; }
 summary { cursor: pointer; padding: 0.15rem 0; }
 table { border-collapse: collapse; width: 100%; margin: 0.5rem 0; font-size: 0.875rem; line-height: 1.4; }
 th { text-align: left; font-weight: 500; }
-thead th { color: var(--soft); font-size: 0.8125rem; }
+thead th { color: var(--soft); font-size: 0.8125rem; overflow-wrap: normal; }
 .plain th, .plain td { padding: 0.3rem 0.75rem 0.3rem 0; border-bottom: 1px solid var(--line); vertical-align: top; }
 .number { text-align: right; white-space: nowrap; }
 .plain td.number { width: 1%; }
