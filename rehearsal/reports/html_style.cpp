@@ -80,6 +80,7 @@ thead th { color: var(--soft); font-size: 0.8125rem; overflow-wrap: normal; }
 .groups th:nth-child(2) { width: 24%; }
 .groups th:nth-child(3) { width: 30%; }
 .bad { color: var(--grave); font-weight: 650; }
+pre { margin: 0.25rem 0; padding: 0.5rem 0.75rem; background: var(--panel); white-space: break-spaces; }
 .strip { display: block; width: 100%; height: 1.15rem; shape-rendering: crispEdges; }
 
 .tree { font-size: 0.9375rem; }

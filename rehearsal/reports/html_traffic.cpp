@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kShownWaits = 8;
 constexpr std::size_t kShownCommands = 24;
+constexpr std::size_t kShownConsole = 20'000;  // bytes
 
 Element Lane(std::string_view name, const std::vector<Stretch>& stretches, std::string_view style,
              std::string_view label) {
@@ -124,6 +125,14 @@ Element CommandTable(const Run& run) {
   return fold;
 }
 
+Element ConsoleText(const Run& run) {
+  const std::string text = run.transcript + (run.errorOutput.empty() ? "" : "\n" + run.errorOutput);
+  Element fold = Foldable(Element("span").Text("What the console shows"), false);
+  fold.Add(Element("pre").Add(Element("code").Text(text.substr(0, kShownConsole))));
+  if (text.size() > kShownConsole) fold.Add(Aside("It is longer; the JSON has all of it."));
+  return fold;
+}
+
 }  // namespace
 
 Element TrafficChapter(const Report& report) {
@@ -140,7 +149,10 @@ Element TrafficChapter(const Report& report) {
         .Text(", " + Count(run.traffic.size(), "request") + ", " + TimeWords(run.microseconds) +
               ", of them " + TimeWords(run.stalled) + " in waits of the program");
     Element fold = Foldable(summary, road == roads.front());
-    chapter.Add(fold.Add(LaneTable(run, line)).Add(WaitTable(run, line)).Add(CommandTable(run)));
+    chapter.Add(fold.Add(LaneTable(run, line))
+                    .Add(WaitTable(run, line))
+                    .Add(CommandTable(run))
+                    .Add(ConsoleText(run)));
   }
   return chapter;
 }
