@@ -49,8 +49,8 @@ class Trunk : public Performance {
  public:
   Trunk(Stage& stage, Answerer& answerer, const Outcome& undisturbed, const FaultChoice& choice,
         Results& results)
-      : Performance(stage, answerer, [this](Outcome& outcome) { End(outcome); },
-                    DisturbedLimits(undisturbed.run)),
+      : Performance(
+            stage, answerer, [this](Outcome& outcome) { End(outcome); }, DisturbedLimits(undisturbed.run)),
         undisturbed_(undisturbed),
         choice_(choice),
         results_(results) {}
@@ -79,7 +79,8 @@ class Trunk : public Performance {
       return true;
     }
     // Without a process this disturbance cannot be tried, which must not pass for a good end.
-    if (child < 0) Report({.kind = disturbance.name, .request = request_, .message = "no process for the run"});
+    if (child < 0)
+      Report({.kind = disturbance.name, .request = request_, .message = "no process for the run"});
     if (child > 0) children_.emplace(child, &disturbance);
     return false;
   }
@@ -176,8 +177,8 @@ class Collector {
     if (disturbed.images.empty()) disturbed.images = stage_.Before();
     FaultRun& run = disturbed.run;
     run.outcome = stage_.AreAlike(disturbed.images, undisturbed_.images) ? FaultOutcome::Wanted
-                  : stage_.AreAlike(disturbed.images, stage_.Before()) ? FaultOutcome::Old
-                                                                       : FaultOutcome::Between;
+                  : stage_.AreAlike(disturbed.images, stage_.Before())   ? FaultOutcome::Old
+                                                                         : FaultOutcome::Between;
     boardOf_.push_back(boards_.Add(std::move(disturbed.images)));
     runs_.push_back(std::move(run));
   }

@@ -318,7 +318,9 @@ void Performance::IsProbed(Status& status, bool& isFound) {
   }
   const bool hasFailed = status != kSuccess || probeEnd_ == ProbeEnd::Failing;
   Learn({.question = probe_,
-         .text = hasFailed ? "failing" : isFound ? "yes" : "no",
+         .text = hasFailed ? "failing"
+                 : isFound ? "yes"
+                           : "no",
          .isForced = probeEnd_ != ProbeEnd::AsBoard});
 }
 
