@@ -110,6 +110,37 @@ ProbeEnd GivenAnswers::ChooseProbeEnd(Performance& run, const Question& question
   return ProbeEndOf(Next(run, question).text).value_or(ProbeEnd::AsBoard);
 }
 
+/// The first of its answers that was not given yet; else the last one.
+const Given* SameAnswers::Find(const Question& question) {
+  const Given* found = nullptr;
+  for (const Given& each : given_) {
+    if (!(each.question == question)) continue;
+    found = &each;
+    if (!used_.contains(found)) break;
+  }
+  return found;
+}
+
+std::optional<std::string> SameAnswers::Answer(Performance& run, const Inquiry& inquiry) {
+  const Question& question = inquiry.question;
+  const Given* given = Find(question);
+  const bool isKey = question.kind == QuestionKind::Prompt || question.kind == QuestionKind::Header;
+  if (given == nullptr && isKey) return "Y";
+  if (given == nullptr) run.GiveUp(Place(question) + "\"" + question.text + "\" was not asked before");
+  if (given == last_)
+    run.GiveUp(Place(question) + "\"" + given->text + "\" is refused for \"" + question.text + "\"");
+  used_.insert(given);
+  last_ = given;
+  return given->text;
+}
+
+ProbeEnd SameAnswers::ChooseProbeEnd(Performance&, const Question& question) {
+  const Given* given = Find(question);
+  if (given == nullptr) return ProbeEnd::AsBoard;
+  used_.insert(given);
+  return given->isForced ? ProbeEndOf(given->text).value_or(ProbeEnd::AsBoard) : ProbeEnd::AsBoard;
+}
+
 // --- A file ---
 
 bool AnswerFile::Parse(std::string_view text, std::string& error) {

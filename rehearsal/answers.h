@@ -1,6 +1,8 @@
 // Who answers the questions of a run: a person, a file of answers, or the answers of an earlier run.
 #pragma once
 
+#include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,6 +29,24 @@ class GivenAnswers : public Answerer {
 
   std::vector<Given> given_;
   std::size_t next_ = 0;
+};
+
+/// The answers of an earlier run, by their questions: for a run that may ask them in another order, leave
+/// some out, or ask whether to go on where that one did not have to. That is answered with a yes.
+class SameAnswers : public Answerer {
+ public:
+  /// `given` must outlive it.
+  explicit SameAnswers(std::span<const Given> given) : given_(given) {}
+
+  std::optional<std::string> Answer(Performance& run, const Inquiry& inquiry) override;
+  ProbeEnd ChooseProbeEnd(Performance& run, const Question& question) override;
+
+ private:
+  const Given* Find(const Question& question);
+
+  std::span<const Given> given_;
+  std::set<const Given*> used_;
+  const Given* last_ = nullptr;
 };
 
 /// A file of answers, one a line: QUESTION = ANSWER, where the question is its text, "line 12", or a default

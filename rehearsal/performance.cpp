@@ -317,7 +317,11 @@ void Performance::IsProbed(Status& status, bool& isFound) {
     status = kSuccess;
   }
   const bool hasFailed = status != kSuccess || probeEnd_ == ProbeEnd::Failing;
-  Learn({.question = probe_, .text = hasFailed ? "failing" : isFound ? "yes" : "no"});
+  Learn({.question = probe_,
+         .text = hasFailed ? "failing"
+                 : isFound ? "yes"
+                           : "no",
+         .isForced = probeEnd_ != ProbeEnd::AsBoard});
 }
 
 void Performance::Commits() {

@@ -31,6 +31,7 @@ struct Given {
   Question question{};
   std::string text{};
   bool isInvalid = false;  ///< the program asked again
+  bool isForced = false;   ///< a probe that did not end as the board answers
 
   bool operator==(const Given&) const = default;
 };
@@ -53,7 +54,7 @@ void Transfer(Archive& archive, Question& question) {
 }
 template <class Archive>
 void Transfer(Archive& archive, Given& given) {
-  archive(given.question, given.text, given.isInvalid);
+  archive(given.question, given.text, given.isInvalid, given.isForced);
 }
 template <class Archive>
 void Transfer(Archive& archive, Exchange& exchange) {

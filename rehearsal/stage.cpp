@@ -5,6 +5,7 @@
 
 #include "boards/folder.h"
 #include "boards/fru_image.h"
+#include "boards/sdr_record.h"
 #include "sim/error.h"
 
 namespace varnok::rehearsal {
@@ -16,6 +17,17 @@ std::vector<Area> AreasOf(const Bytes& image) {
   std::vector<Area> areas;
   for (const boards::Section& section : boards::DecodeFru(image).sections)
     areas.push_back({section.id, section.offset, section.length});
+  return areas;
+}
+
+std::vector<Area> AreasOf(const std::vector<Bytes>& records) {
+  std::vector<Area> areas;
+  std::size_t offset = 0;
+  for (const Bytes& record : records) {
+    const boards::SdrHead head = boards::HeadOf(record);
+    areas.push_back({head.name.empty() ? head.typeName : head.name, offset, record.size()});
+    offset += record.size();
+  }
   return areas;
 }
 
@@ -50,6 +62,30 @@ std::uint64_t Stage::Changes() {
   std::uint64_t changes = 0;
   for (const auto& [name, image] : board_->Images().Names()) changes += image->Changes();
   return changes;
+}
+
+bool Stage::AreAlike(const Images& left, const Images& right) const {
+  if (left == right) return true;
+  for (std::size_t i = 0; i < names_.size(); ++i) {
+    if (left[i] == right[i]) continue;
+    if (names_[i] != fs::path(board_->Config().sdrs.file).lexically_normal().string()) return false;
+    std::vector<Bytes> records, others;
+    const auto rest = boards::SplitRecords(left[i], records);
+    const auto otherRest = boards::SplitRecords(right[i], others);
+    if (!std::equal(rest.begin(), rest.end(), otherRest.begin(), otherRest.end())) return false;
+    constexpr std::ptrdiff_t kIdSize = 2;
+    const auto areEqual = [](const Bytes& one, const Bytes& other) {
+      return std::equal(one.begin() + kIdSize, one.end(), other.begin() + kIdSize, other.end());
+    };
+    if (!std::equal(records.begin(), records.end(), others.begin(), others.end(), areEqual)) return false;
+  }
+  return true;
+}
+
+void Stage::Put(const Images& images) {
+  std::size_t next = 0;
+  for (const auto& [name, image] : board_->Images().Names()) image->Replace(images[next++]);
+  board_->TheBmc().Sdrs().Reload();
 }
 
 boards::Board Stage::BoardWith(const Images& images) const {
@@ -87,7 +123,9 @@ BoardAfter Stage::Describe(const Images& after) const {
   if (changed.board.records != source_.board.records)
     result.devices.push_back({.device = "SDR",
                               .before = boards::JoinRecords(source_.board.records),
-                              .after = boards::JoinRecords(changed.board.records)});
+                              .after = boards::JoinRecords(changed.board.records),
+                              .areasBefore = AreasOf(source_.board.records),
+                              .areasAfter = AreasOf(changed.board.records)});
   return result;
 }
 

@@ -36,6 +36,16 @@ class Stage {
   /// How often any of them has changed.
   std::uint64_t Changes();
   const Images& Before() const { return before_; }
+  /// The folder's board as data.
+  const boards::Board& Described() const { return source_.board; }
+  /// Whether two boards hold the same: the BMC chooses the record IDs of its SDRs as it likes.
+  bool AreAlike(const Images& left, const Images& right) const;
+
+  // For processes that are forked to run the program.
+  /// Puts content into the board that it did not store itself.
+  void Put(const Images& images);
+  /// With the program's name in front.
+  void SetArguments(std::vector<std::string> arguments) { arguments_ = std::move(arguments); }
 
   /// What the board that holds these images holds, in words and as bytes.
   BoardAfter Describe(const Images& after) const;

@@ -73,6 +73,12 @@ void SdrRepository::Index() {
   }
 }
 
+void SdrRepository::Reload() {
+  part_.reset();
+  erasedAt_ = 0;
+  if (image_ != nullptr) Index();
+}
+
 std::size_t SdrRepository::FreeBytes() const {
   return config_.capacity - std::min<std::size_t>(config_.capacity, image_->Size());
 }

@@ -45,15 +45,19 @@ std::size_t MapRowLength(std::size_t size) {
 std::vector<MapRow> MapRows(const Bytes& bytes, const Bytes& other, const std::vector<Area>& areas,
                             std::size_t rowLength) {
   const auto painted = PaintAreas(bytes.size(), areas);
+  // More columns than this nobody sees; of those that a column stands for one may have changed.
+  const std::size_t unit = std::max<std::size_t>(rowLength / 128, 1);
   std::vector<MapRow> rows;
   for (std::size_t offset = 0; offset < bytes.size(); offset += rowLength) {
     MapRow row{offset, std::min(rowLength, bytes.size() - offset)};
-    for (std::size_t i = offset; i < offset + row.length; ++i) {
-      const bool isChanged = IsChangedAt(bytes, other, i);
+    for (std::size_t i = offset; i < offset + row.length; i += unit) {
+      const std::size_t length = std::min(unit, offset + row.length - i);
+      bool isChanged = false;
+      for (std::size_t at = i; at < i + length; ++at) isChanged |= IsChangedAt(bytes, other, at);
       if (!row.runs.empty() && row.runs.back().area == painted[i] && row.runs.back().isChanged == isChanged)
-        ++row.runs.back().length;
+        row.runs.back().length += length;
       else
-        row.runs.push_back({i, 1, painted[i], isChanged});
+        row.runs.push_back({i, length, painted[i], isChanged});
     }
     if (!rows.empty() && IsMoreOf(rows.back(), row))
       rows.back().length += row.length;

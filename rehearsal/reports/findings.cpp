@@ -1,6 +1,7 @@
 #include "rehearsal/reports/findings.h"
 
 #include <algorithm>
+#include <array>
 
 #include "rehearsal/reports/fault_groups.h"
 #include "rehearsal/reports/words.h"
@@ -19,6 +20,13 @@ constexpr CellRule kCellRules[] = {{Cell::FalseSuccess, Weight::Grave, "false-su
                                    {Cell::Stuck, Weight::Warning, "stuck"},
                                    {Cell::Endless, Weight::Warning, "endless"}};
 
+/// How many runs of a kind of result the same package does not mend.
+std::size_t CountLasting(const Report& report, Cell cell) {
+  return static_cast<std::size_t>(
+      std::count_if(report.faults.begin(), report.faults.end(),
+                    [cell](const FaultRun& run) { return CellOf(run) == cell && !run.rerunReaches; }));
+}
+
 void AddFaults(const Report& report, std::vector<Finding>& findings) {
   const auto counts = CountCells(report);
   const std::vector<FaultGroup> groups = GraveGroups(report);
@@ -27,20 +35,39 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
     if (count == 0) continue;
     const auto group = std::find_if(groups.begin(), groups.end(),
                                     [&row](const FaultGroup& g) { return g.cell == row.cell; });
-    const std::string names = RequestNames(report, *group);
-    findings.push_back(
-        {row.weight, row.rule, Count(count, "fault") + ": " + std::string(WordsOf(row.cell).meaning),
-         "of " + Grouped(report.faults.size()) + ", most of them: " + KindsWords(*group, 2) + " at request " +
-             Ranges(group->requests, 6) + (names.empty() ? "" : " (" + names + ")"),
-         "faults"});
+    Finding finding{row.weight, row.rule,
+                    Count(count, "fault") + ": " + std::string(WordsOf(row.cell).meaning)};
+    if (row.cell == Cell::CannotBeShown) {
+      // After a power cut amid a write this cannot be otherwise; what counts is the way out.
+      const std::size_t lasting = CountLasting(report, row.cell);
+      finding.weight = lasting > 0 ? Weight::Grave : Weight::Warning;
+      finding.title += lasting > 0 ? "; a rerun does not mend " + Grouped(lasting) : "; a rerun mends it";
+    }
+    finding.detail = "of " + Grouped(report.faults.size()) + ", such as: " + KindsWords(group->kinds, 2) +
+                     ", " + PlaceWords(report, *group, 6);
+    finding.chapter = "faults";
+    findings.push_back(std::move(finding));
   }
 }
 
+/// Why a road ends with another status than 0.
+enum class Failure : std::uint8_t { Error, Probe, Purpose };
+
+Failure FailureOf(const Report& report, const Road& road) {
+  if (road.run.message.starts_with("Configuration file exiting due to ERRORLEVEL")) return Failure::Purpose;
+  const bool hasFailingProbe =
+      std::any_of(road.answers.begin(), road.answers.end(), [&report](const Answer& answer) {
+        return report.questions[answer.question].kind == QuestionKind::Probe && answer.text == "failing";
+      });
+  return hasFailingProbe ? Failure::Probe : Failure::Error;
+}
+
 void AddRoads(const Report& report, std::vector<Finding>& findings) {
-  std::vector<std::size_t> failed;  // before they wrote anything
+  std::array<std::vector<std::size_t>, 3> failed;  // before they wrote anything, by Failure
   for (std::size_t i = 0; i < report.roads.size(); ++i) {
-    const Run& run = report.roads[i].run;
-    if (!report.roads[i].joins && run.exitStatus != 0 && run.writes == 0) failed.push_back(i);
+    const Road& road = report.roads[i];
+    if (!road.joins && road.run.exitStatus != 0 && road.run.writes == 0)
+      failed[static_cast<std::size_t>(FailureOf(report, road))].push_back(i);
   }
   const auto add = [&](Weight weight, std::string_view rule, const std::vector<std::size_t>& roads,
                        const char* how) {
@@ -51,9 +78,9 @@ void AddRoads(const Report& report, std::vector<Finding>& findings) {
                         "roads"});
   };
   add(Weight::Grave, "broken-road", report.brokenRoads, " with an error after something was written");
-  // Among all roads there are those that a script ends on purpose.
-  add(report.isAllRoads ? Weight::Remark : Weight::Warning, "failed-road", failed,
-      " with another status than 0, nothing written");
+  add(Weight::Warning, "failed-road", failed[0], " with an error, nothing written");
+  add(Weight::Remark, "failed-probe", failed[1], " with an error behind a probe that fails, nothing written");
+  add(Weight::Remark, "ended-road", failed[2], " that the script ends by ERRORLEVEL, nothing written");
 }
 
 void AddScript(const Report& report, std::vector<Finding>& findings) {

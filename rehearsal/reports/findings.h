@@ -17,10 +17,10 @@ enum class Weight : std::uint8_t {
 
 struct Finding {
   Weight weight = Weight::Remark;
-  std::string_view rule;     ///< "false-success", "unreached": the same in all versions
-  std::string title{};       ///< "3 lines that no road reaches"
-  std::string detail{};      ///< which
-  std::string_view chapter;  ///< of the page: "script", "roads", "faults"
+  std::string_view rule;       ///< "false-success", "unreached": the same in all versions
+  std::string title{};         ///< "3 lines that no road reaches"
+  std::string detail{};        ///< which
+  std::string_view chapter{};  ///< of the page: "script", "roads", "faults"
 };
 
 std::vector<Finding> FindingsOf(const Report& report);

@@ -11,6 +11,7 @@ namespace varnok::rehearsal {
 namespace {
 
 constexpr std::size_t kShownBoards = 24;
+constexpr std::size_t kDrawnDevices = 16;  // of devices, on all boards together
 constexpr std::size_t kShownDifferences = 200;
 constexpr std::size_t kShownAreas = 100;
 constexpr std::size_t kShownHexRows = 128;
@@ -33,9 +34,9 @@ std::string AreasFrom(const MapRow& row, const std::vector<Area>& areas) {
   std::size_t count = 0;
   for (const Area& area : areas) {
     if (area.offset < row.offset || area.offset >= row.offset + row.length) continue;
-    if (++count <= 4) text += (text.empty() ? "" : ", ") + Shortened(area.name, 24);
+    if (++count <= 2) text += (text.empty() ? "" : ", ") + Shortened(area.name, 24);
   }
-  return count > 4 ? text + " and " + Grouped(count - 4) + " more" : text;
+  return count > 2 ? text + " and " + Grouped(count - 2) + " more" : text;
 }
 
 Element MapStrip(const MapRow& row, std::size_t rowLength) {
@@ -66,7 +67,7 @@ Element MemoryMap(std::string_view title, const Bytes& bytes, const Bytes& other
                  .Add(CellOfText(AreasFrom(row, areas), "areas")));
   }
   Element table("table");
-  return figure.Add(table.Class("map").Add(HeadRow({"Offset", "Bytes", "Areas from here"})).Add(body));
+  return figure.Add(table.Class("map").Add(HeadRow({"Offset", "Bytes", "From here"})).Add(body));
 }
 
 std::size_t ChangedIn(const DeviceImage& device, const Area& area) {
@@ -77,6 +78,7 @@ std::size_t ChangedIn(const DeviceImage& device, const Area& area) {
 }
 
 Element AreaTable(const DeviceImage& device) {
+  const std::string_view noun = device.device == "SDR" ? "record" : "area";
   Element body("tbody");
   const std::size_t shown = std::min(device.areasAfter.size(), kShownAreas);
   for (std::size_t i = 0; i < shown; ++i) {
@@ -92,24 +94,28 @@ Element AreaTable(const DeviceImage& device) {
                  .Add(CellOfText(Grouped(ChangedIn(device, area)), "number")));
   }
   Element table("table");
-  Element fold =
-      Foldable(Element("span").Text(Count(device.areasAfter.size(), "area") + " afterwards"), false);
-  fold.Add(table.Class("plain").Add(HeadRow({"Area", "Bytes at", "Length", "Changed"})).Add(body));
-  AddRest(fold, device.areasAfter.size(), shown, "area");
+  Element fold = Foldable(Element("span").Text(Count(device.areasAfter.size(), noun) + " afterwards"), false);
+  fold.Add(table.Class("plain").Add(HeadRow({"Name", "Bytes at", "Length", "Changed"})).Add(body));
+  AddRest(fold, device.areasAfter.size(), shown, noun);
   return fold;
 }
 
 /// "41 42 --": changed bytes marked, missing ones as dashes.
 Element HexCell(const Bytes& bytes, const Bytes& other, std::size_t offset) {
+  const auto at = [](const Bytes& image, std::size_t i) {
+    return i < image.size() ? HexByte(image[i]).substr(0, 2) : std::string("--");
+  };
   Element code("code");
-  for (std::size_t i = offset; i < offset + kHexRowLength; ++i) {
+  for (std::size_t i = offset; i < offset + kHexRowLength;) {
+    const bool isSame = at(bytes, i) == at(other, i);
+    std::string run;
     if (i > offset) code.Text(" ");
-    const std::string byte = i < bytes.size() ? HexByte(bytes[i]).substr(0, 2) : "--";
-    const bool isSame = i < bytes.size() && i < other.size() && bytes[i] == other[i];
-    if (isSame || (i >= bytes.size() && i >= other.size()))
-      code.Text(byte);
+    for (; i < offset + kHexRowLength && (at(bytes, i) == at(other, i)) == isSame; ++i)
+      run += (run.empty() ? "" : " ") + at(bytes, i);
+    if (isSame)
+      code.Text(run);
     else
-      code.Add(Element("mark").Text(byte));
+      code.Add(Element("mark").Text(run));
   }
   return Element("td").Add(code);
 }
@@ -136,16 +142,17 @@ Element HexTable(const DeviceImage& device) {
   return fold;
 }
 
-Element DeviceView(const DeviceImage& device) {
+Element DeviceView(const DeviceImage& device, bool hasMap) {
   const std::size_t rowLength = MapRowLength(std::max(device.before.size(), device.after.size()));
   Element maps("div");
   maps.Class("maps")
       .Add(MemoryMap("Before", device.before, device.after, device.areasBefore, rowLength))
       .Add(MemoryMap("After", device.after, device.before, device.areasAfter, rowLength));
   Element view("div");
-  view.Class("device")
-      .Add(Element("h4").Text(device.device))
-      .Add(Aside("A row is " + std::to_string(rowLength) + " bytes. Tints are areas, bars changed bytes."))
+  view.Class("device").Add(Element("h4").Text(device.device));
+  if (!hasMap) return view.Add(Aside("Its map is not drawn: there are many.")).Add(HexTable(device));
+  view.Add(Aside("A row is " + std::to_string(rowLength) +
+                 " bytes. Tints are areas or records, bars changed bytes."))
       .Add(maps);
   if (!device.areasAfter.empty()) view.Add(AreaTable(device));
   return view.Add(HexTable(device));
@@ -169,7 +176,8 @@ Element DifferenceTable(const BoardAfter& board) {
   return fold;
 }
 
-Element BoardView(const Report& report, std::size_t index, const std::vector<std::size_t>& roads) {
+Element BoardView(const Report& report, std::size_t index, const std::vector<std::size_t>& roads,
+                  std::size_t& maps) {
   const BoardAfter& board = report.boards[index];
   Element view("article");
   view.Set("id", "board-" + BoardName(index))
@@ -177,7 +185,7 @@ Element BoardView(const Report& report, std::size_t index, const std::vector<std
       .Add(Element("p").Text((roads.empty() ? "" : "Left by road " + Ranges(FromOne(roads)) + ": ") +
                              ChangeSummary(board) + "."));
   if (!board.differences.empty()) view.Add(DifferenceTable(board));
-  for (const DeviceImage& device : board.devices) view.Add(DeviceView(device));
+  for (const DeviceImage& device : board.devices) view.Add(DeviceView(device, maps++ < kDrawnDevices));
   return view;
 }
 
@@ -191,7 +199,8 @@ Element BoardsChapter(const Report& report) {
   Element chapter = Chapter("boards", "Boards");
   chapter.Add(Aside("What the board holds afterwards, against what it held before."));
   const std::size_t shown = std::min(report.boards.size(), kShownBoards);
-  for (std::size_t i = 0; i < shown; ++i) chapter.Add(BoardView(report, i, roads[i]));
+  std::size_t maps = 0;
+  for (std::size_t i = 0; i < shown; ++i) chapter.Add(BoardView(report, i, roads[i], maps));
   AddRest(chapter, report.boards.size(), shown, "board");
   return chapter;
 }

@@ -11,6 +11,7 @@ namespace varnok::rehearsal {
 namespace {
 
 constexpr std::size_t kShownMaps = 8;
+constexpr std::size_t kShownCells = 60'000;  // after so many no other map begins
 constexpr std::size_t kShownGroups = 60;
 constexpr std::array<unsigned, kCellCount> kHeights = {10, 9, 8, 7, 6, 4, 3, 2};
 
@@ -64,6 +65,7 @@ std::vector<HeatMap> MakeHeatMaps(const Report& report) {
     ++map.runs;
   }
   std::vector<HeatMap> maps;
+  maps.reserve(byRoad.size());
   for (auto& [road, map] : byRoad) maps.push_back(std::move(map));
   std::stable_sort(maps.begin(), maps.end(),
                    [](const HeatMap& left, const HeatMap& right) { return left.grave > right.grave; });
@@ -113,13 +115,13 @@ Element RequestsRow(std::size_t requests, const std::vector<Exchange>& traffic) 
 Element HeatTable(const HeatMap& map, const std::vector<Exchange>& traffic) {
   // Kinds with the same results are one row.
   std::vector<std::pair<std::vector<std::string>, const HeatRow*>> rows;
-  for (const auto& [kind, cells] : map.kinds) {
-    const auto same =
-        std::find_if(rows.begin(), rows.end(), [&cells](const auto& row) { return *row.second == cells; });
+  for (const auto& kind : map.kinds) {
+    const auto same = std::find_if(rows.begin(), rows.end(),
+                                   [&kind](const auto& row) { return *row.second == kind.second; });
     if (same == rows.end())
-      rows.push_back({{kind}, &cells});
+      rows.push_back({{kind.first}, &kind.second});
     else
-      same->first.push_back(kind);
+      same->first.push_back(kind.first);
   }
   Element body("tbody");
   body.Add(RequestsRow(map.requests, traffic));
@@ -127,14 +129,9 @@ Element HeatTable(const HeatMap& map, const std::vector<Exchange>& traffic) {
     const auto grave = static_cast<std::size_t>(
         std::count_if(cells->begin(), cells->end(),
                       [](const std::optional<Cell>& cell) { return cell && IsGrave(*cell); }));
-    std::string name = kinds.front();
-    if (kinds.size() > 1) name += " and " + Count(kinds.size() - 1, "more kind");
-    std::string all;
-    for (const std::string& kind : kinds) all += (all.empty() ? "" : "\n") + kind;
     Element row("tr");
     Element title("th");
-    title.Set("scope", "row").Text(name);
-    if (kinds.size() > 1) title.Set("title", all);
+    title.Set("scope", "row").Text(KindsWords(kinds, grave > 0 ? 6 : 2));
     body.Add(row.Add(title)
                  .Add(Element("td").Add(HeatStrip(*cells, map.requests, traffic)))
                  .Add(CellOfText(grave == 0 ? "–" : Grouped(grave * kinds.size()),
@@ -151,12 +148,10 @@ Element GroupTable(const Report& report, const std::vector<FaultGroup>& groups) 
   const std::size_t shown = std::min(groups.size(), kShownGroups);
   for (std::size_t i = 0; i < shown; ++i) {
     const FaultGroup& group = groups[i];
-    const std::string names = RequestNames(report, group);
     Element row("tr");
     body.Add(row.Add(Element("th").Set("scope", "row").Text(WordsOf(group.cell).title))
-                 .Add(CellOfText(KindsWords(group, 4)))
-                 .Add(CellOfText(RoadName(group.road) + ", request " + Ranges(group.requests) +
-                                 (names.empty() ? "" : " (" + names + ")")))
+                 .Add(CellOfText(KindsWords(group.kinds, 4)))
+                 .Add(CellOfText(PlaceWords(report, group, 12)))
                  .Add(CellOfText(Explanation(*group.example))));
   }
   Element table("table");
@@ -179,7 +174,9 @@ Element FaultsChapter(const Report& report) {
   if (!groups.empty()) chapter.Add(GroupTable(report, groups));
   const std::vector<HeatMap> maps = MakeHeatMaps(report);
   chapter.Add(Element("h3").Text("By request")).Add(Aside("The higher, the graver."));
-  const std::size_t shown = std::min(maps.size(), kShownMaps);
+  std::size_t shown = 0;
+  for (std::size_t cells = 0; shown < std::min(maps.size(), kShownMaps) && cells < kShownCells; ++shown)
+    cells += maps[shown].runs;
   for (std::size_t i = 0; i < shown; ++i) {
     const HeatMap& map = maps[i];
     Element summary("span");

@@ -43,12 +43,10 @@ Element Figure(std::string_view name, std::string_view value, std::string_view m
 }
 
 Element ScriptFigure(const Report& report) {
-  const std::size_t commands = static_cast<std::size_t>(std::count_if(
-      report.script.begin(), report.script.end(), [](const ScriptLine& line) { return line.isCommand; }));
-  const std::size_t reached = static_cast<std::size_t>(
-      std::count_if(report.script.begin(), report.script.end(),
-                    [](const ScriptLine& line) { return line.isCommand && line.reached > 0; }));
-  return Figure("Script lines reached", Grouped(reached), "of " + Grouped(commands));
+  std::size_t commands = 0;
+  for (const ScriptLine& line : report.script) commands += line.isCommand ? 1 : 0;
+  return Figure("Script lines reached", Grouped(commands - report.UnreachedLines().size()),
+                "of " + Grouped(commands));
 }
 
 /// The longest run, and the most requests and writes of one.

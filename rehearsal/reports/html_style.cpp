@@ -58,8 +58,8 @@ nav { display: flex; flex-wrap: wrap; gap: 0.25rem 1.25rem; margin-top: 1.25rem;
 .findings .warning .weight { color: var(--warning); }
 .findings a { font-weight: 550; }
 .findings span { color: var(--soft); font-size: 0.875rem; }
-.figures { display: grid; grid-template-columns: repeat(auto-fit, minmax(9.5rem, 1fr)); gap: 1px; margin: 1.25rem 0 0; background: var(--line); border: 1px solid var(--line); }
-.figures div { background: var(--paper); padding: 0.6rem 0.8rem; }
+.figures { display: flex; flex-wrap: wrap; gap: 1px; margin: 1.25rem 0 0; background: var(--line); border: 1px solid var(--line); }
+.figures div { flex: 1 1 9.5rem; background: var(--paper); padding: 0.6rem 0.8rem; }
 .figures dt { color: var(--soft); font-size: 0.8125rem; }
 .figures dd { margin: 0; }
 .figures strong { display: block; font-size: 1.35rem; font-weight: 600; line-height: 1.3; }
@@ -69,7 +69,7 @@ details { margin: 0.5rem 0; }
 summary { cursor: pointer; padding: 0.15rem 0; }
 table { border-collapse: collapse; width: 100%; margin: 0.5rem 0; font-size: 0.875rem; line-height: 1.4; }
 th { text-align: left; font-weight: 500; }
-thead th { color: var(--soft); font-size: 0.8125rem; }
+thead th { color: var(--soft); font-size: 0.8125rem; overflow-wrap: normal; }
 .plain th, .plain td { padding: 0.3rem 0.75rem 0.3rem 0; border-bottom: 1px solid var(--line); vertical-align: top; }
 .number { text-align: right; white-space: nowrap; }
 .plain td.number { width: 1%; }
@@ -80,6 +80,7 @@ thead th { color: var(--soft); font-size: 0.8125rem; }
 .groups th:nth-child(2) { width: 24%; }
 .groups th:nth-child(3) { width: 30%; }
 .bad { color: var(--grave); font-weight: 650; }
+pre { margin: 0.25rem 0; padding: 0.5rem 0.75rem; background: var(--panel); white-space: break-spaces; }
 .strip { display: block; width: 100%; height: 1.15rem; shape-rendering: crispEdges; }
 
 .tree { font-size: 0.9375rem; }
@@ -103,7 +104,7 @@ thead th { color: var(--soft); font-size: 0.8125rem; }
 .script th[scope=row], .script .mark { width: 1%; white-space: nowrap; text-align: right; color: var(--soft); font-size: 0.8125rem; padding: 0 0.6rem; font-weight: 400; vertical-align: top; }
 .script thead th { white-space: nowrap; padding: 0.2rem 0.6rem; background: var(--panel); }
 .script td:last-child { border-left: 1px solid var(--line); padding: 0 0.6rem; }
-.script code { white-space: pre-wrap; }
+.script code { white-space: break-spaces; }
 .script .reached .mark { color: var(--fine); }
 .script .unreached { background: color-mix(in srgb, var(--grave) 12%, var(--paper)); }
 .script .unreached .mark { color: var(--grave); font-weight: 650; }
@@ -119,6 +120,7 @@ figcaption { font-size: 0.875rem; font-weight: 550; }
 .map th:nth-child(3), .map .areas { width: 7.5rem; font-size: 0.75rem; line-height: 1.2; padding-left: 0.5rem; color: var(--soft); }
 .map .more .strip { opacity: 0.55; }
 .lanes th:nth-child(3), .lanes .areas { width: 11rem; }
+.lanes .strip { shape-rendering: auto; }
 .heat th:first-child { width: 15rem; padding-right: 0.75rem; font-size: 0.8125rem; color: var(--ink); }
 .heat th:nth-child(3), .heat .number { width: 4rem; }
 .heat thead th:nth-child(3) { text-align: right; }
@@ -146,7 +148,6 @@ mark { background: var(--mark); color: inherit; font-weight: 700; text-decoratio
   .maps { grid-template-columns: 1fr; }
   .findings li { grid-template-columns: 1fr; }
   .findings .weight { grid-row: auto; line-height: 1.4; }
-  .figures { grid-template-columns: 1fr 1fr; }
   .lanes th:first-child { width: 4.5rem; }
   .lanes th:nth-child(3), .lanes .areas { width: 6rem; }
   .heat th:first-child { width: 8rem; }

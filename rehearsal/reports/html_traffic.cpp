@@ -11,10 +11,12 @@ namespace {
 
 constexpr std::size_t kShownWaits = 8;
 constexpr std::size_t kShownCommands = 24;
+constexpr std::size_t kShownConsole = 20'000;  // bytes
 
 Element Lane(std::string_view name, const std::vector<Stretch>& stretches, std::string_view style,
              std::string_view label) {
   std::vector<Bar> bars;
+  bars.reserve(stretches.size());
   for (const Stretch& stretch : stretches) bars.push_back({stretch.begin, stretch.length, style});
   Element row("tr");
   return row.Add(Element("th").Set("scope", "row").Text(name))
@@ -54,23 +56,41 @@ std::string NameOfRequest(const Run& run, std::size_t number) {
   return "request " + std::to_string(number) + " (" + run.traffic[number - 1].name + ")";
 }
 
+/// Waits of one length together: the pauses that the program keeps stand out by their number.
 Element WaitTable(const Run& run, const TimeLine& line) {
-  std::vector<Wait> longest = line.waits;
-  std::stable_sort(longest.begin(), longest.end(),
-                   [](const Wait& left, const Wait& right) { return left.length > right.length; });
-  longest.resize(std::min(longest.size(), kShownWaits));
+  struct Sum {
+    std::string length;
+    std::size_t count = 0;
+    std::uint64_t time = 0;
+    const Wait* first = nullptr;
+  };
+  std::vector<Sum> sums;
+  for (const Wait& wait : line.waits) {
+    const std::string length = TimeWords(wait.length);
+    auto sum =
+        std::find_if(sums.begin(), sums.end(), [&length](const Sum& each) { return each.length == length; });
+    if (sum == sums.end()) sum = sums.insert(sums.end(), {length, 0, 0, &wait});
+    ++sum->count;
+    sum->time += wait.length;
+  }
+  std::stable_sort(sums.begin(), sums.end(),
+                   [](const Sum& left, const Sum& right) { return left.time > right.time; });
+  const std::size_t shown = std::min(sums.size(), kShownWaits);
   Element body("tbody");
-  for (const Wait& wait : longest) {
+  for (std::size_t i = 0; i < shown; ++i) {
+    const Sum& sum = sums[i];
     Element row("tr");
-    body.Add(row.Add(CellOfText(TimeWords(wait.length), "number"))
-                 .Add(CellOfText(TimeWords(wait.begun), "number"))
-                 .Add(CellOfText("between " + NameOfRequest(run, wait.before - 1) + " and " +
-                                 NameOfRequest(run, wait.before))));
+    body.Add(row.Add(CellOfText(sum.length, "number"))
+                 .Add(CellOfText(Grouped(sum.count), "number"))
+                 .Add(CellOfText(TimeWords(sum.time), "number"))
+                 .Add(CellOfText(TimeWords(sum.first->begun) + ", between " +
+                                 NameOfRequest(run, sum.first->before - 1) + " and " +
+                                 NameOfRequest(run, sum.first->before))));
   }
   Element table("table");
-  Element fold = Foldable(Element("span").Text("The longest waits"), false);
-  fold.Add(table.Class("plain").Add(HeadRow({"Wait", "Begins at", "Where"})).Add(body));
-  AddRest(fold, line.waits.size(), longest.size(), "wait");
+  Element fold = Foldable(Element("span").Text("Waits by length"), false);
+  fold.Add(table.Class("plain").Add(HeadRow({"Wait", "Times", "In all", "First at"})).Add(body));
+  AddRest(fold, sums.size(), shown, "length");
   return fold;
 }
 
@@ -78,14 +98,12 @@ Element CommandTable(const Run& run) {
   struct Sum {
     std::size_t requests = 0;
     std::size_t refused = 0;
-    std::uint64_t time = 0;
   };
   std::map<std::string, Sum> byName;
   for (const Exchange& exchange : run.traffic) {
     Sum& sum = byName[exchange.name];
     ++sum.requests;
     sum.refused += exchange.isAnswered && exchange.completionCode == 0 ? 0 : 1;
-    sum.time += exchange.ended > exchange.begun ? exchange.ended - exchange.begun : 0;
   }
   std::vector<std::pair<std::string, Sum>> commands(byName.begin(), byName.end());
   std::stable_sort(commands.begin(), commands.end(), [](const auto& left, const auto& right) {
@@ -98,13 +116,20 @@ Element CommandTable(const Run& run) {
     Element row("tr");
     body.Add(row.Add(Element("th").Set("scope", "row").Text(name))
                  .Add(CellOfText(Grouped(sum.requests), "number"))
-                 .Add(CellOfText(Grouped(sum.refused), "number"))
-                 .Add(CellOfText(TimeWords(sum.time), "number")));
+                 .Add(CellOfText(Grouped(sum.refused), "number")));
   }
   Element table("table");
   Element fold = Foldable(Element("span").Text(Count(commands.size(), "command")), false);
-  fold.Add(table.Class("plain").Add(HeadRow({"Command", "Requests", "Refused or lost", "Time"})).Add(body));
+  fold.Add(table.Class("plain").Add(HeadRow({"Command", "Requests", "Refused or lost"})).Add(body));
   AddRest(fold, commands.size(), shown, "command");
+  return fold;
+}
+
+Element ConsoleText(const Run& run) {
+  const std::string text = run.transcript + (run.errorOutput.empty() ? "" : "\n" + run.errorOutput);
+  Element fold = Foldable(Element("span").Text("What the console shows"), false);
+  fold.Add(Element("pre").Add(Element("code").Text(text.substr(0, kShownConsole))));
+  if (text.size() > kShownConsole) fold.Add(Aside("It is longer; the JSON has all of it."));
   return fold;
 }
 
@@ -124,7 +149,10 @@ Element TrafficChapter(const Report& report) {
         .Text(", " + Count(run.traffic.size(), "request") + ", " + TimeWords(run.microseconds) +
               ", of them " + TimeWords(run.stalled) + " in waits of the program");
     Element fold = Foldable(summary, road == roads.front());
-    chapter.Add(fold.Add(LaneTable(run, line)).Add(WaitTable(run, line)).Add(CommandTable(run)));
+    chapter.Add(fold.Add(LaneTable(run, line))
+                    .Add(WaitTable(run, line))
+                    .Add(CommandTable(run))
+                    .Add(ConsoleText(run)));
   }
   return chapter;
 }

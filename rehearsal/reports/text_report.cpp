@@ -56,6 +56,7 @@ class TextWriter {
 
  private:
   static constexpr std::size_t kWidth = 100;
+  static constexpr std::size_t kShownRoads = 16;
 
   void Line(std::string text) { lines_.push_back(std::move(text)); }
   void Title(std::string text) {
@@ -86,7 +87,7 @@ class TextWriter {
     if (run.board >= report_.boards.size()) return;
     const BoardAfter& board = report_.boards[run.board];
     Title("The board: " + ChangeSummary(board));
-    Differences(board);
+    if (isVerbose_ || !report_.hasFaults) Differences(board);
   }
 
   void Questions() {
@@ -100,6 +101,7 @@ class TextWriter {
       for (std::size_t item = 0; item < question.choices.size() && WidthOf(text) < kWidth; ++item)
         text += (item == 0 ? ": " : ", ") + std::to_string(item + 1) + " " +
                 Shortened(question.choices[item], 30);
+      text = Shortened(text, kWidth);
       table.Row({std::to_string(i + 1), std::string(KindWord(question.kind)),
                  question.line == 0 ? "" : "line " + std::to_string(question.line), text});
     }
@@ -116,23 +118,29 @@ class TextWriter {
     return text.empty() ? "no question" : isVerbose_ ? text : Shortened(text, kWidth);
   }
 
+  /// Of those that go on as another one only their number, unless everything is asked for.
   void Roads() {
     Title(Count(report_.roads.size(), "road"));
     TextTable table({true, true, true, true, true, false, false});
     table.Row({"road", "status", "requests", "changes", "time", "board", "answers"});
-    const std::size_t shown = Limit(report_.roads.size(), 16);
-    for (std::size_t i = 0; i < shown; ++i) {
+    std::size_t ends = 0;
+    std::size_t joining = 0;
+    for (std::size_t i = 0; i < report_.roads.size(); ++i) {
       const Road& road = report_.roads[i];
-      if (road.joins)
-        table.Row({std::to_string(i + 1), "", "", "", "", "",
-                   AnswersOf(road) + ", then as " + RoadName(*road.joins)});
-      else
-        table.Row({std::to_string(i + 1), std::to_string(road.run.exitStatus), Grouped(road.run.requests),
+      const std::string number = std::to_string(i + 1);
+      (road.joins ? joining : ends) += 1;
+      if (road.joins && isVerbose_)
+        table.Row({number, "", "", "", "", "", AnswersOf(road) + ", then as " + RoadName(*road.joins)});
+      else if (!road.joins && (isVerbose_ || ends <= kShownRoads))
+        table.Row({number, std::to_string(road.run.exitStatus), Grouped(road.run.requests),
                    Grouped(road.run.writes), TimeWords(road.run.microseconds), BoardName(road.run.board),
                    AnswersOf(road)});
     }
     table.WriteTo(lines_);
-    Rest(report_.roads.size(), shown, "road");
+    Rest(ends, Limit(ends, kShownRoads), "road");
+    if (joining > 0 && !isVerbose_)
+      Line("  " + Count(joining, "more road") + "" + std::string(joining == 1 ? " goes" : " go") +
+           " on as one of them after other answers, --verbose shows which");
   }
 
   void Boards() {
@@ -173,11 +181,10 @@ class TextWriter {
     const std::size_t shown = Limit(groups.size(), 8);
     for (std::size_t i = 0; i < shown; ++i) {
       const FaultGroup& group = groups[i];
-      const std::string names = RequestNames(report_, group);
-      Line("  " + std::string(WordsOf(group.cell).title) + ", " + Count(group.Runs(), "run") + " of " +
-           RoadName(group.road) + ": " + KindsWords(group, isVerbose_ ? group.kinds.size() : 3));
-      Line("    request " + Ranges(group.requests, isVerbose_ ? group.requests.size() : 8) +
-           (names.empty() ? "" : " (" + names + ")") + ": " + Explanation(*group.example));
+      Line("  " + std::string(WordsOf(group.cell).title) + ", " + Count(group.Runs(), "run") + ": " +
+           KindsWords(group.kinds, isVerbose_ ? group.kinds.size() : 3));
+      Line("    " + PlaceWords(report_, group, isVerbose_ ? report_.faults.size() : 8) + ": " +
+           Explanation(*group.example));
     }
     Rest(groups.size(), shown, "group");
   }

@@ -29,6 +29,7 @@ std::vector<Wait> FindWaits(const Run& run) {
 std::uint64_t LongestDrawn(const std::vector<Wait>& waits) {
   if (waits.empty()) return 0;
   std::vector<std::uint64_t> lengths;
+  lengths.reserve(waits.size());
   for (const Wait& wait : waits) lengths.push_back(wait.length);
   const auto middle = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() / 2);
   std::nth_element(lengths.begin(), middle, lengths.end());

@@ -17,6 +17,7 @@ std::vector<std::size_t> ToldRoads(const Report& report) {
     if (!isNew && run.requests > report.roads[place->second].run.requests) place->second = i;
   }
   std::vector<std::size_t> roads;
+  roads.reserve(byBoard.size());
   for (const auto& [board, road] : byBoard) roads.push_back(road);
   std::stable_partition(roads.begin(), roads.end(),
                         [&broken](std::size_t road) { return broken.contains(road); });

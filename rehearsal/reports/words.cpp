@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 
 #include "firmware/host/utf8.h"
@@ -129,11 +130,10 @@ std::string_view KindWord(QuestionKind kind) {
 std::string AnswerWords(const Question& question, const Answer& answer) {
   std::string words = Printable(answer.text);
   if (question.kind == QuestionKind::Value) words = "'" + words + "'";
-  if (question.kind == QuestionKind::Menu) {
-    const std::size_t item = static_cast<std::size_t>(std::atoi(answer.text.c_str()));
-    if (item > 0 && item <= question.choices.size())
-      words += " (" + Printable(question.choices[item - 1]) + ")";
-  }
+  std::size_t item = 0;
+  std::from_chars(answer.text.data(), answer.text.data() + answer.text.size(), item);
+  if (question.kind == QuestionKind::Menu && item > 0 && item <= question.choices.size())
+    words += " (" + Printable(question.choices[item - 1]) + ")";
   return answer.isInvalid ? words + ", refused" : words;
 }
 

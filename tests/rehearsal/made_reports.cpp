@@ -49,8 +49,35 @@ BoardAfter MakeBoard(std::size_t number, std::size_t size, const std::string& te
   return board;
 }
 
-/// 2^prompts roads of yes and no; every fifth breaks, the first one that says no twice at the end joins
-/// another.
+FaultRun MakeFault(std::size_t kind, std::size_t request, const std::string& text) {
+  FaultRun run{.road = kind / 20, .request = request};
+  run.kind = kind == 0 ? text : "completion code " + std::to_string(0xC0 + kind);
+  const bool isRefused = request % 7 == 0;
+  run.exitStatus = isRefused ? 4 : 0;
+  run.message = isRefused ? text : "";
+  if (isRefused && kind % 3 != 0) run.outcome = FaultOutcome::Old;
+  if (kind == 4 && request < 20) run.outcome = FaultOutcome::Between;
+  run.canBeShown = kind != 5 || request % 11 != 0;
+  run.rerunReaches = kind != 7 || request % 13 != 0;
+  run.restoreReaches = request % 26 != 0;
+  run.isEndless = kind == 9 && request == 5;
+  return run;
+}
+
+/// Every fifth road breaks, the last one joins the first.
+Road MakeRoad(std::size_t number, std::size_t prompts, std::size_t boardCount, const std::string& text) {
+  Road road;
+  for (std::size_t bit = 0; bit < prompts; ++bit) {
+    const bool isYes = ((number >> (prompts - 1 - bit)) & 1) == 0;
+    const std::string menu = isYes ? "1" : "2";
+    road.answers.push_back({bit, bit == 0 ? menu : isYes ? "Y" : "N"});
+  }
+  road.run = MakeRun(number % boardCount, prompts > 8 ? 12 : 60, number % 5 == 4 ? 4 : 0, text);
+  if (number + 1 == std::size_t{1} << prompts) road.joins = 0;
+  return road;
+}
+
+/// 2^prompts roads of a menu and prompts, 40 kinds of faults.
 Report MakeReport(std::size_t prompts, std::size_t boardCount, std::size_t faultRequests,
                   const std::string& text) {
   Report report{.package = text, .command = {"/cfg", text}, .board = text};
@@ -60,39 +87,17 @@ Report MakeReport(std::size_t prompts, std::size_t boardCount, std::size_t fault
   report.questions.push_back({QuestionKind::Menu, text, 1, {text, "Pedestal, 8 bays"}});
   for (std::size_t i = 1; i < prompts; ++i)
     report.questions.push_back({QuestionKind::Prompt, "Is fan " + std::to_string(i) + " fitted?", i * 2 + 1});
-  for (std::size_t board = 0; board < boardCount; ++board)
-    report.boards.push_back(MakeBoard(board, 1024, text));
+  for (std::size_t i = 0; i < boardCount; ++i) report.boards.push_back(MakeBoard(i, 1024, text));
   for (std::size_t i = 0; i < std::size_t{1} << prompts; ++i) {
-    Road road;
-    for (std::size_t bit = 0; bit < prompts; ++bit) {
-      const bool isYes = ((i >> (prompts - 1 - bit)) & 1) == 0;
-      road.answers.push_back({bit, bit == 0 ? isYes ? "1" : "2" : isYes ? "Y" : "N"});
-    }
-    const bool isBroken = i % 5 == 4;
-    road.run = MakeRun(i % boardCount, prompts > 8 ? 12 : 60, isBroken ? 4 : 0, text);
-    if (isBroken) report.brokenRoads.push_back(i);
-    if (i + 1 == std::size_t{1} << prompts) road.joins = 0;
-    report.roads.push_back(std::move(road));
+    report.roads.push_back(MakeRoad(i, prompts, boardCount, text));
+    if (report.roads.back().run.exitStatus != 0) report.brokenRoads.push_back(i);
   }
   report.unsetTags = {text, "NEVER"};
   report.roadsCut = 7;
   report.hasFaults = true;
   for (std::size_t kind = 0; kind < 40; ++kind)
-    for (std::size_t request = 1; request <= faultRequests; ++request) {
-      FaultRun run{.road = kind / 20,
-                   .kind = kind == 0 ? text : "completion code " + std::to_string(0xC0 + kind),
-                   .request = request};
-      run.exitStatus = request % 7 == 0 ? 4 : 0;
-      run.outcome = kind % 3 == 0      ? FaultOutcome::Wanted
-                    : request % 7 == 0 ? FaultOutcome::Old
-                                       : FaultOutcome::Wanted;
-      if (kind == 4 && request < 20) run.outcome = FaultOutcome::Between;
-      run.canBeShown = kind != 5 || request % 11 != 0;
-      run.rerunReaches = kind != 7 || request % 13 != 0;
-      run.restoreReaches = request % 26 != 0;
-      run.message = run.exitStatus == 0 ? "" : text;
-      report.faults.push_back(run);
-    }
+    for (std::size_t request = 1; request <= faultRequests; ++request)
+      report.faults.push_back(MakeFault(kind, request, text));
   report.runs = report.roads.size() + report.faults.size();
   report.seconds = 3.25;
   report.cores = 2;
