@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "rehearsal/answers.h"
+#include "rehearsal/road_map.h"
 #include "tests/support/host_files.h"
 
 namespace varnok::testing {
@@ -130,6 +131,21 @@ TEST_F(Roads, AreFoundAndGoAsTold) {
     EXPECT_EQ(Summary(report), row.summary);
     ExpectRoadsGoAsTold(*stage, report, row.step);
   }
+}
+
+// A process goes on with the first answer of each state that it sees first: there it died.
+TEST(RoadMap, ADeathStandsAtTheAnswerThatLedToIt) {
+  Trace state{.state = 1, .alternatives = {"Y", "N"}};
+  Trace leaf{.kind = TraceKind::Leaf, .path = {{.state = 1, .alternative = 1, .text = "N"}}};
+  Trace death{.kind = TraceKind::Death};
+  death.outcome.run.message = "SIGSEGV";
+  RoadMap map;
+  for (Trace* trace : {&state, &leaf, &death}) ASSERT_TRUE(map.Take(ToWire(*trace)));
+  const State& seen = map.states.at(map.start->state);
+  ASSERT_TRUE(seen.ways.contains(0) && seen.ways.contains(1));
+  EXPECT_EQ(map.leaves[seen.ways.at(0).leaf].outcome.run.message, "SIGSEGV");
+  EXPECT_EQ(seen.ways.at(0).text, "Y");
+  EXPECT_EQ(map.leaves[seen.ways.at(1).leaf].kind, TraceKind::Leaf);
 }
 
 }  // namespace
