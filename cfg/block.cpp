@@ -8,6 +8,7 @@
 #include "app/services/trace.h"
 #include "cfg/block_reader.h"
 #include "cfg/cfg_parser.h"
+#include "cfg/script_watcher.h"
 
 namespace varnok {
 namespace {
@@ -18,7 +19,9 @@ struct RunningBlock {
       : className(block.ClassName()), scope(className, "Process"), chosen(block.Choose()) {
     if (chosen == nullptr) return;
     next = chosen->Body().begin();
-    if (chosen != &block) chosenScope.emplace(chosen->ClassName(), "Process");
+    if (chosen == &block) return;
+    chosenScope.emplace(chosen->ClassName(), "Process");
+    Tell(&ScriptWatcher::Reaches, chosen->Line());
   }
 
   bool IsDone() const { return next == CommandList::Iterator(); }
@@ -47,6 +50,7 @@ Status CCfgBlock::Process() {
       continue;
     }
     CCfgCommand& command = *innermost.next++;
+    Tell(&ScriptWatcher::Runs, command);
     if (CCfgBlock* block = command.AsBlock())
       running.emplace_back(*block);
     else

@@ -8,6 +8,7 @@
 #include "app/services/text_output.h"
 #include "app/services/trace.h"
 #include "cfg/messages.h"
+#include "cfg/script_watcher.h"
 
 namespace varnok {
 namespace {
@@ -134,6 +135,7 @@ Status CCfgParser::Process() {
   TraceScope scope("CCfgParser::Process");
   ForgetUpdates();
   for (CCfgCommand& command : commands_) {
+    Tell(&ScriptWatcher::Runs, command);
     if (Status status = command.Process(); status != kSuccess) {
       return Fail("CCfgParser::Process", "Unable to process command", status);
     }
@@ -164,12 +166,15 @@ void CCfgParser::DebugPrint() {
 
 void CCfgParser::SetTag(std::string_view name) {
   TraceScope scope("CCfgParser::SetTag");
-  if (name.data() != nullptr) tags_.Add(UpToNul(name));
+  if (name.data() == nullptr) return;
+  tags_.Add(UpToNul(name));
+  Tell(&ScriptWatcher::SetsTag, UpToNul(name));
 }
 
 void CCfgParser::ClearTag(std::string_view name) {
   TraceScope scope("CCfgParser::ClearTag");
   tags_.Remove(name);
+  Tell(&ScriptWatcher::ClearsTag, name);
 }
 
 bool CCfgParser::IsTagSet(std::string_view name) const {

@@ -7,6 +7,7 @@
 #include "app/services/trace.h"
 #include "cfg/cfg_command.h"
 #include "cfg/cfg_parser.h"
+#include "cfg/script_watcher.h"
 #include "firmware/firmware.h"
 #include "firmware/lasting.h"
 
@@ -108,7 +109,10 @@ bool CCfgCommand::GetInputString(std::u16string& text, std::size_t size, bool ec
       TraceFailure("CCfgCommand::GetInputString", "Unable to read a character");
       return false;
     }
-    if (key == kReturn || key == kLineFeed) return true;
+    if (key == kReturn || key == kLineFeed) {
+      Tell(&ScriptWatcher::IsAnswered, std::u16string_view(text));
+      return true;
+    }
     // Without echo every key is read and none is kept.
     if (!echo) continue;
     if (key == kBackspace && !text.empty()) {
@@ -125,6 +129,8 @@ char CCfgCommand::ReadYesOrNo() {
   char key = 0;
   while (GetInputChar(key, false) && ToUpper(key) != 'Y' && ToUpper(key) != 'N') {
   }
+  const char16_t answer = static_cast<unsigned char>(key);
+  Tell(&ScriptWatcher::IsAnswered, std::u16string_view(&answer, 1));
   return key;
 }
 

@@ -5,6 +5,7 @@
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
 #include "cfg/messages.h"
+#include "cfg/script_watcher.h"
 
 namespace varnok {
 namespace {
@@ -118,12 +119,15 @@ Status CCfgPrompt::Process() {
     CCfgParser::SetLastError(cfg_message::kInvalidInput, question, GetDisplayName());
     return Fail("CCfgPrompt::Process", "The question is empty", cfg_status::kBadValue);
   }
+  Tell(&ScriptWatcher::Asks,
+       ScriptQuestion{.kind = ScriptQuestionKind::YesOrNo, .text = question, .line = Line()});
   Display(question);
   Display(" ");
   // Kept: input that fails leaves no N behind and counts as a yes; scripts run without an operator go on.
   char answer = ReadYesOrNo();
-  std::string_view tag = ToUpper(answer) == 'N' ? no_.tag : yes_.tag;
-  if (tag.data() != nullptr && parser_ != nullptr) parser_->SetTag(tag);
+  const Answer& chosen = ToUpper(answer) == 'N' ? no_ : yes_;
+  if (chosen.tag.data() != nullptr) Tell(&ScriptWatcher::Reaches, chosen.line);
+  if (chosen.tag.data() != nullptr && parser_ != nullptr) parser_->SetTag(chosen.tag);
   EchoAnswer(answer);
   return kSuccess;
 }

@@ -50,6 +50,7 @@ class CCfgFruField : public CCfgCommand {
   Status GetValueFromVariable(std::string& value, std::size_t size) const;
   Status GetValueFromFile(std::string_view fileName, std::string& value);
   Status AskOperator(std::string& value);
+  void TellQuestion(const CCfgFruName& fruName, std::size_t size) const;
   Status LongestAnswer(CCfgFruName& fruName, std::size_t& size) const;
   Status ReportFailure(const char* operation, Status status) const;
   bool IsChassisType() const { return field_ == fru_field::kChassisType; }

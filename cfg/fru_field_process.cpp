@@ -9,6 +9,7 @@
 #include "cfg/fru_field_command.h"
 #include "cfg/fru_name_command.h"
 #include "cfg/messages.h"
+#include "cfg/script_watcher.h"
 #include "fru/fru_data.h"
 
 namespace varnok {
@@ -136,6 +137,16 @@ Status CCfgFruField::LongestAnswer(CCfgFruName& fruName, std::size_t& size) cons
   return kSuccess;
 }
 
+void CCfgFruField::TellQuestion(const CCfgFruName& fruName, std::size_t size) const {
+  std::string name = std::string(fruName.GetFruArea()->Keyword()) + ' ' + Row().description;
+  if (field_ == fru_field::kCustom) name += ' ' + std::string(1, static_cast<char>('0' + customNumber_));
+  Tell(&ScriptWatcher::Asks, ScriptQuestion{.kind = ScriptQuestionKind::Value,
+                                            .text = name,
+                                            .line = Line(),
+                                            .longest = size == 0 ? 0 : size - 1,
+                                            .isChassisType = IsChassisType()});
+}
+
 Status CCfgFruField::AskOperator(std::string& value) {
   while (CCfgFruName* fruName = parser_->CurrentFruName()) {
     std::size_t size = 0;
@@ -144,12 +155,15 @@ Status CCfgFruField::AskOperator(std::string& value) {
     char16_t digit = field_ == fru_field::kCustom ? static_cast<char16_t>(u'0' + customNumber_) : u' ';
     DisplayWide("Enter the value for %s %s %s:", Widen(fruName->GetFruArea()->Keyword()), Row().description,
                 std::u16string_view(&digit, 1));
+    if (IsScriptWatched()) TellQuestion(*fruName, size);
     std::u16string text;
     if (!GetInputString(text, size, true)) {
       return Fail(kProcessField, "Unable to read the operator's input", cfg_status::kNoInput);
     }
     value = Narrow(text);
     if (!IsValidInput(value)) continue;
+    Tell(&ScriptWatcher::Asks,
+         ScriptQuestion{.kind = ScriptQuestionKind::IsCorrect, .text = value, .line = Line()});
     DisplayWide("\nIs this correct: '%s'? ", text);
     char answer = ReadYesOrNo();
     EchoAnswer(answer);

@@ -6,6 +6,7 @@
 #include "cfg/cfg_parser.h"
 #include "cfg/fru_address_command.h"
 #include "cfg/messages.h"
+#include "cfg/script_watcher.h"
 #include "fru/fru_data.h"
 
 namespace varnok {
@@ -147,6 +148,8 @@ Status CCfgFruName::LoadSystem(HeaderBytes& header) {
 }
 
 Status CCfgFruName::AskForWholeFile() {
+  Tell(&ScriptWatcher::Asks,
+       ScriptQuestion{.kind = ScriptQuestionKind::WholeFile, .text = GetName(), .line = Line()});
   DisplayWide("%s", kHeaderQuestion);
   char answer = ReadYesOrNo();
   EchoAnswer(answer);

@@ -7,6 +7,7 @@
 #include "app/services/text.h"
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
+#include "cfg/script_watcher.h"
 
 namespace varnok {
 namespace {
@@ -38,6 +39,7 @@ class CCfgMenu : public CCfgCommand {
  private:
   Status ReadItem(std::string_view rest, std::uint32_t line);
   void Show() const;
+  void TellQuestion() const;
   std::string_view Title() const { return hasTitle_ ? FirstParameter() : std::string_view(); }
 
   bool hasTitle_;
@@ -137,6 +139,16 @@ void CCfgMenu::Show() const {
   }
 }
 
+void CCfgMenu::TellQuestion() const {
+  std::vector<std::string_view> texts;
+  for (const MenuItem& item : items_) texts.push_back(item.text);
+  Tell(&ScriptWatcher::Asks, ScriptQuestion{.kind = ScriptQuestionKind::Menu,
+                                            .text = Title(),
+                                            .line = Line(),
+                                            .items = texts,
+                                            .longest = kAnswerCapacity - 1});
+}
+
 Status CCfgMenu::Process() {
   TraceScope scope("CCfgMenu::Process");
   Show();
@@ -147,8 +159,10 @@ Status CCfgMenu::Process() {
     if (Callbacks().inputChar == nullptr) {
       return Fail("CCfgMenu::Process", "Input callback function not set", cfg_status::kNoInput);
     }
+    if (IsScriptWatched()) TellQuestion();
     number = GetInputString(answer, kAnswerCapacity, true) ? ToNumber(answer) : 0;
   }
+  Tell(&ScriptWatcher::Reaches, items_[number - 1].line);
   DisplayWide("\n%s\n", answer);
   // Kept: the last item stands for none of the others, and sets no tag.
   if (number < items_.size() && parser_ != nullptr) parser_->SetTag(items_[number - 1].tag);

@@ -3,6 +3,7 @@
 
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
+#include "cfg/script_watcher.h"
 #include "platform/fw_update.h"
 
 namespace varnok {
@@ -41,6 +42,7 @@ Status CCfgParser::Execute() {
   if (!isProcessed_) {
     return Fail("CCfgParser::Execute", "Commands are not processed", cfg_status::kCommitRefused);
   }
+  Tell(&ScriptWatcher::Commits);
   isRefreshRequested_ = false;
   Status status = ExecuteWriteFirst();
   if (status == kSuccess) status = ExecuteOthers();

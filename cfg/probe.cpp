@@ -8,6 +8,7 @@
 #include "app/services/trace.h"
 #include "cfg/cfg_parser.h"
 #include "cfg/messages.h"
+#include "cfg/script_watcher.h"
 #include "platform/smbios.h"
 
 namespace varnok {
@@ -105,7 +106,10 @@ Status CCfgProbe::ReadFound(CFileCfg& file) {
 Status CCfgProbe::Process() {
   TraceScope scope(ClassName(), "Process");
   bool isFound = false;
-  if (Status status = Ask(isFound); status != kSuccess) {
+  Tell(&ScriptWatcher::Probes, *this);
+  Status status = Ask(isFound);
+  Tell(&ScriptWatcher::IsProbed, status, isFound);
+  if (status != kSuccess) {
     Trace("%s::Process - Unable to answer the probe", 1, ClassName());
     return status;
   }
@@ -230,6 +234,7 @@ Status CCfgFound::ReadFromFile(CFileCfg& file) {
 
 Status CCfgFound::Process() {
   TraceScope scope("CCfgFound::Process");
+  Tell(&ScriptWatcher::Reaches, Line());
   std::string_view tag = isFound_ ? foundTag_ : notFoundTag_;
   if (tag.data() != nullptr && parser_ != nullptr) parser_->SetTag(tag);
   return kSuccess;

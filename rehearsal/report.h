@@ -29,6 +29,8 @@ struct Question {
   std::string text{};                  ///< the prompt, the menu's title, the field, the probe as written
   std::size_t line = 0;                ///< of the script, from 1; 0 where no line asks it
   std::vector<std::string> choices{};  ///< a menu's items
+
+  bool operator==(const Question&) const = default;
 };
 
 /// One step of a road.
@@ -93,6 +95,7 @@ struct Road {
   Run run{};
   std::optional<std::size_t>
       joins{};                       ///< from here on it goes as this road did: no run of its own to the end
+  std::size_t joinsAt = 0;           ///< behind so many of that road's answers
   std::vector<std::size_t> lines{};  ///< of the script that it reached, from 1
 };
 

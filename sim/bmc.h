@@ -29,6 +29,7 @@ class Bmc {
   TrafficLog& Log() { return log_; }
   VirtualClock& Clock() { return clock_; }
   ImageStore& Images() { return images_; }
+  FaultEngine& Faults() { return faults_; }
   ReceiveQueue& Queue() { return queue_; }
   SdrRepository& Sdrs() { return sdrs_; }
   Controller& Self() { return controllers_.front(); }

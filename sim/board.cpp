@@ -22,8 +22,12 @@ void WriteDefault(const std::filesystem::path& folder) {
 }  // namespace
 
 struct Board::State {
-  State(FolderLock held, const std::filesystem::path& folder, const BoardConfig& config)
-      : lock(std::move(held)), images(folder), bmc(config, images, clock), adapter(bmc) {
+  State(std::optional<FolderLock> held, const std::filesystem::path& folder, BoardConfig read)
+      : lock(std::move(held)),
+        config(std::move(read)),
+        images(folder, lock ? Access::Hold : Access::Play),
+        bmc(config, images, clock),
+        adapter(bmc) {
     if (!clock.SetStart(config.clockStart)) {
       throw BoardError("clock.start: \"" + config.clockStart +
                        "\" is neither \"now\" nor like 2026-01-01T08:00:00");
@@ -42,7 +46,8 @@ struct Board::State {
     }
   }
 
-  FolderLock lock;
+  std::optional<FolderLock> lock;  // none: the board is kept in memory
+  BoardConfig config;
   VirtualClock clock;
   ImageStore images;
   Bmc bmc;
@@ -58,12 +63,27 @@ Board::~Board() {
 
 std::unique_ptr<Board> Board::Open(const std::filesystem::path& folder, std::string& error, bool* isCreated) {
   const std::filesystem::path file = folder / kBoardFile;
-  try {
+  const auto open = [&] {
     if (isCreated != nullptr) std::filesystem::create_directories(folder);
     FolderLock lock(folder);
     if (isCreated != nullptr && (*isCreated = !std::filesystem::exists(file))) WriteDefault(folder);
-    auto state = std::make_unique<State>(std::move(lock), folder, ReadBoardConfig(file));
-    return std::unique_ptr<Board>(new Board(std::move(state)));
+    return std::make_unique<State>(std::move(lock), folder, ReadBoardConfig(file));
+  };
+  return Make(folder, open, error);
+}
+
+std::unique_ptr<Board> Board::Play(const std::filesystem::path& folder, std::string& error) {
+  const auto open = [&] {
+    return std::make_unique<State>(std::nullopt, folder, ReadBoardConfig(folder / kBoardFile));
+  };
+  return Make(folder, open, error);
+}
+
+std::unique_ptr<Board> Board::Make(const std::filesystem::path& folder, const Opener& open,
+                                   std::string& error) {
+  const std::filesystem::path file = folder / kBoardFile;
+  try {
+    return std::unique_ptr<Board>(new Board(open()));
   } catch (const std::exception& failure) {
     // A file that cannot be read, and a folder that is taken, name themselves.
     const std::string text = failure.what();
@@ -97,6 +117,9 @@ VirtualClock& Board::Clock() {
 }
 ImageStore& Board::Images() {
   return state_->images;
+}
+const BoardConfig& Board::Config() const {
+  return state_->config;
 }
 IpmiProtocol* Board::InstalledIpmi() {
   return state_->adapter.Protocol();

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -21,6 +22,8 @@ class Board : public host::Machine {
   /// tells whether they were.
   static std::unique_ptr<Board> Open(const std::filesystem::path& folder, std::string& error,
                                      bool* isCreated = nullptr);
+  /// The same board kept in memory: what is written to it is not in the folder, nor is the folder held.
+  static std::unique_ptr<Board> Play(const std::filesystem::path& folder, std::string& error);
   /// Writes the built-in default board into `folder`, made if it is missing. False with `error` set when a
   /// file cannot be written.
   static bool CreateDefault(const std::filesystem::path& folder, std::string& error);
@@ -35,6 +38,7 @@ class Board : public host::Machine {
   Bmc& TheBmc();
   VirtualClock& Clock();
   ImageStore& Images();
+  const BoardConfig& Config() const;
 
   IpmiProtocol* InstalledIpmi() override;
   std::span<const std::uint8_t> SmbiosEntryPoint() override;
@@ -44,6 +48,9 @@ class Board : public host::Machine {
 
  private:
   struct State;
+  using Opener = std::function<std::unique_ptr<State>()>;
+  static std::unique_ptr<Board> Make(const std::filesystem::path& folder, const Opener& open,
+                                     std::string& error);
   explicit Board(std::unique_ptr<State> state);
 
   std::unique_ptr<State> state_;

@@ -109,7 +109,7 @@ void AnswerWord(FaultScene& scene) {
 }
 
 void CutPower(FaultScene& scene) {
-  scene.bmc.Log().Event(scene.rule.label);
+  scene.bmc.Log().PowerCut(scene.rule.label);
   std::_Exit(kPowerCutStatus);
 }
 

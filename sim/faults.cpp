@@ -79,7 +79,19 @@ FaultRule ReadFaultRule(JsonObject& object) {
   return rule;
 }
 
-FaultEngine::FaultEngine(std::vector<FaultRule> rules) : rules_(std::move(rules)), counts_(rules_.size()) {}
+FaultEngine::FaultEngine(std::vector<FaultRule> rules) {
+  for (FaultRule& rule : rules) Add(std::move(rule));
+}
+
+void FaultEngine::Add(FaultRule rule) {
+  rules_.push_back(std::move(rule));
+  counts_.push_back(0);
+}
+
+void FaultEngine::RemoveLast() {
+  rules_.pop_back();
+  counts_.pop_back();
+}
 
 FaultEngine::Firing FaultEngine::Count(const ControllerConfig& controller, const Request& request) {
   const auto agrees = [](const std::optional<std::uint8_t>& wanted, std::uint8_t value) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <limits>
 #include <optional>
 #include <string>
@@ -56,10 +57,15 @@ class FaultEngine {
   };
   Firing Count(const ControllerConfig& controller, const Request& request);
 
-  const std::vector<FaultRule>& Rules() const { return rules_; }
+  /// One more rule, whose count begins now.
+  void Add(FaultRule rule);
+  /// Forgets the rule that was added last.
+  void RemoveLast();
+
+  const std::deque<FaultRule>& Rules() const { return rules_; }
 
  private:
-  std::vector<FaultRule> rules_;
+  std::deque<FaultRule> rules_;  // one may be added while another is at work
   std::vector<std::uint32_t> counts_;
 };
 

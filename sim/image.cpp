@@ -48,7 +48,7 @@ const char* NameOf(ImageUse use) {
 }  // namespace
 
 Image::Image(fs::path path, Bytes bytes, const StorageFault& fault, Access access)
-    : path_(std::move(path)), bytes_(std::move(bytes)), fault_(fault) {
+    : path_(std::move(path)), bytes_(std::move(bytes)), fault_(fault), access_(access) {
   std::error_code ignored;
   wasCutShort_ = access == Access::Hold ? fs::remove(Marker(), ignored) : fs::exists(Marker(), ignored);
 }
@@ -85,8 +85,15 @@ void Image::Write(std::size_t offset, std::span<const std::uint8_t> bytes) {
 
 void Image::Store(std::size_t offset, std::span<const std::uint8_t> bytes) {
   if (std::equal(bytes.begin(), bytes.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(offset))) return;
+  const auto put = [&](Bytes& content) {
+    std::copy(bytes.begin(), bytes.end(), content.begin() + static_cast<std::ptrdiff_t>(offset));
+  };
+  if (!IsKept()) {
+    ++changes_;
+    return put(bytes_);
+  }
   Bytes content = bytes_;
-  std::copy(bytes.begin(), bytes.end(), content.begin() + static_cast<std::ptrdiff_t>(offset));
+  put(content);
   Replace(std::move(content));
 }
 
@@ -114,8 +121,7 @@ void Image::BeginAppending() {
   if (!appended_.IsOpen()) FailWriting(path_);
 }
 
-void Image::Append(std::span<const std::uint8_t> bytes) {
-  if (fault_.room && *fault_.room < bytes.size()) throw StorageFull(path_.string() + ": the device is full");
+void Image::AppendToFile(std::span<const std::uint8_t> bytes) {
   if (!appended_.IsOpen()) BeginAppending();
   try {
     WriteAll(appended_, bytes, path_);
@@ -124,10 +130,21 @@ void Image::Append(std::span<const std::uint8_t> bytes) {
     if (ftruncate(appended_.Number(), static_cast<off_t>(bytes_.size())) != 0) appended_.Close();
     throw;
   }
+}
+
+void Image::Append(std::span<const std::uint8_t> bytes) {
+  if (fault_.room && *fault_.room < bytes.size()) throw StorageFull(path_.string() + ": the device is full");
+  if (IsKept()) AppendToFile(bytes);
+  ++changes_;
   bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
 }
 
 void Image::Replace(Bytes content) {
+  ++changes_;
+  if (!IsKept()) {
+    bytes_ = std::move(content);
+    return;
+  }
   const bool flushes = FlushIsDue();
   isFlushed_ = false;
   ReplaceFile(path_, content, flushes ? Flush::Now : Flush::Later);
@@ -153,11 +170,22 @@ ImageStore::Entry* ImageStore::FindFile(const std::string& path, const FileId& i
 }
 
 Image& ImageStore::Open(const std::string& name, ImageUse use, std::optional<std::size_t> size) {
+  return Open(name, use, size, false);
+}
+
+Image& ImageStore::OpenOrBegin(const std::string& name, ImageUse use) {
+  return Open(name, use, std::nullopt, true);
+}
+
+Image& ImageStore::Open(const std::string& name, ImageUse use, std::optional<std::size_t> size,
+                        bool mayBegin) {
   const fs::path relative = Tidied(name);
   if (name.empty() || relative.is_absolute() || relative.filename().string().starts_with('.') ||
       *relative.begin() == ".." || *relative.begin() == ".") {
     throw BoardError("\"" + name + "\" is not the name of a file inside the folder");
   }
+  const bool begins = mayBegin && !fs::exists(folder_ / relative);
+  if (begins && access_ == Access::Hold) ReplaceFile(folder_ / relative, {});
   const std::string path = RealPath(realFolder_ + "/" + relative.native());
   const FileId id = FileIdOf(path);
   if (id.IsThere() && !path.starts_with(realFolder_ + "/"))
@@ -165,7 +193,7 @@ Image& ImageStore::Open(const std::string& name, ImageUse use, std::optional<std
   if (id.IsThere() && id == description_) throw BoardError("\"" + name + "\" is the board's description");
   Entry* entry = FindFile(path, id);
   if (entry == nullptr) {
-    Bytes bytes = ReadWholeFile(folder_ / relative);
+    Bytes bytes = begins ? Bytes() : ReadWholeFile(folder_ / relative);
     if (size && bytes.size() < *size) bytes.resize(*size, 0xFF);
     if (access_ == Access::Hold && relative.has_parent_path()) RemoveLeftovers(fs::path(path).parent_path());
     entry = &images_.emplace_back(

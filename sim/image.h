@@ -29,9 +29,10 @@ struct StorageFault {
       until;  ///< a write reaches the device at this time, in microseconds of the board
 };
 
-/// Who opens a folder's files: the program that holds the folder, which clears what a killed one left, or one
-/// that only looks at them, perhaps while another holds the folder.
-enum class Access { Hold, Look };
+/// Who opens a folder's files: the program that holds the folder, which clears what a killed one left, one
+/// that only looks at them, perhaps while another holds the folder, or one that plays with them in memory: it
+/// may write as it likes, and the folder stays as it is.
+enum class Access { Hold, Look, Play };
 
 class Image {
  public:
@@ -44,6 +45,8 @@ class Image {
 
   std::span<const std::uint8_t> Content() const { return bytes_; }
   std::size_t Size() const { return bytes_.size(); }
+  /// How often the content has changed.
+  std::uint64_t Changes() const { return changes_; }
   /// Bytes were being added when the program was killed: the last ones may be a part of what was to come.
   bool WasCutShort() const { return wasCutShort_; }
 
@@ -66,15 +69,19 @@ class Image {
     Bytes bytes;
   };
 
+  bool IsKept() const { return access_ != Access::Play; }
   void Store(std::size_t offset, std::span<const std::uint8_t> bytes);
   /// A file that stands beside the image while bytes are added to it.
   std::filesystem::path Marker() const;
   void BeginAppending();
+  void AppendToFile(std::span<const std::uint8_t> bytes);
   bool FlushIsDue();
 
   std::filesystem::path path_;
   Bytes bytes_;
   const StorageFault& fault_;
+  Access access_;
+  std::uint64_t changes_ = 0;
   std::vector<LateWrite> late_;
   Descriptor appended_;
   bool wasCutShort_ = false;
@@ -107,8 +114,12 @@ class ImageStore {
   /// that many bytes: a shorter file reads as erased (FFh) behind its end, a longer one is an error. Throws
   /// BoardError, also for a file that stands for something else already.
   Image& Open(const std::string& name, ImageUse use, std::optional<std::size_t> size = std::nullopt);
+  /// As Open; a file that is not there begins empty.
+  Image& OpenOrBegin(const std::string& name, ImageUse use);
   /// The opened image of that name; null when no device uses it.
   Image* Find(const std::string& name);
+  /// The images by their names in board.json, tidied up. Two names may stand for one image.
+  const std::map<std::string, Image*>& Names() const { return names_; }
   /// Whether the board lives in the file at `path`.
   bool Holds(const std::filesystem::path& path);
 
@@ -126,13 +137,14 @@ class ImageStore {
   };
 
   Entry* FindFile(const std::string& path, const FileId& id);
+  Image& Open(const std::string& name, ImageUse use, std::optional<std::size_t> size, bool mayBegin);
 
   std::filesystem::path folder_;
   Access access_;
   std::string realFolder_;
   FileId description_;
   std::vector<Entry> images_;
-  std::map<std::string, Image*> names_;  // as board.json has them, tidied up
+  std::map<std::string, Image*> names_;
 };
 
 }  // namespace varnok::sim

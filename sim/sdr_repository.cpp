@@ -36,9 +36,8 @@ SdrRepository::SdrRepository(const SdrConfig& config, ImageStore& images, const 
   if (config.file.empty()) return;
   try {
     // A board whose file is nowhere named begins with an empty repository.
-    const std::filesystem::path path = images.Folder() / config.file;
-    if (!config.isFileNamed && !std::filesystem::exists(path)) ReplaceFile(path, {});
-    image_ = &images.Open(config.file, ImageUse::Sdrs);
+    image_ = &(config.isFileNamed ? images.Open(config.file, ImageUse::Sdrs)
+                                  : images.OpenOrBegin(config.file, ImageUse::Sdrs));
     Index();
   } catch (const BoardError& error) {
     throw BoardError(std::string("bmc.sdrs.file: ") + error.what());
@@ -72,6 +71,12 @@ void SdrRepository::Index() {
       throw BoardError(place(offset) + " has record ID " + std::to_string(id) + ", as one before it has");
     Note(offset, id);
   }
+}
+
+void SdrRepository::Reload() {
+  part_.reset();
+  erasedAt_ = 0;
+  if (image_ != nullptr) Index();
 }
 
 std::size_t SdrRepository::FreeBytes() const {

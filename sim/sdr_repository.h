@@ -43,6 +43,8 @@ class SdrRepository {
   /// Starts to erase: the records are gone, and for the configured time the repository is busy.
   void StartErase();
   bool IsErasing() const { return clock_.Elapsed() < erasedAt_; }
+  /// Takes the image as it is now, however it came to hold that. Throws BoardError as the constructor does.
+  void Reload();
   /// Forgets a half-added record, as a reset does.
   void DropPart() { part_.reset(); }
 

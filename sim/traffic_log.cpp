@@ -58,6 +58,7 @@ void TrafficLog::Line(std::string text, std::string_view remark) {
 }
 
 void TrafficLog::Asked(const Controller& controller, const Request& request) {
+  if (observer_ != nullptr) observer_->Asked(controller, request);
   if (!file_.IsOpen()) return;
   std::string text =
       PlaceText(controller, '>') + CommandText(request.netFunction, request.lun, request.command);
@@ -66,6 +67,7 @@ void TrafficLog::Asked(const Controller& controller, const Request& request) {
 }
 
 void TrafficLog::Answered(const Controller& controller, const Response& response, std::string_view remark) {
+  if (observer_ != nullptr) observer_->Answered(controller, response);
   if (!file_.IsOpen()) return;
   std::string text = PlaceText(controller, '<') +
                      CommandText(response.netFunction, response.lun, response.command) +
@@ -76,6 +78,7 @@ void TrafficLog::Answered(const Controller& controller, const Response& response
 
 void TrafficLog::Unanswered(const Controller& controller, const Request& request, std::string_view word,
                             std::string_view remark) {
+  if (observer_ != nullptr) observer_->Unanswered(controller);
   if (!file_.IsOpen()) return;
   Line(PlaceText(controller, '<') + CommandText(request.netFunction + 1u, request.lun, request.command) +
            " " + std::string(word),
@@ -84,6 +87,11 @@ void TrafficLog::Unanswered(const Controller& controller, const Request& request
 
 void TrafficLog::Event(std::string_view text) {
   if (file_.IsOpen()) Line("! " + Printable(text));
+}
+
+void TrafficLog::PowerCut(std::string_view text) {
+  Event(text);
+  if (observer_ != nullptr) observer_->PowerIsCut();
 }
 
 }  // namespace varnok::sim

@@ -56,13 +56,14 @@ extern const Command kDiff;
 extern const Command kFruText;
 extern const Command kImport;
 extern const Command kNew;
+extern const Command kRehearse;
 extern const Command kRestore;
 extern const Command kSdrText;
 extern const Command kServe;
 extern const Command kShow;
 extern const Command kSnapshot;
 
-inline constexpr const Command* kCommands[] = {&kNew,  &kImport,  &kSnapshot, &kRestore, &kShow,
-                                               &kDiff, &kFruText, &kSdrText,  &kCheck,   &kServe};
+inline constexpr const Command* kCommands[] = {&kNew,     &kImport,  &kSnapshot, &kRestore,  &kShow, &kDiff,
+                                               &kFruText, &kSdrText, &kCheck,    &kRehearse, &kServe};
 
 }  // namespace varnok::companion

@@ -1,0 +1,132 @@
+// varnok-board rehearse: what a script or a load file does to a board, on one road or on all of them.
+#include <algorithm>
+#include <charconv>
+#include <thread>
+
+#include "boards/folder.h"
+#include "programs/board/command.h"
+#include "programs/board/output.h"
+#include "programs/board/rehearsal_output.h"
+#include "rehearsal/answers.h"
+#include "rehearsal/roads.h"
+#include "sim/board_source.h"
+
+namespace varnok::companion {
+namespace {
+
+using namespace rehearsal;
+
+constexpr Option kOptions[] = {
+    {"SCRIPT", "", "The script; or, behind --, the program's arguments: -- /fru board.fru",
+     Option::OneOrMore},
+    {"--board", "FOLDER", "The board, which stays as it is; else VARNOK_BOARD, else the default board"},
+    {"--answers", "FILE", "Answer the questions from this file; else from the keyboard"},
+    {"--all-roads", "", "Go every road through the script: each answer, and each outcome of a probe"},
+    {"--limit", "N", "The most roads of --all-roads; 10000 without it"},
+    {"--record", "FILE", "Write the answers that were given into this file"},
+    {"--keep", "FOLDER", "Make a board folder of what the board holds afterwards"},
+    kReportHtml,
+    kReportJunit,
+    kReportJson,
+    kReportVerbose,
+};
+
+/// The program's arguments: as given, or those that run the script.
+std::vector<std::string> ProgramArguments(const Arguments& arguments) {
+  std::vector<std::string> words = arguments.Values("SCRIPT");
+  const bool isOption =
+      words.front().starts_with('-') || (words.front().starts_with('/') && words.front().rfind('/') == 0);
+  if (words.size() != 1 || isOption) return words;
+  // To the program a word that begins with '/' is an option.
+  if (words.front().starts_with('/')) words.front().front() = '\\';
+  return {"/cfg", words.front()};
+}
+
+bool FindFolder(const Arguments& arguments, std::string& folder, std::string& error) {
+  const std::string named = arguments.Value("--board");
+  const auto source = named.empty() ? sim::FindBoard(sim::ProcessEnvironment, error)
+                                    : std::optional(sim::BoardSource{.folder = named});
+  if (!source) return false;
+  folder = source->folder.string();
+  if (!source->isDefault && !std::filesystem::is_directory(source->folder)) {
+    error = folder + ": is no board folder; varnok-board snapshot makes one of a machine";
+    return false;
+  }
+  if (source->isDefault) Note("varnok-board: the default simulated board " + folder);
+  const bool isMissing = source->isDefault && !std::filesystem::exists(source->folder / sim::kBoardFile);
+  return !isMissing || sim::Board::CreateDefault(source->folder, error);
+}
+
+std::unique_ptr<Answerer> MakeAnswerer(const Arguments& arguments, std::string& error) {
+  if (!arguments.Has("--answers")) return std::make_unique<KeyboardAnswers>();
+  boards::Bytes text;
+  auto file = std::make_unique<AnswerFile>();
+  const std::string name = arguments.Value("--answers");
+  if (!boards::ReadFile(name, text, error)) return nullptr;
+  if (file->Parse({reinterpret_cast<const char*>(text.data()), text.size()}, error)) return file;
+  error = name + ": " + error;
+  return nullptr;
+}
+
+/// Which option stands where it has no meaning; empty when none does.
+std::string MisplacedOption(const Arguments& arguments) {
+  const bool isAllRoads = arguments.Has("--all-roads");
+  for (const char* name : {"--answers", "--record", "--keep"})
+    if (isAllRoads && arguments.Has(name)) return std::string(name) + " is for one road, not for --all-roads";
+  if (!isAllRoads && arguments.Has("--limit")) return "--limit is for --all-roads";
+  if (!isAllRoads && !arguments.Has("--answers") && arguments.Has("--json"))
+    return "--json needs --answers: without them the console is the program's";
+  return {};
+}
+
+int GoAll(const Arguments& arguments, Stage& stage) {
+  RoadOptions options{.cores = std::max(1U, std::thread::hardware_concurrency())};
+  const std::string limit = arguments.Value("--limit", std::to_string(options.limit));
+  const char* end = limit.data() + limit.size();
+  if (std::from_chars(limit.data(), end, options.limit).ptr != end || options.limit == 0)
+    return Fail("--limit: \"" + limit + "\" is no number of roads", kWrongUse);
+  Progress progress;
+  options.progress = [&](std::size_t roads) { progress.Show("Roads", roads, options.limit); };
+  Report report;
+  std::string error;
+  const bool isDone = GoAllRoads(stage, options, report, error);
+  progress.Clear();
+  return isDone ? TellReport(report, arguments) : Fail(error);
+}
+
+int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
+  const bool isLive = !arguments.Has("--answers");
+  Outcome outcome;
+  std::string error;
+  if (!RunOnce(stage, answerer, outcome, error, isLive)) return Fail(error);
+  if (!isLive && !arguments.Has("--json")) PrintLine(outcome.run.transcript);
+  if (arguments.Has("--record") && !WriteText(arguments.Value("--record"), AnswerText(outcome.given)))
+    return kFailed;
+  if (arguments.Has("--keep") && !stage.Save(arguments.Value("--keep"), outcome.images, error))
+    return Fail(error);
+  const std::vector<std::string> problems = outcome.problems;
+  ReportBuilder builder(stage);
+  builder.Add(std::move(outcome));
+  const int status = TellReport(builder.Finish(), arguments);
+  for (const std::string& problem : problems) Fail(problem);
+  return problems.empty() ? status : kFailed;
+}
+
+int Run(const Arguments& arguments) {
+  if (const std::string misplaced = MisplacedOption(arguments); !misplaced.empty())
+    return Fail(misplaced, kWrongUse);
+  std::string folder, error;
+  if (!FindFolder(arguments, folder, error)) return Fail(error);
+  const std::unique_ptr<Answerer> answerer = MakeAnswerer(arguments, error);
+  if (answerer == nullptr) return Fail(error);
+  const std::unique_ptr<Stage> stage = Stage::Open(folder, ProgramArguments(arguments), error);
+  if (stage == nullptr) return Fail(error);
+  return arguments.Has("--all-roads") ? GoAll(arguments, *stage) : GoOne(arguments, *stage, *answerer);
+}
+
+}  // namespace
+
+const Command kRehearse = {"rehearse", "Run a script over a copy of a board and tell what it does", kOptions,
+                           "  varnok-board rehearse MASTER.CFG --board myboard --answers rack.answers", Run};
+
+}  // namespace varnok::companion

@@ -1,0 +1,188 @@
+#include "rehearsal/ways_back.h"
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include "boards/snapshot/restore.h"
+#include "boards/snapshot/snapshot.h"
+#include "rehearsal/answers.h"
+#include "rehearsal/hash.h"
+#include "rehearsal/results.h"
+#include "rehearsal/run_once.h"
+
+namespace varnok::rehearsal {
+namespace {
+
+using Words = std::vector<std::string>;
+
+struct Verdict {
+  std::size_t board = 0;
+  WayBack way{};
+};
+
+template <class Archive>
+void Transfer(Archive& archive, Verdict& verdict) {
+  archive(verdict.board, verdict.way.canBeShown, verdict.way.rerunReaches, verdict.way.restoreReaches);
+}
+
+std::string Hex(unsigned number) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%02X", number);
+  return text;
+}
+
+/// The command line that shows a device.
+Words ShowCommand(const boards::DeviceAddress& address) {
+  switch (address.kind) {
+    case boards::DeviceKind::At24c02:
+      return {"varnok", "/d", "fru", "AT24C02", Hex(address.bus), Hex(address.slave)};
+    case boards::DeviceKind::Ds1624s:
+      return {"varnok", "/d", "fru", "DS1624S", Hex(address.bus), Hex(address.slave)};
+    case boards::DeviceKind::Fru:
+      break;
+  }
+  if (address.controller == boards::kBmc) return {"varnok", "/d", "fru", "IMBDEVICE", Hex(address.id)};
+  return {"varnok", "/d", "fru", "IMBDEVICE", 'C' + Hex(address.controller), Hex(address.id)};
+}
+
+class QuietObserver : public boards::Observer {
+ public:
+  void Step(std::string_view, std::size_t, std::size_t) override {}
+};
+
+/// Works in a process of its own, on its own copy of the stage.
+class Judge {
+ public:
+  Judge(Stage& stage, const Outcome& undisturbed)
+      : stage_(stage), undisturbed_(undisturbed), road_(stage.Arguments()) {
+    for (const boards::Device& device : stage.Described().devices)
+      shows_.push_back(ShowCommand(device.address));
+    if (stage.Described().hasRepository) shows_.push_back({"varnok", "/d", "sdr"});
+    // What could not be shown before and need not be shown in the end says nothing.
+    std::erase_if(shows_, [&](const Words& show) {
+      return !Shows(show, stage_.Before()) && !Shows(show, undisturbed_.images);
+    });
+  }
+
+  WayBack Of(const Images& images) {
+    WayBack way;
+    for (const Words& show : shows_) way.canBeShown = way.canBeShown && Shows(show, images);
+    way.rerunReaches = Reruns(images);
+    way.restoreReaches = images == stage_.Before() || Restores(images);
+    return way;
+  }
+
+ private:
+  bool RunOn(const Images& images, const Words& arguments, Answerer& answers, Outcome& outcome) {
+    std::string ignored;
+    stage_.Put(images);
+    stage_.SetArguments(arguments);
+    return RunOnce(stage_, answers, outcome, ignored);
+  }
+
+  bool Shows(const Words& show, const Images& images) {
+    SameAnswers none({});
+    Outcome outcome;
+    return RunOn(images, show, none, outcome) && outcome.run.exitStatus == 0;
+  }
+
+  bool Reruns(const Images& images) {
+    SameAnswers answers(undisturbed_.given);
+    Outcome outcome;
+    return RunOn(images, road_, answers, outcome) && stage_.AreAlike(outcome.images, undisturbed_.images);
+  }
+
+  /// In a process of its own: what it learns of the machine must not reach the next board.
+  bool Restores(const Images& images) {
+    stage_.Put(images);
+    const pid_t child = fork();
+    if (child == 0) _exit(RestoresHere() ? 0 : 1);
+    int status = 1;
+    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return child > 0 && status == 0;
+  }
+
+  bool RestoresHere() {
+    host::HostFirmware firmware(stage_.TheBoard());
+    InstallFirmware(&firmware);
+    boards::Identity identity;
+    std::string ignored;
+    if (!boards::ReachBmc(identity, ignored)) return false;
+    const boards::Board& wanted = stage_.Described();
+    std::vector<const boards::Device*> devices;
+    for (const boards::Device& device : wanted.devices)
+      if (!device.isReadOnly) devices.push_back(&device);
+    QuietObserver observer;
+    boards::RestoreWork work =
+        boards::PlanRestore(devices, wanted.hasRepository ? &wanted.records : nullptr, observer);
+    for (boards::DeviceWork& device : work.devices)
+      if (device.IsNeeded()) (void)boards::RestoreDevice(device, observer);
+    if (work.repository.IsNeeded()) (void)boards::RestoreRecords(work.repository, observer);
+    stage_.TheBoard().Images().Settle(sim::StorageFault::kNever - 1);
+    return stage_.AreAlike(stage_.ImagesNow(), stage_.Before());
+  }
+
+  Stage& stage_;
+  const Outcome& undisturbed_;
+  Words road_;
+  std::vector<Words> shows_;
+};
+
+}  // namespace
+
+std::size_t DistinctImages::Add(Images images) {
+  std::uint64_t hash = 0;
+  for (const Bytes& image : images) hash = Mixed(hash, HashOf(image));
+  std::vector<std::size_t>& alike = byHash_[hash];
+  for (std::size_t index : alike)
+    if (images_[index] == images) return index;
+  alike.push_back(images_.size());
+  images_.push_back(std::move(images));
+  return alike.back();
+}
+
+bool FindWaysBack(Stage& stage, const Outcome& undisturbed, const std::vector<Images>& boards, unsigned cores,
+                  std::vector<WayBack>& ways, std::string& error) {
+  Results results;
+  if (!results.Open(error)) return false;
+  std::fflush(nullptr);
+  std::vector<pid_t> workers;
+  for (unsigned worker = 0; worker < cores; ++worker) {
+    const pid_t child = fork();
+    if (child < 0) break;
+    if (child > 0) {
+      workers.push_back(child);
+      continue;
+    }
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    Judge judge(stage, undisturbed);
+    for (std::size_t i = worker; i < boards.size(); i += cores) {
+      Verdict verdict{i, judge.Of(boards[i])};
+      results.Add(ToWire(verdict));
+    }
+    _exit(0);
+  }
+  for (pid_t worker : workers)
+    while (waitpid(worker, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  ways.assign(boards.size(), {false, false, false});
+  std::size_t judged = 0;
+  results.Take([&](std::span<const std::uint8_t> record) {
+    Verdict verdict;
+    if (!FromWire(record, verdict)) return;
+    ways[verdict.board] = verdict.way;
+    ++judged;
+  });
+  if (judged == boards.size()) return true;
+  error = "the boards cannot be judged: no process or no memory for it";
+  return false;
+}
+
+}  // namespace varnok::rehearsal
