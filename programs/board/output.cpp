@@ -64,8 +64,8 @@ void Progress::Show(std::string_view what, std::size_t done, std::size_t total) 
   const auto now = Clock::now();
   if (now - started_ < 1s || now - shown_ < 100ms || isatty(STDERR_FILENO) == 0) return;
   shown_ = now;
-  Write(stderr,
-        std::string(kClearLine) + Shown(what) + " " + std::to_string(done) + " of " + std::to_string(total));
+  Write(stderr, std::string(kClearLine) + Shown(what) + " " + std::to_string(done) +
+                    (total == 0 ? "" : " of " + std::to_string(total)));
 }
 
 void Progress::Clear() {
