@@ -65,7 +65,7 @@ std::vector<FaultGroup> GraveGroups(const Report& report) {
     requests.numbers.push_back(run.request);
     if (requests.example == nullptr) requests.example = &run;
   }
-  // Kinds that hit the same requests make one group.
+  // Kinds that hit the same requests of a road make one group, and so do roads on which that is the same.
   std::map<std::tuple<Cell, std::size_t, std::vector<std::size_t>>, FaultGroup> byRequests;
   for (auto& [key, requests] : byKind) {
     const auto& [cell, road, kind] = key;
@@ -73,12 +73,17 @@ std::vector<FaultGroup> GraveGroups(const Report& report) {
     requests.numbers.erase(std::unique(requests.numbers.begin(), requests.numbers.end()),
                            requests.numbers.end());
     FaultGroup& group = byRequests[{cell, road, requests.numbers}];
-    if (group.example == nullptr) group = {cell, road, {}, requests.numbers, requests.example};
+    if (group.example == nullptr) group = {cell, {road}, {}, requests.numbers, requests.example};
     group.kinds.push_back(kind);
   }
+  std::map<std::tuple<Cell, std::vector<std::string>, std::vector<std::size_t>>, FaultGroup> byPlace;
+  for (auto& [key, group] : byRequests) {
+    const auto [place, isNew] = byPlace.try_emplace({group.cell, group.kinds, group.requests}, group);
+    if (!isNew) place->second.roads.push_back(group.roads.front());
+  }
   std::vector<FaultGroup> groups;
-  groups.reserve(byRequests.size());
-  for (auto& [key, group] : byRequests) groups.push_back(std::move(group));
+  groups.reserve(byPlace.size());
+  for (auto& [key, group] : byPlace) groups.push_back(std::move(group));
   std::stable_sort(groups.begin(), groups.end(), [](const FaultGroup& left, const FaultGroup& right) {
     return left.cell != right.cell ? left.cell < right.cell : left.Runs() > right.Runs();
   });
@@ -93,11 +98,17 @@ std::string KindsWords(const std::vector<std::string>& kinds, std::size_t limit)
   return text;
 }
 
-std::string RequestNames(const Report& report, const FaultGroup& group) {
-  if (group.road >= report.roads.size()) return {};
-  const std::vector<Exchange>& traffic = report.roads[group.road].run.traffic;
+std::string PlaceWords(const Report& report, const FaultGroup& group, std::size_t limit) {
+  const std::string names = RequestNames(report, group.roads.front(), group.requests);
+  return "road " + Ranges(FromOne(group.roads), limit) + ", request " + Ranges(group.requests, limit) +
+         (names.empty() ? "" : " (" + names + ")");
+}
+
+std::string RequestNames(const Report& report, std::size_t road, const std::vector<std::size_t>& requests) {
+  if (road >= report.roads.size()) return {};
+  const std::vector<Exchange>& traffic = report.roads[road].run.traffic;
   std::vector<std::string> names;
-  for (const std::size_t request : group.requests) {
+  for (const std::size_t request : requests) {
     if (request == 0 || request > traffic.size()) continue;
     std::string name = Printable(traffic[request - 1].name);
     if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(std::move(name));

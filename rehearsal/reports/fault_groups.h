@@ -36,15 +36,15 @@ Cell CellOf(const FaultRun& run);
 /// How many runs came to what, by Cell.
 std::array<std::size_t, kCellCount> CountCells(const Report& report);
 
-/// Runs of one road that came to the same: these kinds of faults at each of these requests.
+/// Runs that came to the same: on each of these roads these kinds of faults at each of these requests.
 struct FaultGroup {
   Cell cell = Cell::Wanted;
-  std::size_t road = 0;
+  std::vector<std::size_t> roads{};  ///< ascending, from 0
   std::vector<std::string> kinds{};
   std::vector<std::size_t> requests{};  ///< ascending, from 1
   const FaultRun* example = nullptr;    ///< the first of them
 
-  std::size_t Runs() const { return kinds.size() * requests.size(); }
+  std::size_t Runs() const { return roads.size() * kinds.size() * requests.size(); }
 };
 
 /// The grave ones, by gravity, then the ones with most runs first. They point into `report`.
@@ -52,8 +52,10 @@ std::vector<FaultGroup> GraveGroups(const Report& report);
 
 /// "completion code C0h, completion code C1h and 22 more kinds"
 std::string KindsWords(const std::vector<std::string>& kinds, std::size_t limit);
+/// "road 1–4, request 17, 18 (Read FRU Data)"
+std::string PlaceWords(const Report& report, const FaultGroup& group, std::size_t limit);
 /// "Write FRU Data" for requests of one name, "Write FRU Data, Read FRU Data" for more; empty if not known.
-std::string RequestNames(const Report& report, const FaultGroup& group);
+std::string RequestNames(const Report& report, std::size_t road, const std::vector<std::size_t>& requests);
 /// What the example came to: status and message, the board, what a rerun and restore reach.
 std::string Explanation(const FaultRun& run);
 

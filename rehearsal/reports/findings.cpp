@@ -43,9 +43,8 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
       finding.weight = lasting > 0 ? Weight::Grave : Weight::Warning;
       finding.title += lasting > 0 ? "; a rerun does not mend " + Grouped(lasting) : "; a rerun mends it";
     }
-    const std::string names = RequestNames(report, *group);
     finding.detail = "of " + Grouped(report.faults.size()) + ", such as: " + KindsWords(group->kinds, 2) +
-                     " at request " + Ranges(group->requests, 6) + (names.empty() ? "" : " (" + names + ")");
+                     ", " + PlaceWords(report, *group, 6);
     finding.chapter = "faults";
     findings.push_back(std::move(finding));
   }

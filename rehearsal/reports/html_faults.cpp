@@ -148,12 +148,10 @@ Element GroupTable(const Report& report, const std::vector<FaultGroup>& groups) 
   const std::size_t shown = std::min(groups.size(), kShownGroups);
   for (std::size_t i = 0; i < shown; ++i) {
     const FaultGroup& group = groups[i];
-    const std::string names = RequestNames(report, group);
     Element row("tr");
     body.Add(row.Add(Element("th").Set("scope", "row").Text(WordsOf(group.cell).title))
                  .Add(CellOfText(KindsWords(group.kinds, 4)))
-                 .Add(CellOfText(RoadName(group.road) + ", request " + Ranges(group.requests) +
-                                 (names.empty() ? "" : " (" + names + ")")))
+                 .Add(CellOfText(PlaceWords(report, group, 12)))
                  .Add(CellOfText(Explanation(*group.example))));
   }
   Element table("table");

@@ -106,10 +106,9 @@ std::string FaultCases(const Report& report) {
   Suite suite("faults", report.package);
   for (const FaultRun& run : report.faults) {
     const Cell cell = CellOf(run);
-    const FaultGroup place{.road = run.road, .requests = {run.request}};
     const Element failure = FailureElement(WordsOf(cell).title, Explanation(run));
     suite.Case(RoadName(run.road) + ", request " + std::to_string(run.request) + ", " +
-                   RequestNames(report, place) + ": " + run.kind,
+                   RequestNames(report, run.road, {run.request}) + ": " + run.kind,
                0, IsGrave(cell) ? &failure : nullptr);
   }
   return suite.Markup();

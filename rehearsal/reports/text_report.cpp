@@ -181,11 +181,10 @@ class TextWriter {
     const std::size_t shown = Limit(groups.size(), 8);
     for (std::size_t i = 0; i < shown; ++i) {
       const FaultGroup& group = groups[i];
-      const std::string names = RequestNames(report_, group);
-      Line("  " + std::string(WordsOf(group.cell).title) + ", " + Count(group.Runs(), "run") + " of " +
-           RoadName(group.road) + ": " + KindsWords(group.kinds, isVerbose_ ? group.kinds.size() : 3));
-      Line("    request " + Ranges(group.requests, isVerbose_ ? group.requests.size() : 8) +
-           (names.empty() ? "" : " (" + names + ")") + ": " + Explanation(*group.example));
+      Line("  " + std::string(WordsOf(group.cell).title) + ", " + Count(group.Runs(), "run") + ": " +
+           KindsWords(group.kinds, isVerbose_ ? group.kinds.size() : 3));
+      Line("    " + PlaceWords(report_, group, isVerbose_ ? report_.faults.size() : 8) + ": " +
+           Explanation(*group.example));
     }
     Rest(groups.size(), shown, "group");
   }
