@@ -35,17 +35,17 @@ bool Results::Take(const std::function<void(std::span<const std::uint8_t>)>& tak
     if (count <= 0) return false;
     done += static_cast<std::size_t>(count);
   }
-  taken_ += bytes.size();
-  for (std::span<const std::uint8_t> rest(bytes); !rest.empty();) {
+  // A record that is just being written shows in part: it is taken the next time.
+  for (std::span<const std::uint8_t> rest(bytes);;) {
     std::size_t size = 0;
-    if (rest.size() < sizeof size) return false;
+    if (rest.size() < sizeof size) return rest.empty();
     std::memcpy(&size, rest.data(), sizeof size);
     rest = rest.subspan(sizeof size);
     if (size > rest.size()) return false;
+    taken_ += sizeof size + size;
     taker(rest.first(size));
     rest = rest.subspan(size);
   }
-  return true;
 }
 
 }  // namespace varnok::rehearsal

@@ -15,7 +15,8 @@ class Results {
   bool Open(std::string& error);
   /// Adds a record; one that finds no memory is lost.
   void Add(const Bytes& record);
-  /// Hands out the records that were added since the last call, in the order in which they were.
+  /// Hands out the records that were added since the last call, in the order in which they were. False when
+  /// something is left that is no whole record, or not yet: the next call takes it up.
   bool Take(const std::function<void(std::span<const std::uint8_t>)>& taker);
 
  private:
