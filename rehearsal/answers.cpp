@@ -127,7 +127,8 @@ std::optional<std::string> SameAnswers::Answer(Performance& run, const Inquiry& 
   const bool isKey = question.kind == QuestionKind::Prompt || question.kind == QuestionKind::Header;
   if (given == nullptr && isKey) return "Y";
   if (given == nullptr) run.GiveUp(Place(question) + "\"" + question.text + "\" was not asked before");
-  if (given == last_) run.GiveUp(Place(question) + "\"" + given->text + "\" is refused for \"" + question.text + "\"");
+  if (given == last_)
+    run.GiveUp(Place(question) + "\"" + given->text + "\" is refused for \"" + question.text + "\"");
   used_.insert(given);
   last_ = given;
   return given->text;

@@ -31,8 +31,8 @@ class GivenAnswers : public Answerer {
   std::size_t next_ = 0;
 };
 
-/// The answers of an earlier run, by their questions: for a run that may ask them in another order, leave some
-/// out, or ask whether to go on where that one did not have to. That is answered with a yes.
+/// The answers of an earlier run, by their questions: for a run that may ask them in another order, leave
+/// some out, or ask whether to go on where that one did not have to. That is answered with a yes.
 class SameAnswers : public Answerer {
  public:
   /// `given` must outlive it.

@@ -23,7 +23,7 @@ enum class Scope : std::uint8_t {
 };
 
 struct Disturbance {
-  std::string name{};    ///< "lost answer, not done", "completion code C3h"
+  std::string name{};     ///< "lost answer, not done", "completion code C3h"
   sim::FaultRule rule{};  ///< but for the controller, and numbers that the request decides
   Scope scope = Scope::Any;
 };

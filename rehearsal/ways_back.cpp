@@ -59,8 +59,10 @@ class QuietObserver : public boards::Observer {
 /// Works in a process of its own, on its own copy of the stage.
 class Judge {
  public:
-  Judge(Stage& stage, const Outcome& undisturbed) : stage_(stage), undisturbed_(undisturbed), road_(stage.Arguments()) {
-    for (const boards::Device& device : stage.Described().devices) shows_.push_back(ShowCommand(device.address));
+  Judge(Stage& stage, const Outcome& undisturbed)
+      : stage_(stage), undisturbed_(undisturbed), road_(stage.Arguments()) {
+    for (const boards::Device& device : stage.Described().devices)
+      shows_.push_back(ShowCommand(device.address));
     if (stage.Described().hasRepository) shows_.push_back({"varnok", "/d", "sdr"});
     // What could not be shown before and need not be shown in the end says nothing.
     std::erase_if(shows_, [&](const Words& show) {

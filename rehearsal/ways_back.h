@@ -22,13 +22,14 @@ class DistinctImages {
 };
 
 struct WayBack {
-  bool canBeShown = true;      ///< the program shows each device and the SDRs, where it could before or should now
+  bool canBeShown =
+      true;  ///< the program shows each device and the SDRs, where it could before or should now
   bool rerunReaches = true;    ///< the road again, with its answers, leaves the wanted board
   bool restoreReaches = true;  ///< restore leaves the board that the rehearsal began with
 };
 
-/// For each of `boards`, what the road and restore make of it. False, with `error` set, when the system has no
-/// process or no memory for it.
+/// For each of `boards`, what the road and restore make of it. False, with `error` set, when the system has
+/// no process or no memory for it.
 bool FindWaysBack(Stage& stage, const Outcome& undisturbed, const std::vector<Images>& boards, unsigned cores,
                   std::vector<WayBack>& ways, std::string& error);
 
