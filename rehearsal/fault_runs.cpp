@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -14,6 +15,7 @@
 #include "rehearsal/answers.h"
 #include "rehearsal/disturbances.h"
 #include "rehearsal/results.h"
+#include "rehearsal/roads.h"
 #include "rehearsal/run_once.h"
 #include "rehearsal/ways_back.h"
 
@@ -191,8 +193,7 @@ class Collector {
   std::vector<std::size_t> boardOf_;  ///< of each run
 };
 
-}  // namespace
-
+/// Disturbs the road that `undisturbed` is, and adds what each run came to.
 bool DisturbRoad(Stage& stage, const Outcome& undisturbed, const FaultChoice& choice,
                  std::vector<FaultRun>& runs, std::string& error) {
   Results results;
@@ -214,7 +215,7 @@ bool DisturbRoad(Stage& stage, const Outcome& undisturbed, const FaultChoice& ch
   for (pid_t ended = 0; (ended = waitpid(trunk, &status, WNOHANG)) == 0 || (ended < 0 && errno == EINTR);) {
     usleep(kPause);
     collector.Take(results);
-    if (choice.progress) choice.progress(collector.Count());
+    choice.progress(runs.size());
   }
   collector.Take(results);
   if (status != 0) {
@@ -222,6 +223,27 @@ bool DisturbRoad(Stage& stage, const Outcome& undisturbed, const FaultChoice& ch
     return false;
   }
   return collector.Judge(choice, error);
+}
+
+}  // namespace
+
+bool DisturbRoads(Stage& stage, const FaultChoice& choice, Report& report, std::string& error) {
+  const auto begun = std::chrono::steady_clock::now();
+  for (std::size_t i = 0; i < report.roads.size(); ++i) {
+    if (report.roads[i].run.traffic.empty()) continue;
+    GivenAnswers answers(AnswersOf(report, i));
+    Outcome undisturbed;
+    const std::size_t first = report.faults.size();
+    if (!RunOnce(stage, answers, undisturbed, error) ||
+        !DisturbRoad(stage, undisturbed, choice, report.faults, error))
+      return false;
+    for (std::size_t run = first; run < report.faults.size(); ++run) report.faults[run].road = i;
+  }
+  report.hasFaults = true;
+  report.runs += report.faults.size();
+  report.cores = choice.cores;
+  report.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
+  return true;
 }
 
 }  // namespace varnok::rehearsal

@@ -6,9 +6,8 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 
-#include "rehearsal/performance.h"
+#include "rehearsal/stage.h"
 
 namespace varnok::rehearsal {
 
@@ -17,12 +16,11 @@ struct FaultChoice {
   /// Every so-manieth of all pairs of a request and a disturbance is tried; 1: all of them.
   std::size_t step = 1;
   /// Called now and then while the runs go on.
-  std::function<void(std::size_t done)> progress{};
+  std::function<void(std::size_t done)> progress = [](std::size_t) {};
 };
 
-/// Disturbs the road that `undisturbed` is, and adds what each run came to. False, with `error` set, when the
-/// system has no process or no memory for it.
-bool DisturbRoad(Stage& stage, const Outcome& undisturbed, const FaultChoice& choice,
-                 std::vector<FaultRun>& runs, std::string& error);
+/// Disturbs each road of the report that has its traffic, and adds what came of it. False, with `error` set,
+/// when the system has no process or no memory for it.
+bool DisturbRoads(Stage& stage, const FaultChoice& choice, Report& report, std::string& error);
 
 }  // namespace varnok::rehearsal

@@ -303,25 +303,22 @@ void Performance::Probes(const CCfgCommand& probe) {
   CheckLimits();
   requestsBeforeProbe_ = outcome_.run.traffic.size();
   probeEnd_ = answerer_.ChooseProbeEnd(*this, probe_);
-  if (probeEnd_ == ProbeEnd::Failing) stage_.TheBoard().TheBmc().Faults().Add(Silence());
+  if (probeEnd_ == ProbeEnd::Failing) silence_ = stage_.TheBoard().TheBmc().Faults().Add(Silence());
 }
 
 void Performance::IsProbed(Status& status, bool& isFound) {
   const bool hasAsked = outcome_.run.traffic.size() > requestsBeforeProbe_;
-  if (probeEnd_ == ProbeEnd::Failing) stage_.TheBoard().TheBmc().Faults().RemoveLast();
+  if (probeEnd_ == ProbeEnd::Failing) stage_.TheBoard().TheBmc().Faults().Stop(silence_);
   if (probeEnd_ == ProbeEnd::Failing && !hasAsked) answerer_.CannotFail(*this, probe_);
-  const bool isForced = probeEnd_ != ProbeEnd::AsBoard && probeEnd_ != ProbeEnd::Failing;
-  if (isForced) {
-    isFound =
-        probeEnd_ == ProbeEnd::Yes || (probeEnd_ == ProbeEnd::Other && (status != kSuccess || !isFound));
+  const bool isYes = status == kSuccess && isFound;
+  bool isForced = probeEnd_ == ProbeEnd::Failing;
+  if (probeEnd_ != ProbeEnd::AsBoard && probeEnd_ != ProbeEnd::Failing) {
+    isFound = probeEnd_ == ProbeEnd::Yes || (probeEnd_ == ProbeEnd::Other && !isYes);
+    isForced = isFound != isYes || status != kSuccess;
     status = kSuccess;
   }
   const bool hasFailed = status != kSuccess || probeEnd_ == ProbeEnd::Failing;
-  Learn({.question = probe_,
-         .text = hasFailed ? "failing"
-                 : isFound ? "yes"
-                           : "no",
-         .isForced = probeEnd_ != ProbeEnd::AsBoard});
+  Learn({.question = probe_, .text = hasFailed ? "failing" : isFound ? "yes" : "no", .isForced = isForced});
 }
 
 void Performance::Commits() {

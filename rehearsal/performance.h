@@ -31,9 +31,11 @@ struct Given {
   Question question{};
   std::string text{};
   bool isInvalid = false;  ///< the program asked again
-  bool isForced = false;   ///< a probe that did not end as the board answers
+  bool isForced = false;  ///< a probe that did not end as the board answers: no part of the question's answer
 
-  bool operator==(const Given&) const = default;
+  bool operator==(const Given& other) const {
+    return question == other.question && text == other.text && isInvalid == other.isInvalid;
+  }
 };
 
 /// What one run left behind.
@@ -188,6 +190,7 @@ class Performance : public host::HostFirmware, public ScriptWatcher, public sim:
   Question probe_;
   ProbeEnd probeEnd_ = ProbeEnd::AsBoard;
   std::size_t requestsBeforeProbe_ = 0;
+  std::size_t silence_ = 0;        ///< the rule that makes a probe fail
   std::vector<std::size_t> open_;  ///< exchanges under way, a bridged one within its carrier
   std::vector<std::uint64_t> changesBefore_;
 };

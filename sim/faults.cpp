@@ -83,14 +83,10 @@ FaultEngine::FaultEngine(std::vector<FaultRule> rules) {
   for (FaultRule& rule : rules) Add(std::move(rule));
 }
 
-void FaultEngine::Add(FaultRule rule) {
+std::size_t FaultEngine::Add(FaultRule rule) {
   rules_.push_back(std::move(rule));
   counts_.push_back(0);
-}
-
-void FaultEngine::RemoveLast() {
-  rules_.pop_back();
-  counts_.pop_back();
+  return rules_.size() - 1;
 }
 
 FaultEngine::Firing FaultEngine::Count(const ControllerConfig& controller, const Request& request) {

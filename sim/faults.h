@@ -57,10 +57,10 @@ class FaultEngine {
   };
   Firing Count(const ControllerConfig& controller, const Request& request);
 
-  /// One more rule, whose count begins now.
-  void Add(FaultRule rule);
-  /// Forgets the rule that was added last.
-  void RemoveLast();
+  /// One more rule, whose count begins now. Returns its number, for Stop.
+  std::size_t Add(FaultRule rule);
+  /// The rule does not fire any more.
+  void Stop(std::size_t number) { rules_[number].last = 0; }
 
   const std::deque<FaultRule>& Rules() const { return rules_; }
 

@@ -60,12 +60,13 @@ bool Ask(std::string_view question) {
 }
 
 void Progress::Show(std::string_view what, std::size_t done, std::size_t total) {
-  using namespace std::chrono_literals;
   const auto now = Clock::now();
-  if (now - started_ < 1s || now - shown_ < 100ms || isatty(STDERR_FILENO) == 0) return;
+  if (now - started_ < std::chrono::seconds(1) || now - shown_ < std::chrono::milliseconds(100) ||
+      isatty(STDERR_FILENO) == 0)
+    return;
   shown_ = now;
-  Write(stderr,
-        std::string(kClearLine) + Shown(what) + " " + std::to_string(done) + " of " + std::to_string(total));
+  Write(stderr, std::string(kClearLine) + Shown(what) + " " + std::to_string(done) +
+                    (total == 0 ? "" : " of " + std::to_string(total)));
 }
 
 void Progress::Clear() {

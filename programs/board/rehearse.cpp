@@ -8,6 +8,7 @@
 #include "programs/board/output.h"
 #include "programs/board/rehearsal_output.h"
 #include "rehearsal/answers.h"
+#include "rehearsal/fault_runs.h"
 #include "rehearsal/roads.h"
 #include "sim/board_source.h"
 
@@ -23,6 +24,8 @@ constexpr Option kOptions[] = {
     {"--answers", "FILE", "Answer the questions from this file; else from the keyboard"},
     {"--all-roads", "", "Go every road through the script: each answer, and each outcome of a probe"},
     {"--limit", "N", "The most roads of --all-roads; 10000 without it"},
+    {"--every-fault", "", "Go the road once more with each fault of the board at each request"},
+    {"--step", "N", "Try every Nth of those runs alone"},
     {"--record", "FILE", "Write the answers that were given into this file"},
     {"--keep", "FOLDER", "Make a board folder of what the board holds afterwards"},
     kReportHtml,
@@ -68,11 +71,38 @@ std::unique_ptr<Answerer> MakeAnswerer(const Arguments& arguments, std::string& 
   return nullptr;
 }
 
+/// A number from 1 on; false, and the error is told, for anything else.
+bool ReadNumber(const Arguments& arguments, const char* option, std::size_t& number) {
+  if (!arguments.Has(option)) return true;
+  const std::string text = arguments.Value(option);
+  const char* end = text.data() + text.size();
+  if (std::from_chars(text.data(), end, number).ptr == end && number != 0) return true;
+  Fail(std::string(option) + ": \"" + text + "\" is no number from 1 on", kWrongUse);
+  return false;
+}
+
+unsigned Cores() {
+  return std::max(1U, std::thread::hardware_concurrency());
+}
+
+/// The faults, if they are asked for, and the report's end.
+int Finish(const Arguments& arguments, Stage& stage, Report& report) {
+  FaultChoice choice{.cores = Cores()};
+  if (!ReadNumber(arguments, "--step", choice.step)) return kWrongUse;
+  Progress progress;
+  choice.progress = [&](std::size_t runs) { progress.Show("Faults", runs, 0); };
+  std::string error;
+  if (arguments.Has("--every-fault") && !DisturbRoads(stage, choice, report, error)) return Fail(error);
+  progress.Clear();
+  return TellReport(report, arguments);
+}
+
 /// Which option stands where it has no meaning; empty when none does.
 std::string MisplacedOption(const Arguments& arguments) {
   const bool isAllRoads = arguments.Has("--all-roads");
   for (const char* name : {"--answers", "--record", "--keep"})
     if (isAllRoads && arguments.Has(name)) return std::string(name) + " is for one road, not for --all-roads";
+  if (!arguments.Has("--every-fault") && arguments.Has("--step")) return "--step is for --every-fault";
   if (!isAllRoads && arguments.Has("--limit")) return "--limit is for --all-roads";
   if (!isAllRoads && !arguments.Has("--answers") && arguments.Has("--json"))
     return "--json needs --answers: without them the console is the program's";
@@ -80,18 +110,15 @@ std::string MisplacedOption(const Arguments& arguments) {
 }
 
 int GoAll(const Arguments& arguments, Stage& stage) {
-  RoadOptions options{.cores = std::max(1U, std::thread::hardware_concurrency())};
-  const std::string limit = arguments.Value("--limit", std::to_string(options.limit));
-  const char* end = limit.data() + limit.size();
-  if (std::from_chars(limit.data(), end, options.limit).ptr != end || options.limit == 0)
-    return Fail("--limit: \"" + limit + "\" is no number of roads", kWrongUse);
+  RoadOptions options{.cores = Cores()};
+  if (!ReadNumber(arguments, "--limit", options.limit)) return kWrongUse;
   Progress progress;
   options.progress = [&](std::size_t roads) { progress.Show("Roads", roads, options.limit); };
   Report report;
   std::string error;
   const bool isDone = GoAllRoads(stage, options, report, error);
   progress.Clear();
-  return isDone ? TellReport(report, arguments) : Fail(error);
+  return isDone ? Finish(arguments, stage, report) : Fail(error);
 }
 
 int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
@@ -107,7 +134,8 @@ int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
   const std::vector<std::string> problems = outcome.problems;
   ReportBuilder builder(stage);
   builder.Add(std::move(outcome));
-  const int status = TellReport(builder.Finish(), arguments);
+  Report report = builder.Finish();
+  const int status = problems.empty() ? Finish(arguments, stage, report) : TellReport(report, arguments);
   for (const std::string& problem : problems) Fail(problem);
   return problems.empty() ? status : kFailed;
 }

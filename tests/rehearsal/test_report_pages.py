@@ -134,7 +134,7 @@ class ReportTest(unittest.TestCase):
         program, board = os.environ["VARNOK_BOARD_PROGRAM"], self.folder / "board"
         subprocess.run([program, "new", board], check=True, capture_output=True)
         done = subprocess.run(
-            [program, "rehearse", ROOT / "samples/MASTER.CFG", "--board", board, "--all-roads", "--json",
+            [program, "rehearse", ROOT / "samples/MASTER.CFG", "--board", board, "--all-roads", "--every-fault", "--step", "97", "--json",
              "--html", self.folder / "report.html", "--junit", self.folder / "report.xml"],
             check=False, capture_output=True)
         self.assertIn(done.returncode, (0, 1), done.stderr.decode())
