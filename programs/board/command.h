@@ -55,6 +55,7 @@ extern const Command kCheck;
 extern const Command kDiff;
 extern const Command kFruText;
 extern const Command kImport;
+extern const Command kLog;
 extern const Command kNew;
 extern const Command kRestore;
 extern const Command kSdrText;
@@ -62,7 +63,7 @@ extern const Command kServe;
 extern const Command kShow;
 extern const Command kSnapshot;
 
-inline constexpr const Command* kCommands[] = {&kNew,  &kImport,  &kSnapshot, &kRestore, &kShow,
-                                               &kDiff, &kFruText, &kSdrText,  &kCheck,   &kServe};
+inline constexpr const Command* kCommands[] = {&kNew,     &kImport,  &kSnapshot, &kRestore, &kShow, &kDiff,
+                                               &kFruText, &kSdrText, &kCheck,    &kServe,   &kLog};
 
 }  // namespace varnok::companion

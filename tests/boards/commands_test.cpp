@@ -44,6 +44,11 @@ class Commands : public ::testing::Test {
 };
 
 TEST_F(Commands, StatusesAndWhatTheySay) {
+  std::ofstream(folder.Path() / "log") << "000000.000001 > 20 0A/0 12 00 08 01 FF\n"
+                                          "000000.000041 < 20 0B/0 12 cc=C0 # faults[0] x\n"
+                                          "000000.000050 > 20 30/0 14 0F\n"
+                                          "000000.000060 < 20 31/0 14 lost\n"
+                                          "000000.000070 ! power\n000000.0000";
   struct Row {
     const char* arguments;
     int status;
@@ -63,6 +68,13 @@ TEST_F(Commands, StatusesAndWhatTheySay) {
       {"diff a b", 1, "FRU 0\n  No area\n    Byte 600: FF \u2192 1B\n", ""},
       {"diff 'a#0' b/board.bin", 1, "Byte 600", ""},
       {"diff a a/sdr.bin", 2, "", "are parts of it), a/sdr.bin is an SDR dump"},
+      {"log log", 1, "2 requests, 1 answers, 1 lost, 0 refused, 1 events in 0.000070 s\n", ""},
+      {"log log", 1, "         1              0.000040     0.000040  Write FRU Data\n", ""},
+      {"log log", 1, "  1 times C0h Write FRU Data\n\nFaults and events:\n  1 times faults[0] x\n", ""},
+      {"log log --names", 1, "FF  Write FRU Data: device 0, offset 264, 1 bytes\n", ""},
+      {"log log --names", 1, "lost                 net function 30h, command 14h\n", ""},
+      {"log log --json", 1, "\"longestMicroseconds\": 40", ""},
+      {"log a/board.json", 3, "", "a/board.json:1: is no line of a traffic log"},
       {"fru-text a", 2, "", "name one device of the folder, such as a#0"},
       {"fru-text 'a#0'", 0, "    'VWS225060417'\n", "behind the last area"},
       {"fru-text 'b#0'", 1, "//   - 641 bytes behind the last area", "not in the load file: 641 bytes"},
