@@ -66,8 +66,8 @@ extern const Command kSnapshot;
 inline constexpr const Command* kCommands[] = {&kNew,     &kImport,  &kSnapshot, &kRestore, &kShow, &kDiff,
                                                &kFruText, &kSdrText, &kCheck,    &kServe,   &kLog};
 
-/// The completion of varnok's and varnok-board's command lines for a shell, "bash" or "zsh", as its script; empty
-/// for any other.
+/// The script that completes varnok's and varnok-board's command lines in a shell, "bash" or "zsh"; empty for
+/// any other.
 std::string CompletionScript(std::string_view shell);
 
 }  // namespace varnok::companion
