@@ -1,0 +1,103 @@
+#include "programs/start/ending.h"
+
+#include <span>
+
+#include "app/services/format.h"
+#include "app/services/text.h"
+
+namespace varnok::start {
+namespace {
+
+struct StatusWords {
+  Status status;
+  const char* words;
+};
+
+// Why the firmware starts no image (UEFI 2.10, section 7.4).
+constexpr const char* kRefused =
+    "the firmware refuses it: Secure Boot is on, and it is not signed with a certificate that the firmware knows";
+constexpr StatusWords kNotStarted[] = {
+    {uefi_status::kNotFound, "it is not on the stick"},
+    {uefi_status::kAccessDenied, kRefused},
+    {uefi_status::kSecurityViolation, kRefused},
+    {uefi_status::kUnsupported, "it is no program for this firmware"},
+    {uefi_status::kLoadError, "it is no program, or it is damaged"},
+    {uefi_status::kOutOfResources, "there is not enough memory"},
+    {uefi_status::kDeviceError, "the stick cannot be read"},
+};
+
+// A script's own error level may be any of these numbers, too.
+constexpr StatusWords kVarnok[] = {
+    {0, "done"},
+    {1, "the command line is wrong"},
+    {2, "a file could not be read or written"},
+    {3, "the BMC does not answer, or it is being updated"},
+    {4, "writing to the board failed, or what it holds is not what was written"},
+    {5, "FRU, SDR or a file of them could not be read"},
+    {6, "the script could not be read"},
+    {7, "the script could not be carried out"},
+    {8, "the SMBIOS tables could not be read"},
+    {9, "no way to the BMC: ipmi.efi is missing, was refused, or found none"},
+    {12, "there was no memory for the arguments"},
+};
+constexpr StatusWords kSnapshot[] = {
+    {0, "done"},
+    {1, "something could not be read, or was not wanted"},
+    {2, "wrong use"},
+    {3, "it could not be done"},
+};
+constexpr StatusWords kOthers[] = {{0, "done"}};
+
+// How an image ends that its own status does not tell.
+constexpr StatusWords kEnds[] = {
+    {uefi_status::kOutOfResources, "memory ran out"},
+    {uefi_status::kDeviceError, "the console or a device failed"},
+    {uefi_status::kAborted, "it was aborted"},
+    {uefi_status::kAccessDenied, kRefused},
+};
+
+struct ProgramRow {
+  std::string_view name;
+  std::span<const StatusWords> words;
+};
+constexpr ProgramRow kPrograms[] = {{"VARNOK", kVarnok}, {"SNAPSHOT", kSnapshot}};
+
+const char* Find(std::span<const StatusWords> rows, Status status) {
+  for (const StatusWords& row : rows)
+    if (row.status == status) return row.words;
+  return nullptr;
+}
+
+std::span<const StatusWords> WordsOf(std::string_view program) {
+  for (const ProgramRow& row : kPrograms)
+    if (EqualsIgnoreCase(row.name, program)) return row.words;
+  return kOthers;
+}
+
+}  // namespace
+
+std::string_view ProgramName(std::string_view command) {
+  std::string_view name = command.substr(0, command.find_first_of(" \t"));
+  name = name.substr(name.find_last_of("\\/") + 1);
+  const std::size_t dot = name.rfind('.');
+  return dot != std::string_view::npos && EqualsIgnoreCase(name.substr(dot), ".efi") ? name.substr(0, dot)
+                                                                                     : name;
+}
+
+std::string EndingText(std::string_view program, const Ending& ending) {
+  if (!ending.isStarted) {
+    if (const char* words = Find(kNotStarted, ending.status))
+      return Format("%s was not started: %s.", program, words);
+    return Format("%s was not started: the firmware says %llX.", program, ending.status);
+  }
+  const char* words = Find(WordsOf(program), ending.status);
+  if (words == nullptr) words = Find(kEnds, ending.status);
+  if (ending.status == kSuccess) return Format("%s: done.", program);
+  if (ending.status.value > 0xFFFF)
+    return words != nullptr ? Format("%s ended: %s.", program, words)
+                            : Format("%s ended with %llX.", program, ending.status);
+  return words != nullptr ? Format("%s ended with %u: %s.", program, ending.status, words)
+                          : Format("%s ended with %u.", program, ending.status);
+}
+
+}  // namespace varnok::start
