@@ -1,46 +1,37 @@
 #include "firmware/command_text.h"
 
-#include "firmware/bytes.h"
-
 namespace varnok {
-namespace {
-
-constexpr char16_t kQuote = u'"';
-
-/// The text up to its NUL; empty for bytes that are none. Arguments are 8-bit text.
-std::u16string TextOf(std::span<const std::uint8_t> options) {
-  std::u16string text;
-  for (ByteReader reader(options); !reader.Rest().empty();) {
-    const char16_t character = reader.Word();
-    if (character == 0) break;
-    if (reader.HasFailed() || character < u' ' || character > 0xFF) return {};
-    text += character;
-  }
-  return text;
-}
-
-}  // namespace
 
 void CommandText::Split(std::span<const std::uint8_t> options) {
-  const std::u16string line = TextOf(options);
-  std::vector<std::size_t> starts;
-  bool isInside = false;
+  count_ = 0;
+  if (options.size() / 2 > kLongest) return;
+  char16_t* next = text_.data();
+  const char16_t* word = nullptr;
   bool isQuoted = false;
-  for (const char16_t character : line) {
-    const bool isGap = character == u' ' && !isQuoted;
-    if (!isGap && !isInside) {
-      if (starts.empty() && (character == u'/' || character == u'-')) {
-        starts.push_back(0);
-        text_.append(u"VARNOK", 7);
-      }
-      starts.push_back(text_.size());
+  for (std::size_t i = 0; i + 1 < options.size(); i += 2) {
+    const char16_t character = options[i];
+    const bool isEnd = character == 0 && options[i + 1] == 0;
+    const bool isText = character >= u' ' && options[i + 1] == 0;
+    if (isEnd) break;
+    if (!isText || count_ == kMostWords) {
+      count_ = 0;
+      return;
     }
-    if (isGap && isInside) text_ += u'\0';
-    isInside = !isGap;
-    if (character == kQuote) isQuoted = !isQuoted;
-    if (!isGap && character != kQuote) text_ += character;
+    if (character == u' ' && !isQuoted) {
+      word = nullptr;
+      *next++ = 0;
+      continue;
+    }
+    if (word == nullptr) {
+      if (count_ == 0 && (character == u'/' || character == u'-')) words_[count_++] = u"VARNOK";
+      words_[count_++] = word = next;
+    }
+    if (character == u'"')
+      isQuoted = !isQuoted;
+    else
+      *next++ = character;
   }
-  for (const std::size_t start : starts) words_.push_back(text_.c_str() + start);
+  *next = 0;
 }
 
 }  // namespace varnok
