@@ -54,16 +54,16 @@ bool TakeNumber(std::string_view& line, unsigned limit, unsigned& number) {
 }
 
 /// Each of these takes what stands behind the keyword, and gives what is wrong with it, or nothing.
-using Problems = std::string;
+using Fault = std::string;
 
-Problems ReadTitle(std::string_view line, Menu& menu) {
+Fault ReadTitle(std::string_view line, Menu& menu) {
   const auto title = TakeQuoted(line);
   if (!title || !line.empty()) return "TITLE takes a text in double quotes and nothing behind it";
   menu.title = *title;
   return {};
 }
 
-Problems ReadEntry(std::string_view line, Menu& menu) {
+Fault ReadEntry(std::string_view line, Menu& menu) {
   const auto title = TakeQuoted(line);
   if (!title || line.empty())
     return "ENTRY takes a text in double quotes and what it does, such as VARNOK /cfg MASTER.CFG";
@@ -81,7 +81,7 @@ Problems ReadEntry(std::string_view line, Menu& menu) {
   return {};
 }
 
-Problems ReadRun(std::string_view line, Menu& menu) {
+Fault ReadRun(std::string_view line, Menu& menu) {
   unsigned number = 0;
   unsigned seconds = 0;
   if (!TakeNumber(line, kMostEntries, number) || number == 0 || !EqualsIgnoreCase(TakeWord(line), "AFTER") ||
@@ -94,11 +94,11 @@ Problems ReadRun(std::string_view line, Menu& menu) {
 
 struct Keyword {
   std::string_view word;
-  Problems (*read)(std::string_view line, Menu& menu);
+  Fault (*read)(std::string_view line, Menu& menu);
 };
 constexpr Keyword kKeywords[] = {{"TITLE", ReadTitle}, {"ENTRY", ReadEntry}, {"RUN", ReadRun}};
 
-Problems ReadLine(std::string_view line, Menu& menu) {
+Fault ReadLine(std::string_view line, Menu& menu) {
   const std::string_view word = TakeWord(line);
   for (const Keyword& keyword : kKeywords)
     if (EqualsIgnoreCase(word, keyword.word)) return keyword.read(line, menu);

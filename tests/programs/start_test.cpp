@@ -1,0 +1,172 @@
+// The stick's menu: START.CFG, what it shows, what the keys do, how it tells of a program's end.
+#include <gmock/gmock.h>
+
+#include "programs/start/menu.h"
+#include "tests/support/test_firmware.h"
+
+namespace varnok::start {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+std::string Problems(const std::string& text) {
+  Menu menu;
+  std::string all;
+  for (const Problem& problem : ReadMenu(text, menu)) all += problem.Text() + '\n';
+  return all;
+}
+
+TEST(StartMenuFile, WrongLinesAreTold) {
+  const std::string kGood = "ENTRY \"a\" X\n";
+  const struct {
+    const char* line;
+    const char* problem;
+  } kRows[] = {
+      {"entry \"b\" exit // and a comment", ""},
+      {"TITLE \"t\"", ""},
+      {"RUN 1 AFTER 3600", ""},
+      {"ENTRI \"b\" X", "START.CFG, line 2: \"ENTRI\" is none"},
+      {"TITLE t", "TITLE takes"},
+      {"TITLE \"t\" u", "TITLE takes"},
+      {"ENTRY \"\" X", "ENTRY takes"},
+      {"ENTRY \"b", "ENTRY takes"},
+      {"ENTRY \"b\"", "ENTRY takes"},
+      {"ENTRY \"b\" page", "PAGE takes the name of a file"},
+      {"ENTRY \"b\" SHELL x", "SHELL takes nothing"},
+      {"RUN 0 AFTER 1", "RUN takes"},
+      {"RUN 1 AFTER 3601", "RUN takes"},
+      {"RUN 1 AFTER 99999999999", "RUN takes"},
+      {"RUN 1 AFTER 1 s", "RUN takes"},
+      {"RUN 1 BEFORE 1", "RUN takes"},
+      {"RUN 2 AFTER 1", "START.CFG: RUN names entry 2, there are 1"},
+  };
+  for (const auto& row : kRows) {
+    const std::string problems = Problems(kGood + row.line + "\r\n");
+    EXPECT_EQ(problems.empty(), *row.problem == 0) << row.line;
+    EXPECT_THAT(problems, HasSubstr(row.problem)) << row.line;
+  }
+  EXPECT_THAT(Problems("TITLE \"t\"\n"), HasSubstr("START.CFG: there is no ENTRY"));
+  std::string many;
+  for (std::size_t i = 0; i <= kMostEntries; ++i) many += kGood;
+  EXPECT_THAT(Problems(many), HasSubstr("line 36: there are more than 35 entries"));
+}
+
+TEST(StartMenuFile, UsualMenuRunsTheScriptsOfTheStick) {
+  EXPECT_THAT(ScriptsAmong({"B.CFG", "Master.cfg", "start.cfg"}), ElementsAre("Master.cfg"));
+  EXPECT_THAT(ScriptsAmong({"START.CFG", "x.cfg", "A B.CFG", "cfg", "x.txt"}),
+              ElementsAre("A B.CFG", "x.cfg"));
+  Menu menu;
+  EXPECT_TRUE(ReadMenu(UsualMenu({"A B.CFG"}), menu).empty());
+  EXPECT_EQ(menu.entries[0].text, "VARNOK /cfg \"A B.CFG\"");
+}
+
+class Machine : public Station {
+ public:
+  bool HasKey() override { return ++looks == keyAtLook; }
+  std::size_t Rows() override { return 8; }
+  std::vector<std::string> Files() override { return {}; }
+  std::vector<std::string> Snapshots() override { return snapshots; }
+  Ending Run(const std::string& command) override {
+    done += command + ';';
+    return ending;
+  }
+  bool IsInShell() override { return false; }
+  bool HasShell() override { return hasShell; }
+  Ending RunShell() override { return Run("shell"); }
+  void Restart() override { done += "restart"; }
+
+  /// What is shown and done when the keys are struck.
+  std::string Serve(std::u16string keys, const std::string& file) {
+    testing::TestFirmware firmware;
+    firmware.keys = std::move(keys);
+    if (!file.empty()) firmware.files["START.CFG"] = file;
+    firmware.files["README.TXT"] = "1\n2\n3\n4\n5\n6\nlast";
+    ServeMenu(*this);
+    return firmware.console + "=> " + done;
+  }
+
+  int looks = 0;
+  int keyAtLook = 0;
+  bool hasShell = true;
+  Ending ending{true, 5};
+  std::vector<std::string> snapshots;
+  std::string done;
+};
+
+constexpr const char* kFile =
+    "TITLE \"Hearth\"\nENTRY \"Go\" VARNOK /cfg X.CFG\nENTRY \"Back\" RESTORE\nENTRY \"Page\" PAGE README.TXT\n"
+    "ENTRY \"Sh\" SHELL\nENTRY \"Off\" RESTART\nENTRY \"Gone\" PAGE NONE.TXT\n";
+
+TEST(StartMenu, KeysDoWhatTheEntriesSay) {
+  const struct {
+    std::u16string keys;
+    std::string done;
+    const char* shown;
+  } kRows[] = {
+      {u"1x5", "VARNOK /cfg X.CFG;restart",
+       "VARNOK ended with 5: FRU, SDR or a file of them could not be read."},
+      {u"205", "restart", "  1  BOARD001\n  2  B2\n  0  None"},
+      {u"22x5", "SNAPSHOT /restore \"B2\";restart", "Which one?"},
+      {u"3s5", "restart", "5\n\n[S]top"},
+      {u"3mx5", "restart", "last\n\nPress a key"},
+      {u"4x5", "shell;restart", "The shell ended with 5."},
+      {u"6x5", "restart", "NONE.TXT is not on the stick."},
+      {std::u16string(u"\u20AC\0z5", 4), "restart", "Hearth\n\n  1  Go\n"},
+  };
+  for (const auto& row : kRows) {
+    Machine machine;
+    machine.snapshots = {"BOARD001", "B2"};
+    EXPECT_THAT(machine.Serve(row.keys, kFile), HasSubstr(row.shown));
+    EXPECT_EQ(machine.done, row.done);
+  }
+}
+
+TEST(StartMenu, RunsByItselfUnlessAKeyComes) {
+  const std::string file = std::string(kFile) + "RUN 1 AFTER 2";
+  Machine left;
+  EXPECT_THAT(left.Serve(u"x5", file), HasSubstr("\"Go\" starts in 1 s; any key stops this."));
+  EXPECT_EQ(left.done, "VARNOK /cfg X.CFG;restart");
+  Machine stopped;
+  stopped.keyAtLook = 15;
+  (void)stopped.Serve(u"15", file);
+  EXPECT_EQ(stopped.done, "restart") << "the key that stops is no choice";
+}
+
+TEST(StartMenu, ComesWithoutItsFileAndWithoutAShell) {
+  Machine machine;
+  machine.hasShell = false;
+  EXPECT_THAT(machine.Serve(u"78", ""),
+              HasSubstr("  6  Read the technician's page\n  8  Restart the board\n"));
+  Machine wrong;
+  EXPECT_THAT(wrong.Serve(u"8", "FOO"),
+              HasSubstr("START.CFG: there is no ENTRY\n\nVARNOK\n\n  1  Show the FRU\n"));
+}
+
+TEST(StartEnding, IsToldInWords) {
+  const struct {
+    const char* command;
+    Ending ending;
+    const char* text;
+  } kRows[] = {
+      {"VARNOK /d fru", {true, 0}, "VARNOK: done."},
+      {"\\tools\\varnok.efi", {true, 9}, "varnok ended with 9: no way to the BMC"},
+      {"VARNOK", {true, 77}, "VARNOK ended with 77."},
+      {"VARNOK", {true, uefi_status::kOutOfResources}, "VARNOK ended: memory ran out."},
+      {"SNAPSHOT", {true, 1}, "SNAPSHOT ended with 1: something could not be read"},
+      {"OTHER a.b", {true, 9}, "OTHER ended with 9."},
+      {"OTHER", {true, uefi_status::kEndOfFile}, "OTHER ended with 800000000000001F."},
+      {"VARNOK",
+       {false, uefi_status::kAccessDenied},
+       "VARNOK was not started: the firmware refuses it: Secure Boot"},
+      {"VARNOK", {false, uefi_status::kNotFound}, "VARNOK was not started: it is not on the stick."},
+      {"VARNOK",
+       {false, uefi_status::kEndOfFile},
+       "VARNOK was not started: the firmware says 800000000000001F."},
+  };
+  for (const auto& row : kRows)
+    EXPECT_THAT(EndingText(ProgramName(row.command), row.ending), HasSubstr(row.text));
+}
+
+}  // namespace
+}  // namespace varnok::start
