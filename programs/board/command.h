@@ -61,8 +61,9 @@ extern const Command kSdrText;
 extern const Command kServe;
 extern const Command kShow;
 extern const Command kSnapshot;
+extern const Command kStick;
 
-inline constexpr const Command* kCommands[] = {&kNew,  &kImport,  &kSnapshot, &kRestore, &kShow,
-                                               &kDiff, &kFruText, &kSdrText,  &kCheck,   &kServe};
+inline constexpr const Command* kCommands[] = {&kNew,     &kImport,  &kSnapshot, &kRestore, &kShow, &kDiff,
+                                               &kFruText, &kSdrText, &kCheck,    &kServe,   &kStick};
 
 }  // namespace varnok::companion

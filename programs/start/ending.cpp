@@ -28,7 +28,6 @@ constexpr StatusWords kNotStarted[] = {
 
 // A script's own error level may be any of these numbers, too.
 constexpr StatusWords kVarnok[] = {
-    {0, "done"},
     {1, "the command line is wrong"},
     {2, "a file could not be read or written"},
     {3, "the BMC does not answer, or it is being updated"},
@@ -41,13 +40,12 @@ constexpr StatusWords kVarnok[] = {
     {12, "there was no memory for the arguments"},
 };
 constexpr StatusWords kSnapshot[] = {
-    {0, "done"},
     {1, "something could not be read, or was not wanted"},
     {2, "wrong use"},
     {3, "it could not be done"},
 };
-constexpr StatusWords kOthers[] = {{0, "done"}};
-
+// A platform's status has its top bit set.
+constexpr Status kLastOwnStatus = 0xFFFF;
 // How an image ends that its own status does not tell.
 constexpr StatusWords kEnds[] = {
     {uefi_status::kOutOfResources, "memory ran out"},
@@ -59,8 +57,10 @@ constexpr StatusWords kEnds[] = {
 struct ProgramRow {
   std::string_view name;
   std::span<const StatusWords> words;
+  const char* others;  ///< for any other status; null: no words
 };
-constexpr ProgramRow kPrograms[] = {{"VARNOK", kVarnok}, {"SNAPSHOT", kSnapshot}};
+constexpr ProgramRow kPrograms[] = {{"VARNOK", kVarnok, "the script's error level"},
+                                    {"SNAPSHOT", kSnapshot, nullptr}};
 
 const char* Find(std::span<const StatusWords> rows, Status status) {
   for (const StatusWords& row : rows)
@@ -68,10 +68,14 @@ const char* Find(std::span<const StatusWords> rows, Status status) {
   return nullptr;
 }
 
-std::span<const StatusWords> WordsOf(std::string_view program) {
-  for (const ProgramRow& row : kPrograms)
-    if (EqualsIgnoreCase(row.name, program)) return row.words;
-  return kOthers;
+/// Of a status that the program itself ended with.
+const char* WordsOf(std::string_view program, Status status) {
+  for (const ProgramRow& row : kPrograms) {
+    if (!EqualsIgnoreCase(row.name, program)) continue;
+    const char* words = Find(row.words, status);
+    return words != nullptr ? words : row.others;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -86,18 +90,19 @@ std::string_view ProgramName(std::string_view command) {
 
 std::string EndingText(std::string_view program, const Ending& ending) {
   if (!ending.isStarted) {
-    if (const char* words = Find(kNotStarted, ending.status))
-      return Format("%s was not started: %s.", program, words);
-    return Format("%s was not started: the firmware says %llX.", program, ending.status);
+    const char* words = Find(kNotStarted, ending.status);
+    const std::string reason = words != nullptr ? words : Format("the firmware says %llX", ending.status);
+    return Format("%s was not started: %s.", program, reason);
   }
-  const char* words = Find(WordsOf(program), ending.status);
-  if (words == nullptr) words = Find(kEnds, ending.status);
   if (ending.status == kSuccess) return Format("%s: done.", program);
-  if (ending.status.value > 0xFFFF)
-    return words != nullptr ? Format("%s ended: %s.", program, words)
-                            : Format("%s ended with %llX.", program, ending.status);
-  return words != nullptr ? Format("%s ended with %u: %s.", program, ending.status, words)
-                          : Format("%s ended with %u.", program, ending.status);
+  const bool isOwn = ending.status <= kLastOwnStatus;
+  const char* words = isOwn ? WordsOf(program, ending.status) : Find(kEnds, ending.status);
+  // Scripts count in hexadecimal.
+  const char* format = !isOwn               ? "%s ended with %llX"
+                       : ending.status <= 9 ? "%s ended with %u"
+                                            : "%s ended with %u (%Xh)";
+  const std::string text = Format(format, program, ending.status, ending.status);
+  return words != nullptr ? Format("%s: %s.", text, words) : text + '.';
 }
 
 }  // namespace varnok::start

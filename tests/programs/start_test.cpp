@@ -151,8 +151,8 @@ TEST(StartEnding, IsToldInWords) {
   } kRows[] = {
       {"VARNOK /d fru", {true, 0}, "VARNOK: done."},
       {"\\tools\\varnok.efi", {true, 9}, "varnok ended with 9: no way to the BMC"},
-      {"VARNOK", {true, 77}, "VARNOK ended with 77."},
-      {"VARNOK", {true, uefi_status::kOutOfResources}, "VARNOK ended: memory ran out."},
+      {"VARNOK", {true, 0x20}, "VARNOK ended with 32 (20h): the script's error level."},
+      {"VARNOK", {true, uefi_status::kOutOfResources}, "VARNOK ended with 8000000000000009: memory ran out."},
       {"SNAPSHOT", {true, 1}, "SNAPSHOT ended with 1: something could not be read"},
       {"OTHER a.b", {true, 9}, "OTHER ended with 9."},
       {"OTHER", {true, uefi_status::kEndOfFile}, "OTHER ended with 800000000000001F."},
