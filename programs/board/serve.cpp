@@ -51,7 +51,7 @@ bool WriteSmbios(sim::Board& board, const std::string& folder, std::string& erro
     const auto structure = table.first(size);
     table = table.subspan(size);
     if (type == kIpmiDevice) continue;
-    const std::string name = folder + "/" + std::to_string(number) + ".bin";
+    const std::string name = folder + "/" + std::to_string(number) + "-type" + std::to_string(type) + ".bin";
     std::ofstream file(name, std::ios::binary);
     file.write(reinterpret_cast<const char*>(structure.data()), static_cast<std::streamsize>(size));
     if (!file.flush()) return error = name + ": cannot be written", false;

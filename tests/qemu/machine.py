@@ -277,7 +277,9 @@ class Board:
                                         "--smbios", structures],
                                        stdout=subprocess.PIPE, text=True)
         self.port = int(self.server.stdout.readline().rsplit(":", 1)[1])
-        self.smbios = [word for file in sorted(structures.iterdir()) for word in ("-smbios", f"file={file}")]
+        sockets = max(1, len(list(structures.glob("*-type4.bin"))))  # QEMU wants as many
+        self.smbios = ["-smp", f"1,maxcpus={sockets},sockets={sockets},cores=1,threads=1"]
+        self.smbios += [word for file in sorted(structures.iterdir()) for word in ("-smbios", f"file={file}")]
         return self
 
     def __exit__(self, *_):
