@@ -47,11 +47,13 @@ constexpr StatusWords kSnapshot[] = {
 // A platform's status has its top bit set.
 constexpr Status kLastOwnStatus = 0xFFFF;
 // How an image ends that its own status does not tell.
+constexpr const char* kNotAllowed = "the firmware does not allow it while Secure Boot is on";
 constexpr StatusWords kEnds[] = {
     {uefi_status::kOutOfResources, "memory ran out"},
     {uefi_status::kDeviceError, "the console or a device failed"},
     {uefi_status::kAborted, "it was aborted"},
-    {uefi_status::kAccessDenied, kRefused},
+    {uefi_status::kAccessDenied, kNotAllowed},
+    {uefi_status::kSecurityViolation, kNotAllowed},
 };
 
 struct ProgramRow {
