@@ -1,6 +1,7 @@
 #include "firmware/smbios_layout.h"
 
 #include <algorithm>
+#include <array>
 
 #include "firmware/bytes.h"
 #include "firmware/ipmi.h"
@@ -8,15 +9,15 @@
 namespace varnok::smbios {
 
 void WriteEntryPoint(const TableFacts& facts, std::span<std::uint8_t> target) {
+  static constexpr std::array<std::uint8_t, kEntryPointLength> kBlank{
+      '_', 'S', 'M', '_', 0, kEntryPointLength, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, '_', 'D', 'M', 'I', '_'};
   const auto entry = target.first(kEntryPointLength);
-  const std::uint8_t version =
-      static_cast<std::uint8_t>(facts.majorVersion << 4 | (facts.minorVersion & 0x0F));
-  ByteWriter writer(entry);
-  for (char letter : kAnchor) writer.Byte(static_cast<std::uint8_t>(letter));
-  writer.Byte(0).Byte(kEntryPointLength).Byte(facts.majorVersion).Byte(facts.minorVersion);
-  writer.Word(facts.largestStructure).Number(0, 6);
-  for (char letter : kIntermediateAnchor) writer.Byte(static_cast<std::uint8_t>(letter));
-  writer.Byte(0).Word(facts.length).Dword(facts.address).Word(facts.structures).Byte(version);
+  std::copy(kBlank.begin(), kBlank.end(), entry.begin());
+  entry[6] = facts.majorVersion;
+  entry[7] = facts.minorVersion;
+  ByteWriter(entry.subspan(8)).Word(facts.largestStructure);
+  ByteWriter(entry.subspan(22)).Word(facts.length).Dword(facts.address).Word(facts.structures);
+  entry[30] = static_cast<std::uint8_t>(facts.majorVersion << 4 | (facts.minorVersion & 0x0F));
   entry[21] = IpmiChecksum(entry.subspan(kIntermediateOffset));
   entry[4] = IpmiChecksum(entry);
 }

@@ -10,7 +10,6 @@
 namespace varnok::smbios {
 
 inline constexpr std::string_view kAnchor = "_SM_";
-inline constexpr std::string_view kIntermediateAnchor = "_DMI_";
 inline constexpr std::string_view kAnchor3 = "_SM3_";
 inline constexpr std::size_t kEntryPointLength = 31;
 inline constexpr std::size_t kEntryPoint3Length = 24;
