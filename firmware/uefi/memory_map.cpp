@@ -50,7 +50,8 @@ void MemoryMap::Load() {
   }
   // Nearly in order already, some hundred at most: the library's sort would be most of this file's code.
   for (std::size_t i = 1; i < found.size(); ++i)
-    for (std::size_t j = i; j > 0 && found[j].start < found[j - 1].start; --j) std::swap(found[j], found[j - 1]);
+    for (std::size_t j = i; j > 0 && found[j].start < found[j - 1].start; --j)
+      std::swap(found[j], found[j - 1]);
   for (const Region& region : found) {
     if (!regions_.empty() && region.start <= regions_.back().end)
       regions_.back().end = std::max(regions_.back().end, region.end);

@@ -130,7 +130,7 @@ void CheckEntries(const start::Menu& menu, const Package& package, const std::st
   for (const start::Entry& entry : menu.entries) {
     std::string name = entry.text;
     if (entry.action == start::Action::Program) {
-      name = name.substr(0, name.find_first_of(" \t"));
+      name.resize(std::min(name.size(), name.find_first_of(" \t")));
       if (name.ends_with(start::ProgramName(name))) name += ".EFI";
     } else if (entry.action != start::Action::Page) {
       continue;
