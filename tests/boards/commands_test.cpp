@@ -86,7 +86,7 @@ TEST_F(Commands, StatusesAndWhatTheySay) {
 TEST_F(Commands, StickRefusesWhatABoardWouldMeet) {
   for (const char* name : {"VARNOK.EFI", "SNAPSHOT.EFI", "START.EFI", "ipmi.efi"}) Put("efi", name, "");
   Put("menu", "start.cfg", "ENTRY \"x\" FOO\nENTRY \"y\" PAGE a.txt\nFOO\n");
-  for (const char* folder : {"menu", "twice"}) Put(folder, "A.TXT", "");
+  for (const char* package : {"menu", "twice"}) Put(package, "A.TXT", "");
   Put("twice", "a.txt", "");
   Put("own", "varnok.efi", "");
   Put("script", "s.Cfg", "FRUNAME none.fru\n");
