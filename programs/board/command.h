@@ -62,9 +62,10 @@ extern const Command kSdrText;
 extern const Command kServe;
 extern const Command kShow;
 extern const Command kSnapshot;
+extern const Command kStick;
 
-inline constexpr const Command* kCommands[] = {&kNew,     &kImport,  &kSnapshot, &kRestore, &kShow, &kDiff,
-                                               &kFruText, &kSdrText, &kCheck,    &kServe,   &kLog};
+inline constexpr const Command* kCommands[] = {&kNew,     &kImport,  &kSnapshot, &kRestore, &kShow,  &kDiff,
+                                               &kFruText, &kSdrText, &kCheck,    &kServe,   &kStick, &kLog};
 
 /// The script that completes varnok's and varnok-board's command lines in a shell, "bash" or "zsh"; empty for
 /// any other.

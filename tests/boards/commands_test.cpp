@@ -29,6 +29,11 @@ class Commands : public ::testing::Test {
     std::ofstream(folder.Path() / name, std::ios::binary) << content;
   }
 
+  void Put(const char* in, const char* name, const char* content) {
+    std::filesystem::create_directory(folder.Path() / in);
+    std::ofstream(folder.Path() / in / name) << content;
+  }
+
   int Run(const std::string& arguments) {
     const std::string command = "cd " + folder.Path().string() + " && " VARNOK_BOARD_PROGRAM " " + arguments +
                                 " >output 2>error; echo $? >status";
@@ -88,6 +93,32 @@ TEST_F(Commands, StatusesAndWhatTheySay) {
         << row.arguments;
     EXPECT_THAT(error, HasSubstr(row.error)) << row.arguments;
   }
+}
+
+TEST_F(Commands, StickRefusesWhatABoardWouldMeet) {
+  for (const char* name : {"VARNOK.EFI", "SNAPSHOT.EFI", "START.EFI", "ipmi.efi"}) Put("efi", name, "");
+  Put("menu", "start.cfg", "ENTRY \"x\" FOO\nENTRY \"y\" PAGE a.txt\nFOO\n");
+  for (const char* package : {"menu", "twice"}) Put(package, "A.TXT", "");
+  Put("twice", "a.txt", "");
+  Put("own", "varnok.efi", "");
+  Put("script", "s.Cfg", "FRUNAME none.fru\n");
+  const std::tuple<const char*, int, const char*> kRows[] = {
+      {"menu s.txt", 2, "s.txt: a stick is an .img or a .zip"},
+      {"menu s.zip", 1,
+       "menu/start.cfg, line 3: error: \"FOO\" is none of the keywords TITLE, ENTRY and RUN\n"
+       "    docs/uefi.md has the lines of START.CFG.\n"
+       "menu/start.cfg: error: \"x\" wants FOO.EFI, which is not on the stick\n"
+       "    Put it into the package, or name another one.\n2 files, 2 errors"},
+      {"script s.zip", 1, "there is no file script/none.fru"},
+      {"own s.zip", 3, "own/varnok.efi: has the name of the stick's own program"},
+      {"twice s.zip", 3, "has the name of "},
+      {"none s.zip", 3, "none: is no folder"},
+  };
+  for (const auto& [arguments, status, text] : kRows) {
+    EXPECT_EQ(Run(std::string("stick --efi efi --package ") + arguments), status) << arguments;
+    EXPECT_THAT(output + error, HasSubstr(text)) << arguments;
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder.Path() / "s.zip"));
 }
 
 TEST_F(Commands, JsonHasWhatThePageSays) {
