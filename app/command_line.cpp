@@ -1,6 +1,5 @@
 #include "app/command_line.h"
 
-#include <array>
 #include <span>
 
 #include "app/services/format.h"
@@ -18,8 +17,10 @@ bool StartsLikeOption(std::string_view argument) {
   return !argument.empty() && (argument.front() == '/' || argument.front() == '-');
 }
 
-bool IsOption(std::string_view argument, std::string_view name) {
-  return StartsLikeOption(argument) && EqualsIgnoreCase(argument.substr(1), name);
+const ModeRow* FindRow(std::span<const ModeRow> rows, std::string_view name) {
+  for (const ModeRow& row : rows)
+    if (EqualsIgnoreCase(name, row.name)) return &row;
+  return nullptr;
 }
 
 /// Walks the arguments; each option takes what belongs to it.
@@ -40,45 +41,35 @@ class ArgumentReader {
 
   bool ReadOption() {
     std::string_view option = Take();
-    if (IsOption(option, "?") || IsOption(option, "h")) {
-      commandLine_.mode = RunMode::ShowHelp;
+    const ModeRow* row = StartsLikeOption(option) ? FindRow(kModeOptions, option.substr(1)) : nullptr;
+    if (row == nullptr) return false;
+    if (row->mode == RunMode::RunConfigFile) return ReadScriptName(*row);
+    if (row->mode == RunMode::ShowHelp) {
+      commandLine_.mode = row->mode;
       return true;
     }
-    if (IsOption(option, "cfg")) return ReadScriptName();
     if (arguments_.empty()) return false;
-    if (IsOption(option, "d")) return ReadDisplay();
-    if (IsOption(option, "fru")) return ReadFileName(RunMode::LoadFruFile, u".FRU");
-    if (IsOption(option, "sdr")) return ReadFileName(RunMode::LoadSdrFile, u".SDR");
-    return false;
+    return row->mode == RunMode::DisplayFru ? ReadDisplay() : ReadFileName(*row);
   }
 
-  bool ReadFileName(RunMode mode, std::u16string_view extension) {
-    commandLine_.mode = mode;
+  bool ReadFileName(const ModeRow& row) {
+    commandLine_.mode = row.mode;
     commandLine_.fileName = Widen(Take());
     // A cut name would name another file.
     if (commandLine_.fileName.size() > kFileNameLength) return false;
-    CVarnok::AddDefaultExtension(commandLine_.fileName, extension);
+    CVarnok::AddDefaultExtension(commandLine_.fileName, row.extension);
     return true;
   }
 
-  bool ReadScriptName() {
-    if (!arguments_.empty() && !StartsLikeOption(arguments_.front()))
-      return ReadFileName(RunMode::RunConfigFile, u".CFG");
-    commandLine_.mode = RunMode::RunConfigFile;
+  bool ReadScriptName(const ModeRow& row) {
+    if (!arguments_.empty() && !StartsLikeOption(arguments_.front())) return ReadFileName(row);
+    commandLine_.mode = row.mode;
     commandLine_.fileName = kDefaultScript;
     return true;
   }
 
   bool ReadDisplay() {
-    struct Area {
-      std::string_view name;
-      RunMode mode;
-    };
-    static constexpr std::array<Area, 3> kAreas{
-        {{"sdr", RunMode::DisplaySdr}, {"smb", RunMode::DisplaySmbios}, {"fru", RunMode::DisplayFru}}};
-    std::string_view name = Take();
-    for (const Area& area : kAreas)
-      if (EqualsIgnoreCase(name, area.name)) commandLine_.mode = area.mode;
+    if (const ModeRow* area = FindRow(kDisplayAreas, Take())) commandLine_.mode = area->mode;
     if (commandLine_.mode == RunMode::DisplayFru) return ReadFruAddress();
     return commandLine_.mode != RunMode::NoMode;
   }

@@ -11,6 +11,23 @@ namespace varnok {
 /// The longest file name that the program handles, in characters.
 inline constexpr std::size_t kFileNameLength = 255;
 
+/// What an option makes of the run, and the extension of the file behind it.
+struct ModeRow {
+  std::string_view name;
+  RunMode mode;
+  std::u16string_view extension = {};
+};
+/// Options, without the '/' or '-' that begins them.
+inline constexpr ModeRow kModeOptions[] = {{"?", RunMode::ShowHelp},
+                                           {"h", RunMode::ShowHelp},
+                                           {"cfg", RunMode::RunConfigFile, u".CFG"},
+                                           {"d", RunMode::DisplayFru},
+                                           {"fru", RunMode::LoadFruFile, u".FRU"},
+                                           {"sdr", RunMode::LoadSdrFile, u".SDR"}};
+/// What stands behind the option that displays.
+inline constexpr ModeRow kDisplayAreas[] = {
+    {"sdr", RunMode::DisplaySdr}, {"smb", RunMode::DisplaySmbios}, {"fru", RunMode::DisplayFru}};
+
 struct CommandLine {
   RunMode mode = RunMode::NoMode;
   std::u16string fileName;  ///< with its default extension

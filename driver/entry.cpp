@@ -23,23 +23,28 @@ constinit IpmiService service(port);
 constinit EFI_HANDLE serviceHandle = nullptr;
 constinit EFI_BOOT_SERVICES* bootServices = nullptr;
 
-constexpr Guid kSmbios3Guid = {0xF2FD1544, 0x9794, 0x4A2C, {0x99, 0x2E, 0xE5, 0xBB, 0xCF, 0x20, 0xE3, 0x94}};
 constexpr std::size_t kEntryPointRoom = 0x20;
 
-/// Looks for the interface in the structures behind one entry point.
-bool FindByTable(const EFI_SYSTEM_TABLE& system, const Guid& guid, KcsLocation& location) {
-  for (UINTN i = 0; i < system.NumberOfTableEntries; ++i) {
+/// What the structures behind one entry point name.
+IpmiDevices FindByTable(const EFI_SYSTEM_TABLE& system, const Guid& guid) {
+  IpmiDevices found;
+  for (UINTN i = 0; i < system.NumberOfTableEntries && !found.kcs; ++i) {
     const EFI_CONFIGURATION_TABLE& table = system.ConfigurationTable[i];
     if (std::memcmp(&table.VendorGuid, &guid, sizeof(guid)) != 0) continue;
     auto structures =
         ReadSmbiosEntryPoint({static_cast<const std::uint8_t*>(table.VendorTable), kEntryPointRoom});
     if (!structures) continue;
-    auto found = FindKcs({reinterpret_cast<const std::uint8_t*>(structures->address), structures->length});
-    if (!found) continue;
-    location = *found;
-    return true;
+    found = FindIpmiDevices({reinterpret_cast<const std::uint8_t*>(structures->address), structures->length});
   }
-  return false;
+  return found;
+}
+
+/// Says which interface the board has instead of one that this driver speaks.
+void TellOther(const EFI_SYSTEM_TABLE& system, const char16_t* name) {
+  SIMPLE_TEXT_OUTPUT_INTERFACE* console = system.ConOut;
+  for (const char16_t* part : {u"ipmi.efi: the BMC of this board is behind ", name,
+                               u" (SMBIOS type 38); this driver reaches KCS alone.\r\n"})
+    console->OutputString(console, ToEfi(part));
 }
 
 EFI_STATUS EFIAPI Unload(EFI_HANDLE) {
@@ -52,10 +57,13 @@ Status Start(EFI_HANDLE image, const EFI_SYSTEM_TABLE& system) {
   void* installed = nullptr;
   if (bootServices->LocateProtocol(ToEfi(kIpmiProtocolGuid), nullptr, &installed) == EFI_SUCCESS)
     return uefi_status::kAlreadyStarted;
-  KcsLocation location = kUsualKcs;
-  if (!FindByTable(system, kSmbios3Guid, location)) (void)FindByTable(system, kSmbiosTableGuid, location);
-  port.Connect(location, *bootServices);
-  if (!service.FindBmc()) return uefi_status::kNotFound;
+  IpmiDevices devices = FindByTable(system, kSmbios3TableGuid);
+  if (!devices.kcs) devices = FindByTable(system, kSmbiosTableGuid);
+  port.Connect(devices.kcs.value_or(kUsualKcs), *bootServices);
+  if (!service.FindBmc()) {
+    if (const char16_t* other = devices.OtherInterface(); other != nullptr) TellOther(system, other);
+    return uefi_status::kNotFound;
+  }
   void* loadedImage = nullptr;
   if (bootServices->HandleProtocol(image, ToEfi(uefi::kLoadedImageGuid), &loadedImage) == EFI_SUCCESS)
     static_cast<EFI_LOADED_IMAGE*>(loadedImage)->Unload = Unload;

@@ -64,19 +64,31 @@ std::optional<SmbiosStructures> ReadSmbiosEntryPoint(Bytes entryPoint) {
   return {};
 }
 
-std::optional<KcsLocation> FindKcs(Bytes structures) {
+IpmiDevices FindIpmiDevices(Bytes structures) {
   constexpr std::size_t kHeaderLength = 4;
+  IpmiDevices found;
   while (structures.size() >= kHeaderLength && structures[0] != kEndType) {
     std::size_t length = structures[1];
-    if (length < kHeaderLength || length > structures.size()) return {};
-    if (structures[0] == kIpmiDeviceType)
-      if (auto location = ReadIpmiDevice(structures.first(length))) return location;
+    if (length < kHeaderLength || length > structures.size()) break;
+    if (structures[0] == kIpmiDeviceType) {
+      if (auto location = ReadIpmiDevice(structures.first(length)); location && !found.kcs)
+        found.kcs = location;
+      if (length > kInterfaceOffset && structures[kInterfaceOffset] < 32)
+        found.interfaces |= std::uint32_t{1} << structures[kInterfaceOffset];
+    }
     // Strings follow, and two NULs end them.
     std::size_t end = length;
     while (end + 1 < structures.size() && (structures[end] != 0 || structures[end + 1] != 0)) ++end;
     structures = structures.subspan(std::min(end + 2, structures.size()));
   }
-  return {};
+  return found;
+}
+
+const char16_t* IpmiDevices::OtherInterface() const {
+  static constexpr const char16_t* kNames[] = {u"SMIC", u"BT", u"SSIF"};  // from 2 on
+  for (std::size_t i = 0; i < std::size(kNames); ++i)
+    if ((interfaces >> (i + 2) & 1) != 0) return kNames[i];
+  return nullptr;
 }
 
 }  // namespace varnok

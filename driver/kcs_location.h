@@ -30,7 +30,14 @@ struct SmbiosStructures {
 /// Reads an entry point of the 2.x or the 3.x form; nothing when it is neither, or its checksum is wrong.
 std::optional<SmbiosStructures> ReadSmbiosEntryPoint(std::span<const std::uint8_t> entryPoint);
 
-/// The first KCS interface among the structures; nothing when there is none.
-std::optional<KcsLocation> FindKcs(std::span<const std::uint8_t> structures);
+/// What the IPMI device records among the structures name.
+struct IpmiDevices {
+  std::optional<KcsLocation> kcs;  ///< the first one
+  std::uint32_t interfaces = 0;    ///< a bit for each interface type
+
+  /// The name of an interface that is not KCS; null when none is named.
+  const char16_t* OtherInterface() const;
+};
+IpmiDevices FindIpmiDevices(std::span<const std::uint8_t> structures);
 
 }  // namespace varnok

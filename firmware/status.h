@@ -43,6 +43,7 @@ inline constexpr Status kAccessDenied = kError | 15;
 inline constexpr Status kTimeout = kError | 18;
 inline constexpr Status kAlreadyStarted = kError | 20;
 inline constexpr Status kAborted = kError | 21;
+inline constexpr Status kSecurityViolation = kError | 26;
 inline constexpr Status kEndOfFile = kError | 31;
 }  // namespace uefi_status
 

@@ -4,10 +4,13 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "firmware/host/host_firmware.h"
+#include "firmware/host/interruption.h"
 #include "firmware/host/linux_machine.h"
 #include "sim/board_source.h"
+#include "sim/logged_machine.h"
 
 namespace {
 
@@ -23,7 +26,8 @@ bool IsDevice(const char* name) {
 /// VARNOK_BOARD names a folder, or the kernel's IPMI device.
 std::unique_ptr<host::Machine> OpenMachine(std::string& error) {
   const char* board = std::getenv("VARNOK_BOARD");
-  if (board != nullptr && IsDevice(board)) return host::OpenLinuxMachine(board, error);
+  if (board != nullptr && IsDevice(board))
+    return sim::WithTrafficLog(host::OpenLinuxMachine(board, error), sim::ProcessEnvironment, error);
   std::string notice;
   auto machine = sim::OpenBoard(sim::ProcessEnvironment, notice, error);
   if (!notice.empty()) host::Complain(notice);
@@ -41,5 +45,6 @@ int main(int argc, char* argv[]) {
     host::Complain(error);
     return host::kNoBoardStatus;
   }
-  return host::RunProgram(*machine, argc, argv);
+  host::InterruptibleMachine interruptible(std::move(machine));
+  return host::RunProgram(interruptible, argc, argv);
 }

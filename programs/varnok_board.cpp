@@ -72,6 +72,13 @@ int Run(int argc, char* argv[]) {
     page->callback([&run, command] { run = command->run; });
   }
   app.get_formatter()->label("REQUIRED", "(required)");
+  // For who builds a package; no page shows it.
+  if (argc == 3 && argv[1] == std::string_view("--completion")) {
+    const std::string script = CompletionScript(argv[2]);
+    if (script.empty()) return Fail("--completion: bash or zsh", kWrongUse);
+    std::fputs(script.c_str(), stdout);
+    return kDone;
+  }
   // The parser's own words for these two are about subcommands.
   if (argc < 2) return Fail("a command is required\nSee varnok-board --help.", kWrongUse);
   if (argv[1][0] != '-' && !IsCommand(argv[1]))

@@ -86,15 +86,15 @@ std::span<const Disturbance> AllDisturbances() {
   return all;
 }
 
-bool IsWithin(Scope scope, const sim::Controller& controller, const sim::Request& request) {
+bool IsWithin(Scope scope, const sim::BusPlace& place, const sim::Request& request) {
   const bool isStorage = request.netFunction == net_function::kStorage;
   switch (scope) {
     case Scope::Any:
       return true;
     case Scope::Bmc:
-      return controller.IsBmc();
+      return place.isBmc;
     case Scope::Satellite:
-      return !controller.IsBmc();
+      return !place.isBmc;
     case Scope::Write:
       return CanWrite(request.netFunction, request.command, request.data);
     case Scope::Repository:
@@ -107,11 +107,11 @@ bool IsWithin(Scope scope, const sim::Controller& controller, const sim::Request
   return false;
 }
 
-sim::FaultRule RuleFor(const Disturbance& disturbance, const sim::Controller& controller,
+sim::FaultRule RuleFor(const Disturbance& disturbance, const sim::BusPlace& place,
                        const sim::Request& request) {
   sim::FaultRule rule = disturbance.rule;
-  rule.controller = controller.Config().address;
-  rule.channel = controller.Config().channel;
+  rule.controller = place.address;
+  rule.channel = place.channel;
   if (rule.kind == sim::FindFaultKind("other-command")) rule.value = request.command ^ 1u;
   return rule;
 }

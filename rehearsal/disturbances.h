@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "sim/controller.h"
 #include "sim/faults.h"
 #include "sim/message.h"
 
@@ -31,10 +30,10 @@ struct Disturbance {
 /// All of them, always in the same order.
 std::span<const Disturbance> AllDisturbances();
 
-bool IsWithin(Scope scope, const sim::Controller& controller, const sim::Request& request);
+bool IsWithin(Scope scope, const sim::BusPlace& place, const sim::Request& request);
 
-/// The rule that fires at the next request to `controller`, which is this one.
-sim::FaultRule RuleFor(const Disturbance& disturbance, const sim::Controller& controller,
+/// The rule that fires at the next request at `place`, which is this one.
+sim::FaultRule RuleFor(const Disturbance& disturbance, const sim::BusPlace& place,
                        const sim::Request& request);
 
 }  // namespace varnok::rehearsal

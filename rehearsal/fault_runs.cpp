@@ -57,14 +57,14 @@ class Trunk : public Performance {
         choice_(choice),
         results_(results) {}
 
-  void Asked(const sim::Controller& controller, const sim::Request& request) override {
-    Performance::Asked(controller, request);
+  void Asked(const sim::BusPlace& place, const sim::Request& request) override {
+    Performance::Asked(place, request);
     if (disturbance_ != nullptr) return;
     ++request_;
     for (const Disturbance& disturbance : AllDisturbances()) {
-      if (!IsWithin(disturbance.scope, controller, request)) continue;
+      if (!IsWithin(disturbance.scope, place, request)) continue;
       if (pairs_++ % choice_.step != 0 || !Fork(disturbance)) continue;
-      TheStage().TheBoard().TheBmc().Faults().Add(RuleFor(disturbance, controller, request));
+      TheStage().TheBoard().TheBmc().Faults().Add(RuleFor(disturbance, place, request));
       return;
     }
   }

@@ -328,14 +328,14 @@ void Performance::Commits() {
 
 // --- The traffic ---
 
-void Performance::Asked(const sim::Controller& controller, const sim::Request& request) {
+void Performance::Asked(const sim::BusPlace& place, const sim::Request& request) {
   CheckLimits();
   open_.push_back(outcome_.run.traffic.size());
   changesBefore_.push_back(stage_.Changes());
   outcome_.run.traffic.push_back({.begun = Elapsed(),
                                   .ended = Elapsed(),
-                                  .controller = controller.Config().address,
-                                  .channel = controller.Config().channel,
+                                  .controller = place.address,
+                                  .channel = place.channel,
                                   .netFunction = request.netFunction,
                                   .command = request.command,
                                   .name = CommandName(request.netFunction, request.command),
@@ -344,11 +344,10 @@ void Performance::Asked(const sim::Controller& controller, const sim::Request& r
 }
 
 /// The exchange with this controller that is under way; null when its answer has been seen.
-Exchange* Performance::Close(const sim::Controller& controller) {
+Exchange* Performance::Close(const sim::BusPlace& place) {
   if (open_.empty()) return nullptr;
   Exchange& exchange = outcome_.run.traffic[open_.back()];
-  const sim::ControllerConfig& config = controller.Config();
-  if (exchange.controller != config.address || exchange.channel != config.channel) return nullptr;
+  if (exchange.controller != place.address || exchange.channel != place.channel) return nullptr;
   if (exchange.isWrite && stage_.Changes() != changesBefore_.back()) ++outcome_.run.writes;
   open_.pop_back();
   changesBefore_.pop_back();
@@ -356,15 +355,15 @@ Exchange* Performance::Close(const sim::Controller& controller) {
   return &exchange;
 }
 
-void Performance::Answered(const sim::Controller& controller, const sim::Response& response) {
-  Exchange* exchange = Close(controller);
+void Performance::Answered(const sim::BusPlace& place, const sim::Response& response) {
+  Exchange* exchange = Close(place);
   if (exchange == nullptr) return;
   exchange->completionCode = response.completionCode;
   exchange->answer = response.data;
 }
 
-void Performance::Unanswered(const sim::Controller& controller) {
-  if (Exchange* exchange = Close(controller)) exchange->isAnswered = false;
+void Performance::Unanswered(const sim::BusPlace& place) {
+  if (Exchange* exchange = Close(place)) exchange->isAnswered = false;
 }
 
 void Performance::PowerIsCut() {

@@ -157,9 +157,9 @@ class Performance : public host::HostFirmware, public ScriptWatcher, public sim:
   void Commits() override;
 
   // The traffic.
-  void Asked(const sim::Controller& controller, const sim::Request& request) override;
-  void Answered(const sim::Controller& controller, const sim::Response& response) override;
-  void Unanswered(const sim::Controller& controller) override;
+  void Asked(const sim::BusPlace& place, const sim::Request& request) override;
+  void Answered(const sim::BusPlace& place, const sim::Response& response) override;
+  void Unanswered(const sim::BusPlace& place) override;
   void PowerIsCut() override;
 
  private:
@@ -167,7 +167,7 @@ class Performance : public host::HostFirmware, public ScriptWatcher, public sim:
   void Settle(bool isRefused);
   void Learn(Given given);
   void CheckLimits();
-  Exchange* Close(const sim::Controller& controller);
+  Exchange* Close(const sim::BusPlace& place);
   std::string LastMessage() const;
 
   Stage& stage_;

@@ -24,7 +24,7 @@ Bmc::Bmc(const BoardConfig& config, ImageStore& images, VirtualClock& clock)
     : images_(images),
       clock_(clock),
       faults_(config.faults),
-      log_(clock),
+      log_([&clock] { return clock.Elapsed(); }),
       queue_(clock),
       sdrs_(config.sdrs, images, clock),
       exchangeMicroseconds_(config.exchangeMicroseconds) {
@@ -47,9 +47,9 @@ Delivery Bmc::Process(const Request& request) noexcept {
 Delivery Bmc::Deliver(Controller& controller, const Request& request) {
   clock_.Advance(exchangeMicroseconds_);
   images_.Settle(clock_.Elapsed());
-  log_.Asked(controller, request);
+  log_.Asked(controller.Where(), request);
   if (controller.IsSilent(clock_.Elapsed())) {
-    log_.Unanswered(controller, request, "lost", "in reset");
+    log_.Unanswered(controller.Where(), request, "lost", "in reset");
     return {};
   }
   // A request to a controller runs inside one to the BMC; what befalls its storage is its own.
@@ -84,7 +84,8 @@ Delivery Bmc::Answer(Controller& controller, const Request& request, const Fault
   scene.response = rule->executed ? Execute(controller, request) : EmptyResponse(request, code::kSuccess);
   rule->kind->effect(scene);
   if (scene.fate != Fate::Answered) {
-    log_.Unanswered(controller, request, scene.fate == Fate::Refused ? "refused" : "lost", rule->label);
+    log_.Unanswered(controller.Where(), request, scene.fate == Fate::Refused ? "refused" : "lost",
+                    rule->label);
     return {.fate = scene.fate, .answers = {}};
   }
   Delivery delivery = Answered(controller, std::move(scene.response), scene.copies, rule->label);
@@ -94,7 +95,7 @@ Delivery Bmc::Answer(Controller& controller, const Request& request, const Fault
 
 Delivery Bmc::Answered(Controller& controller, Response response, std::size_t times,
                        std::string_view remark) {
-  for (std::size_t i = 0; i < times; ++i) log_.Answered(controller, response, remark);
+  for (std::size_t i = 0; i < times; ++i) log_.Answered(controller.Where(), response, remark);
   Delivery delivery{.fate = Delivery::Fate::Answered, .answers = {}};
   delivery.answers.reserve(times);
   for (std::size_t i = 1; i < times; ++i) delivery.answers.push_back(response);

@@ -3,12 +3,12 @@
 #include <optional>
 #include <utility>
 
+#include "firmware/host/reserve.h"
 #include "firmware/host/smbios_dump.h"
 #include "sim/board_config.h"
 #include "sim/default_board.h"
 #include "sim/error.h"
 #include "sim/protocol_adapter.h"
-#include "sim/reserve.h"
 
 namespace varnok::sim {
 namespace {
@@ -57,7 +57,7 @@ struct Board::State {
 
 Board::Board(std::unique_ptr<State> state) : state_(std::move(state)) {}
 Board::~Board() {
-  const BoardAtWork atWork;
+  const host::MachineAtWork atWork;
   state_.reset();
 }
 
@@ -136,7 +136,7 @@ std::span<const std::uint8_t> Board::PhysicalMemory(std::uint64_t address, std::
 }
 
 void Board::Stall(std::uint64_t microseconds, StallKind) {
-  const BoardAtWork atWork;
+  const host::MachineAtWork atWork;
   state_->clock.Advance(microseconds);
 }
 WallClock Board::Now() {

@@ -49,6 +49,7 @@ class Controller {
   Controller(const ControllerConfig& config, const TransferModeConfig& transferMode, ImageStore& images);
 
   const ControllerConfig& Config() const { return config_; }
+  BusPlace Where() const { return {config_.address, config_.channel, IsBmc()}; }
   bool IsBmc() const { return config_.address == kBmcAddress; }
   FruDevice* FindFru(std::uint8_t id);
   Eeprom* FindEeprom(std::uint8_t bus, std::uint8_t address);

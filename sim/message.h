@@ -8,6 +8,13 @@
 
 namespace varnok::sim {
 
+/// Who is asked.
+struct BusPlace {
+  std::uint8_t address = kBmcAddress;
+  std::uint8_t channel = 0;
+  bool isBmc = true;  ///< at its own interface, not on an IPMB
+};
+
 struct Request {
   std::uint8_t netFunction = 0;
   std::uint8_t lun = 0;

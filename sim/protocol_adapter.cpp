@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "sim/reserve.h"
+#include "firmware/host/reserve.h"
 
 namespace varnok::sim {
 namespace {
@@ -26,7 +26,7 @@ Status ProtocolAdapter::Send(IpmiProtocol* self, std::uint8_t netFunction, std::
   if (dataLength > kLargestRequest || (data == nullptr && dataLength != 0) || netFunction > 0x3F || lun > 3) {
     return uefi_status::kInvalidParameter;
   }
-  const BoardAtWork atWork;
+  const host::MachineAtWork atWork;
   try {
     Request request{netFunction, lun, command, {}};
     if (dataLength != 0) request.data.assign(data, data + dataLength);
@@ -55,7 +55,7 @@ Status ProtocolAdapter::SendRequest(const Request& request) {
 Status ProtocolAdapter::Receive(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun,
                                 std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
                                 std::uint32_t* dataLength) noexcept {
-  const BoardAtWork atWork;
+  const host::MachineAtWork atWork;
   ProtocolAdapter& adapter = *static_cast<Interface*>(self)->owner;
   const std::uint64_t now = adapter.bmc_.Clock().Elapsed();
   const auto first = std::find_if(adapter.waiting_.begin(), adapter.waiting_.end(),

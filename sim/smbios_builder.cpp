@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "firmware/host/smbios_layout.h"
+#include "firmware/smbios_layout.h"
 
 namespace varnok::sim {
 
@@ -39,14 +39,13 @@ Bytes SmbiosStructure::Finish() const {
 Bytes BuildSmbiosDump(std::uint8_t major, std::uint8_t minor, const std::vector<Bytes>& structures) {
   constexpr std::uint32_t kTableOffset = 32;
   Bytes dump(kTableOffset);
-  host::smbios::TableFacts facts{major, minor, kTableOffset, 0, static_cast<std::uint16_t>(structures.size()),
-                                 0};
+  smbios::TableFacts facts{major, minor, kTableOffset, 0, static_cast<std::uint16_t>(structures.size()), 0};
   for (const Bytes& structure : structures) {
     dump.insert(dump.end(), structure.begin(), structure.end());
     facts.largestStructure = std::max(facts.largestStructure, static_cast<std::uint16_t>(structure.size()));
   }
   facts.length = static_cast<std::uint16_t>(dump.size() - kTableOffset);
-  host::smbios::WriteEntryPoint(facts, dump);
+  smbios::WriteEntryPoint(facts, dump);
   return dump;
 }
 

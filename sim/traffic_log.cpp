@@ -21,10 +21,9 @@ void AppendBytes(std::string& text, std::span<const std::uint8_t> bytes) {
 }
 
 /// The arrow and the address: the BMC at its system interface, or a controller with its channel.
-std::string PlaceText(const Controller& controller, char arrow) {
-  const ControllerConfig& config = controller.Config();
-  if (controller.IsBmc()) return std::string(1, arrow) + " " + Hex(config.address);
-  return std::string(2, arrow) + " " + Hex(config.address) + "@" + std::to_string(config.channel);
+std::string PlaceText(const BusPlace& place, char arrow) {
+  if (place.isBmc) return std::string(1, arrow) + " " + Hex(place.address);
+  return std::string(2, arrow) + " " + Hex(place.address) + "@" + std::to_string(place.channel);
 }
 
 std::string CommandText(unsigned netFunction, unsigned lun, unsigned command) {
@@ -42,7 +41,7 @@ bool TrafficLog::Open(const std::string& path) {
 void TrafficLog::Line(std::string text, std::string_view remark) {
   if (!file_.IsOpen()) return;
   char time[32];
-  const std::uint64_t now = clock_.Elapsed();
+  const std::uint64_t now = clock_();
   const int length =
       std::snprintf(time, sizeof time, "%06llu.%06llu ", static_cast<unsigned long long>(now / 1'000'000),
                     static_cast<unsigned long long>(now % 1'000'000));
@@ -57,31 +56,30 @@ void TrafficLog::Line(std::string text, std::string_view remark) {
   }
 }
 
-void TrafficLog::Asked(const Controller& controller, const Request& request) {
-  if (observer_ != nullptr) observer_->Asked(controller, request);
+void TrafficLog::Asked(const BusPlace& place, const Request& request) {
+  if (observer_ != nullptr) observer_->Asked(place, request);
   if (!file_.IsOpen()) return;
-  std::string text =
-      PlaceText(controller, '>') + CommandText(request.netFunction, request.lun, request.command);
+  std::string text = PlaceText(place, '>') + CommandText(request.netFunction, request.lun, request.command);
   AppendBytes(text, request.data);
   Line(std::move(text));
 }
 
-void TrafficLog::Answered(const Controller& controller, const Response& response, std::string_view remark) {
-  if (observer_ != nullptr) observer_->Answered(controller, response);
+void TrafficLog::Answered(const BusPlace& place, const Response& response, std::string_view remark) {
+  if (observer_ != nullptr) observer_->Answered(place, response);
   if (!file_.IsOpen()) return;
-  std::string text = PlaceText(controller, '<') +
+  std::string text = PlaceText(place, '<') +
                      CommandText(response.netFunction, response.lun, response.command) +
                      " cc=" + Hex(response.completionCode);
   AppendBytes(text, response.data);
   Line(std::move(text), remark);
 }
 
-void TrafficLog::Unanswered(const Controller& controller, const Request& request, std::string_view word,
+void TrafficLog::Unanswered(const BusPlace& place, const Request& request, std::string_view word,
                             std::string_view remark) {
-  if (observer_ != nullptr) observer_->Unanswered(controller);
+  if (observer_ != nullptr) observer_->Unanswered(place);
   if (!file_.IsOpen()) return;
-  Line(PlaceText(controller, '<') + CommandText(request.netFunction + 1u, request.lun, request.command) +
-           " " + std::string(word),
+  Line(PlaceText(place, '<') + CommandText(request.netFunction + 1u, request.lun, request.command) + " " +
+           std::string(word),
        remark);
 }
 

@@ -1,12 +1,13 @@
-// The traffic log: one line for each request and each answer, with the virtual time, flushed line by line.
-// docs/board.md describes the format.
+// The traffic log: one line for each request and each answer, with the time of the board, flushed line by
+// line. docs/board.md describes the format.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "sim/clock.h"
-#include "sim/controller.h"
 #include "sim/descriptor.h"
 #include "sim/message.h"
 
@@ -18,16 +19,18 @@ class TrafficObserver {
   virtual ~TrafficObserver() = default;
   /// A request has reached a controller, which has not looked at it. One that is bridged is told of within
   /// the request that carries it.
-  virtual void Asked(const Controller& controller, const Request& request) = 0;
-  virtual void Answered(const Controller& controller, const Response& response) = 0;
-  virtual void Unanswered(const Controller& controller) = 0;
+  virtual void Asked(const BusPlace& place, const Request& request) = 0;
+  virtual void Answered(const BusPlace& place, const Response& response) = 0;
+  virtual void Unanswered(const BusPlace& place) = 0;
   /// The process ends with the board's power, now.
   virtual void PowerIsCut() {}
 };
 
 class TrafficLog {
  public:
-  explicit TrafficLog(const VirtualClock& clock) : clock_(clock) {}
+  /// `clock` gives microseconds since the start.
+  using Clock = std::function<std::uint64_t()>;
+  explicit TrafficLog(Clock clock) : clock_(std::move(clock)) {}
 
   /// Null for none; it must outlive its time here.
   void Observe(TrafficObserver* observer) { observer_ = observer; }
@@ -35,10 +38,10 @@ class TrafficLog {
   /// Starts an empty log in the file at `path`. False when it cannot be written.
   bool Open(const std::string& path);
 
-  void Asked(const Controller& controller, const Request& request);
-  void Answered(const Controller& controller, const Response& response, std::string_view remark = {});
+  void Asked(const BusPlace& place, const Request& request);
+  void Answered(const BusPlace& place, const Response& response, std::string_view remark = {});
   /// Stands where the answer would: "lost", or "refused" for a request that did not get through.
-  void Unanswered(const Controller& controller, const Request& request, std::string_view word,
+  void Unanswered(const BusPlace& place, const Request& request, std::string_view word,
                   std::string_view remark);
   /// Something that happened on the board.
   void Event(std::string_view text);
@@ -48,7 +51,7 @@ class TrafficLog {
   /// Writes one line. A log that cannot be written any more ends, and says so on standard error.
   void Line(std::string text, std::string_view remark = {});
 
-  const VirtualClock& clock_;
+  Clock clock_;
   TrafficObserver* observer_ = nullptr;
   std::string path_;
   Descriptor file_;

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "firmware/host/file_system.h"
+#include "firmware/host/interruption.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
 
@@ -27,6 +28,7 @@ int WriteUtf8(int descriptor, std::u16string_view text) {
     while (!bytes.empty()) {
       ssize_t result = write(descriptor, bytes.data(), bytes.size());
       if (result < 0 && (errno == EINTR || errno == EAGAIN)) {
+        EndIfAsked();
         // Others who share the console may have made it one that does not wait.
         pollfd output{descriptor, POLLOUT, 0};
         poll(&output, 1, -1);
@@ -59,7 +61,7 @@ void Complain(std::string_view text) {
   std::u16string line = FromUtf8(text);
   for (char16_t& character : line)
     if (character < 0x20 || (character >= 0x7F && character <= 0x9F)) character = u'?';
-  WriteUtf8(STDERR_FILENO, u"varnok: " + line + u"\n");
+  WriteUtf8(STDERR_FILENO, FromUtf8(program_invocation_short_name) + u": " + line + u"\n");
 }
 
 // A console that is gone must not stop a board from being programmed to the end.

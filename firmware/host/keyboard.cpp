@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "firmware/host/interruption.h"
 #include "firmware/host/utf8.h"
 
 namespace varnok::host {
@@ -23,12 +24,6 @@ void LeaveRawMode() {
   if (isRaw) tcsetattr(STDIN_FILENO, TCSANOW, &usualMode);
 }
 
-void HandleDeadlySignal(int number) {
-  LeaveRawMode();
-  signal(number, SIG_DFL);
-  raise(number);
-}
-
 void HandleStop(int) {
   LeaveRawMode();
   // The default action must run while this handler is away.
@@ -36,9 +31,11 @@ void HandleStop(int) {
   raise(SIGTSTP);
 }
 
-/// A signal that the program was started to ignore, as under nohup, stays ignored.
+/// A signal that the program was started to ignore, as under nohup, stays ignored; one that is handled
+/// already stays with its handler.
 void Catch(int number, void (*handler)(int)) {
-  if (signal(number, handler) == SIG_IGN) signal(number, SIG_IGN);
+  struct sigaction now;
+  if (sigaction(number, nullptr, &now) == 0 && now.sa_handler == SIG_DFL) signal(number, handler);
 }
 
 void HandleContinue(int) {
@@ -54,7 +51,7 @@ void EnterRawMode() {
   keyMode.c_cc[VTIME] = 0;
   isRaw = true;
   std::atexit(LeaveRawMode);
-  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGABRT, SIGSEGV}) Catch(number, HandleDeadlySignal);
+  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGABRT, SIGSEGV}) Catch(number, EndBySignal);
   Catch(SIGTSTP, HandleStop);
   signal(SIGCONT, HandleContinue);
   tcsetattr(STDIN_FILENO, TCSANOW, &keyMode);
@@ -63,10 +60,10 @@ void EnterRawMode() {
 std::optional<char> ReadByte() {
   char byte = 0;
   ssize_t count = 0;
+  WaitForInput(STDIN_FILENO);
   while ((count = read(STDIN_FILENO, &byte, 1)) < 0 && (errno == EINTR || errno == EAGAIN)) {
     // Others who share the console may have made it one that does not wait.
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    poll(&input, 1, -1);
+    WaitForInput(STDIN_FILENO);
   }
   if (count <= 0) return std::nullopt;
   return byte;
@@ -93,6 +90,17 @@ std::size_t TailLength(unsigned char lead) {
 }
 
 }  // namespace
+
+void EndBySignal(int number) {
+  LeaveRawMode();
+  signal(number, SIG_DFL);
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, number);
+  raise(number);
+  sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
+  _exit(128 + number);
+}
 
 std::optional<char16_t> ReadKey() {
   EnterRawMode();

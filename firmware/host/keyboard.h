@@ -10,4 +10,7 @@ namespace varnok::host {
 /// echo; the terminal is put back when the program ends, stops or is killed by a signal that can be caught.
 std::optional<char16_t> ReadKey();
 
+/// Puts the terminal back and ends by the signal's default action. A handler may call it.
+[[noreturn]] void EndBySignal(int number);
+
 }  // namespace varnok::host

@@ -12,7 +12,9 @@
 #include <optional>
 #include <span>
 #include <stdexcept>
+#include <utility>
 
+#include "firmware/host/host_firmware.h"
 #include "firmware/host/kernel_ipmi.h"
 #include "firmware/host/smbios_dump.h"
 
@@ -34,11 +36,26 @@ std::optional<SmbiosDump> ReadSmbios() {
   }
 }
 
+std::string WhatToDo(int error) {
+  switch (error) {
+    case EACCES:
+    case EPERM:
+      return "; run the program as root (sudo)";
+    case ENOENT:
+    case ENXIO:
+    case ENODEV:
+      return "; the kernel knows of no BMC: load its drivers (modprobe -a ipmi_si ipmi_devintf) and see dmesg";
+    default:
+      return "";
+  }
+}
+
 class LinuxMachine : public Machine {
  public:
-  explicit LinuxMachine(int descriptor) : kernel_(descriptor), smbios_(ReadSmbios()) {
+  LinuxMachine(std::string device, int descriptor)
+      : device_(std::move(device)), kernel_(descriptor), smbios_(ReadSmbios()) {
     protocol_.interface = {kIpmiProtocolRevision, Send, Receive};
-    protocol_.kernel = &kernel_;
+    protocol_.machine = this;
   }
 
   IpmiProtocol* InstalledIpmi() override { return &protocol_.interface; }
@@ -71,21 +88,33 @@ class LinuxMachine : public Machine {
   /// The protocol comes first, so that its address leads to the rest.
   struct Protocol {
     IpmiProtocol interface;
-    KernelIpmi* kernel;
+    LinuxMachine* machine;
   };
 
-  static KernelIpmi& KernelOf(IpmiProtocol* self) { return *reinterpret_cast<Protocol*>(self)->kernel; }
+  static LinuxMachine& MachineOf(IpmiProtocol* self) { return *reinterpret_cast<Protocol*>(self)->machine; }
+
+  /// Says once that the device has been taken away.
+  void TellLoss(int error) {
+    if ((error != ENODEV && error != ENXIO && error != EIO) || std::exchange(isLossTold_, true)) return;
+    Complain(
+        device_ + " was taken away (" + std::strerror(error) +
+        "); load the kernel's drivers again (modprobe -a ipmi_si ipmi_devintf), see dmesg, then run the same "
+        "command again");
+  }
 
   static Status Send(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command,
                      const std::uint8_t* data, std::uint32_t dataLength) {
-    return KernelOf(self).Send(netFunction, lun, command, {data, dataLength});
+    LinuxMachine& machine = MachineOf(self);
+    const Status status = machine.kernel_.Send(netFunction, lun, command, {data, dataLength});
+    if (status != kSuccess) machine.TellLoss(errno);
+    return status;
   }
 
   static Status Receive(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun,
                         std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
                         std::uint32_t* dataLength) {
     KernelIpmi::Answer answer;
-    if (Status status = KernelOf(self).Receive(answer); status != kSuccess) return status;
+    if (Status status = MachineOf(self).kernel_.Receive(answer); status != kSuccess) return status;
     if (answer.count == 0) return uefi_status::kDeviceError;
     std::size_t count = std::min<std::size_t>(answer.count - 1, *dataLength);
     *netFunction = answer.netFunction;
@@ -97,24 +126,12 @@ class LinuxMachine : public Machine {
     return kSuccess;
   }
 
+  std::string device_;
   KernelIpmi kernel_;
+  bool isLossTold_ = false;
   std::optional<SmbiosDump> smbios_;
   Protocol protocol_{};
 };
-
-std::string WhatToDo(int error) {
-  switch (error) {
-    case EACCES:
-    case EPERM:
-      return "; run the program as root";
-    case ENOENT:
-    case ENXIO:
-    case ENODEV:
-      return "; the kernel knows of no BMC: load its drivers (modprobe -a ipmi_si ipmi_devintf) and see dmesg";
-    default:
-      return "";
-  }
-}
 
 }  // namespace
 
@@ -124,7 +141,7 @@ std::unique_ptr<Machine> OpenLinuxMachine(const std::string& device, std::string
     error = device + ": " + std::strerror(errno) + WhatToDo(errno);
     return nullptr;
   }
-  return std::make_unique<LinuxMachine>(descriptor);
+  return std::make_unique<LinuxMachine>(device, descriptor);
 }
 
 }  // namespace varnok::host

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "firmware/bytes.h"
-#include "firmware/host/smbios_layout.h"
+#include "firmware/smbios_layout.h"
 
 namespace varnok::host {
 namespace {
@@ -51,19 +51,9 @@ SmbiosDump::SmbiosDump(Bytes entryPoint, std::span<const std::uint8_t> table)
 void SmbiosDump::MakeFrom64BitEntryPoint() {
   const std::uint64_t address = NumberAt(dump_, 16, 8);
   const std::uint64_t largest = NumberAt(dump_, 12, 4);
-  auto table = Memory(address, static_cast<std::size_t>(largest));
-  smbios::TableFacts facts{dump_[7], dump_[8], static_cast<std::uint32_t>(address), 0, 0, 0};
-  std::size_t length = 0;
-  while (std::size_t size = smbios::StructureSize(table)) {
-    if (length + size > 0xFFFF) break;
-    length += size;
-    ++facts.structures;
-    facts.largestStructure = static_cast<std::uint16_t>(std::max<std::size_t>(facts.largestStructure, size));
-    if (table[0] == smbios::kEndOfTable) break;
-    table = table.subspan(size);
-  }
+  smbios::TableFacts facts = smbios::OlderFacts(dump_, Memory(address, static_cast<std::size_t>(largest)));
   if (facts.structures == 0) return;
-  facts.length = static_cast<std::uint16_t>(length);
+  facts.address = static_cast<std::uint32_t>(address);
   smbios::WriteEntryPoint(facts, entryPoint_);
   entryPointLength_ = smbios::kEntryPointLength;
 }

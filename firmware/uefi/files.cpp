@@ -188,7 +188,8 @@ Status MakeShellFolder(const Shell& shell, std::u16string_view path) {
   return isThere ? uefi_status::kAlreadyStarted : kSuccess;
 }
 
-Status ListShellFolder(const Shell& shell, std::u16string_view path, std::vector<std::u16string>& names) {
+Status ListShellFolder(const Shell& shell, std::u16string_view path, std::vector<std::u16string>& names,
+                       bool folders) {
   Place place;
   if (!FindPlace(shell, path, place)) return uefi_status::kNotFound;
   EFI_FILE* folder = nullptr;
@@ -202,7 +203,7 @@ Status ListShellFolder(const Shell& shell, std::u16string_view path, std::vector
     UINTN size = FileInfo::size();
     if (Status status = folder->Read(folder, &size, entry.data()); IsError(status)) return status;
     if (size == 0) return kSuccess;
-    if (!entry.IsFolder()) names.emplace_back(FromEfi(entry->FileName));
+    if (entry.IsFolder() == folders) names.emplace_back(FromEfi(entry->FileName));
   }
 }
 

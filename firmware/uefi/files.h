@@ -31,9 +31,11 @@ Status AppendAt(const Place& place, std::span<const std::uint8_t> bytes);
 Status OpenShellFile(const Shell& shell, std::u16string_view path, FileMode mode,
                      std::unique_ptr<File>& file);
 
-/// As Firmware::MakeFolder and Firmware::ListFolder describe.
+/// As Firmware::MakeFolder and Firmware::ListFolder describe; with `folders` the names of those in the
+/// folder.
 Status MakeShellFolder(const Shell& shell, std::u16string_view path);
-Status ListShellFolder(const Shell& shell, std::u16string_view path, std::vector<std::u16string>& names);
+Status ListShellFolder(const Shell& shell, std::u16string_view path, std::vector<std::u16string>& names,
+                       bool folders = false);
 
 /// The path with the separators that the firmware's file systems take.
 std::u16string WithBackslashes(std::u16string_view path);

@@ -10,6 +10,7 @@ constexpr EFI_GUID kProtocolGuid = EFI_SHELL_PROTOCOL_GUID;
 constexpr EFI_GUID kOldInterfaceGuid = SHELL_INTERFACE_PROTOCOL_GUID;
 constexpr EFI_GUID kOldEnvironmentGuid = {
     0x47C7B221, 0xC42A, 0x11D2, {0x8E, 0x57, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
+constexpr EFI_GUID kImageGuid = EFI_LOADED_IMAGE_PROTOCOL_GUID;
 constexpr EFI_GUID kFileSystemGuid = EFI_SIMPLE_FILE_SYSTEM_PROTOCOL_GUID;
 
 template <class Interface>
@@ -33,6 +34,10 @@ void Shell::Connect() {
   FindAnywhere(kProtocolGuid, protocol_);
   if (parameters_ == nullptr) FindOnImage(kOldInterfaceGuid, oldInterface_);
   if (protocol_ == nullptr) FindAnywhere(kOldEnvironmentGuid, oldEnvironment_);
+  EFI_LOADED_IMAGE* image = nullptr;
+  if (parameters_ == nullptr && oldInterface_ == nullptr) FindOnImage(kImageGuid, image);
+  if (image != nullptr && image->LoadOptions != nullptr)
+    loadOptions_.Split({static_cast<const std::uint8_t*>(image->LoadOptions), image->LoadOptionsSize});
 }
 
 std::span<const char16_t* const> Shell::Arguments() const {
@@ -44,6 +49,8 @@ std::span<const char16_t* const> Shell::Arguments() const {
   } else if (oldInterface_ != nullptr) {
     arguments = oldInterface_->Argv;
     count = oldInterface_->Argc;
+  } else {
+    return loadOptions_.Arguments();
   }
   return {reinterpret_cast<const char16_t* const*>(arguments), count};
 }

@@ -1,11 +1,13 @@
 // The shell that started the image: its arguments, environment and current directory. UEFI Shell 2.x first,
-// the older EFI shell where only that exists; none when the firmware's boot manager started the image.
+// the older EFI shell where only that exists; none when the firmware's boot manager started the image, whose
+// arguments are its load options then.
 #pragma once
 
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "firmware/command_text.h"
 #include "firmware/uefi/platform.h"
 
 namespace varnok::uefi {
@@ -28,8 +30,11 @@ class Shell {
   /// Looks for the interfaces; any of them may be missing.
   void Connect();
 
-  /// Empty when no shell hands any over.
+  /// Empty when nobody hands any over.
   std::span<const char16_t* const> Arguments() const;
+
+  /// False when nothing tells a current directory: files are sought on the image's own volume.
+  bool IsThere() const { return protocol_ != nullptr || oldEnvironment_ != nullptr; }
 
   /// False when the variable does not exist.
   bool GetVariable(std::u16string_view name, std::u16string& value) const;
@@ -51,6 +56,7 @@ class Shell {
   EFI_SHELL_PROTOCOL* protocol_ = nullptr;
   EFI_SHELL_INTERFACE* oldInterface_ = nullptr;
   OldShellEnvironment* oldEnvironment_ = nullptr;
+  CommandText loadOptions_;
 };
 
 }  // namespace varnok::uefi

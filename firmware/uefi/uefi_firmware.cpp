@@ -1,14 +1,23 @@
 #include "firmware/uefi/uefi_firmware.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
+#include "firmware/bytes.h"
 #include "firmware/uefi/driver_image.h"
 #include "firmware/uefi/files.h"
 #include "firmware/uefi/pool_blocks.h"
 #include "firmware/uefi/runtime.h"
 
 namespace varnok::uefi {
+namespace {
+
+// Where the table of a 3.x entry point is said to be, for it may lie above what a 2.x one can tell. The
+// firmware's flash is here, never memory.
+constexpr std::uint32_t kSmbiosWindow = 0xFFFF0000;
+
+}  // namespace
 
 UefiFirmware::UefiFirmware() : previous_(InstallFirmware(this)) {
   shell_.Connect();
@@ -88,10 +97,23 @@ const void* UefiFirmware::FindConfigurationTable(const Guid& guid) {
   for (UINTN i = 0; i < table.NumberOfTableEntries; ++i)
     if (std::memcmp(&table.ConfigurationTable[i].VendorGuid, &guid, sizeof(guid)) == 0)
       return table.ConfigurationTable[i].VendorTable;
-  return nullptr;
+  return guid == kSmbiosTableGuid ? OlderSmbiosEntryPoint() : nullptr;
+}
+
+const void* UefiFirmware::OlderSmbiosEntryPoint() {
+  const auto* newer = static_cast<const std::uint8_t*>(FindConfigurationTable(kSmbios3TableGuid));
+  if (newer == nullptr) return nullptr;
+  const std::span<const std::uint8_t> entryPoint(newer, smbios::kEntryPoint3Length);
+  smbiosTable_ = memoryMap_.Readable(NumberAt(entryPoint, 16, 8), DwordAt(entryPoint, 12));
+  smbios::TableFacts facts = smbios::OlderFacts(entryPoint, smbiosTable_);
+  if (facts.structures == 0) return nullptr;
+  facts.address = kSmbiosWindow;
+  smbios::WriteEntryPoint(facts, smbiosEntryPoint_);
+  return smbiosEntryPoint_.data();
 }
 
 std::span<const std::uint8_t> UefiFirmware::PhysicalMemory(std::uint64_t address, std::size_t length) {
+  if (address == kSmbiosWindow) return smbiosTable_.first(std::min(length, smbiosTable_.size()));
   return memoryMap_.Readable(address, length);
 }
 

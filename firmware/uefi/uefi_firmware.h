@@ -1,9 +1,11 @@
 // The facade answered by UEFI: boot and runtime services, the shell and its volumes.
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "firmware/firmware.h"
+#include "firmware/smbios_layout.h"
 #include "firmware/uefi/console.h"
 #include "firmware/uefi/files.h"
 #include "firmware/uefi/memory_map.h"
@@ -42,11 +44,16 @@ class UefiFirmware : public Firmware {
   void FreePool(void* memory) override;
 
  private:
+  /// The 2.x entry point over the table of a 3.x one; null when there is none, or none that can be walked.
+  const void* OlderSmbiosEntryPoint();
+
   Shell shell_;
   Console console_{shell_};
   MemoryMap memoryMap_;
   std::u16string appendedPath_;  ///< what AppendToFile was last asked for
   Place appendedFile_;           ///< and where that is
+  std::array<std::uint8_t, smbios::kEntryPointLength> smbiosEntryPoint_{};
+  std::span<const std::uint8_t> smbiosTable_;  ///< what that leads to
   Firmware* previous_;
   std::uint64_t stalled_ = 0;  ///< microseconds
 };

@@ -1,11 +1,13 @@
 // varnok-board check: what can be known of FRU files, SDR files and scripts before a board sees them.
 #include "boards/check/check.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
 #include "boards/folder.h"
 #include "programs/board/command.h"
+#include "programs/board/findings.h"
 #include "programs/board/json.h"
 #include "programs/board/output.h"
 
@@ -26,19 +28,6 @@ constexpr Option kOptions[] = {
 
 const char* WordOf(Severity severity) {
   return severity == Severity::Error ? "error" : "warning";
-}
-
-void PrintText(const std::vector<Finding>& findings, std::size_t files) {
-  std::size_t errors = 0;
-  for (const Finding& finding : findings) {
-    errors += finding.severity == Severity::Error ? 1 : 0;
-    PrintLine(finding.file + (finding.line == 0 ? "" : ", line " + std::to_string(finding.line)) + ": " +
-              WordOf(finding.severity) + ": " + finding.text);
-    PrintLine("    " + finding.advice);
-  }
-  PrintLine(std::to_string(files) + (files == 1 ? " file, " : " files, ") + std::to_string(errors) +
-            (errors == 1 ? " error, " : " errors, ") + std::to_string(findings.size() - errors) +
-            (findings.size() - errors == 1 ? " warning" : " warnings"));
 }
 
 void PrintLines(const std::vector<Finding>& findings) {
@@ -112,16 +101,32 @@ int Run(const Arguments& arguments) {
   boards::Checker checker(arguments.Has("--board") ? &board : nullptr);
   for (const std::string& file : arguments.Values("FILES")) checker.Check(file);
   const std::vector<Finding> findings = checker.Findings();
-  if (format == "text") PrintText(findings, checker.FileCount());
+  if (format == "text") PrintFindings(findings, checker.FileCount());
   if (format == "lines") PrintLines(findings);
   if (format == "json") PrintLine(AsJson(findings, checker.FileCount()).Text());
   if (format == "sarif") PrintLine(AsSarif(findings).Text());
-  for (const Finding& finding : findings)
-    if (finding.severity == Severity::Error || arguments.Has("--strict")) return kFound;
-  return kDone;
+  return HasErrors(findings) || (arguments.Has("--strict") && !findings.empty()) ? kFound : kDone;
 }
 
 }  // namespace
+
+void PrintFindings(const std::vector<Finding>& findings, std::size_t files) {
+  std::size_t errors = 0;
+  for (const Finding& finding : findings) {
+    errors += finding.severity == Severity::Error ? 1 : 0;
+    PrintLine(finding.file + (finding.line == 0 ? "" : ", line " + std::to_string(finding.line)) + ": " +
+              WordOf(finding.severity) + ": " + finding.text);
+    PrintLine("    " + finding.advice);
+  }
+  PrintLine(std::to_string(files) + (files == 1 ? " file, " : " files, ") + std::to_string(errors) +
+            (errors == 1 ? " error, " : " errors, ") + std::to_string(findings.size() - errors) +
+            (findings.size() - errors == 1 ? " warning" : " warnings"));
+}
+
+bool HasErrors(const std::vector<Finding>& findings) {
+  return std::any_of(findings.begin(), findings.end(),
+                     [](const Finding& finding) { return finding.severity == Severity::Error; });
+}
 
 const Command kCheck = {
     "check", "Check FRU files, SDR files and scripts before a board sees them", kOptions,

@@ -55,6 +55,7 @@ extern const Command kCheck;
 extern const Command kDiff;
 extern const Command kFruText;
 extern const Command kImport;
+extern const Command kLog;
 extern const Command kNew;
 extern const Command kRehearse;
 extern const Command kRestore;
@@ -62,8 +63,14 @@ extern const Command kSdrText;
 extern const Command kServe;
 extern const Command kShow;
 extern const Command kSnapshot;
+extern const Command kStick;
 
-inline constexpr const Command* kCommands[] = {&kNew,     &kImport,  &kSnapshot, &kRestore,  &kShow, &kDiff,
-                                               &kFruText, &kSdrText, &kCheck,    &kRehearse, &kServe};
+inline constexpr const Command* kCommands[] = {&kNew,   &kImport,  &kSnapshot, &kRestore, &kShow,
+                                               &kDiff,  &kFruText, &kSdrText,  &kCheck,   &kRehearse,
+                                               &kServe, &kStick,   &kLog};
+
+/// The script that completes varnok's and varnok-board's command lines in a shell, "bash" or "zsh"; empty for
+/// any other.
+std::string CompletionScript(std::string_view shell);
 
 }  // namespace varnok::companion

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <iostream>
 
+#include "firmware/host/interruption.h"
+
 namespace varnok::companion {
 namespace {
 
@@ -55,6 +57,7 @@ bool Ask(std::string_view question) {
   Write(stderr, Shown(question));
   std::string answer;
   const bool isAnswered = static_cast<bool>(std::getline(std::cin, answer));
+  host::EndIfAsked();
   if (!isAnswered) Write(stderr, "\n");
   return isAnswered && (answer.starts_with('y') || answer.starts_with('Y'));
 }

@@ -2,9 +2,12 @@
 #include <signal.h>
 #include <sys/signalfd.h>
 
+#include <fstream>
 #include <memory>
 #include <optional>
 
+#include "firmware/bytes.h"
+#include "firmware/smbios_layout.h"
 #include "programs/board/command.h"
 #include "programs/board/output.h"
 #include "sim/board_server.h"
@@ -17,6 +20,8 @@ constexpr Option kOptions[] = {
     {"FOLDER", "", "The board; the one that varnok uses when none is named"},
     {"--listen", "ADDRESS:PORT", "Where to listen, such as 127.0.0.1:9002; port 0 takes a free one",
      Option::Required},
+    {"--smbios", "FOLDER",
+     "Write the board's SMBIOS structures there, one file each, for QEMU's -smbios file="},
     {"--allow-remote", "",
      "Take an address that other computers reach: there is no authentication, whoever connects "
      "can write to the board"},
@@ -35,6 +40,25 @@ std::unique_ptr<sim::Board> Open(const std::string& folder, std::string& error) 
   return board;
 }
 
+/// All structures but those that a virtual machine makes itself: where its own BMC is, and the end.
+bool WriteSmbios(sim::Board& board, const std::string& folder, std::string& error) {
+  constexpr std::uint8_t kIpmiDevice = 38;
+  const auto entryPoint = board.SmbiosEntryPoint();
+  auto table = board.PhysicalMemory(DwordAt(entryPoint, 24), WordAt(entryPoint, 22));
+  for (int number = 100; const std::size_t size = smbios::StructureSize(table); ++number) {
+    const std::uint8_t type = table[0];
+    if (type == smbios::kEndOfTable) break;
+    const auto structure = table.first(size);
+    table = table.subspan(size);
+    if (type == kIpmiDevice) continue;
+    const std::string name = folder + "/" + std::to_string(number) + "-type" + std::to_string(type) + ".bin";
+    std::ofstream file(name, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(structure.data()), static_cast<std::streamsize>(size));
+    if (!file.flush()) return error = name + ": cannot be written", false;
+  }
+  return true;
+}
+
 int Run(const Arguments& arguments) {
   // Blocked from the start, so that a signal at any time ends the program in good order.
   sigset_t signals;
@@ -48,6 +72,8 @@ int Run(const Arguments& arguments) {
   std::string error;
   std::unique_ptr<sim::Board> board = Open(arguments.Value("FOLDER"), error);
   if (board == nullptr) return Fail(error);
+  if (arguments.Has("--smbios") && !WriteSmbios(*board, arguments.Value("--smbios"), error))
+    return Fail(error);
   sim::BoardServer server(*board);
   if (!server.Listen(arguments.Value("--listen"), error, arguments.Has("--allow-remote"))) return Fail(error);
   PrintLine("Serving " + board->Images().Folder().string() + " on " + server.Address());

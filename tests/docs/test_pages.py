@@ -30,8 +30,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROGRAM = os.environ["VARNOK_PROGRAM"]
 BOARD_PROGRAM = os.environ["VARNOK_BOARD_PROGRAM"]
-PAGES = ["README.md", "stick/README.TXT",
-         *sorted(f"docs/{page.name}" for page in (ROOT / "docs").glob("*.md"))]
+PAGES = ["README.md", *sorted(f"docs/{page.name}" for page in (ROOT / "docs").glob("*.md"))]
 
 KEYWORDS = re.compile(
     r"(SET|CLEAR|IFSET|CONFIGURATION|DISPLAY|PROMPT|MENUTITLE|PROBE|FRUNAME|FRUAREA|FRUFIELD|SDRNAME|CLEARSDR"
@@ -76,7 +75,7 @@ class Block:
 
 def blocks_of(text):
     blocks, block, fence, before = [], None, False, ""
-    indent = "  " if "====" in text else "    "
+    indent = "    "
     for number, line in enumerate(text.splitlines(), 1):
         named = re.search(r"`([\w./-]+\.\w+)`:$", before)
         if line.startswith("```"):

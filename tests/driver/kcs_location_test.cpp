@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <numeric>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -53,13 +55,21 @@ TEST(KcsLocation, IsReadFromTheFirstUsableRecord) {
       {"no record", Bytes(64), std::nullopt},
   };
   for (const Case& one : cases)
-    EXPECT_EQ(FindKcs(Join({kBiosRecord, one.structures, kEnd})), one.expected) << one.name;
+    EXPECT_EQ(FindIpmiDevices(Join({kBiosRecord, one.structures, kEnd})).kcs, one.expected) << one.name;
+}
+
+TEST(KcsLocation, OtherInterfacesAreNamed) {
+  for (auto [interface, name] : {std::pair(0, ""), {1, ""}, {2, "SMIC"}, {3, "BT"}, {4, "SSIF"}, {34, ""}}) {
+    const Bytes structures = IpmiDevice(static_cast<std::uint8_t>(interface), 0xCA3, 0);
+    const char16_t* other = FindIpmiDevices(structures).OtherInterface();
+    EXPECT_EQ(std::u16string(other == nullptr ? u"" : other), std::u16string(name, name + std::strlen(name)));
+  }
 }
 
 TEST(KcsLocation, IsNotReadFromACutRecord) {
   Bytes whole = Join({kBiosRecord, IpmiDevice(1, 0xCA3, 0)});
   for (std::size_t length = 0; length < whole.size() - 2; ++length)
-    EXPECT_EQ(FindKcs(std::span(whole).first(length)), std::nullopt) << length;
+    EXPECT_EQ(FindIpmiDevices(std::span(whole).first(length)).kcs, std::nullopt) << length;
 }
 
 /// An entry point whose fields behind its head hold their own offsets; the checksum stands before the length.

@@ -271,9 +271,15 @@ class Board:
         return Result(done.stdout.decode(), done.returncode)
 
     def __enter__(self) -> "Board":
-        self.server = subprocess.Popen([HOST_BUILD / "varnok-board", "serve", self.folder, "--listen", "127.0.0.1:0"],
+        structures = Path(f"{self.folder} structures")
+        structures.mkdir(exist_ok=True)
+        self.server = subprocess.Popen([HOST_BUILD / "varnok-board", "serve", self.folder, "--listen", "127.0.0.1:0",
+                                        "--smbios", structures],
                                        stdout=subprocess.PIPE, text=True)
         self.port = int(self.server.stdout.readline().rsplit(":", 1)[1])
+        sockets = max(1, len(list(structures.glob("*-type4.bin"))))  # QEMU wants as many
+        self.smbios = ["-smp", f"1,maxcpus={sockets},sockets={sockets},cores=1,threads=1"]
+        self.smbios += [word for file in sorted(structures.iterdir()) for word in ("-smbios", f"file={file}")]
         return self
 
     def __exit__(self, *_):

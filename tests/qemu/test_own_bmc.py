@@ -2,11 +2,11 @@
 
 import unittest
 
-from machine import Board, own_bmc
-from program import (COMMAND_LINE_ERROR, NO_INTERFACE, NO_PROTOCOL, PROBED_SMBIOS, SUCCESS, ProgramTest, lines_of,
+from machine import BUILD, Board, own_bmc
+from program import (BANNER, COMMAND_LINE_ERROR, NO_INTERFACE, NO_PROTOCOL, PROBED_SMBIOS, SUCCESS, ProgramTest, lines_of,
                      probe_script, without_record_ids)
 
-SMBIOS = ["-smbios", "type=1,manufacturer=Varnok Works,product=Hearth S2,version=R3,serial=SY0001",
+SMBIOS = ["-machine", "smbios-entry-point-type=64", "-smbios", "type=1,manufacturer=Varnok Works,product=Hearth S2,version=R3,serial=SY0001",
           "-smbios", "type=3,manufacturer=Chassis Maker,version=R5,serial=CH0003,asset=AS0004", *PROBED_SMBIOS]
 SHOWN = [(" Manufacturer      = ", "Varnok Works"), (" Product Name      = ", "Hearth S2"),
          (" Version           = ", "R3"), (" Serial Number     = ", "SY0001"),
@@ -14,6 +14,8 @@ SHOWN = [(" Manufacturer      = ", "Varnok Works"), (" Product Name      = ", "H
          (" Version           = ", "R4"), (" Serial Number     = ", "MB0002"),
          (" Manufacturer      = ", "Chassis Maker"), (" Version           = ", "R5"),
          (" Serial Number     = ", "CH0003"), (" Asset Tag Number  = ", "AS0004")]
+
+OTHER_INTERFACE = "ipmi.efi: the BMC of this board is behind SSIF (SMBIOS type 38); this driver reaches KCS alone.\n"
 
 SENSOR = 0x10  # QEMU's BMC has room for the numbers below 14h
 QUESTIONS = {"FRUFIELD PN hearth": "yes", "FRUFIELD PN board": "no", f"DISCRETE_SENSOR {SENSOR:02X} FF FF 00 00": "yes",
@@ -25,6 +27,7 @@ class OwnBmc(ProgramTest):
     def setUpClass(cls):
         cls.make_stick()
         cls.stick.make_folder("empty")
+        cls.stick.put(BUILD / "PROBE.EFI")
         cls.stick.write("PROBES.CFG", probe_script(0, QUESTIONS))
         cls.board = Board.default(cls.folder)
         image = cls.board.folder / "board.bin"
@@ -46,6 +49,9 @@ class OwnBmc(ProgramTest):
             "missing file": "VARNOK /fru none",
             "missing sdr file": "VARNOK /sdr none.sdr",
             "trace": "VARNOK /? -debug3",
+            "newer table alone": "PROBE forget",
+            "newer smbios": "VARNOK /d smb",
+            "newer probes": "VARNOK /cfg PROBES",
         })
 
     @staticmethod
@@ -104,6 +110,12 @@ class OwnBmc(ProgramTest):
     def test_probes_ask_the_machine(self):
         self.assert_probes_answer(QUESTIONS)
 
+    def test_newer_smbios_table_alone_says_the_same(self):
+        self.assertEqual(self.lines("newer table alone"), ["forget: status 0"])
+        for name in ("smbios", "probes"):
+            self.assert_ends("newer " + name, SUCCESS)
+            self.assert_shows("newer " + name, self.result(name).text)
+
     def test_trace_log(self):
         self.assert_ends("trace", COMMAND_LINE_ERROR)
         log = self.stick.read("DBGLOG.txt")
@@ -120,12 +132,14 @@ class OwnBmc(ProgramTest):
 
 
 class NoBmc(ProgramTest):
-    def test_no_bmc(self):
+    def test_no_bmc_behind_kcs(self):
         self.make_stick()
-        self.run_machine([], {"help": "VARNOK /?", "fru": "VARNOK /d fru", "none": "VARNOK"})
+        record = self.folder / "ipmi.bin"  # an IPMI device record: SSIF
+        record.write_bytes(bytes([38, 18, 0, 38, 4, 0x20, 0x20, 0xFF, 0x20] + [0] * 9 + [0, 0]))
+        self.run_machine(["-smbios", f"file={record}"], {"help": "VARNOK /?", "fru": "VARNOK /d fru", "none": "VARNOK"})
         for name in ("help", "fru", "none"):
             self.assert_ends(name, NO_INTERFACE)
-            self.assert_shows(name, NO_PROTOCOL)
+            self.assert_shows(name, BANNER + OTHER_INTERFACE + NO_PROTOCOL.removeprefix(BANNER))
 
     def test_driver_of_another_revision(self):
         self.make_stick("other.efi")

@@ -13,11 +13,12 @@ class StickImage(unittest.TestCase):
             folder = Path(name)
             shutil.copyfile(BUILD / "varnok.img", folder / "stick.img")
             stick = Stick.of_partition(folder / "stick.img", "1M")
-            boot = Machine(folder, stick, own_bmc()).run({"nothing": "VARNOK"})
-            self.assertEqual(boot.results["nothing"].status, 1, boot.transcript[-500:])
+            # Without a package the menu is the usual one.
+            shown = Machine(folder, stick, own_bmc())._drive([("your choice: ", "2"), ("for the menu.", " "), ("your choice: ", "8")])
+            self.assertIn("VARNOK: done.", shown)
             with zipfile.ZipFile(BUILD / "varnok.zip") as archive:
                 files = {entry.filename: archive.read(entry) for entry in archive.infolist() if not entry.is_dir()}
-            self.assertLessEqual({"VARNOK.EFI", "ipmi.efi", "README.TXT"}, set(files))
+            self.assertLessEqual({"VARNOK.EFI", "START.EFI", "EFI/BOOT/BOOTX64.EFI", "ipmi.efi", "README.TXT"}, set(files))
             for file, content in files.items():
                 self.assertEqual(stick.read(file), content, file)
             lines = files["README.TXT"].split(b"\r\n")

@@ -30,6 +30,9 @@ class Images(unittest.TestCase):
     def test_snapshot(self):
         self.inspect("SNAPSHOT.EFI", "0000000a", 96)
 
+    def test_start(self):
+        self.inspect("START.EFI", "0000000a", 48)
+
     def test_driver(self):
         self.inspect("ipmi.efi", "0000000b", 24)
 

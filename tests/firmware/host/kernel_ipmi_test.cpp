@@ -11,6 +11,8 @@
 #include <cstdarg>
 #include <deque>
 
+#include "firmware/host/linux_machine.h"
+
 namespace varnok::host {
 namespace {
 
@@ -24,6 +26,7 @@ struct Message {
 
 ipmi_req_settime sent;
 std::deque<Message> queue;
+bool isTakenAway = false;
 
 int HandOut(ipmi_recv& received) {
   Message message = queue.front();
@@ -46,6 +49,10 @@ extern "C" int ioctl(int, unsigned long request, ...) noexcept {
   va_start(arguments, request);
   void* argument = va_arg(arguments, void*);
   va_end(arguments);
+  if (isTakenAway) {
+    errno = ENODEV;
+    return -1;
+  }
   if (request == IPMICTL_RECEIVE_MSG_TRUNC) return HandOut(*static_cast<ipmi_recv*>(argument));
   sent = {*static_cast<ipmi_req*>(argument), -1, 0};
   if (request == IPMICTL_SEND_COMMAND_SETTIME) sent = *static_cast<ipmi_req_settime*>(argument);
@@ -100,6 +107,20 @@ TEST(KernelIpmi, WaitsForAControllerAsLongAsItsCaller) {
   EXPECT_EQ(sent.req.msgid, lastSent);
   EXPECT_EQ(completionCode({0, 0xB4, 0x18, 0x34, 0x20, 0x0A, 0x01, 0xD5}), 0) << "a new request is tried";
   EXPECT_EQ(completionCode(sendMessage), 0) << "and the old one again";
+}
+
+TEST(LinuxMachine, SaysOnceThatTheDeviceWasTakenAway) {
+  std::string error;
+  auto machine = OpenLinuxMachine("/dev/zero", error);
+  IpmiProtocol* ipmi = machine->InstalledIpmi();
+  isTakenAway = true;
+  ::testing::internal::CaptureStderr();
+  for (int times = 0; times < 2; ++times) EXPECT_NE(ipmi->Send(ipmi, 6, 0, 1, nullptr, 0), kSuccess);
+  isTakenAway = false;
+  const std::string said = ::testing::internal::GetCapturedStderr();
+  EXPECT_NE(said.find("/dev/zero was taken away (No such device); load the kernel's drivers"),
+            std::string::npos);
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
 }
 
 }  // namespace varnok::host

@@ -89,6 +89,13 @@ int ProbeTables(int, char*[]) {
   return 0;
 }
 
+/// Leaves the newer SMBIOS table alone, as firmware of today does.
+int ProbeForget(int, char*[]) {
+  AnswerStatus(u"forget",
+               uefi::BootServices().InstallConfigurationTable(uefi::ToEfi(kSmbiosTableGuid), nullptr));
+  return 0;
+}
+
 int ProbeAlignment(int, char*[]) {
   std::uintptr_t bits = 0;
   std::vector<void*> blocks;
@@ -130,17 +137,10 @@ struct ProbeRow {
   Probe run;
 };
 constexpr ProbeRow kProbes[] = {
-    {"args", ProbeArguments},
-    {"text", ProbeText},
-    {"keys", ProbeKeys},
-    {"prompt", ProbePrompt},
-    {"variable", ProbeVariable},
-    {"clock", ProbeClock},
-    {"tables", ProbeTables},
-    {"files", ProbeFiles},
-    {"alignment", ProbeAlignment},
-    {"leak", ProbeLeak},
-    {"exhaustion", ProbeExhaustion},
+    {"args", ProbeArguments},      {"text", ProbeText},         {"keys", ProbeKeys},
+    {"prompt", ProbePrompt},       {"variable", ProbeVariable}, {"clock", ProbeClock},
+    {"tables", ProbeTables},       {"forget", ProbeForget},     {"files", ProbeFiles},
+    {"alignment", ProbeAlignment}, {"leak", ProbeLeak},         {"exhaustion", ProbeExhaustion},
     {"ipmi", ProbeIpmi},
 };
 

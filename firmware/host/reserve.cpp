@@ -1,11 +1,11 @@
-#include "sim/reserve.h"
+#include "firmware/host/reserve.h"
 
 #include <algorithm>
 #include <iterator>
 #include <memory_resource>
 #include <new>
 
-namespace varnok::sim {
+namespace varnok::host {
 namespace {
 
 /// What the largest board takes at a time, with room to spare: a few copies of its largest image. Untouched,
@@ -31,10 +31,10 @@ std::pmr::memory_resource& Reserve() {
 
 }  // namespace
 
-BoardAtWork::BoardAtWork() {
+MachineAtWork::MachineAtWork() {
   ++worksInProgress;
 }
-BoardAtWork::~BoardAtWork() {
+MachineAtWork::~MachineAtWork() {
   --worksInProgress;
 }
 
@@ -59,4 +59,4 @@ bool GiveBackToReserve(void* memory) noexcept {
   return true;
 }
 
-}  // namespace varnok::sim
+}  // namespace varnok::host
