@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "firmware/host/host_firmware.h"
 #include "firmware/host/utf8.h"
 
 namespace varnok::host {
@@ -95,6 +96,7 @@ std::size_t TailLength(unsigned char lead) {
 }  // namespace
 
 std::optional<char16_t> ReadKey() {
+  FlushConsoleOutput();
   EnterRawMode();
   std::optional<char> byte = ReadByte();
   // No key sends a zero; input that gives nothing else, as /dev/zero, has ended.
