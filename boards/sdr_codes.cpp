@@ -94,24 +94,19 @@ CodeTable TableOf(SdrCode table) {
   return {{}, nullptr};
 }
 
-const char* FindInProgram(SdrTable table, std::uint8_t deviceType, std::uint8_t code) {
-  for (const SdrDecodeRow& row : SdrDecodeTable(table, deviceType))
-    if (code >= row.low && code <= row.high) return row.text;
-  return nullptr;
-}
-
 }  // namespace
 
 std::string SdrCodeText(SdrCode table, std::uint8_t code) {
   const CodeTable found = TableOf(table);
   for (const CodeRow& row : found.rows)
     if (row.code == code) return row.text;
-  const char* text = found.program == nullptr ? nullptr : FindInProgram(*found.program, 0, code);
+  const char* text =
+      found.program == nullptr ? nullptr : FindDecodeText(SdrDecodeTable(*found.program, 0), code);
   return text == nullptr ? "reserved " + Hex(code) : text;
 }
 
 std::string DeviceModifierText(std::uint8_t deviceType, std::uint8_t modifier) {
-  const char* text = FindInProgram(SdrTable::DeviceTypeModifier, deviceType, modifier);
+  const char* text = FindDecodeText(SdrDecodeTable(SdrTable::DeviceTypeModifier, deviceType), modifier);
   return text == nullptr || std::string(text) == " " ? Hex(modifier) : text;
 }
 

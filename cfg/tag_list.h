@@ -2,21 +2,21 @@
 #pragma once
 
 #include <cstddef>
-#include <map>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace varnok {
 
-/// A look-up costs the logarithm of the number of tags; going through them by index costs nothing more each.
+/// A look-up costs the same with any number of tags; so does going through them by index.
 class TagList {
  public:
   /// A tag that is already there keeps its place and its spelling.
   void Add(std::string_view name);
   void Remove(std::string_view name);
-  bool Contains(std::string_view name) const;
-  std::size_t Count() const { return slots_.size(); }
+  bool Contains(std::string_view name) const { return PlaceOf(name) != kNone; }
+  std::size_t Count() const { return count_; }
   /// The place of a tag in the order of setting; -1 when it is not set.
   int Find(std::string_view name);
   /// `index` must be below Count().
@@ -29,10 +29,17 @@ class TagList {
     bool isSet;
   };
 
+  static constexpr std::size_t kNone = SIZE_MAX;
+
+  std::size_t PlaceOf(std::string_view name) const;
+  void Enter(std::size_t place);
+  void MakeSlots();
   void DropRemoved();
 
-  std::vector<Entry> entries_;                ///< removed tags stay as holes until their number counts
-  std::map<std::string, std::size_t> slots_;  ///< upper-cased name -> place in entries_
+  std::vector<Entry> entries_;  ///< removed tags stay as holes until their number counts
+  std::size_t count_ = 0;       ///< entries that are no holes
+  /// A hash table of places in entries_, plus 1; 0 is a free slot. At most half of the slots are taken.
+  std::vector<std::uint32_t> slots_;
 };
 
 }  // namespace varnok

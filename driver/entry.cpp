@@ -74,6 +74,6 @@ Status Start(EFI_HANDLE image, const EFI_SYSTEM_TABLE& system) {
 }  // namespace
 }  // namespace varnok
 
-extern "C" EFI_STATUS efi_main(EFI_HANDLE image, EFI_SYSTEM_TABLE* system) {
+extern "C" EFI_STATUS EFIAPI efi_main(EFI_HANDLE image, EFI_SYSTEM_TABLE* system) {
   return varnok::Start(image, *system).value;
 }

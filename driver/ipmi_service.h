@@ -16,11 +16,13 @@ class IpmiService : public IpmiProtocol {
   bool FindBmc();
 
  private:
-  static Status SendRequest(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun,
-                            std::uint8_t command, const std::uint8_t* data, std::uint32_t dataLength);
-  static Status ReceiveResponse(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun,
-                                std::uint8_t* command, std::uint8_t* completionCode, std::uint8_t* data,
-                                std::uint32_t* dataLength);
+  static Status VARNOK_PLATFORM_CALL SendRequest(IpmiProtocol* self, std::uint8_t netFunction,
+                                                 std::uint8_t lun, std::uint8_t command,
+                                                 const std::uint8_t* data, std::uint32_t dataLength);
+  static Status VARNOK_PLATFORM_CALL ReceiveResponse(IpmiProtocol* self, std::uint8_t* netFunction,
+                                                     std::uint8_t* lun, std::uint8_t* command,
+                                                     std::uint8_t* completionCode, std::uint8_t* data,
+                                                     std::uint32_t* dataLength);
 
   Kcs kcs_;
 };

@@ -15,18 +15,26 @@ inline constexpr Guid kIpmiProtocolGuid{
 
 inline constexpr std::uint64_t kIpmiProtocolRevision = 0x10002;
 
-/// Functions use the build's own calling convention, which under UEFI is the platform's.
+/// The platform's calling convention. Under UEFI the program's own functions use another one.
+#ifdef _WIN64
+#define VARNOK_PLATFORM_CALL __attribute__((ms_abi))
+#else
+#define VARNOK_PLATFORM_CALL
+#endif
+
 struct IpmiProtocol {
   std::uint64_t revision;
 
   /// Hands one request to the BMC. `data` holds the bytes after the command. Returns a UEFI status.
-  Status (*Send)(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command,
-                 const std::uint8_t* data, std::uint32_t dataLength);
+  Status(VARNOK_PLATFORM_CALL* Send)(IpmiProtocol* self, std::uint8_t netFunction, std::uint8_t lun,
+                                     std::uint8_t command, const std::uint8_t* data,
+                                     std::uint32_t dataLength);
 
   /// Fetches one response. `netFunction` is the request's plus 1; `data` receives the bytes after the
   /// completion code; `dataLength` holds the room on entry and the length on return. Returns a UEFI status.
-  Status (*Receive)(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun, std::uint8_t* command,
-                    std::uint8_t* completionCode, std::uint8_t* data, std::uint32_t* dataLength);
+  Status(VARNOK_PLATFORM_CALL* Receive)(IpmiProtocol* self, std::uint8_t* netFunction, std::uint8_t* lun,
+                                        std::uint8_t* command, std::uint8_t* completionCode,
+                                        std::uint8_t* data, std::uint32_t* dataLength);
 };
 static_assert(offsetof(IpmiProtocol, Send) == 8 && sizeof(IpmiProtocol) == 24);
 

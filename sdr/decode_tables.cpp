@@ -1,7 +1,47 @@
 #include "sdr/decode_tables.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
+
 namespace varnok {
 namespace {
+
+struct SdrDecodeRow {
+  std::string_view text;
+  std::uint8_t low;
+  std::uint8_t high;
+};
+
+/// The two codes before the text of a row.
+constexpr std::size_t kCodeBytes = 2;
+
+consteval std::size_t PackedSize(std::span<const SdrDecodeRow> rows) {
+  std::size_t size = 0;
+  for (const SdrDecodeRow& row : rows) size += kCodeBytes + row.text.size() + 1;
+  return size;
+}
+
+template <const auto& rows>
+consteval auto Pack() {
+  std::array<char, PackedSize(rows)> packed{};
+  char* next = packed.data();
+  for (const SdrDecodeRow& row : rows) {
+    *next++ = static_cast<char>(row.low);
+    *next++ = static_cast<char>(row.high);
+    next = std::copy(row.text.begin(), row.text.end(), next) + 1;
+  }
+  return packed;
+}
+
+template <const auto& rows>
+constexpr auto kPacked = Pack<rows>();
+
+template <const auto& rows>
+std::string_view Packed() {
+  return {kPacked<rows>.data(), kPacked<rows>.size()};
+}
 
 constexpr SdrDecodeRow kSensorTypes[] = {
     {"Reserved", 0x00, 0x00},
@@ -287,28 +327,38 @@ constexpr SdrDecodeRow kInterruptTypes[] = {
 
 }  // namespace
 
-std::span<const SdrDecodeRow> SdrDecodeTable(SdrTable table, std::uint8_t deviceType) {
+std::string_view SdrDecodeTable(SdrTable table, std::uint8_t deviceType) {
   switch (table) {
     case SdrTable::SensorType:
-      return kSensorTypes;
+      return Packed<kSensorTypes>();
     case SdrTable::DeviceType:
-      return kDeviceTypes;
+      return Packed<kDeviceTypes>();
     case SdrTable::DeviceTypeModifier:
-      if (deviceType == 0x05) return kHecetaModifiers;
-      if (deviceType >= 0x08 && deviceType <= 0x0F) return kEepromModifiers;
-      return kOtherModifiers;
+      if (deviceType == 0x05) return Packed<kHecetaModifiers>();
+      if (deviceType >= 0x08 && deviceType <= 0x0F) return Packed<kEepromModifiers>();
+      return Packed<kOtherModifiers>();
     case SdrTable::EntityId:
-      return kEntityIds;
+      return Packed<kEntityIds>();
     case SdrTable::Unspecified:
-      return kUnspecified;
+      return Packed<kUnspecified>();
     case SdrTable::EventType:
-      return kEventTypes;
+      return Packed<kEventTypes>();
     case SdrTable::Unit:
-      return kUnits;
+      return Packed<kUnits>();
     case SdrTable::InterruptType:
-      return kInterruptTypes;
+      return Packed<kInterruptTypes>();
   }
   return {};
+}
+
+const char* FindDecodeText(std::string_view table, std::uint8_t code) {
+  while (!table.empty()) {
+    auto low = static_cast<std::uint8_t>(table[0]);
+    auto high = static_cast<std::uint8_t>(table[1]);
+    if (low <= code && code <= high) return table.data() + kCodeBytes;
+    table.remove_prefix(table.find('\0', kCodeBytes) + 1);
+  }
+  return nullptr;
 }
 
 }  // namespace varnok

@@ -3,16 +3,9 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <string_view>
 
 namespace varnok {
-
-struct SdrDecodeRow {
-  const char* text;
-  std::uint32_t low;
-  std::uint32_t high;
-};
 
 /// Indices of the tables.
 enum class SdrTable : std::uint8_t {
@@ -26,7 +19,11 @@ enum class SdrTable : std::uint8_t {
   InterruptType,
 };
 
-/// The rows of a table; empty for an index outside the eight.
-std::span<const SdrDecodeRow> SdrDecodeTable(SdrTable table, std::uint8_t deviceType);
+/// The rows of a table, packed, because hundreds of pointers cost more than the texts: for each row its
+/// lowest code, its highest code, its text and a NUL. Empty for an index outside the eight.
+std::string_view SdrDecodeTable(SdrTable table, std::uint8_t deviceType);
+
+/// The text of the first row with the code; null when there is none.
+const char* FindDecodeText(std::string_view table, std::uint8_t code);
 
 }  // namespace varnok

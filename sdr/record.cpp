@@ -56,19 +56,17 @@ Status CSdr::AddTags(const SdrTagList& tags) {
   return kSuccess;
 }
 
-void CSdr::GetStrFromTable(std::span<const SdrDecodeRow> table, std::uint8_t code, std::u16string& text) {
+void CSdr::GetStrFromTable(std::string_view table, std::uint8_t code, std::u16string& text) {
   TraceScope scope("CSdr::GetStrFromTable");
-  auto row = std::find_if(table.begin(), table.end(),
-                          [code](const SdrDecodeRow& each) { return each.low <= code && code <= each.high; });
-  text = Widen(row == table.end() ? "Unknown" : row->text);
+  const char* found = FindDecodeText(table, code);
+  text = Widen(found == nullptr ? "Unknown" : found);
 }
 
 void CSdr::DecodeType(std::uint32_t table, std::uint8_t code, std::u16string& text, std::uint8_t deviceType) {
   TraceScope scope("CSdr::DecodeType");
   bool isTable = table <= TableIndex(SdrTable::InterruptType);
-  GetStrFromTable(
-      isTable ? SdrDecodeTable(static_cast<SdrTable>(table), deviceType) : std::span<const SdrDecodeRow>{},
-      code, text);
+  GetStrFromTable(isTable ? SdrDecodeTable(static_cast<SdrTable>(table), deviceType) : std::string_view(),
+                  code, text);
 }
 
 Status CSdr::BinaryFormat(std::uint32_t value, unsigned width, std::u16string& text) {

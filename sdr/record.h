@@ -69,7 +69,7 @@ class CSdr {
   Status AddTags(const SdrTagList& tags);
 
   /// The text of the first row that holds the code; "Unknown" when none does.
-  static void GetStrFromTable(std::span<const SdrDecodeRow> table, std::uint8_t code, std::u16string& text);
+  static void GetStrFromTable(std::string_view table, std::uint8_t code, std::u16string& text);
   static void DecodeType(std::uint32_t table, std::uint8_t code, std::u16string& text,
                          std::uint8_t deviceType = 0);
   /// The low `width` bits in groups of four, such as "10 1010b". kValueTooWide, with the text, when there are

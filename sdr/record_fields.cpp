@@ -121,7 +121,8 @@ bool CSdrByRows::HasTitlesOfItsOwn() const {
 
 const char* CSdrByRows::TitleOf(const SdrFieldRow& row) const {
   bool isMask = row.show == SdrShow::Mask || row.show == SdrShow::SettableMask;
-  return isMask && Bits(kThresholdAccess) == 0 ? row.alternative : row.title;
+  return isMask && Bits(kThresholdAccess) == 0 ? type_.rows.Text(row.alternative)
+                                               : type_.rows.Text(row.title);
 }
 
 std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
@@ -147,7 +148,8 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
     case SdrShow::SettableMask:
       return FormatWide("%04xh", number & (Bits(kThresholdAccess) != 0 ? kThresholdBits : kMaskBits));
     case SdrShow::SensorNumber:
-      return number == kUnspecifiedSensor ? Widen(row.alternative) : FormatWide("%02xh", number);
+      return number == kUnspecifiedSensor ? Widen(type_.rows.Text(row.alternative))
+                                          : FormatWide("%02xh", number);
     case SdrShow::Entity:
       return Decoded(number <= kLastDecimalEntity ? "%d - %s" : "%02xh - %s", number,
                      TableIndex(SdrTable::EntityId), 0);
@@ -215,7 +217,7 @@ Status CSdrByRows::GetFieldLocation(const char16_t*& text) {
   if (!isDecoded_ && HasTitlesOfItsOwn()) return trace.Fail(kNotDecodedText, sdr_status::kNotDecoded);
   if (selectedField_ == FieldNotSelected) return trace.Fail(kNotSelectedText, sdr_status::kFieldNotSelected);
   const SdrFieldRow* row = RowOf(type_, selectedField_);
-  text = row == nullptr ? kNoSuchField : WidenInto(TheSdr().fieldLocation, row->location);
+  text = row == nullptr ? kNoSuchField : WidenInto(TheSdr().fieldLocation, type_.rows.Text(row->location));
   return kSuccess;
 }
 

@@ -2,6 +2,7 @@
 // and the file writer follow from it. Bytes are numbered from 1, as IPMI v2.0, section 43, numbers them.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -63,7 +64,7 @@ enum class SdrShow : std::uint8_t {
   OemData,       ///< text when it begins with a printable character, else "%02x " each
 };
 
-struct SdrFieldRow {
+struct SdrField {
   const char* title;
   const char* location;
   SdrPlace place;
@@ -71,6 +72,23 @@ struct SdrFieldRow {
   std::uint8_t detail = 0;  ///< index of the decode table, or width in bits
   /// The title of a sensor without thresholds to access; the text of sensor number FFh.
   const char* alternative = nullptr;
+};
+
+/// A field as it stands in the image: its texts are places in the texts of its type, because hundreds of
+/// pointers cost more than the texts.
+struct SdrFieldRow {
+  std::uint16_t title = 0;
+  std::uint16_t location = 0;
+  std::uint16_t alternative = 0;
+  SdrPlace place;
+  SdrShow show = SdrShow::Byte;
+  std::uint8_t detail = 0;
+};
+
+struct SdrRowList : std::span<const SdrFieldRow> {
+  const char* texts = nullptr;
+
+  const char* Text(std::uint16_t place) const { return texts + place; }
 };
 
 enum class SdrLength : std::uint8_t {
@@ -102,7 +120,7 @@ struct SdrTypeRows {
   /// Makes a record of the type; null without memory.
   PoolPtr<CSdr> (*make)();
   /// The fields, in order, then rows that are only written to files.
-  std::span<const SdrFieldRow> rows;
+  SdrRowList rows;
   std::size_t fileOnlyRows = 0;
   SdrLength lengthRule;
   std::uint8_t size;
@@ -122,7 +140,7 @@ inline constexpr SdrBits kThresholdAccess{12, 3, 2};
 inline constexpr SdrBits kInitializeThresholds{11, 4, 4};
 
 /// The fields that every type begins with.
-inline constexpr std::array<SdrFieldRow, 4> kHeaderRows{{
+inline constexpr std::array<SdrField, 4> kHeaderRows{{
     {"Record ID", "1:2", WordAt(1), SdrShow::Word},
     {"SDR File", "3", ByteAt(3)},  // Kept: the version's label, as people know it
     {"Record Type", "4", ByteAt(4)},
@@ -131,14 +149,55 @@ inline constexpr std::array<SdrFieldRow, 4> kHeaderRows{{
 
 /// Row lists one behind the other.
 template <std::size_t... Counts>
-constexpr auto JoinRows(const std::array<SdrFieldRow, Counts>&... lists) {
-  std::array<SdrFieldRow, (Counts + ...)> all{};
+constexpr auto JoinRows(const std::array<SdrField, Counts>&... lists) {
+  std::array<SdrField, (Counts + ...)> all{};
   std::size_t next = 0;
   auto append = [&](const auto& list) {
-    for (const SdrFieldRow& row : list) all[next++] = row;
+    for (const SdrField& row : list) all[next++] = row;
   };
   (append(lists), ...);
   return all;
+}
+
+/// Fields packed into rows and texts of `room` bytes, each text once.
+template <std::size_t Count, std::size_t room>
+struct SdrPackedRows {
+  std::array<SdrFieldRow, Count> rows{};
+  std::array<char, room> texts{};
+  std::size_t size = 1;  ///< the first text is empty
+
+  consteval explicit SdrPackedRows(const std::array<SdrField, Count>& fields) {
+    for (std::size_t i = 0; i < Count; ++i) {
+      const SdrField& field = fields[i];
+      rows[i] = {Place(field.title), Place(field.location), Place(field.alternative), field.place,
+                 field.show,         field.detail};
+    }
+  }
+
+ private:
+  /// With its NUL, so that the end of a longer text serves as well.
+  consteval std::uint16_t Place(const char* text) {
+    if (text == nullptr) return 0;
+    const std::size_t length = std::string_view(text).size() + 1;
+    std::size_t found = 0;
+    while (found + length <= size && !std::equal(text, text + length, texts.begin() + found)) ++found;
+    if (found + length <= size) return static_cast<std::uint16_t>(found);
+    found = size;
+    for (std::size_t i = 0; i < length; ++i) texts[size++] = text[i];
+    return static_cast<std::uint16_t>(found);
+  }
+};
+
+inline constexpr std::size_t kAmpleTexts = 4096;
+
+template <const auto& fields>
+inline constexpr SdrPackedRows<fields.size(), SdrPackedRows<fields.size(), kAmpleTexts>(fields).size>
+    kPackedRows(fields);
+
+/// The rows of a type, out of its fields.
+template <const auto& fields>
+constexpr SdrRowList PackRows() {
+  return {kPackedRows<fields>.rows, kPackedRows<fields>.texts.data()};
 }
 
 constexpr std::uint8_t TableIndex(SdrTable table) {

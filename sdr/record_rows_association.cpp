@@ -13,7 +13,7 @@ constexpr const char* kInstance3 = "Contained Entity 3 Instance / Range 2 first 
 constexpr const char* kEntity4 = "Contained Entity 4 / Range 2 entity";
 constexpr const char* kInstance4 = "Contained Entity 4 Instance / Range 2 last entity instance";
 
-constexpr std::array<SdrFieldRow, 11> kAssociationRows{{
+constexpr std::array<SdrField, 11> kAssociationRows{{
     {"Container Entity ID", "6", ByteAt(6), SdrShow::Entity},
     {"Container Entity Instance", "7", ByteAt(7)},
     {"Flags", "8", ByteAt(8)},
@@ -27,7 +27,7 @@ constexpr std::array<SdrFieldRow, 11> kAssociationRows{{
     {kInstance4, "16", ByteAt(16)},
 }};
 
-constexpr std::array<SdrFieldRow, 27> kDeviceRelativeRows{{
+constexpr std::array<SdrField, 27> kDeviceRelativeRows{{
     {"Container Entity ID", "6", ByteAt(6), SdrShow::Entity},
     {"Container Entity Instance", "7", ByteAt(7)},
     {"Container Entity Device Address", "8", ByteAt(8)},
@@ -65,7 +65,7 @@ static_assert(kType08Rows.size() == 15 && kType09Rows.size() == 31);
 
 constexpr SdrTypeRows kSdrType08{.className = "CSdrType08",
                                  .make = MakeSdr<CSdrType08>,
-                                 .rows = kType08Rows,
+                                 .rows = PackRows<kType08Rows>(),
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 16,
                                  .lastKeyByte = 10,
@@ -77,7 +77,7 @@ constexpr SdrTypeRows kSdrType08{.className = "CSdrType08",
 
 constexpr SdrTypeRows kSdrType09{.className = "CSdrType09",
                                  .make = MakeSdr<CSdrType09>,
-                                 .rows = kType09Rows,
+                                 .rows = PackRows<kType09Rows>(),
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 32,
                                  .lastKeyByte = 14,

@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::uint8_t kInterrupt = TableIndex(SdrTable::InterruptType);
 
-constexpr std::array<SdrFieldRow, 9> kConfirmationRows{{
+constexpr std::array<SdrField, 9> kConfirmationRows{{
     {"Device Slave Address", "6", ByteAt(6)},
     {"Device ID", "7", ByteAt(7)},
     {"Device Revision", "8", ByteAt(8)},
@@ -20,7 +20,7 @@ constexpr std::array<SdrFieldRow, 9> kConfirmationRows{{
     {"Device GUID", "17:32", ByteAt(17), SdrShow::Guid},
 }};
 
-constexpr std::array<SdrFieldRow, 11> kChannelRows{{
+constexpr std::array<SdrField, 11> kChannelRows{{
     {"Message Channel 0 info", "6", ByteAt(6)},
     {"Message Channel 1 info", "7", ByteAt(7)},
     {"Message Channel 2 info", "8", ByteAt(8)},
@@ -34,7 +34,7 @@ constexpr std::array<SdrFieldRow, 11> kChannelRows{{
     {"Reserved", "16", ByteAt(16), SdrShow::Reserved},
 }};
 
-constexpr std::array<SdrFieldRow, 2> kOemRows{{
+constexpr std::array<SdrField, 2> kOemRows{{
     {"Manufacturer ID", "6:8", TripleAt(6), SdrShow::Triple},
     {"OEM Data", "9:2+N", ByteAt(9), SdrShow::OemData},
 }};
@@ -48,7 +48,7 @@ static_assert(kType13Rows.size() == 13 && kType14Rows.size() == 15 && kTypeC0Row
 
 constexpr SdrTypeRows kSdrType13{.className = "CSdrType13",
                                  .make = MakeSdr<CSdrType13>,
-                                 .rows = kType13Rows,
+                                 .rows = PackRows<kType13Rows>(),
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 32,
                                  .lastKeyByte = 8,
@@ -60,7 +60,7 @@ constexpr SdrTypeRows kSdrType13{.className = "CSdrType13",
 
 constexpr SdrTypeRows kSdrType14{.className = "CSdrType14",
                                  .make = MakeSdr<CSdrType14>,
-                                 .rows = kType14Rows,
+                                 .rows = PackRows<kType14Rows>(),
                                  .lengthRule = SdrLength::Exactly,
                                  .size = 16,
                                  .lastKeyByte = 0,
@@ -72,7 +72,7 @@ constexpr SdrTypeRows kSdrType14{.className = "CSdrType14",
 
 constexpr SdrTypeRows kSdrTypeC0{.className = "CSdrTypeC0",
                                  .make = MakeSdr<CSdrTypeC0>,
-                                 .rows = kTypeC0Rows,
+                                 .rows = PackRows<kTypeC0Rows>(),
                                  .lengthRule = SdrLength::AtMost,
                                  .size = 64,
                                  .lastKeyByte = 8,

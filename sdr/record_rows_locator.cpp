@@ -10,8 +10,7 @@ constexpr std::size_t kDeviceTypeField = 9;
 constexpr std::size_t kControllerEntityField = 11;
 
 /// Fields 8 to 15 of the generic and the FRU device locator.
-constexpr std::array<SdrFieldRow, 8> DeviceRows(const char* entity, const char* instance,
-                                                const char* idString) {
+constexpr std::array<SdrField, 8> DeviceRows(const char* entity, const char* instance, const char* idString) {
   return {{
       {"Reserved", "10", ByteAt(10), SdrShow::Reserved},
       {"Device Type", "11", ByteAt(11), SdrShow::Code, kDeviceType},
@@ -24,21 +23,21 @@ constexpr std::array<SdrFieldRow, 8> DeviceRows(const char* entity, const char* 
   }};
 }
 
-constexpr std::array<SdrFieldRow, 4> kGenericRows{{
+constexpr std::array<SdrField, 4> kGenericRows{{
     {"Device Access Address", "6", ByteAt(6)},
     {"Device Slave Address", "7", ByteAt(7)},
     {"Access LUN / Bus ID", "8", ByteAt(8)},
     {"Address Span", "9", ByteAt(9)},
 }};
 
-constexpr std::array<SdrFieldRow, 4> kFruRows{{
+constexpr std::array<SdrField, 4> kFruRows{{
     {"Device Access Address", "6", ByteAt(6)},
     {"FRU Device ID / Device Slave Address", "7", ByteAt(7)},
     {"Access LUN / Bus ID", "8", ByteAt(8)},
     {"Channel Number", "9", ByteAt(9)},
 }};
 
-constexpr std::array<SdrFieldRow, 12> kControllerRows{{
+constexpr std::array<SdrField, 12> kControllerRows{{
     {"Device Slave Address", "6", ByteAt(6)},
     {"Channel Number", "7", ByteAt(7)},
     {"Power State Notification / Global Initialization", "8", ByteAt(8)},
@@ -64,7 +63,7 @@ static_assert(kType10Rows.size() == 16 && kType11Rows.size() == 16 && kType12Row
 
 constexpr SdrTypeRows kSdrType10{.className = "CSdrType10",
                                  .make = MakeSdr<CSdrType10>,
-                                 .rows = kType10Rows,
+                                 .rows = PackRows<kType10Rows>(),
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,
                                  .lastKeyByte = 8,
@@ -76,7 +75,7 @@ constexpr SdrTypeRows kSdrType10{.className = "CSdrType10",
 
 constexpr SdrTypeRows kSdrType11{.className = "CSdrType11",
                                  .make = MakeSdr<CSdrType11>,
-                                 .rows = kType11Rows,
+                                 .rows = PackRows<kType11Rows>(),
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,
                                  .lastKeyByte = 9,
@@ -89,7 +88,7 @@ constexpr SdrTypeRows kSdrType11{.className = "CSdrType11",
 // A controller has no device type: its entity is what it is named after.
 constexpr SdrTypeRows kSdrType12{.className = "CSdrType12",
                                  .make = MakeSdr<CSdrType12>,
-                                 .rows = kType12Rows,
+                                 .rows = PackRows<kType12Rows>(),
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 16,
                                  .lastKeyByte = 7,

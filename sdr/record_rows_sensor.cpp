@@ -14,7 +14,7 @@ constexpr std::uint8_t kEventType = TableIndex(SdrTable::EventType);
 constexpr std::uint8_t kUnit = TableIndex(SdrTable::Unit);
 
 /// Fields 4 to 8. `unspecifiedNumber` is what sensor number FFh shows.
-constexpr std::array<SdrFieldRow, 5> IdentityRows(const char* unspecifiedNumber) {
+constexpr std::array<SdrField, 5> IdentityRows(const char* unspecifiedNumber) {
   return {{
       {"Sensor Owner ID", "6", ByteAt(6), SdrShow::EvenByte},
       {"Sensor Owner LUN", "7", BitsAt(7, 1, 0)},
@@ -28,7 +28,7 @@ constexpr std::array<SdrFieldRow, 5> IdentityRows(const char* unspecifiedNumber)
 constexpr const char* kUnformattedNumber = "%04xh";
 
 /// Fields 9 to 18 of the full and the compact record.
-constexpr std::array<SdrFieldRow, 10> kReadingRows{{
+constexpr std::array<SdrField, 10> kReadingRows{{
     {"Sensor Initialization", "11", BitsAt(11, 6, 0)},
     {"Sensor Capabilities", "12", ByteAt(12)},
     {"Sensor Type", "13", ByteAt(13), SdrShow::Code, kSensorType},
@@ -42,7 +42,7 @@ constexpr std::array<SdrFieldRow, 10> kReadingRows{{
     {"Sensor Units 3 - Modifier Unit", "23", ByteAt(23), SdrShow::DecimalCode, kUnit},
 }};
 
-constexpr std::array<SdrFieldRow, 28> kFullRows{{
+constexpr std::array<SdrField, 28> kFullRows{{
     {"Linearization", "24", BitsAt(24, 5, 0)},
     {"M", "25(7:0):26(7:6)", Joined({26, 7, 6}, {25}), SdrShow::Binary, 10},
     {"Tolerance", "26(5:0)", BitsAt(26, 5, 0), SdrShow::Binary, 6},
@@ -73,7 +73,7 @@ constexpr std::array<SdrFieldRow, 28> kFullRows{{
     {kIdBytes, "49 + N", ByteAt(49), SdrShow::IdString},
 }};
 
-constexpr std::array<SdrFieldRow, 9> kCompactRows{{
+constexpr std::array<SdrField, 9> kCompactRows{{
     {kSharing, "24:25", WordAt(24), SdrShow::Word},
     {kPositiveHysteresis, "26", ByteAt(26)},
     {kNegativeHysteresis, "27", ByteAt(27)},
@@ -87,7 +87,7 @@ constexpr std::array<SdrFieldRow, 9> kCompactRows{{
 
 // Kept: the list names type and event type twice and places what follows two bytes too late; the values are
 // taken from where they stand. The last two rows are not among the fields and only written.
-constexpr std::array<SdrFieldRow, 9> kEventOnlyRows{{
+constexpr std::array<SdrField, 9> kEventOnlyRows{{
     {"Sensor Type", "11", ByteAt(11), SdrShow::Code, kSensorType},
     {"Event / Reading Type", "12", ByteAt(12), SdrShow::Code, kEventType},
     {"Sensor Type", "13", ByteAt(11), SdrShow::Code, kSensorType},
@@ -108,7 +108,7 @@ static_assert(kType01Rows.size() == 47 && kType02Rows.size() == 28 && kType03Row
 
 constexpr SdrTypeRows kSdrType01{.className = "CSdrType01",
                                  .make = MakeSdr<CSdrType01>,
-                                 .rows = kType01Rows,
+                                 .rows = PackRows<kType01Rows>(),
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 48,
                                  .lastKeyByte = 8,
@@ -120,7 +120,7 @@ constexpr SdrTypeRows kSdrType01{.className = "CSdrType01",
 
 constexpr SdrTypeRows kSdrType02{.className = "CSdrType02",
                                  .make = MakeSdr<CSdrType02>,
-                                 .rows = kType02Rows,
+                                 .rows = PackRows<kType02Rows>(),
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 32,
                                  .lastKeyByte = 8,
@@ -132,7 +132,7 @@ constexpr SdrTypeRows kSdrType02{.className = "CSdrType02",
 
 constexpr SdrTypeRows kSdrType03{.className = "CSdrType03",
                                  .make = MakeSdr<CSdrType03>,
-                                 .rows = kType03Rows,
+                                 .rows = PackRows<kType03Rows>(),
                                  .fileOnlyRows = 2,
                                  .lengthRule = SdrLength::WithIdString,
                                  .size = 17,

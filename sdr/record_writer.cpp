@@ -76,9 +76,10 @@ std::string CSdrByRows::LabelOfByte(std::size_t byte) const {
   for (const SdrFieldRow& row : type_.rows) {
     bool isNamed = HoldsByte(row, byte) && (row.show != SdrShow::Reserved || row.place[0].IsWholeByte());
     // A field that the type's list names twice is one byte of the record all the same.
-    if (!isNamed || row.title == last) continue;
+    const char* title = type_.rows.Text(row.title);
+    if (!isNamed || title == last) continue;
     if (!label.empty()) label += ", ";
-    label += last = row.title;
+    label += last = title;
   }
   return label;
 }
@@ -100,16 +101,16 @@ Status CSdrByRows::WriteRowAt(File& file, std::size_t& byte) const {
       break;
     case SdrShow::Triple:
       count = 3;
-      line = Format(kTripleLine, Number(row->place), kComment, row->title);
+      line = Format(kTripleLine, Number(row->place), kComment, TitleOf(*row));
       break;
     case SdrShow::Guid:
       count = BytesFrom(byte).size();
-      line = BytesLine(BytesFrom(byte), row->title, false);
+      line = BytesLine(BytesFrom(byte), TitleOf(*row), false);
       break;
     case SdrShow::IdString:
     case SdrShow::OemData:
       count = BytesFrom(byte).size();
-      line = BytesLine(BytesFrom(byte), row->title, row->show == SdrShow::IdString || IsOemText());
+      line = BytesLine(BytesFrom(byte), TitleOf(*row), row->show == SdrShow::IdString || IsOemText());
       break;
     default:
       line = Format(kByteLine, raw_[byte - 1], kComment, LabelOfByte(byte));

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "firmware/bytes.h"
+#include "firmware/host/host_firmware.h"
 #include "sim/bmc.h"
 
 namespace varnok::sim {
@@ -110,6 +111,7 @@ void AnswerWord(FaultScene& scene) {
 
 void CutPower(FaultScene& scene) {
   scene.bmc.Log().PowerCut(scene.rule.label);
+  host::FlushConsoleOutput();
   std::_Exit(kPowerCutStatus);
 }
 

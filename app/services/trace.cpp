@@ -18,13 +18,12 @@ constexpr std::size_t kRowLength = 16;
 // Kept: blanked, as the fill pattern of uninitialised memory; a fill pattern is not content.
 constexpr std::uint8_t kFillPattern = 0xCC;
 
-struct TraceState {
-  std::uint32_t level = 1;
-};
+constexpr std::uint32_t kLevelAtStart = 1;
 
-std::uint32_t& CurrentLevel() {
-  return Lasting<TraceState>().level;
-}
+/// Forgets the level with everything else that the program keeps.
+struct TraceState {
+  ~TraceState() { trace::level = kLevelAtStart; }
+};
 
 /// A log that cannot be opened or is full loses what does not fit.
 void AppendToLog(std::span<char16_t> gathered) {
@@ -49,13 +48,12 @@ class LogText {
 
 }  // namespace
 
-std::uint32_t TraceLevel() {
-  return CurrentLevel();
-}
+constinit std::uint32_t trace::level = kLevelAtStart;
 
 std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   static constexpr std::array<std::string_view, 3> kSwitches{"-debug1", "-debug2", "-debug3"};
-  std::uint32_t& chosen = CurrentLevel();
+  Lasting<TraceState>();
+  std::uint32_t& chosen = trace::level;
   chosen = 0;
   for (int i = 1; i < argc && chosen == 0; ++i) {
     for (std::uint32_t level = 1; level <= kSwitches.size(); ++level)
@@ -67,7 +65,7 @@ std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
 }
 
 void TraceWith(const char* format, std::uint32_t level, const FormatArgument* arguments, std::size_t count) {
-  if (level > CurrentLevel()) return;
+  if (level > TraceLevel()) return;
   LogText line;
   FormatTo(line.Sink(), format, arguments, count);
   line.Put("\r\n");
@@ -86,25 +84,15 @@ Status Fail(const char* operation, const char* reason, Status status) {
   return status;
 }
 
-TraceScope::TraceScope(const char* name) : TraceScope(nullptr, name) {}
-
-TraceScope::TraceScope(const char* owner, const char* method) : owner_(owner), method_(method) {
-  Write("ENTRY");
-}
-
-TraceScope::~TraceScope() {
-  Write("EXIT");
-}
-
-void TraceScope::Write(const char* way) const {
-  if (owner_ == nullptr)
-    Trace("%s [%s]", 3, method_, way);
+void TraceScope::Write(const char* owner, const char* method, const char* way) {
+  if (owner == nullptr)
+    Trace("%s [%s]", trace::kScopes, method, way);
   else
-    Trace("%s::%s [%s]", 3, owner_, method_, way);
+    Trace("%s::%s [%s]", trace::kScopes, owner, method, way);
 }
 
 void TraceHexDump(const char* title, std::span<const std::uint8_t> buffer, std::size_t length) {
-  if (CurrentLevel() < 2) return;
+  if (TraceLevel() < 2) return;
   LogText log;
   log.Put("%s\r\n", title);
   for (std::size_t start = 0; start < length; start += kRowLength) {

@@ -12,8 +12,16 @@
 
 namespace varnok {
 
+namespace trace {
+// Read by every operation on its way in and out.
+extern std::uint32_t level;
+inline constexpr std::uint32_t kScopes = 3;
+}  // namespace trace
+
 /// 0 (off) to 3; 1 until TraceSelectLevel has run.
-std::uint32_t TraceLevel();
+inline std::uint32_t TraceLevel() {
+  return trace::level;
+}
 
 /// Chooses the level by the first of "-debug1", "-debug2" and "-debug3" behind argv[0], in any case, and
 /// empties the log then; without one the level is 0 and the log is not touched. Returns the level.
@@ -28,6 +36,7 @@ void Trace(const char* text, std::uint32_t level);
 
 template <class... Arguments>
 void Trace(const char* format, std::uint32_t level, const Arguments&... arguments) {
+  if (level > TraceLevel()) return;
   const FormatArguments<sizeof...(Arguments)> list{FormatArgument(arguments)...};
   TraceWith(format, level, list.data(), list.size());
 }
@@ -47,14 +56,21 @@ void TraceHexDump(const char* title, std::span<const std::uint8_t> buffer, std::
 /// literals do.
 class TraceScope {
  public:
-  explicit TraceScope(const char* name);
-  TraceScope(const char* owner, const char* method);
-  ~TraceScope();
+  explicit TraceScope(const char* name) : TraceScope(nullptr, name) {}
+  TraceScope(const char* owner, const char* method) : owner_(owner), method_(method) {
+    if (TraceLevel() >= trace::kScopes) [[unlikely]]
+      Write(owner, method, "ENTRY");
+  }
+  ~TraceScope() {
+    if (TraceLevel() >= trace::kScopes) [[unlikely]]
+      Write(owner_, method_, "EXIT");
+  }
   TraceScope(const TraceScope&) = delete;
   TraceScope& operator=(const TraceScope&) = delete;
 
  private:
-  void Write(const char* way) const;
+  // Not of the object, which need not stand in memory then.
+  static void Write(const char* owner, const char* method, const char* way);
 
   const char* owner_;
   const char* method_;

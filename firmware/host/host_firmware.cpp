@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -41,6 +42,42 @@ int WriteUtf8(int descriptor, std::u16string_view text) {
   return 0;
 }
 
+/// What is gathered for the console: a write of its own for each byte of a display is most of its cost.
+class ConsoleOutput {
+ public:
+  ~ConsoleOutput() { Flush(); }
+
+  void Add(std::u16string_view text) {
+    while (!text.empty()) {
+      if (count_ == text_.size()) Flush();
+      const std::size_t part = std::min(text.size(), text_.size() - count_);
+      std::copy_n(text.begin(), part, text_.begin() + count_);
+      count_ += part;
+      text.remove_prefix(part);
+    }
+    if (isTerminal_) Flush();
+  }
+
+  // A console that is gone must not stop a board from being programmed to the end.
+  int Flush() {
+    const int error = WriteUtf8(STDOUT_FILENO, {text_.data(), std::exchange(count_, 0)});
+    const bool isUnread = error == EPIPE || error == EBADF;
+    if (error != 0 && !isUnread) error_ = error;
+    return error_;
+  }
+
+ private:
+  const bool isTerminal_ = isatty(STDOUT_FILENO) != 0;
+  std::array<char16_t, 1 << 14> text_;
+  std::size_t count_ = 0;
+  int error_ = 0;  ///< why text was lost, an errno; 0: none was
+};
+
+ConsoleOutput& TheConsole() {
+  static ConsoleOutput console;
+  return console;
+}
+
 [[noreturn]] void EndWithoutMemory() {
   static bool isEnding = false;
   constexpr std::string_view kMessage = "varnok: out of memory; stopped.\n";
@@ -57,21 +94,24 @@ void PrepareProcess() {
   std::set_new_handler(EndWithoutMemory);
 }
 
+int FlushConsoleOutput() {
+  return TheConsole().Flush();
+}
+
 void Complain(std::string_view text) {
+  FlushConsoleOutput();
   std::u16string line = FromUtf8(text);
   for (char16_t& character : line)
     if (character < 0x20 || (character >= 0x7F && character <= 0x9F)) character = u'?';
   WriteUtf8(STDERR_FILENO, FromUtf8(program_invocation_short_name) + u": " + line + u"\n");
 }
 
-// A console that is gone must not stop a board from being programmed to the end.
 void HostFirmware::WriteConsole(std::u16string_view text) {
-  int error = WriteUtf8(STDOUT_FILENO, text);
-  const bool isUnread = error == EPIPE || error == EBADF;
-  if (error != 0 && !isUnread) outputError_ = error;
+  TheConsole().Add(text);
 }
 
 void HostFirmware::WriteErrorOutput(std::u16string_view text) {
+  FlushConsoleOutput();
   WriteUtf8(STDERR_FILENO, text);
 }
 

@@ -8,16 +8,24 @@
 
 namespace varnok::host {
 
+/// Console text that does not go to a terminal is gathered, and written when the program waits, asks,
+/// complains or ends. Returns the errno for which text was lost so far; 0 when none was, or when nobody was
+/// there to read it.
+int FlushConsoleOutput();
+
 class HostFirmware : public Firmware {
  public:
   /// `machine` must outlive this object.
   explicit HostFirmware(Machine& machine) : machine_(machine) {}
 
   void WriteConsole(std::u16string_view text) override;
-  void FlushConsole() override {}
+  void FlushConsole() override { FlushConsoleOutput(); }
   void WriteErrorOutput(std::u16string_view text) override;
   char16_t ReadKey() override;
-  void Stall(std::uint64_t microseconds, StallKind kind) override { machine_.Stall(microseconds, kind); }
+  void Stall(std::uint64_t microseconds, StallKind kind) override {
+    FlushConsoleOutput();
+    machine_.Stall(microseconds, kind);
+  }
   WallClock Now() override { return machine_.Now(); }
   Status OpenFile(std::u16string_view path, FileMode mode, std::unique_ptr<File>& file) override;
   Status AppendToFile(std::u16string_view path, std::span<const std::uint8_t> bytes) override;
@@ -33,12 +41,8 @@ class HostFirmware : public Firmware {
   void* AllocatePool(std::size_t bytes) override;
   void FreePool(void* memory) override;
 
-  /// The errno for which console text was lost; 0 when none was, or when nobody was there to read it.
-  int OutputError() const { return outputError_; }
-
  private:
   Machine& machine_;
-  int outputError_ = 0;          ///< why console text was lost, an errno; 0: none was
   std::u16string appendedPath_;  ///< what AppendToFile was last asked for
   std::string appendedFile_;     ///< and the file that it is
 };

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "firmware/bytes.h"
+#include "firmware/host/host_firmware.h"
 #include "firmware/ipmi.h"
 
 namespace varnok::host {
@@ -76,6 +77,7 @@ Status KernelIpmi::Receive(Answer& answer) {
 
 /// The answer to the latest request; answers to earlier ones come too late for anybody and are dropped.
 bool KernelIpmi::WaitForAnswer(Answer& answer) {
+  FlushConsoleOutput();
   for (;;) {
     pollfd input{descriptor_, POLLIN, 0};
     int ready = poll(&input, 1, kAnswerMilliseconds);

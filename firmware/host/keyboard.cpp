@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "firmware/host/host_firmware.h"
 #include "firmware/host/interruption.h"
 #include "firmware/host/utf8.h"
 
@@ -92,6 +93,7 @@ std::size_t TailLength(unsigned char lead) {
 }  // namespace
 
 void EndBySignal(int number) {
+  FlushConsoleOutput();
   LeaveRawMode();
   signal(number, SIG_DFL);
   sigset_t blocked;
@@ -103,6 +105,7 @@ void EndBySignal(int number) {
 }
 
 std::optional<char16_t> ReadKey() {
+  FlushConsoleOutput();
   EnterRawMode();
   std::optional<char> byte = ReadByte();
   // No key sends a zero; input that gives nothing else, as /dev/zero, has ended.

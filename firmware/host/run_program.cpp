@@ -18,8 +18,8 @@ int RunProgram(Machine& machine, int argc, char* argv[]) {
   for (std::string& argument : arguments) vector.push_back(argument.data());
   vector.push_back(nullptr);
   int status = Main(argc, vector.data());
-  if (firmware.OutputError() != 0) {
-    Complain(std::string("the output is not complete: ") + std::strerror(firmware.OutputError()));
+  if (const int error = FlushConsoleOutput(); error != 0) {
+    Complain(std::string("the output is not complete: ") + std::strerror(error));
     if (status == 0) return kOutputLostStatus;
   }
   // Linux keeps a status's low byte only, which would make a script's error level of 100h a success.

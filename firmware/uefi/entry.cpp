@@ -32,7 +32,7 @@ int RunProgram() {
 }  // namespace
 }  // namespace varnok::uefi
 
-extern "C" EFI_STATUS efi_main(EFI_HANDLE image, EFI_SYSTEM_TABLE* table) {
+extern "C" EFI_STATUS EFIAPI efi_main(EFI_HANDLE image, EFI_SYSTEM_TABLE* table) {
   varnok::uefi::StartRuntime(image, table);
   int status = varnok::uefi::RunProgram();
   // Module state is never destroyed, and the firmware keeps what an image does not return.

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <new>
 
 #include "firmware/uefi/files.h"
@@ -119,4 +120,28 @@ namespace std {
 [[noreturn]] void __throw_bad_function_call() {
   abort();
 }
+
+// The standard library's own object files are compiled for another calling convention.
+namespace __detail {
+void _List_node_base::_M_hook(_List_node_base* position) noexcept {
+  _M_next = position;
+  _M_prev = position->_M_prev;
+  _M_prev->_M_next = this;
+  position->_M_prev = this;
+}
+void _List_node_base::_M_unhook() noexcept {
+  _M_prev->_M_next = _M_next;
+  _M_next->_M_prev = _M_prev;
+}
+void _List_node_base::_M_transfer(_List_node_base* first, _List_node_base* last) noexcept {
+  if (this == last) return;
+  _List_node_base* moved = last->_M_prev;
+  first->_M_prev->_M_next = last;
+  last->_M_prev = first->_M_prev;
+  _M_prev->_M_next = first;
+  first->_M_prev = _M_prev;
+  moved->_M_next = this;
+  _M_prev = moved;
+}
+}  // namespace __detail
 }  // namespace std

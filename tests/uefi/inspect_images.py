@@ -25,7 +25,7 @@ class Images(unittest.TestCase):
         self.assertLessEqual(image.stat().st_size, limit * 1024)
 
     def test_program(self):
-        self.inspect("VARNOK.EFI", "0000000a", 256)
+        self.inspect("VARNOK.EFI", "0000000a", 240)
 
     def test_snapshot(self):
         self.inspect("SNAPSHOT.EFI", "0000000a", 96)
@@ -34,7 +34,7 @@ class Images(unittest.TestCase):
         self.inspect("START.EFI", "0000000a", 48)
 
     def test_driver(self):
-        self.inspect("ipmi.efi", "0000000b", 24)
+        self.inspect("ipmi.efi", "0000000b", 8)
 
 
 if __name__ == "__main__":

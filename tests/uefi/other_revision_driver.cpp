@@ -12,7 +12,7 @@ constinit EFI_HANDLE handle = nullptr;
 }  // namespace
 }  // namespace varnok
 
-extern "C" EFI_STATUS efi_main(EFI_HANDLE, EFI_SYSTEM_TABLE* system) {
+extern "C" EFI_STATUS EFIAPI efi_main(EFI_HANDLE, EFI_SYSTEM_TABLE* system) {
   using namespace varnok;
   return system->BootServices->InstallProtocolInterface(&handle, uefi::ToEfi(kIpmiProtocolGuid),
                                                         EFI_NATIVE_INTERFACE, &protocol);
