@@ -49,10 +49,6 @@ class LogText {
 
 }  // namespace
 
-std::uint32_t TraceLevel() {
-  return CurrentLevel();
-}
-
 std::uint32_t TraceSelectLevel(int argc, const char* const argv[]) {
   static constexpr std::array<std::string_view, 3> kSwitches{"-debug1", "-debug2", "-debug3"};
   std::uint32_t& chosen = CurrentLevel();

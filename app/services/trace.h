@@ -12,11 +12,9 @@
 
 namespace varnok {
 
-/// 0 (off) to 3; 1 until TraceSelectLevel has run.
-std::uint32_t TraceLevel();
-
-/// Chooses the level by the first of "-debug1", "-debug2" and "-debug3" behind argv[0], in any case, and
-/// empties the log then; without one the level is 0 and the log is not touched. Returns the level.
+/// Chooses the level, 0 (off) to 3 and 1 until then, by the first of "-debug1", "-debug2" and "-debug3"
+/// behind argv[0], in any case, and empties the log then; without one the level is 0 and the log is not
+/// touched. Returns the level.
 std::uint32_t TraceSelectLevel(int argc, const char* const argv[]);
 
 /// Appends one formatted line to the log when the level is at least `level`; below it nothing is formatted.
