@@ -142,8 +142,8 @@ Status SmbiosGetProcessorBySocket(std::uint32_t socket, SmbiosProcessor& process
 Status SmbiosGetProcessorByIndex(std::uint32_t index, std::uint32_t& count, SmbiosProcessor& processor) {
   LookUp lookUp("SmbiosGetProcessorByIndex");
   count = 0;
-  for (; const auto* found = lookUp.Next<SmbiosProcessor>(kProcessorType); ++count)
-    if (count == index) processor = *found;
+  while (const auto* found = lookUp.Next<SmbiosProcessor>(kProcessorType))
+    if (count++ == index) processor = *found;
   return index < count ? kSuccess : lookUp.NotFound();
 }
 

@@ -42,7 +42,7 @@ int WriteUtf8(int descriptor, std::u16string_view text) {
 [[noreturn]] void EndWithoutMemory() {
   static bool isEnding = false;
   constexpr std::string_view kMessage = "varnok: out of memory; stopped.\n";
-  (void)!write(STDERR_FILENO, kMessage.data(), kMessage.size());
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, kMessage.data(), kMessage.size());
   // What runs at the end, such as putting the terminal back, may need memory as well.
   if (std::exchange(isEnding, true)) _exit(kOutOfMemoryStatus);
   std::exit(kOutOfMemoryStatus);

@@ -107,8 +107,9 @@ class FuzzMachine : public testing::BoardMachine {
     return BoardMachine::OpenFile(path, mode, file);
   }
   std::span<const std::uint8_t> PhysicalMemory(std::uint64_t address, std::size_t length) override {
-    return memory.empty() ? BoardMachine::PhysicalMemory(address, length)
-                          : TestFirmware::PhysicalMemory(address, length);
+    return memory.empty()
+               ? BoardMachine::PhysicalMemory(address, length)
+               : TestFirmware::PhysicalMemory(address, length);  // NOLINT(bugprone-parent-virtual-call)
   }
   /// The keys of the input, then ones that answer every question in the end: a menu's first item, a chassis
   /// type, an empty field, each with a yes.
@@ -140,6 +141,7 @@ void Run(const std::vector<std::string>& parts, const fs::path& folder) {
 
   std::vector<std::string> arguments = testing::Split("VARNOK " + parts[CommandLine], " ");
   std::vector<char*> vector;
+  vector.reserve(arguments.size());
   for (std::string& argument : arguments) vector.push_back(argument.data());
   vector.push_back(nullptr);
   Main(static_cast<int>(arguments.size()), vector.data());
