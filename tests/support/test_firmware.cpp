@@ -171,9 +171,9 @@ void* TestFirmware::AllocatePool(std::size_t bytes) {
   return std::malloc(bytes == 0 ? 1 : bytes);
 }
 
-void TestFirmware::FreePool(void* memory) {
-  if (memory != nullptr) --poolBlocks;
-  std::free(memory);
+void TestFirmware::FreePool(void* block) {
+  if (block != nullptr) --poolBlocks;
+  std::free(block);
 }
 
 }  // namespace varnok::testing
