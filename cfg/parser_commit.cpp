@@ -19,7 +19,7 @@ void CCfgParser::AddUpdateCommand(CCfgCommand& command, CCfgFileInputCommand* fi
 
 void CCfgParser::RemoveFirstSdrName() {
   if (sdrUpdates_.empty()) return;
-  UpdateList::iterator update = sdrUpdates_.front();
+  auto update = sdrUpdates_.front();
   sdrUpdates_.pop_front();
   if (update->file != updateFiles_.end()) updateFiles_.erase(update->file);
   updates_.erase(update);

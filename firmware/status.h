@@ -15,6 +15,7 @@ struct [[nodiscard]] Status {
   constexpr Status() = default;
   constexpr Status(std::uint64_t number) : value(number) {}
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the comparison's own 0
   friend constexpr auto operator<=>(Status, Status) = default;
   friend constexpr Status operator|(Status base, std::uint64_t code) { return base.value | code; }
   friend constexpr Status operator+(Status base, std::uint64_t code) { return base.value + code; }

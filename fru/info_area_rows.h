@@ -132,7 +132,7 @@ consteval std::size_t RowsOf(FruFieldId id) {
 consteval bool HasEachNumberOneRow() {
   std::size_t count =
       kChassisLayout.FirstCustomIndex() + kBoardLayout.FirstCustomIndex() + kProductLayout.FirstCustomIndex();
-  std::uint32_t number = static_cast<std::uint32_t>(FruFieldId::ChassisType);
+  auto number = static_cast<std::uint32_t>(FruFieldId::ChassisType);
   for (; number < static_cast<std::uint32_t>(FruFieldId::End); ++number, --count)
     if (RowsOf(FruFieldId{number}) != 1) return false;
   return count == 0;

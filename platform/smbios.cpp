@@ -27,26 +27,34 @@ bool Matches(const SmbiosStructureView& structure, std::uint32_t type, std::uint
          (handle >= kSmbiosAny || structure.handle() == handle);
 }
 
-/// The next record of `type` from `cursor` on; null when there is none.
-template <class Record>
-const Record* Next(std::uint32_t type, SmbiosRecord& record, std::uint32_t& cursor) {
-  std::size_t size = 0;
-  if (SmbiosGetStructure(type, kSmbiosAny, record, size, cursor) != kSuccess) return nullptr;
-  return std::get_if<Record>(&record);
-}
+/// A look-up in the table, from its start on.
+class LookUp {
+ public:
+  explicit LookUp(const char* operation) : operation_(operation), scope_(operation) {}
 
-Status NotFound(const char* operation) {
-  return Fail(operation, "SMBIOS structure not found", uefi_status::kNotFound);
-}
+  /// The next record of `type`; null when there is none.
+  template <class Record>
+  const Record* Next(std::uint32_t type) {
+    std::size_t size = 0;
+    if (SmbiosGetStructure(type, kSmbiosAny, record_, size, cursor_) != kSuccess) return nullptr;
+    return std::get_if<Record>(&record_);
+  }
+  void StartAgain() { cursor_ = 0; }
+  Status NotFound() const { return Fail(operation_, "SMBIOS structure not found", uefi_status::kNotFound); }
+
+ private:
+  const char* operation_;
+  TraceScope scope_;
+  SmbiosRecord record_;
+  std::uint32_t cursor_ = 0;
+};
 
 /// A string field of the first record of `type`.
 template <class Record>
 Status GetText(const char* operation, std::uint32_t type, std::string Record::*field, std::string& text) {
-  TraceScope scope(operation);
-  SmbiosRecord record;
-  std::uint32_t cursor = 0;
-  const auto* found = Next<Record>(type, record, cursor);
-  if (found == nullptr) return NotFound(operation);
+  LookUp lookUp(operation);
+  const auto* found = lookUp.Next<Record>(type);
+  if (found == nullptr) return lookUp.NotFound();
   text = found->*field;
   return kSuccess;
 }
@@ -106,17 +114,15 @@ Status SmbiosGetBoardProductName(std::string& text) {
 }
 
 Status SmbiosGetMemoryDeviceSize(std::uint32_t& size) {
-  TraceScope scope("SmbiosGetMemoryDeviceSize");
-  SmbiosRecord record;
-  std::uint32_t cursor = 0;
-  const auto* array = Next<SmbiosMemoryArray>(kMemoryArrayType, record, cursor);
-  if (array == nullptr) return NotFound("SmbiosGetMemoryDeviceSize");
+  LookUp lookUp("SmbiosGetMemoryDeviceSize");
+  const auto* array = lookUp.Next<SmbiosMemoryArray>(kMemoryArrayType);
+  if (array == nullptr) return lookUp.NotFound();
   std::uint32_t deviceCount = array->deviceCount;
   std::uint32_t largest = 0;
-  cursor = 0;
+  lookUp.StartAgain();
   for (std::uint32_t i = 0; i < deviceCount; ++i) {
-    const auto* device = Next<SmbiosMemoryDevice>(kMemoryDeviceType, record, cursor);
-    if (device == nullptr) return NotFound("SmbiosGetMemoryDeviceSize");
+    const auto* device = lookUp.Next<SmbiosMemoryDevice>(kMemoryDeviceType);
+    if (device == nullptr) return lookUp.NotFound();
     largest = std::max<std::uint32_t>(largest, device->size);
   }
   size = largest;
@@ -124,25 +130,21 @@ Status SmbiosGetMemoryDeviceSize(std::uint32_t& size) {
 }
 
 Status SmbiosGetProcessorBySocket(std::uint32_t socket, SmbiosProcessor& processor) {
-  TraceScope scope("SmbiosGetProcessorBySocket");
-  SmbiosRecord record;
-  std::uint32_t cursor = 0;
-  while (const auto* found = Next<SmbiosProcessor>(kProcessorType, record, cursor)) {
+  LookUp lookUp("SmbiosGetProcessorBySocket");
+  while (const auto* found = lookUp.Next<SmbiosProcessor>(kProcessorType)) {
     if (SocketNumber(found->socketDesignation) != socket) continue;
     processor = *found;
     return kSuccess;
   }
-  return NotFound("SmbiosGetProcessorBySocket");
+  return lookUp.NotFound();
 }
 
 Status SmbiosGetProcessorByIndex(std::uint32_t index, std::uint32_t& count, SmbiosProcessor& processor) {
-  TraceScope scope("SmbiosGetProcessorByIndex");
-  SmbiosRecord record;
-  std::uint32_t cursor = 0;
+  LookUp lookUp("SmbiosGetProcessorByIndex");
   count = 0;
-  for (; const auto* found = Next<SmbiosProcessor>(kProcessorType, record, cursor); ++count)
-    if (count == index) processor = *found;
-  return index < count ? kSuccess : NotFound("SmbiosGetProcessorByIndex");
+  while (const auto* found = lookUp.Next<SmbiosProcessor>(kProcessorType))
+    if (count++ == index) processor = *found;
+  return index < count ? kSuccess : lookUp.NotFound();
 }
 
 }  // namespace varnok

@@ -25,7 +25,7 @@ bool IsSelected(const CSdr& record, const SdrDataSet& set) {
 std::uint32_t CountSelected(const SdrDataSet& set) {
   std::uint32_t count = 0;
   for (const auto& list : *set.lists)
-    for (const PoolPtr<CSdr>& record : list) count += IsSelected(*record, set);
+    for (const PoolPtr<CSdr>& record : list) count += IsSelected(*record, set) ? 1 : 0;
   return count;
 }
 

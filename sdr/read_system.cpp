@@ -30,7 +30,7 @@ Status ReadFailure(IpmiResult result, std::uint16_t recordId) {
 /// The bytes of the record behind its next-record ID; false when fewer arrived than were asked for and fit.
 bool CopyRecordPart(const IpmiMessage& response, std::size_t asked, std::span<std::uint8_t> to) {
   constexpr std::size_t kNextIdLength = 2;
-  std::size_t count = std::min<std::size_t>({asked, IpmiMessage::kCapacity - kNextIdLength, to.size()});
+  auto count = std::min<std::size_t>({asked, IpmiMessage::kCapacity - kNextIdLength, to.size()});
   if (response.dataLength < kNextIdLength + count) return false;
   std::copy_n(response.data.begin() + kNextIdLength, count, to.begin());
   return true;
@@ -72,10 +72,10 @@ Status SdrReadSystem::ReadRecFromBMC(std::span<std::uint8_t> record, std::uint16
   if (size < SdrRecordHeader::kSize + 1) return kSuccess;
   // Offset and size are 8-bit numbers here: a record of 256 bytes or more, which no BMC can address, takes
   // one request for all the rest. What arrives fits the buffer, and the decoder refuses the record.
-  const std::uint8_t end = static_cast<std::uint8_t>(size);
+  const auto end = static_cast<std::uint8_t>(size);
   std::uint8_t offset = SdrRecordHeader::kSize;
   do {
-    std::uint8_t count = static_cast<std::uint8_t>(offset + kChunk < end ? kChunk : end - offset);
+    auto count = static_cast<std::uint8_t>(offset + kChunk < end ? kChunk : end - offset);
     result = GetRecordPart(reservation, asked, offset, count, response);
     if (result != ipmi_result::kSuccess || !CopyRecordPart(response, count, record.subspan(offset)))
       return ReadFailure(result, asked);

@@ -130,7 +130,7 @@ std::u16string CSdrByRows::ValueOf(const SdrFieldRow& row) const {
   constexpr std::uint32_t kThresholdBits = 0x3F3F;
   constexpr std::uint32_t kUnspecifiedSensor = 0xFF;
   std::uint32_t number = Number(row.place);
-  std::uint8_t deviceType = static_cast<std::uint8_t>(Bits(kDeviceTypeByte));
+  auto deviceType = static_cast<std::uint8_t>(Bits(kDeviceTypeByte));
   std::u16string text;
   switch (row.show) {
     case SdrShow::Byte:

@@ -178,13 +178,14 @@ struct SdrPackedRows {
   /// With its NUL, so that the end of a longer text serves as well.
   consteval std::uint16_t Place(const char* text) {
     if (text == nullptr) return 0;
-    const std::size_t length = std::string_view(text).size() + 1;
-    std::size_t found = 0;
-    while (found + length <= size && !std::equal(text, text + length, texts.begin() + found)) ++found;
-    if (found + length <= size) return static_cast<std::uint16_t>(found);
-    found = size;
-    for (std::size_t i = 0; i < length; ++i) texts[size++] = text[i];
-    return static_cast<std::uint16_t>(found);
+    const std::string_view whole(text, std::string_view(text).size() + 1);
+    const char* const held = texts.data();
+    for (std::size_t at = 0; at + whole.size() <= size; ++at)
+      if (held[at] == *text && std::string_view(held + at, whole.size()) == whole)
+        return static_cast<std::uint16_t>(at);
+    const std::size_t begin = size;
+    for (const char character : whole) texts[size++] = character;
+    return static_cast<std::uint16_t>(begin);
   }
 };
 

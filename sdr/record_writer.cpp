@@ -57,13 +57,13 @@ Status CSdr::WriteRecHdr(File& file) const {
     lines.push_back(Format("%-.20s '%s'\n", sdr_key::kTag, tag.substr(0, kTagLength)));
   std::uint32_t size = header_.length + static_cast<std::uint32_t>(SdrRecordHeader::kSize);
   lines.push_back(Format("%-.20s %04x\n", sdr_key::kLength, size));
-  lines.push_back("\n");
-  lines.push_back("   // Sensor Record Header\n");
+  lines.emplace_back("\n");
+  lines.emplace_back("   // Sensor Record Header\n");
   lines.push_back(Format(kWordLine, header_.recordId, kComment, kHeaderRows[0].title));
   lines.push_back(Format(kByteLine, header_.version, kComment, kHeaderRows[1].title));
   lines.push_back(Format(kByteLine, header_.type, kComment, kHeaderRows[2].title));
   lines.push_back(Format(kByteLine, header_.length, kComment, kHeaderRows[3].title));
-  lines.push_back("\n");
+  lines.emplace_back("\n");
   for (const std::string& line : lines)
     if (Status status = wfprintf(file, line); status != kSuccess) return status;
   return kSuccess;

@@ -55,6 +55,14 @@ Status Show(Walk& walk, bool& goesOn) {
   return kSuccess;
 }
 
+/// Shows the record, or how far the walk is; `goesOn` as above.
+Status Tell(Walk& walk, const SdrDataSet* set, bool& goesOn) {
+  if (TheSdr().isDisplaying) return Show(walk, goesOn);
+  SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"Reading SDRs from system......", walk.counter,
+                              set == nullptr ? 0U : set->info.recordCount);
+  return kSuccess;
+}
+
 }  // namespace
 
 Status SdrReadSystem::LoadSdrRecordsToList(SdrTypeList& lists) {
@@ -78,14 +86,8 @@ Status SdrReadSystem::WalkRepository(SdrRecordTaker& taker) {
         set->recordBytes = static_cast<std::uint16_t>(set->recordBytes + SdrRecordSize(walk.record));
     }
     ++walk.counter;
-    if (TheSdr().isDisplaying) {
-      bool goesOn = true;
-      if (Status status = Show(walk, goesOn); status != kSuccess) return status;
-      if (!goesOn) return kSuccess;
-    } else {
-      SdrUtility::DisplayProgress(ProgressStyle::CountOfTotal, u"Reading SDRs from system......",
-                                  walk.counter, set == nullptr ? 0U : set->info.recordCount);
-    }
+    bool goesOn = true;
+    if (Status status = Tell(walk, set, goesOn); status != kSuccess || !goesOn) return status;
     if (walk.recordId == kNoMoreRecords || readStatus != kSuccess) return readStatus;
     if (walk.isAsked[walk.recordId]) {
       // A record that was read already comes next: without an end the walk would go round for ever.

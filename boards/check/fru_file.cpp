@@ -1,11 +1,11 @@
 // What a FRU file programs, held against the standard and the board.
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <iterator>
 #include <memory>
 #include <optional>
 
+#include "app/services/scan.h"
 #include "boards/check/file_checks.h"
 #include "boards/check/file_text.h"
 #include "boards/desk_machine.h"
@@ -260,9 +260,8 @@ class FruFileCheck {
 
   void CheckDataLength() {
     const std::size_t line = text_.LineOf("_DATA_LEN");
-    unsigned said = 0;
-    const std::string content(text_.Line(line));
-    if (std::sscanf(content.c_str(), "_DATA_LEN %x", &said) == 1 && said != end_)
+    std::uint32_t said = 0;
+    if (Scan(text_.Line(line), "_DATA_LEN %x", &said) == 1 && said != end_)
       Report(Severity::Warning, "fru-data-length", line,
              "_DATA_LEN says " + Plural(said, "byte") + ", the areas have " + std::to_string(end_),
              "Write " + Hex(static_cast<std::uint32_t>(end_), 4).substr(0, 4) +

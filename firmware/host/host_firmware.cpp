@@ -81,7 +81,7 @@ ConsoleOutput& TheConsole() {
 [[noreturn]] void EndWithoutMemory() {
   static bool isEnding = false;
   constexpr std::string_view kMessage = "varnok: out of memory; stopped.\n";
-  (void)!write(STDERR_FILENO, kMessage.data(), kMessage.size());
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, kMessage.data(), kMessage.size());
   // What runs at the end, such as putting the terminal back, may need memory as well.
   if (std::exchange(isEnding, true)) _exit(kOutOfMemoryStatus);
   std::exit(kOutOfMemoryStatus);

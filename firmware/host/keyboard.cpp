@@ -45,7 +45,7 @@ void HandleContinue(int) {
 }
 
 void EnterRawMode() {
-  if (isRaw || !isatty(STDIN_FILENO) || tcgetattr(STDIN_FILENO, &usualMode) != 0) return;
+  if (isRaw || isatty(STDIN_FILENO) == 0 || tcgetattr(STDIN_FILENO, &usualMode) != 0) return;
   keyMode = usualMode;
   keyMode.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
   keyMode.c_cc[VMIN] = 1;

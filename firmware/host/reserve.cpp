@@ -15,7 +15,7 @@ constexpr std::size_t kLargestPooled = 1 << 20;
 constexpr std::size_t kAlignment = 16;
 
 int worksInProgress = 0;
-alignas(kAlignment) std::byte room[kReserve];
+alignas(kAlignment) std::byte reserveRoom[kReserve];
 
 /// Built at first use and never destroyed: what was taken may be given back when the program ends.
 std::pmr::memory_resource& Reserve() {
@@ -23,7 +23,8 @@ std::pmr::memory_resource& Reserve() {
   using Pool = std::pmr::unsynchronized_pool_resource;
   alignas(Room) static std::byte roomPlace[sizeof(Room)];
   alignas(Pool) static std::byte poolPlace[sizeof(Pool)];
-  static auto* const whole = new (roomPlace) Room(room, sizeof room, std::pmr::null_memory_resource());
+  static auto* const whole =
+      new (roomPlace) Room(reserveRoom, sizeof reserveRoom, std::pmr::null_memory_resource());
   static auto* const pool = new (poolPlace)
       Pool({.max_blocks_per_chunk = 16, .largest_required_pool_block = kLargestPooled}, whole);
   return *pool;
@@ -53,7 +54,7 @@ void* TakeFromReserve(std::size_t bytes) noexcept {
 
 bool GiveBackToReserve(void* memory) noexcept {
   const std::less<const void*> isBefore;
-  if (isBefore(memory, room) || !isBefore(memory, std::end(room))) return false;
+  if (isBefore(memory, reserveRoom) || !isBefore(memory, std::end(reserveRoom))) return false;
   std::byte* block = static_cast<std::byte*>(memory) - kAlignment;
   Reserve().deallocate(block, *reinterpret_cast<const std::size_t*>(block), kAlignment);
   return true;

@@ -13,8 +13,10 @@ int RunProgram(Machine& machine, int argc, char* argv[]) {
   HostFirmware firmware(machine);
   InstallFirmware(&firmware);
   std::vector<std::string> arguments;
+  arguments.reserve(argc);
   for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
   std::vector<char*> vector;
+  vector.reserve(arguments.size());
   for (std::string& argument : arguments) vector.push_back(argument.data());
   vector.push_back(nullptr);
   int status = Main(argc, vector.data());

@@ -5,7 +5,7 @@
 
 namespace varnok::companion {
 
-struct Json::Value {
+struct Json::Value {  // NOLINT(bugprone-exception-escape): the library's destructor throws nothing
   nlohmann::ordered_json json;
 };
 

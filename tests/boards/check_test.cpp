@@ -33,7 +33,7 @@ std::string Found(const Checker& checker) {
 class Check : public ::testing::Test {
  protected:
   std::string Write(const std::string& name, const std::string& text) {
-    const std::string path = (folder_.Path() / name).string();
+    std::string path = (folder_.Path() / name).string();
     std::ofstream(path, std::ios::binary) << text;
     return path;
   }

@@ -24,7 +24,7 @@ class IpmiServiceTest : public ::testing::Test {
     EXPECT_EQ(Send(6, 0, 1, {}), kSuccess);
     data_.assign(room + 1, 0xEE);
     std::uint32_t length = room;
-    Status status = protocol_.Receive(&protocol_, &header_[0], &header_[1], &header_[2], &header_[3],
+    Status status = protocol_.Receive(&protocol_, header_.data(), &header_[1], &header_[2], &header_[3],
                                       data_.data(), &length);
     EXPECT_EQ(data_[room], 0xEE);
     EXPECT_LE(length, room);

@@ -56,6 +56,7 @@ inline Status ParseAddress(const std::string& line, int& count) {
   std::istringstream stream(line);
   for (std::string word; std::getline(stream, word, ' ');) words.push_back(word);
   std::vector<const char*> arguments;
+  arguments.reserve(words.size());
   for (const std::string& word : words) arguments.push_back(word.c_str());
   return FruData::ParseFruAddress(static_cast<int>(arguments.size()), arguments.data(), count);
 }

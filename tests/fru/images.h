@@ -55,7 +55,7 @@ inline const Bytes kBoardContent =
 inline const Bytes kProductContent =
     Join({{0x19}, Fields({"Maker", "Server", "PN-3", "R1", "SN-3", "", "p.fru"})});
 
-inline Bytes Header(Bytes offsets) {
+inline Bytes Header(const Bytes& offsets) {
   Bytes header = Join({{1}, offsets, {0}});
   header.push_back(Complement(header));
   return header;

@@ -76,7 +76,7 @@ class TestFirmware : public Firmware {
   std::span<const std::uint8_t> PhysicalMemory(std::uint64_t address, std::size_t length) override;
   bool HasImageHandle() override { return hasImageHandle; }
   void* AllocatePool(std::size_t bytes) override;
-  void FreePool(void* memory) override;
+  void FreePool(void* block) override;
 
  private:
   Firmware* previous_;

@@ -85,6 +85,7 @@ int Main(int argc, char* argv[]) {
   std::vector<std::u16string> texts;
   for (int i = 2; i < argc; ++i) texts.push_back(Widen(argv[i]));
   std::vector<CHAR16*> arguments;
+  arguments.reserve(texts.size());
   for (const std::u16string& text : texts) arguments.push_back(ToEfi(text.c_str()));
   std::vector<std::uint8_t> bytes = ReadImage(texts[0]);
   void* own = nullptr;

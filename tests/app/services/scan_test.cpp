@@ -45,7 +45,7 @@ TEST(Scanner, CharacterBehindANumberIsToldApart) {
     char16_t rest = 0;
     unsigned expected = 0;
     char expectedRest = 0;
-    int stored = std::sscanf(text, "%x%c", &expected, &expectedRest);
+    int stored = std::sscanf(text, "%x%c", &expected, &expectedRest);  // NOLINT(cert-err34-c): the model
     EXPECT_EQ(Scan(text, "%x%c", &number, &rest), std::max(stored, 0)) << text;
     EXPECT_EQ(number, expected) << text;
     EXPECT_EQ(rest, static_cast<char16_t>(expectedRest)) << text;

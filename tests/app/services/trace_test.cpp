@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "firmware/lasting.h"
 #include "tests/support/heap_count.h"
 #include "tests/support/test_firmware.h"
 
@@ -12,9 +13,6 @@ namespace {
 
 using testing::TestFirmware;
 using Lines = std::vector<std::string>;
-
-// Before any test has chosen one.
-const std::uint32_t kLevelAtStart = TraceLevel();
 
 std::uint32_t Select(std::vector<const char*> arguments) {
   arguments.insert(arguments.begin(), "VARNOK");
@@ -30,7 +28,10 @@ class TraceLog : public ::testing::Test {
 };
 
 TEST_F(TraceLog, FirstSwitchChoosesTheLevelAndEmptiesTheLog) {
-  EXPECT_EQ(kLevelAtStart, 1u);
+  ForgetProgramState();
+  Trace("before a level is chosen: %d", 1, 1);
+  Trace("not so", 2);
+  EXPECT_EQ(machine.TraceLines(), Lines{"before a level is chosen: 1"});
   EXPECT_EQ(Select({"/d", "-DEBUG2"}), 2u);
   machine.files["DBGLOG.txt"] = "old";
   EXPECT_EQ(Select({"-debug1", "-debug3"}), 1u);

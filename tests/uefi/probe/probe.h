@@ -10,7 +10,7 @@
 
 namespace varnok::probe {
 
-int ProbeFiles(int count, char* names[]);
+int ProbeFiles(int count, char* words[]);
 int ProbeIpmi(int count, char* words[]);
 
 /// Shows one answer as "name: value".
