@@ -93,8 +93,8 @@ def plain(text: str) -> str:
 
 
 class Machine:
-    # Time passes faster than here: a boot and a request are mostly waits. Any faster, and answers from outside
-    # come late.
+    # Time passes faster than here: a boot and a request are mostly waits. Any faster, and answers from
+    # outside come late.
     CLOCK = ["-icount", "shift=7,sleep=off", "-rtc", "clock=vm"]
     LAST_STATUS = "%lasterror%"
     FIRST_KEYS = [("seconds to skip", "\r")]
