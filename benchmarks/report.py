@@ -16,7 +16,7 @@ import jobs
 import sizes
 
 ROOT = Path(__file__).resolve().parent.parent
-RELEASE, UEFI, SIZES = (ROOT / "build" / name for name in ("release", "uefi", "uefi-sizes"))
+BUILD, UEFI, SIZES = (ROOT / "build" / name for name in ("bench", "uefi", "uefi-sizes"))
 VERSION = 1
 REPEATS = 7
 KIB = 1024
@@ -54,8 +54,9 @@ class Bench:
     def __init__(self, folder: Path):
         self.folder = folder
         self.rows: list[Row] = []
-        subprocess.run([RELEASE / "varnok-board", "new", folder / "default"], check=True, capture_output=True)
-        self.smbios = (folder / "default/smbios.bin").read_bytes()
+        subprocess.run([BUILD / "varnok", "/?"], env={"XDG_STATE_HOME": str(folder)}, capture_output=True)
+        self.default = folder / "varnok/board"
+        self.smbios = (self.default / "smbios.bin").read_bytes()
         self.empty = self.board("empty")
         self.start = self.cost(self.empty, "/?")
 
@@ -70,7 +71,7 @@ class Bench:
     def run(self, board: Path, arguments, before=(), **environment) -> list[str]:
         """The last words on the error output of a run that must end well."""
         with open(self.folder / "console", "wb") as console:
-            done = subprocess.run([*before, RELEASE / "varnok", *arguments], cwd=self.folder, stdout=console,
+            done = subprocess.run([*before, BUILD / "varnok", *arguments], cwd=self.folder, stdout=console,
                                   stderr=subprocess.PIPE, text=True, env={"VARNOK_BOARD": str(board), **environment})
         if done.returncode != (0 if arguments else USAGE_STATUS):
             raise SystemExit(f"{arguments} ended with {done.returncode}: {done.stderr}")
@@ -80,7 +81,7 @@ class Bench:
         runs = []
         for _ in range(REPEATS):
             before_each()
-            status, *numbers = map(float, self.run(board, arguments, [RELEASE / "benchmarks/bench_run"]))
+            status, *numbers = map(float, self.run(board, arguments, [BUILD / "benchmarks/bench_run"]))
             if status != 0:
                 raise SystemExit(f"{arguments} ended with {status:.0f}")
             runs.append(numbers)
@@ -166,7 +167,7 @@ class Bench:
             self.add(f"{most:,} {name} to a tenth: instructions", counted[1] / counted[0], "times", 11, noise=0.1)
 
     def parts(self) -> None:
-        done = subprocess.run([RELEASE / "benchmarks/bench_parts", ROOT / "samples/server-board.fru",
+        done = subprocess.run([BUILD / "benchmarks/bench_parts", ROOT / "samples/server-board.fru",
                                self.folder / "1024.sdr", self.empty, "--benchmark_format=json",
                                f"--benchmark_repetitions={REPEATS}", "--benchmark_report_aggregates_only=true"],
                               check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
