@@ -219,7 +219,7 @@ std::optional<std::string> AnswerFile::Answer(Performance& run, const Inquiry& i
     run.GiveUp(Place(question) + "\"" + row->answer + "\" is refused for \"" + question.text + "\"");
   row->isUsed = true;
   last_ = question;
-  const std::optional<std::string> typed = Typed(question, row->answer);
+  std::optional<std::string> typed = Typed(question, row->answer);
   if (!typed)
     run.GiveUp(Place(question) + "\"" + row->answer + "\" is no answer to \"" + question.text + "\"");
   return typed;

@@ -8,9 +8,9 @@
 namespace varnok::rehearsal {
 
 /// "Write FRU Data"; "net function 30h, command 10h" for one without a name here.
-std::string CommandName(std::uint8_t netFunction, std::uint8_t command);
+std::string CommandName(std::uint8_t netFunction, std::uint8_t number);
 
 /// `data` is the request's.
-bool CanWrite(std::uint8_t netFunction, std::uint8_t command, std::span<const std::uint8_t> data);
+bool CanWrite(std::uint8_t netFunction, std::uint8_t number, std::span<const std::uint8_t> data);
 
 }  // namespace varnok::rehearsal

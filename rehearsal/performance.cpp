@@ -11,6 +11,7 @@
 #include "cfg/cfg_command.h"
 #include "cfg/probe.h"
 #include "firmware/entry.h"
+#include "firmware/host/argument_list.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
 #include "rehearsal/command_names.h"
@@ -111,12 +112,8 @@ void Performance::Play() {
   InstallFirmware(this);
   theScriptWatcher = this;
   stage_.TheBoard().TheBmc().Log().Observe(this);
-  std::vector<std::string> texts;
-  for (const std::string& argument : stage_.Arguments()) texts.push_back(host::Latin1FromUtf8(argument));
-  std::vector<char*> arguments;
-  for (std::string& text : texts) arguments.push_back(text.data());
-  arguments.push_back(nullptr);
-  const int status = Main(static_cast<int>(texts.size()), arguments.data());
+  host::ArgumentList arguments(host::Latin1FromUtf8(stage_.Arguments()));
+  const int status = Main(arguments.Count(), arguments.Pointers());
   Finish(status >= 0 && status <= host::kLargestStatus ? status : host::kLargestStatus);
 }
 

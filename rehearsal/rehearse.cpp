@@ -37,6 +37,7 @@ std::size_t ReportBuilder::Add(const Images& images) {
 
 std::vector<Answer> StepsOf(ReportBuilder& builder, const std::vector<Given>& given) {
   std::vector<Answer> answers;
+  answers.reserve(given.size());
   for (const Given& each : given)
     answers.push_back(
         {.question = builder.Add(each.question), .text = each.text, .isInvalid = each.isInvalid});

@@ -19,6 +19,6 @@ struct RoadOptions {
 bool GoAllRoads(Stage& stage, const RoadOptions& options, Report& report, std::string& error);
 
 /// What was answered on a road from its beginning to its end, the end of the road that it joins included.
-std::vector<Given> AnswersOf(const Report& report, std::size_t road);
+std::vector<Given> AnswersOf(const Report& report, std::size_t index);
 
 }  // namespace varnok::rehearsal

@@ -139,11 +139,11 @@ void WriteAccount::FinishStorage(const Operation& operation, std::uint8_t comple
       if (!data.empty() && (data[0] & 0x0F) == 1) isErasing_ = false;
       break;
     case ipmi_command::kAddSdr:
-      records_ += isDone;
+      if (isDone) ++records_;
       break;
     case ipmi_command::kPartialAddSdr: {
       const bool isLast = operation.data.size() >= kRecordHead && operation.data[kRecordHead - 1] != 0;
-      records_ += isDone && isLast;
+      if (isDone && isLast) ++records_;
       isRecordOpen_ = isDone ? !isLast : isRecordOpen_;
       break;
     }

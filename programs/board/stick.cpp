@@ -2,6 +2,7 @@
 #include <spawn.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,13 +13,12 @@
 
 #include "app/services/text.h"
 #include "boards/folder.h"
+#include "firmware/host/argument_list.h"
 #include "programs/board/command.h"
 #include "programs/board/findings.h"
 #include "programs/board/output.h"
 #include "programs/start/ending.h"
 #include "programs/start/menu_file.h"
-
-extern char** environ;
 
 namespace varnok::companion {
 namespace {
@@ -178,14 +178,12 @@ void CheckFiles(const Package& package, boards::Checker& checker) {
     }
 }
 
-/// The packer's exit status.
-int Pack(const fs::path& packer, const std::vector<std::string>& arguments) {
-  std::vector<char*> words{const_cast<char*>(packer.c_str())};
-  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
-  words.push_back(nullptr);
+/// The packer's exit status; its name is the first word.
+int Pack(host::ArgumentList words) {
   pid_t child = 0;
   int status = 0;
-  if (posix_spawn(&child, packer.c_str(), nullptr, nullptr, words.data(), environ) != 0) return kFailed;
+  if (posix_spawn(&child, words.Pointers()[0], nullptr, nullptr, words.Pointers(), environ) != 0)
+    return kFailed;
   while (waitpid(child, &status, 0) < 0)
     if (errno != EINTR) return kFailed;
   return WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
@@ -198,7 +196,7 @@ int Run(const Arguments& arguments) {
   if (fs::exists(out) && !fs::is_regular_file(out)) return Fail(out.string() + ": is there, and is no file");
   Supplies supplies = FindSupplies();
   if (arguments.Has("--efi")) supplies.images = arguments.Value("--efi");
-  std::vector<std::string> items{out.string()};
+  std::vector<std::string> items{supplies.packer, out.string()};
   for (const char* image : kImages) {
     items.push_back(supplies.images / image);
     if (!fs::exists(items.back()))
@@ -222,7 +220,7 @@ int Run(const Arguments& arguments) {
   if (package.Find(kPage) == nullptr) items.push_back(supplies.page);
   items.push_back(work.Path() / ".");
   items.push_back(package.Folder() / ".");
-  if (Pack(supplies.packer, items) != 0) return Fail(out.string() + ": could not be made");
+  if (Pack(host::ArgumentList(std::move(items))) != 0) return Fail(out.string() + ": could not be made");
   const std::size_t count = package.Names().size();
   PrintLine("Made " + out.string() + ": the programs, " + std::to_string(count) +
             (count == 1 ? " file" : " files") + " of the package" +
