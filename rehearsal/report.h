@@ -153,6 +153,7 @@ struct Report {
   std::vector<std::string> unsetTags{};    ///< tags that the script tests or sets and no road set
   std::vector<std::size_t> brokenRoads{};  ///< roads that end in an error after something was written
   bool hasFaults = false;
+  std::size_t faultStep = 1;  ///< every so-manieth of all faults was tried
   std::vector<FaultRun> faults{};
   std::size_t runs = 0;  ///< of the program, beginnings shared or not
   double seconds = 0;    ///< on this computer

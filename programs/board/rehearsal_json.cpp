@@ -169,7 +169,9 @@ Json RehearsalJson(const Report& report) {
                   .Set("equalRoads", ListOf(report.EqualRoads(), NumbersJson))
                   .Set("boards", ListOf(report.boards, BoardJson));
   if (report.hasFaults)
-    json.Set("faultResults", ResultsJson(report)).Set("faults", ListOf(report.faults, FaultJson));
+    json.Set("faultStep", report.faultStep)
+        .Set("faultResults", ResultsJson(report))
+        .Set("faults", ListOf(report.faults, FaultJson));
   return json.Set("runs", report.runs).Set("seconds", report.seconds).Set("cores", report.cores);
 }
 
