@@ -33,8 +33,8 @@ struct Disturbed {
 template <class Archive>
 void Transfer(Archive& archive, Disturbed& disturbed) {
   FaultRun& run = disturbed.run;
-  archive(run.kind, run.request, run.exitStatus, run.message, run.errorOutput, run.isEndless,
-          run.output, run.isTold, disturbed.images);
+  archive(run.kind, run.request, run.exitStatus, run.message, run.errorOutput, run.isEndless, run.output,
+          run.isTold, disturbed.images);
 }
 
 /// A run that meets a fault takes longer than one that does not, by retries and time-outs, but not for ever.

@@ -119,12 +119,12 @@ struct FaultRun {
   std::string message{};
   std::string errorOutput{};
   FaultOutcome outcome = FaultOutcome::Wanted;
-  bool isEndless = false;        ///< stopped by the rehearsal: it waits for ever
+  bool isEndless = false;  ///< stopped by the rehearsal: it waits for ever
   FaultOutput output = FaultOutput::Same;
-  bool isTold = false;           ///< the error output says what it does not say undisturbed
-  bool canBeShown = true;        ///< the board's devices and records can be read by the program afterwards
-  bool rerunReaches = true;      ///< the same package again leaves the wanted board
-  bool restoreReaches = true;    ///< restore of the snapshot leaves the old board
+  bool isTold = false;         ///< the error output says what it does not say undisturbed
+  bool canBeShown = true;      ///< the board's devices and records can be read by the program afterwards
+  bool rerunReaches = true;    ///< the same package again leaves the wanted board
+  bool restoreReaches = true;  ///< restore of the snapshot leaves the old board
 };
 /// What matters most comes first.
 enum class Gravity : std::uint8_t {
