@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "boards/check/file_text.h"
+#include "rehearsal/explorer.h"
 
 namespace varnok::rehearsal {
 namespace {
@@ -141,6 +142,17 @@ ProbeEnd SameAnswers::ChooseProbeEnd(Performance&, const Question& question) {
   return given->isForced ? ProbeEndOf(given->text).value_or(ProbeEnd::AsBoard) : ProbeEnd::AsBoard;
 }
 
+// --- The first answers ---
+
+std::optional<std::string> FirstAnswers::Answer(Performance& run, const Inquiry& inquiry) {
+  const Question& question = inquiry.question;
+  const std::string answer = AlternativesOf(inquiry).front();
+  if (question.kind == QuestionKind::Value && last_ == question)
+    run.GiveUp(Place(question) + "\"" + answer + "\" is refused for \"" + question.text + "\"");
+  last_ = question;
+  return answer;
+}
+
 // --- A file ---
 
 bool AnswerFile::Parse(std::string_view text, std::string& error) {
@@ -225,8 +237,10 @@ ProbeEnd AnswerFile::ChooseProbeEnd(Performance& run, const Question& question) 
 
 void AnswerFile::End(Performance&, Outcome& outcome) {
   for (const Row& row : rows_)
-    if (!row.isUsed && !row.key.starts_with('*'))
-      outcome.problems.push_back("line " + std::to_string(row.place) + " of the answers was not used");
+    if (!row.isUsed && !row.key.starts_with('*')) outcome.unusedAnswers.push_back(row.place);
+  if (isForMany) return;
+  for (const std::size_t place : outcome.unusedAnswers)
+    outcome.problems.push_back("line " + std::to_string(place) + " of the answers was not used");
 }
 
 std::string AnswerText(const std::vector<Given>& given) {

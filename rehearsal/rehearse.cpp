@@ -60,6 +60,7 @@ Report ReportBuilder::Finish() {
   }
   for (const std::string& tag : stage_.TheScript().tags)
     if (!tags_.contains(tag)) report_.unsetTags.push_back(tag);
+  for (std::size_t i = 0; i < images_.size(); ++i) report_.boards[i].images = std::move(images_[i]);
   return std::move(report_);
 }
 

@@ -84,10 +84,14 @@ struct Run {
   std::size_t board = 0;           ///< index into Report::boards: runs that end with equal boards share it
 };
 
+/// Whether the script ended the run itself, by ERRORLEVEL with an error.
+bool IsEndedByScript(const Run& run);
+
 /// What a board holds after a run, against the board that the rehearsal began with.
 struct BoardAfter {
   std::vector<boards::Difference> differences{};
   std::vector<DeviceImage> devices{};  ///< those that changed
+  std::vector<Bytes> images{};         ///< the board's files, in the stage's order
 };
 
 struct Road {

@@ -44,7 +44,7 @@ bool Explore(Stage& stage, const RoadOptions& options, RoadMap& map, std::size_t
   // A process whose parent dies becomes this one's.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
   const pid_t child = fork();
-  if (child == 0) Explorer(stage, *shared, results).Go();
+  if (child == 0) Explorer(stage, *shared, results, options.isProbing).Go();
   if (child < 0) {
     error = std::string("no process for the program: ") + std::strerror(errno);
     return false;

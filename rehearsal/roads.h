@@ -10,6 +10,7 @@ namespace varnok::rehearsal {
 struct RoadOptions {
   std::size_t limit = 10'000;  ///< the most roads
   unsigned cores = 1;          ///< the most processes at once
+  bool isProbing = true;       ///< each probe comes to what else it can come to, too
   std::function<void(std::size_t roads)> progress = [](std::size_t) {};
 };
 

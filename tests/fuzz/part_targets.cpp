@@ -12,6 +12,8 @@
 #include "app/services/scan.h"
 #include "app/services/text.h"
 #include "driver/ipmi_service.h"
+#include "programs/start/menu_file.h"
+#include "rehearsal/answers.h"
 #include "sim/board_server.h"
 #include "tests/fuzz/program.h"
 #include "tests/fuzz/target.h"
@@ -107,6 +109,16 @@ void RunKcs(std::string_view input) {
     (void)service.Receive(&service, header.data(), &header[1], &header[2], &header[3], answer.data(),
                           &length);
   }
+}
+
+void RunMenuFile(std::string_view input) {
+  start::Menu menu;
+  for (const start::Problem& problem : start::ReadMenu(std::string(input), menu)) (void)problem.Text();
+}
+
+void RunAnswerFile(std::string_view input) {
+  std::string error;
+  rehearsal::AnswerFile().Parse(input, error);
 }
 
 void RunServer(std::string_view input) {
