@@ -95,6 +95,7 @@ Json BoardJson(const BoardAfter& board) {
 
 Json FaultJson(const FaultRun& run) {
   constexpr std::array<const char*, 3> kOutcomes = {"wanted", "old", "between"};
+  constexpr std::array<const char*, 3> kOutputs = {"same", "repeats", "other"};
   return Json::Object()
       .Set("road", run.road)
       .Set("kind", run.kind)
@@ -104,7 +105,9 @@ Json FaultJson(const FaultRun& run) {
       .Set("message", run.message)
       .Set("board", kOutcomes[static_cast<std::size_t>(run.outcome)])
       .Set("isEndless", run.isEndless)
-      .Set("isSameTranscript", run.isSameTranscript)
+      .Set("output", kOutputs[static_cast<std::size_t>(run.output)])
+      .Set("isTold", run.isTold)
+      .Set("errorOutput", run.errorOutput)
       .Set("canBeShown", run.canBeShown)
       .Set("rerunReaches", run.rerunReaches)
       .Set("restoreReaches", run.restoreReaches);
