@@ -237,6 +237,8 @@ TEST_F(Board, SamplesAreRead) {
 }
 
 TEST_F(Board, ProbesAnswerAsWritten) {
+  const std::uint8_t damage[] = {0x7E};
+  machine.board->Images().Find("riser.bin")->Write(20, damage);
   ExpectRows("answers.txt", "", "IFSET YES\nDISPLAY yes\nENDIF\nIFSET NO\nDISPLAY no\nENDIF\n");
 }
 
