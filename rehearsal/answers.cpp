@@ -236,6 +236,8 @@ ProbeEnd AnswerFile::ChooseProbeEnd(Performance& run, const Question& question) 
 }
 
 void AnswerFile::End(Performance&, Outcome& outcome) {
+  // What a run did not come to says nothing of the file.
+  if (!outcome.problems.empty()) return;
   for (const Row& row : rows_)
     if (!row.isUsed && !row.key.starts_with('*')) outcome.unusedAnswers.push_back(row.place);
   if (isForMany) return;
@@ -250,6 +252,8 @@ std::string AnswerText(const std::vector<Given>& given) {
     const std::vector<std::string>& choices = each.question.choices;
     const std::optional<std::string> number = MenuNumber(each.question, answer);
     if (each.question.kind == QuestionKind::Probe) continue;
+    // Somebody's slip; a value that is refused is a road of its own.
+    if (each.question.kind == QuestionKind::Menu && each.isInvalid) continue;
     // An item keeps its text when another is put in front of it.
     if (each.question.kind == QuestionKind::Menu && number) answer = choices[std::stoul(*number) - 1];
     text += Quoted(each.question.text) + " = " +

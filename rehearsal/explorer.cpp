@@ -107,9 +107,9 @@ void Explorer::Enter(Performance& run, const Question& question,
   if (!isNew) {
     trace.kind = TraceKind::Join;
     trace.path = path_;
-    trace.outcome.lines.assign(run.Lines().begin(), run.Lines().end());
     trace.outcome.tags.assign(run.TagsEver().begin(), run.TagsEver().end());
   }
+  trace.outcome.lines.assign(run.Lines().begin(), run.Lines().end());
   results_.Add(ToWire(trace));
   if (!isNew) EndProcess();
 }

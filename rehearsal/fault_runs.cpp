@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <set>
+#include <string_view>
 
 #include "rehearsal/answers.h"
 #include "rehearsal/disturbances.h"
@@ -31,8 +33,8 @@ struct Disturbed {
 template <class Archive>
 void Transfer(Archive& archive, Disturbed& disturbed) {
   FaultRun& run = disturbed.run;
-  archive(run.kind, run.request, run.exitStatus, run.message, run.errorOutput, run.isEndless,
-          run.isSameTranscript, disturbed.images);
+  archive(run.kind, run.request, run.exitStatus, run.message, run.errorOutput, run.isEndless, run.output,
+          run.isTold, disturbed.images);
 }
 
 /// A run that meets a fault takes longer than one that does not, by retries and time-outs, but not for ever.
@@ -44,6 +46,27 @@ Limits DisturbedLimits(const Run& undisturbed) {
   limits.microseconds = 20 * undisturbed.microseconds + 12 * kHours;
   limits.processorSeconds = 20;
   return limits;
+}
+
+/// A line may come again once it was shown; apart from that the lines are to be the same.
+FaultOutput Compare(std::string_view undisturbed, std::string_view disturbed) {
+  if (disturbed == undisturbed) return FaultOutput::Same;
+  std::set<std::string_view> shown;
+  std::size_t next = 0;
+  const auto lineAt = [](std::string_view text, std::size_t begin) {
+    return text.substr(begin, std::min(text.find('\n', begin), text.size()) + 1 - begin);
+  };
+  for (std::size_t at = 0; at < disturbed.size();) {
+    const std::string_view line = lineAt(disturbed, at);
+    at += line.size();
+    if (next < undisturbed.size() && line == lineAt(undisturbed, next)) {
+      next += line.size();
+      shown.insert(line);
+    } else if (!shown.contains(line)) {
+      return FaultOutput::Other;
+    }
+  }
+  return next == undisturbed.size() ? FaultOutput::Repeats : FaultOutput::Other;
 }
 
 /// Runs the road, and forks the disturbed runs from it.
@@ -100,7 +123,7 @@ class Trunk : public Performance {
               .exitStatus = dead.run.exitStatus,
               .message = dead.run.message,
               .isEndless = dead.isEndless,
-              .isSameTranscript = false});
+              .output = FaultOutput::Other});
     }
     children_.erase(found);
   }
@@ -122,7 +145,8 @@ class Trunk : public Performance {
             .message = std::move(message),
             .errorOutput = run.errorOutput,
             .isEndless = outcome.isEndless,
-            .isSameTranscript = run.transcript == undisturbed_.run.transcript},
+            .output = Compare(undisturbed_.run.transcript, run.transcript),
+            .isTold = run.errorOutput != undisturbed_.run.errorOutput},
            std::move(outcome.images));
   }
 
@@ -240,6 +264,7 @@ bool DisturbRoads(Stage& stage, const FaultChoice& choice, Report& report, std::
     for (std::size_t run = first; run < report.faults.size(); ++run) report.faults[run].road = i;
   }
   report.hasFaults = true;
+  report.faultStep = choice.step;
   report.runs += report.faults.size();
   report.cores = choice.cores;
   report.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();

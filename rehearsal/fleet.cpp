@@ -65,8 +65,10 @@ class Workers {
     results_.Take([&](std::span<const std::uint8_t> record) {
       if (FleetBoard board; FromWire(record, board)) boards.push_back(std::move(board));
     });
-    std::sort(boards.begin(), boards.end(),
-              [](const FleetBoard& left, const FleetBoard& right) { return left.name < right.name; });
+    // v2 stands in front of v10.
+    std::sort(boards.begin(), boards.end(), [](const FleetBoard& left, const FleetBoard& right) {
+      return strverscmp(left.name.c_str(), right.name.c_str()) < 0;
+    });
     return error.empty();
   }
 

@@ -163,6 +163,8 @@ void BoardServer::Answer(Connection& connection, const VmInput& input) {
   CatchUpClock();
   // A request that the BMC loses has no answer; the machine's interface times out by itself.
   const Delivery delivery = board_.TheBmc().Process(request->request);
+  // In front of the answer: a kernel that has taken an answer looks for attention once, and then waits.
+  if (!board_.TheBmc().Queue().IsEmpty()) SignalAttention(connection);
   for (const Response& response : delivery.answers) {
     std::vector<std::uint8_t> bytes = EncodeVmResponse(request->sequence, response);
     if (delivery.due == 0)

@@ -10,6 +10,7 @@
 
 #include "firmware/host/host_firmware.h"
 #include "firmware/host/keyboard.h"
+#include "firmware/host/reserve.h"
 
 namespace varnok::host {
 namespace {
@@ -36,7 +37,8 @@ void Watch(void (*handler)(int), bool isWatched) {
     if (isWatched ? now.sa_handler != SIG_DFL : !isOurs) continue;
     struct sigaction wanted {};
     wanted.sa_handler = handler;
-    // Without SA_RESTART: what waits is woken.
+    // Without SA_RESTART: what waits is woken. Another signal ends a handler that cannot write its last text.
+    wanted.sa_flags = SA_NODEFER;
     sigaction(number, &wanted, nullptr);
   }
 }
@@ -57,6 +59,8 @@ InterruptibleMachine::~InterruptibleMachine() {
 
 void InterruptibleMachine::End() {
   isEnding_ = true;
+  // What is written is told without memory, too.
+  const MachineAtWork atWork;
   const std::vector<std::string> lines = account_.Lines();
   const std::string name = NameOf(asked);
   if (lines.empty()) {
@@ -72,6 +76,7 @@ void InterruptibleMachine::End() {
 
 void InterruptibleMachine::SayThatItWaits() {
   if (std::exchange(isWaitTold_, true)) return;
+  const MachineAtWork atWork;
   Complain(NameOf(asked) + ": stops behind the write that is under way; a second signal ends at once");
 }
 

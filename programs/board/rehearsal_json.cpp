@@ -95,6 +95,7 @@ Json BoardJson(const BoardAfter& board) {
 
 Json FaultJson(const FaultRun& run) {
   constexpr std::array<const char*, 3> kOutcomes = {"wanted", "old", "between"};
+  constexpr std::array<const char*, 3> kOutputs = {"same", "repeats", "other"};
   return Json::Object()
       .Set("road", run.road)
       .Set("kind", run.kind)
@@ -104,7 +105,9 @@ Json FaultJson(const FaultRun& run) {
       .Set("message", run.message)
       .Set("board", kOutcomes[static_cast<std::size_t>(run.outcome)])
       .Set("isEndless", run.isEndless)
-      .Set("isSameTranscript", run.isSameTranscript)
+      .Set("output", kOutputs[static_cast<std::size_t>(run.output)])
+      .Set("isTold", run.isTold)
+      .Set("errorOutput", run.errorOutput)
       .Set("canBeShown", run.canBeShown)
       .Set("rerunReaches", run.rerunReaches)
       .Set("restoreReaches", run.restoreReaches);
@@ -169,7 +172,9 @@ Json RehearsalJson(const Report& report) {
                   .Set("equalRoads", ListOf(report.EqualRoads(), NumbersJson))
                   .Set("boards", ListOf(report.boards, BoardJson));
   if (report.hasFaults)
-    json.Set("faultResults", ResultsJson(report)).Set("faults", ListOf(report.faults, FaultJson));
+    json.Set("faultStep", report.faultStep)
+        .Set("faultResults", ResultsJson(report))
+        .Set("faults", ListOf(report.faults, FaultJson));
   return json.Set("runs", report.runs).Set("seconds", report.seconds).Set("cores", report.cores);
 }
 

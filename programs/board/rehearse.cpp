@@ -93,13 +93,16 @@ int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
   if (!isLive && !arguments.Has("--json")) PrintLine(outcome.run.transcript);
   if (arguments.Has("--record") && !WriteText(arguments.Value("--record"), AnswerText(outcome.given)))
     return kFailed;
-  if (arguments.Has("--keep") && !stage.Save(arguments.Value("--keep"), outcome.images, error))
-    return Fail(error);
   const std::vector<std::string> problems = outcome.problems;
+  // A run that was given up tells nothing of the package.
+  const bool isWhole = problems.size() == outcome.unusedAnswers.size();
+  if (isWhole && arguments.Has("--keep") && !stage.Save(arguments.Value("--keep"), outcome.images, error))
+    return Fail(error);
   ReportBuilder builder(stage);
   builder.Add(std::move(outcome));
   Report report = builder.Finish();
-  const int status = problems.empty() ? Finish(arguments, stage, report) : TellReport(report, arguments);
+  int status = kFailed;
+  if (isWhole) status = problems.empty() ? Finish(arguments, stage, report) : TellReport(report, arguments);
   for (const std::string& problem : problems) Fail(problem);
   return problems.empty() ? status : kFailed;
 }

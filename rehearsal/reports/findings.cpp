@@ -17,6 +17,7 @@ struct CellRule {
 constexpr CellRule kCellRules[] = {{Cell::FalseSuccess, Weight::Grave, "false-success"},
                                    {Cell::CannotBeShown, Weight::Grave, "cannot-be-shown"},
                                    {Cell::NoWayBack, Weight::Grave, "no-way-back"},
+                                   {Cell::ToldSuccess, Weight::Warning, "told-success"},
                                    {Cell::Stuck, Weight::Warning, "stuck"},
                                    {Cell::Endless, Weight::Warning, "endless"}};
 

@@ -146,7 +146,7 @@ class TextWriter {
 
   void Faults() {
     if (!report_.hasFaults) return;
-    Title(Count(report_.faults.size(), "fault"));
+    Title(Count(report_.faults.size(), "fault") + ": " + FaultChoiceWords(report_));
     const auto counts = CountCells(report_);
     TextTable table({true, false});
     for (std::size_t i = 0; i < kCellCount; ++i)

@@ -175,6 +175,9 @@ TEST_F(Board, ComparedAreaIsNotWritten) {
 
 TEST_F(Board, ScriptThatFailsInProcessingWritesNothing) {
   machine.environment["LONG"] = std::u16string(254, u'x');
+  machine.files[".\\SUPPLY.FRU"] = Sample("eeprom.fru");
+  Replace(machine.files[".\\SUPPLY.FRU"], "'AT24CO2'", "'IMBDEVICE'");
+  Replace(machine.files[".\\SUPPLY.FRU"], "0D 00 F1", "0B 00 F3");  // the device's header
   ExpectRows("failures.txt", kChange);
   EXPECT_EQ(RunFile("NONE.CFG"), 2);
   EXPECT_EQ(message, "The file 'NONE.CFG' was not found.");

@@ -53,12 +53,18 @@ def numbered(count, noun):
 
 def result_of(fault):
     """What a disturbed run came to, the gravest first."""
-    if fault["exitStatus"] == 0 and fault["board"] != "wanted" and not fault["isEndless"]:
+    is_wrong_success = (fault["exitStatus"] == 0 and not fault["isEndless"] and
+                        (fault["board"] != "wanted" or fault["output"] == "other"))
+    if is_wrong_success and not fault["isTold"]:
         return "false success"
     if not fault["canBeShown"]:
         return "cannot be shown"
+    if not fault["rerunReaches"] and not fault["restoreReaches"]:
+        return "no way back"
+    if is_wrong_success:
+        return "told success"
     if not fault["rerunReaches"]:
-        return "stuck" if fault["restoreReaches"] else "no way back"
+        return "stuck"
     return "endless" if fault["isEndless"] else {"wanted": "wanted board", "old": "old board"}.get(fault["board"], "rerun helps")
 
 
