@@ -18,8 +18,8 @@ sys.path.append(str(ROOT / "tests/qemu"))
 from machine import Board, LinuxMachine, outside_bmc  # noqa: E402
 
 SENSORS = 100
-# A request that no program makes stands before and behind each job in the traffic log. ipmitool sends some more
-# around it, always the same.
+# A request that no program makes stands before and behind each job in the traffic log. ipmitool sends some
+# more around it, always the same.
 MARK = "ipmitool raw 0x2e 0x7f > /dev/null 2>&1"
 MARKED = re.compile(r"^\S+ > 20 2E/0 7F", re.MULTILINE)
 JOBS = {

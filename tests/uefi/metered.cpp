@@ -1,5 +1,5 @@
-// VARNOK.EFI, which tells at its end what it took: the processor's clock when it first wrote to the console and
-// when it was done, and the most pool memory that it held. It does not rest between requests.
+// VARNOK.EFI, which tells at its end what it took: the processor's clock when it first wrote to the console
+// and when it was done, and the most pool memory that it held. It does not rest between requests.
 #include <utility>
 
 #include "app/services/console.h"
