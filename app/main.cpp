@@ -6,6 +6,7 @@
 #include "app/version.h"
 #include "firmware/entry.h"
 #include "firmware/lasting.h"
+#include "platform/answer_doubts.h"
 
 namespace varnok {
 namespace {
@@ -35,6 +36,8 @@ int Main(int argc, char* argv[]) {
   Print("\nVARNOK Load Utility Version %s Build %d \n\n", kVersion, kBuild);
   int status = Run(application, argc, argv);
   if (status != app_status::kSuccess && status != app_status::kCommandLine) ShowError(application, status);
+  // A failure tells itself.
+  if (status == app_status::kSuccess) WarnOfDoubts();
   application.DeInitialize();
   // Kept: the name differs from the entry line's; readers of the log know both as they stand.
   Trace("Dornquist::main [EXIT]", 3);

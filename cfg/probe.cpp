@@ -9,6 +9,7 @@
 #include "cfg/cfg_parser.h"
 #include "cfg/messages.h"
 #include "cfg/script_watcher.h"
+#include "platform/answer_doubts.h"
 #include "platform/smbios.h"
 
 namespace varnok {
@@ -207,8 +208,10 @@ Status CCfgProbe::AskBmc(std::uint8_t netFunction, std::uint8_t command,
   return ToStatus(IpmiTransaction(Request(netFunction, command, data), response));
 }
 
-std::uint8_t CCfgProbe::ByteAt(const IpmiMessage& response, std::size_t index) {
-  return index < std::min<std::size_t>(response.dataLength, response.data.size()) ? response.data[index] : 0;
+std::uint8_t CCfgProbe::ByteAt(const IpmiMessage& response, std::size_t index, bool isOptional) {
+  if (index < std::min<std::size_t>(response.dataLength, response.data.size())) return response.data[index];
+  if (!isOptional) NoteDoubt(AnswerDoubt::Useless);
+  return 0;
 }
 
 Status CCfgProbe::AnswerWithoutRecord(bool& isFound) {

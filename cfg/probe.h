@@ -103,7 +103,7 @@ class CCfgProbe : public CCfgCommand {
   static Status AskBmc(std::uint8_t netFunction, std::uint8_t command,
                        std::initializer_list<std::uint8_t> data, IpmiMessage& response);
   /// A byte of the response; one that a short response lacks reads 0.
-  static std::uint8_t ByteAt(const IpmiMessage& response, std::size_t index);
+  static std::uint8_t ByteAt(const IpmiMessage& response, std::size_t index, bool isOptional = false);
 
   /// Makes the message of a failed SMBIOS look-up the engine's. The answer is no.
   static Status AnswerWithoutRecord(bool& isFound);

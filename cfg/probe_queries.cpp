@@ -118,7 +118,8 @@ Status CCfgProbe::ProbeIsK410V(std::uint8_t lun, bool& isFound) {
               response;
   request.lun = lun;
   // Nothing is read from the device, so the byte is there only when a BMC sends more than it was asked for.
-  isFound = IpmiTransaction(request, response) == ipmi_result::kSuccess && ByteAt(response, 2) == 0;
+  isFound = IpmiTransaction(request, response) == ipmi_result::kSuccess &&
+            ByteAt(response, 2, /*isOptional=*/true) == 0;
   return kSuccess;
 }
 

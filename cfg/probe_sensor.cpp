@@ -32,7 +32,7 @@ Status CCfgProbeDiscreteSensor::Ask(bool& isFound) {
       status != kSuccess)
     return status;
   isFound = (ByteAt(response, 1) & kStateMask) == kScanned && (ByteAt(response, 2) & p_[1]) == p_[3] &&
-            (ByteAt(response, 3) & p_[2]) == p_[4];
+            (ByteAt(response, 3, /*isOptional=*/true) & p_[2]) == p_[4];
   return kSuccess;
 }
 

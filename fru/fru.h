@@ -157,6 +157,8 @@ class CFru {
   bool ReserveFor(CFru& image);
   /// Reads the device into `device`, which is reserved for this image, and compares.
   Status Verify(FruOutput& output, CFru& device);
+  /// Tells the operator of areas that pass although they read back otherwise.
+  void WarnOfUncompared(CFru& device);
   bool VerifyMultiRecArea(FruOutput& output, const CFru& device, bool& isAnnounced) const;
 
   FruWriteMode headerWriteMode_ = FruWriteMode::WriteAndVerify;

@@ -9,6 +9,7 @@
 #include "fru/fru.h"
 #include "fru/fru_session.h"
 #include "fru/fru_status.h"
+#include "platform/answer_doubts.h"
 #include "platform/ipmi.h"
 
 namespace varnok {
@@ -85,6 +86,18 @@ std::optional<std::span<const std::uint8_t>> DeliveredBytes(const FruDeviceAddre
   return data.first(count);
 }
 
+/// Notes what an answer to the request for `offset` looks like to one who cannot know.
+void WatchAnswer(const FruDeviceAddress& address, std::uint32_t offset, const IpmiMessage& response,
+                 bool isDelivered) {
+  std::uint64_t device = 0;
+  for (std::uint32_t part :
+       {address.nvsType, std::uint32_t{address.lun}, std::uint32_t{address.controller},
+        std::uint32_t{address.deviceId}, std::uint32_t{address.bus}, std::uint32_t{address.deviceAddress}})
+    device = device << 8 | (part & 0xFF);
+  if (!isDelivered) NoteDoubt(AnswerDoubt::Useless);
+  WatchForRepeat(device, offset, response, IsInventoryDevice(address) ? 1 : 0);
+}
+
 /// A device that stays busy is asked again without end. The operator is told, once in a run.
 class BusyWatch {
  public:
@@ -136,6 +149,7 @@ Status CFru::ReadFruDataFromBmc(const FruDeviceAddress& address, std::uint32_t o
     switch (response.completionCode) {
       case completion_code::kSuccess: {
         std::optional<std::span<const std::uint8_t>> delivered = DeliveredBytes(address, response, bytes);
+        WatchAnswer(address, offset + static_cast<std::uint32_t>(count), response, delivered.has_value());
         // Bytes that did not arrive are an error, not data.
         if (!delivered) return fail(fru_status::kReadFailed);
         std::copy(delivered->begin(), delivered->end(), buffer.begin() + static_cast<std::ptrdiff_t>(count));

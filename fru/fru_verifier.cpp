@@ -2,6 +2,7 @@
 // its own.
 #include <algorithm>
 
+#include "app/services/console.h"
 #include "app/services/trace.h"
 #include "fru/fru.h"
 #include "fru/fru_output.h"
@@ -52,6 +53,21 @@ bool IsSameInfoArea(FruAreaId area, InfoArea& memory, InfoArea& device) {
   }
   // Both are whole buffers of 512 bytes, so that the device's area may be the shorter one.
   return IsSame(memory.GetData().subspan(begin, end - begin), device.GetData().subspan(begin, end - begin));
+}
+
+struct WrittenArea {
+  FruAreaId area;
+  const char* name;
+};
+/// Those of which the comparison leaves something out.
+constexpr WrittenArea kWrittenAreas[] = {
+    {FruAreaId::InternalUseArea, "internal use area"},
+    {FruAreaId::BoardInfoArea, "board area"},
+    {FruAreaId::MultiRecordArea, "multi-record area"},
+};
+
+bool IsSameRecord(const MultiRecord& left, const MultiRecord& right) {
+  return left.header == right.header && IsSame(left.Data(), right.Data());
 }
 
 }  // namespace
@@ -117,7 +133,21 @@ Status CFru::Verify(FruOutput& output, CFru& device) {
   if (HasMultiRecArea() && !VerifyMultiRecArea(output, device, isAnnounced))
     return Fail(kName, "Multi Record Areas differ", fru_status::kUnexpected);
   if (isAnnounced) output.Print("\nFRU File Area(s) Verification Successful.\n");
+  WarnOfUncompared(device);
   return kSuccess;
+}
+
+void CFru::WarnOfUncompared(CFru& device) {
+  for (const WrittenArea& row : kWrittenAreas) {
+    if (!HasArea(row.area) || ImageOf(row.area).mode != FruWriteMode::WriteAndVerify) continue;
+    if (row.area == FruAreaId::MultiRecordArea
+            ? std::equal(multiRecords_.begin(), multiRecords_.end(), device.multiRecords_.begin(),
+                         device.multiRecords_.end(), IsSameRecord)
+            : IsSame(ImageOf(row.area).bytes, device.ImageOf(row.area).bytes))
+      continue;
+    Warn("FRU %s: the %s reads back with other bytes than were written, in a part that is not compared",
+         FruName(address_).Text(), row.name);
+  }
 }
 
 }  // namespace varnok

@@ -9,6 +9,7 @@
 #include "app/services/trace.h"
 #include "firmware/bytes.h"
 #include "firmware/ipmi.h"
+#include "platform/answer_doubts.h"
 #include "platform/fw_status.h"
 #include "platform/ipmi.h"
 
@@ -182,6 +183,7 @@ Status CfwUpdate::IsVersionSupported(std::u16string_view version, std::span<cons
 
 Status CfwUpdate::ResetBmc(std::uint8_t target) {
   TraceScope scope("CfwUpdate::ResetBmc");
+  const ExpectedSilence silence;
   Print("This operation will take around 50 seconds to complete\n");
   Prepare(target, net_function::kApplication, ipmi_command::kColdReset);
   // A BMC that resets at once may not take part in the hand-over any more; the polls tell whether it is back.

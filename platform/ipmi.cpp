@@ -10,6 +10,7 @@
 #include "firmware/ipmi_protocol.h"
 #include "firmware/lasting.h"
 #include "firmware/pool.h"
+#include "platform/answer_doubts.h"
 #include "platform/ipmb_frame.h"
 
 namespace varnok {
@@ -105,6 +106,7 @@ IpmiResult ReceiveRaw(IpmiMessage& response) {
     response = received;
     return ipmi_result::kSuccess;
   }
+  NoteDoubt(AnswerDoubt::Missing);
   return ipmi_result::kReceiveFailed;
 }
 
@@ -118,8 +120,14 @@ IpmiResult AwaitSendMessageAnswer(IpmiMessage& answer) {
     if (answer.command == ipmi_command::kSendMessage && answer.lun == 0 &&
         answer.netFunction == net_function::kApplication + 1)
       return ipmi_result::kSuccess;
+    NoteDoubt(AnswerDoubt::Foreign);
     if (SecondsOfDay() >= limit) return ipmi_result::kSendFailed;
   }
+}
+
+/// A BMC that is busy to the last has not answered.
+void NoteIfBusy(const IpmiMessage& answer) {
+  if (answer.completionCode == completion_code::kNodeBusy) NoteDoubt(AnswerDoubt::Missing);
 }
 
 /// `answer` is that of the last Send Message.
@@ -136,6 +144,7 @@ IpmiResult SendBridged(const IpmiMessage& request, std::uint8_t channel, int att
     if (result != ipmi_result::kSuccess) return result;
     if (answer.completionCode == completion_code::kSuccess) return ipmi_result::kSuccess;
   }
+  NoteIfBusy(answer);
   return ipmi_result::kSendFailed;
 }
 
@@ -161,7 +170,9 @@ IpmiResult ReceiveBridged(IpmiMessage& response) {
     }
     result = SendRaw(getMessage);
     if (result != ipmi_result::kSuccess) return result;
-    if (SecondsOfDay() >= limit) return ipmi_result::kReceiveFailed;
+    if (SecondsOfDay() < limit) continue;
+    NoteDoubt(AnswerDoubt::Missing);
+    return ipmi_result::kReceiveFailed;
   }
 }
 
@@ -187,9 +198,10 @@ IpmiResult FetchBridgedAnswer(const IpmiMessage& request, IpmiMessage& response,
     if (result == ipmi_result::kSuccess && HoldsResponse(answer) &&
         BridgedCommand(answer) == request.command) {
       response = UnwrapGetMessage(answer);
-      break;
+      return result;
     }
   }
+  NoteDoubt(AnswerDoubt::Missing);
   return result;
 }
 
@@ -219,8 +231,13 @@ IpmiResult IpmiTransaction(const IpmiMessage& request, IpmiMessage& response, bo
     result = isBridged ? ReceiveBridged(response) : ReceiveRaw(response);
     if (result != ipmi_result::kSuccess) continue;
     hasResponse = true;
-    if (Answers(response, request)) return ipmi_result::kSuccess;
+    if (Answers(response, request)) {
+      if (request.command != ipmi_command::kMasterWriteRead) WatchForErased(response);
+      return ipmi_result::kSuccess;
+    }
+    if (response.command != request.command) NoteDoubt(AnswerDoubt::Foreign);
   }
+  if (hasResponse) NoteIfBusy(response);
   if (!hasResponse || response.command != request.command) return ipmi_result::kWrongResponse;
   return response.completionCode != completion_code::kSuccess ? ipmi_result::kCompletionCode
                                                               : ipmi_result::kReceiveFailed;

@@ -11,8 +11,11 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <set>
+#include <string_view>
 
 #include "rehearsal/answers.h"
+#include "rehearsal/command_names.h"
 #include "rehearsal/disturbances.h"
 #include "rehearsal/results.h"
 #include "rehearsal/roads.h"
@@ -31,8 +34,8 @@ struct Disturbed {
 template <class Archive>
 void Transfer(Archive& archive, Disturbed& disturbed) {
   FaultRun& run = disturbed.run;
-  archive(run.kind, run.request, run.exitStatus, run.message, run.errorOutput, run.isEndless,
-          run.isSameTranscript, disturbed.images);
+  archive(run.kind, run.request, run.name, run.exitStatus, run.message, run.errorOutput, run.isEndless,
+          run.output, run.isTold, disturbed.images);
 }
 
 /// A run that meets a fault takes longer than one that does not, by retries and time-outs, but not for ever.
@@ -44,6 +47,27 @@ Limits DisturbedLimits(const Run& undisturbed) {
   limits.microseconds = 20 * undisturbed.microseconds + 12 * kHours;
   limits.processorSeconds = 20;
   return limits;
+}
+
+/// A line may come again once it was shown; apart from that the lines are to be the same.
+FaultOutput Compare(std::string_view undisturbed, std::string_view disturbed) {
+  if (disturbed == undisturbed) return FaultOutput::Same;
+  std::set<std::string_view> shown;
+  std::size_t next = 0;
+  const auto lineAt = [](std::string_view text, std::size_t begin) {
+    return text.substr(begin, std::min(text.find('\n', begin), text.size()) + 1 - begin);
+  };
+  for (std::size_t at = 0; at < disturbed.size();) {
+    const std::string_view line = lineAt(disturbed, at);
+    at += line.size();
+    if (next < undisturbed.size() && line == lineAt(undisturbed, next)) {
+      next += line.size();
+      shown.insert(line);
+    } else if (!shown.contains(line)) {
+      return FaultOutput::Other;
+    }
+  }
+  return next == undisturbed.size() ? FaultOutput::Repeats : FaultOutput::Other;
 }
 
 /// Runs the road, and forks the disturbed runs from it.
@@ -61,6 +85,7 @@ class Trunk : public Performance {
     Performance::Asked(place, request);
     if (disturbance_ != nullptr) return;
     ++request_;
+    name_ = CommandName(request.netFunction, request.command);
     for (const Disturbance& disturbance : AllDisturbances()) {
       if (!IsWithin(disturbance.scope, place, request)) continue;
       if (pairs_++ % choice_.step != 0 || !Fork(disturbance)) continue;
@@ -82,7 +107,10 @@ class Trunk : public Performance {
     }
     // Without a process this disturbance cannot be tried, which must not pass for a good end.
     if (child < 0)
-      Report({.kind = disturbance.name, .request = request_, .message = "no process for the run"});
+      Report({.kind = disturbance.name,
+              .request = request_,
+              .name = name_,
+              .message = "no process for the run"});
     if (child > 0) children_.emplace(child, &disturbance);
     return false;
   }
@@ -97,10 +125,11 @@ class Trunk : public Performance {
       const Outcome dead = OutcomeOfDeath(TheStage(), status);
       Report({.kind = found->second->name,
               .request = request_,
+              .name = name_,
               .exitStatus = dead.run.exitStatus,
               .message = dead.run.message,
               .isEndless = dead.isEndless,
-              .isSameTranscript = false});
+              .output = FaultOutput::Other});
     }
     children_.erase(found);
   }
@@ -118,11 +147,13 @@ class Trunk : public Performance {
     for (const std::string& problem : outcome.problems) message += (message.empty() ? "" : "; ") + problem;
     Report({.kind = disturbance_->name,
             .request = request_,
+            .name = name_,
             .exitStatus = run.exitStatus,
             .message = std::move(message),
             .errorOutput = run.errorOutput,
             .isEndless = outcome.isEndless,
-            .isSameTranscript = run.transcript == undisturbed_.run.transcript},
+            .output = Compare(undisturbed_.run.transcript, run.transcript),
+            .isTold = run.errorOutput != undisturbed_.run.errorOutput},
            std::move(outcome.images));
   }
 
@@ -131,6 +162,7 @@ class Trunk : public Performance {
   Results& results_;
   const Disturbance* disturbance_ = nullptr;  ///< in a process that has one
   std::size_t request_ = 0;
+  std::string name_;  ///< of the request
   std::size_t pairs_ = 0;
   std::map<pid_t, const Disturbance*> children_;
 };
@@ -240,6 +272,7 @@ bool DisturbRoads(Stage& stage, const FaultChoice& choice, Report& report, std::
     for (std::size_t run = first; run < report.faults.size(); ++run) report.faults[run].road = i;
   }
   report.hasFaults = true;
+  report.faultStep = choice.step;
   report.runs += report.faults.size();
   report.cores = choice.cores;
   report.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();

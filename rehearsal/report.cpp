@@ -4,11 +4,18 @@
 
 namespace varnok::rehearsal {
 
+bool IsEndedByScript(const Run& run) {
+  return run.message.starts_with("Configuration file exiting due to ERRORLEVEL");
+}
+
 Gravity GravityOf(const FaultRun& run) {
-  if (run.exitStatus == 0 && !run.isEndless && run.outcome != FaultOutcome::Wanted)
-    return Gravity::FalseSuccess;
+  const bool isWrongSuccess = run.exitStatus == 0 && !run.isEndless &&
+                              (run.outcome != FaultOutcome::Wanted || run.output == FaultOutput::Other);
+  if (isWrongSuccess && !run.isTold) return Gravity::FalseSuccess;
   if (!run.canBeShown) return Gravity::CannotBeShown;
-  if (!run.rerunReaches) return run.restoreReaches ? Gravity::Stuck : Gravity::NoWayBack;
+  if (!run.rerunReaches && !run.restoreReaches) return Gravity::NoWayBack;
+  if (isWrongSuccess) return Gravity::ToldSuccess;
+  if (!run.rerunReaches) return Gravity::Stuck;
   return run.isEndless ? Gravity::Endless : Gravity::Harmless;
 }
 

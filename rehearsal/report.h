@@ -84,10 +84,14 @@ struct Run {
   std::size_t board = 0;           ///< index into Report::boards: runs that end with equal boards share it
 };
 
+/// Whether the script ended the run itself, by ERRORLEVEL with an error.
+bool IsEndedByScript(const Run& run);
+
 /// What a board holds after a run, against the board that the rehearsal began with.
 struct BoardAfter {
   std::vector<boards::Difference> differences{};
   std::vector<DeviceImage> devices{};  ///< those that changed
+  std::vector<Bytes> images{};         ///< the board's files, in the stage's order
 };
 
 struct Road {
@@ -105,25 +109,34 @@ enum class FaultOutcome : std::uint8_t {
   Old,      ///< it holds what it held before
   Between,  ///< neither
 };
+/// What it showed on the console, against the undisturbed run.
+enum class FaultOutput : std::uint8_t {
+  Same,
+  Repeats,  ///< the same but for lines that come again
+  Other,
+};
 struct FaultRun {
   std::size_t road = 0;
   std::string kind{};       ///< "no-answer (not done)", "completion code C3h"
   std::size_t request = 0;  ///< its number on the road, from 1
+  std::string name{};       ///< of the request, "Write FRU Data"
   int exitStatus = 0;
   std::string message{};
   std::string errorOutput{};
   FaultOutcome outcome = FaultOutcome::Wanted;
-  bool isEndless = false;        ///< stopped by the rehearsal: it waits for ever
-  bool isSameTranscript = true;  ///< what it showed is what the undisturbed run shows
-  bool canBeShown = true;        ///< the board's devices and records can be read by the program afterwards
-  bool rerunReaches = true;      ///< the same package again leaves the wanted board
-  bool restoreReaches = true;    ///< restore of the snapshot leaves the old board
+  bool isEndless = false;  ///< stopped by the rehearsal: it waits for ever
+  FaultOutput output = FaultOutput::Same;
+  bool isTold = false;         ///< the error output says what it does not say undisturbed
+  bool canBeShown = true;      ///< the board's devices and records can be read by the program afterwards
+  bool rerunReaches = true;    ///< the same package again leaves the wanted board
+  bool restoreReaches = true;  ///< restore of the snapshot leaves the old board
 };
 /// What matters most comes first.
 enum class Gravity : std::uint8_t {
-  FalseSuccess,   ///< status 0 and another board than the wanted one
+  FalseSuccess,   ///< status 0, another board or output than the wanted one, and not a word of it
   CannotBeShown,  ///< the board cannot be shown any more
   NoWayBack,      ///< neither a rerun nor restore leaves that state
+  ToldSuccess,    ///< as a false success, and the error output tells it
   Stuck,          ///< a rerun does not reach the wanted board; restore helps
   Endless,
   Harmless,
@@ -149,6 +162,7 @@ struct Report {
   std::vector<std::string> unsetTags{};    ///< tags that the script tests or sets and no road set
   std::vector<std::size_t> brokenRoads{};  ///< roads that end in an error after something was written
   bool hasFaults = false;
+  std::size_t faultStep = 1;  ///< every so-manieth of all faults was tried
   std::vector<FaultRun> faults{};
   std::size_t runs = 0;  ///< of the program, beginnings shared or not
   double seconds = 0;    ///< on this computer

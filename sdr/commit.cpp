@@ -5,6 +5,7 @@
 #include "app/services/console.h"
 #include "app/services/text.h"
 #include "app/services/trace.h"
+#include "platform/answer_doubts.h"
 #include "sdr/output.h"
 #include "sdr/read_system.h"
 #include "sdr/record_lists.h"
@@ -39,8 +40,9 @@ void WriteRecord(const CSdr& record, std::uint32_t number) {
     SdrUtility::WriteOutput(FormatInto(room, "Writing SDR Record # %d\n", number));
     SdrUtility::DisplayHex(bytes, TheSdr().output.get());
   }
-  if (SdrReadSystem::SendRecordToBMC(bytes) != kSuccess)
-    SdrUtility::PrintText(u"\n SendRecordToBMC failed\n");
+  if (SdrReadSystem::SendRecordToBMC(bytes) == kSuccess) return;
+  NoteDoubt(AnswerDoubt::Useless);
+  SdrUtility::PrintText(u"\n SendRecordToBMC failed\n");
 }
 
 void WriteSelected(const SdrDataSet& set, std::uint32_t total) {
@@ -94,7 +96,7 @@ class Comparison final : public SdrRecordTaker {
     for (std::size_t type = 0; type < kSdrTypeCount; ++type) cursors_[type] = (*set.lists)[type].begin();
     // What cannot be read is missing in the comparison.
     (void)SdrReadSystem::LoadSdrProperties(temporary_->info);
-    (void)SdrReadSystem::WalkRepository(*this);
+    if (SdrReadSystem::WalkRepository(*this) != kSuccess) NoteDoubt(AnswerDoubt::Useless);
     for (std::size_t type = 0; type < kSdrTypeCount; ++type)
       isSame_ = isSame_ && NextSelected(type) == nullptr;
   }
@@ -163,6 +165,9 @@ Status CommitSdrDataSet(SdrDataSet& set) {
   SdrUtility::WriteOutput(u"Reading SDR information ...\n");
   if (!set.isCompareOnly && comparison.Count() > total)
     Warn("the SDR repository holds %u records, %u were written", comparison.Count(), total);
+  if (comparison.Count() != set.info.recordCount)
+    Warn("the SDR repository says that it holds %u records, %u were read", set.info.recordCount,
+         comparison.Count());
   if (!comparison.IsSame()) {
     SdrUtility::PrintText(set.isCompareOnly
                               ? u"\n\nSDR file does not match with what was programmed in the memory.\n\n\n"

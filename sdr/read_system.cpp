@@ -5,6 +5,7 @@
 #include "app/services/trace.h"
 #include "firmware/bytes.h"
 #include "firmware/ipmi.h"
+#include "platform/answer_doubts.h"
 #include "sdr/output.h"
 #include "sdr/repository_request.h"
 
@@ -12,13 +13,18 @@ namespace varnok {
 namespace {
 
 constexpr std::size_t kChunk = 16;
+constexpr std::size_t kNextIdLength = 2;  // in front of a record's bytes
 
 /// Get SDR (IPMI v2.0, section 33.12): `count` bytes from `offset` on.
 IpmiResult GetRecordPart(std::uint16_t reservation, std::uint16_t recordId, std::uint8_t offset,
                          std::uint8_t count, IpmiMessage& response) {
   std::array<std::uint8_t, 6> data;
   ByteWriter(data).Word(reservation).Word(recordId).Byte(offset).Byte(count);
-  return SendSdrRequest(ipmi_command::kGetSdr, data, response);
+  const IpmiResult result = SendSdrRequest(ipmi_command::kGetSdr, data, response);
+  constexpr std::uint64_t kRepository = ~std::uint64_t{0};  // no FRU device
+  if (result == ipmi_result::kSuccess)
+    WatchForRepeat(kRepository, std::uint32_t{recordId} << 8 | offset, response, kNextIdLength);
+  return result;
 }
 
 Status ReadFailure(IpmiResult result, std::uint16_t recordId) {
@@ -29,7 +35,6 @@ Status ReadFailure(IpmiResult result, std::uint16_t recordId) {
 
 /// The bytes of the record behind its next-record ID; false when fewer arrived than were asked for and fit.
 bool CopyRecordPart(const IpmiMessage& response, std::size_t asked, std::span<std::uint8_t> to) {
-  constexpr std::size_t kNextIdLength = 2;
   auto count = std::min<std::size_t>({asked, IpmiMessage::kCapacity - kNextIdLength, to.size()});
   if (response.dataLength < kNextIdLength + count) return false;
   std::copy_n(response.data.begin() + kNextIdLength, count, to.begin());

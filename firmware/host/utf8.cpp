@@ -101,6 +101,13 @@ std::string Latin1FromUtf8(std::string_view text) {
   return out;
 }
 
+std::vector<std::string> Latin1FromUtf8(std::span<const std::string> texts) {
+  std::vector<std::string> out;
+  out.reserve(texts.size());
+  for (const std::string& text : texts) out.push_back(Latin1FromUtf8(text));
+  return out;
+}
+
 std::string Utf8FromLatin1(std::string_view text) {
   std::string out;
   for (char character : text) {

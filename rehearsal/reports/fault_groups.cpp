@@ -11,9 +11,10 @@ namespace {
 
 // clang-format off
 constexpr std::array<CellWords, kCellCount> kCells = {{
-    {"c-false", "false success", "status 0 and another board than the wanted one"},
+    {"c-false", "false success", "status 0 and, without a word, another board or output than the wanted one"},
     {"c-unshown", "cannot be shown", "the program cannot show the board any more"},
     {"c-noway", "no way back", "neither a rerun nor restore leaves that state"},
+    {"c-told", "told success", "status 0 and another board or output than the wanted one; the error output tells"},
     {"c-stuck", "stuck", "a rerun does not reach the wanted board; restore helps"},
     {"c-endless", "endless", "the run waits for ever"},
     {"c-rerun", "rerun helps", "an error and a board in between; the same package mends it"},
@@ -36,6 +37,8 @@ Cell CellOf(const FaultRun& run) {
       return Cell::CannotBeShown;
     case Gravity::NoWayBack:
       return Cell::NoWayBack;
+    case Gravity::ToldSuccess:
+      return Cell::ToldSuccess;
     case Gravity::Stuck:
       return Cell::Stuck;
     case Gravity::Endless:
@@ -130,7 +133,8 @@ std::string Explanation(const FaultRun& run) {
   else
     text +=
         run.restoreReaches ? "; a rerun does not help, restore does" : "; neither a rerun nor restore helps";
-  if (run.exitStatus == 0 && run.isSameTranscript && run.outcome != FaultOutcome::Wanted)
+  if (run.exitStatus == 0 && run.output == FaultOutput::Same && !run.isTold &&
+      run.outcome != FaultOutcome::Wanted)
     text += "; the console shows nothing unusual";
   return text;
 }

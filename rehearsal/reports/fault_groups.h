@@ -15,13 +15,14 @@ enum class Cell : std::uint8_t {
   FalseSuccess,
   CannotBeShown,
   NoWayBack,
+  ToldSuccess,
   Stuck,
   Endless,
   RerunHelps,  ///< an error, and a board in between that the same package mends
   Old,         ///< an error, and the board as it was
   Wanted,      ///< the wanted board
 };
-inline constexpr std::size_t kCellCount = 8;
+inline constexpr std::size_t kCellCount = 9;
 
 struct CellWords {
   std::string_view style;  ///< a class of the page's

@@ -17,6 +17,7 @@ struct CellRule {
 constexpr CellRule kCellRules[] = {{Cell::FalseSuccess, Weight::Grave, "false-success"},
                                    {Cell::CannotBeShown, Weight::Grave, "cannot-be-shown"},
                                    {Cell::NoWayBack, Weight::Grave, "no-way-back"},
+                                   {Cell::ToldSuccess, Weight::Warning, "told-success"},
                                    {Cell::Stuck, Weight::Warning, "stuck"},
                                    {Cell::Endless, Weight::Warning, "endless"}};
 
@@ -54,7 +55,7 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
 enum class Failure : std::uint8_t { Error, Probe, Purpose };
 
 Failure FailureOf(const Report& report, const Road& road) {
-  if (road.run.message.starts_with("Configuration file exiting due to ERRORLEVEL")) return Failure::Purpose;
+  if (IsEndedByScript(road.run)) return Failure::Purpose;
   const bool hasFailingProbe =
       std::any_of(road.answers.begin(), road.answers.end(), [&report](const Answer& answer) {
         return report.questions[answer.question].kind == QuestionKind::Probe && answer.text == "failing";

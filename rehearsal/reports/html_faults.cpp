@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kShownMaps = 8;
 constexpr std::size_t kShownCells = 60'000;  // after so many no other map begins
 constexpr std::size_t kShownGroups = 60;
-constexpr std::array<unsigned, kCellCount> kHeights = {10, 9, 8, 7, 6, 4, 3, 2};
+constexpr std::array<unsigned, kCellCount> kHeights = {10, 9, 8, 7, 7, 6, 4, 3, 2};
 
 Element ResultTable(const Report& report) {
   const auto counts = CountCells(report);
@@ -167,8 +167,8 @@ Element GroupTable(const Report& report, const std::vector<FaultGroup>& groups) 
 Element FaultsChapter(const Report& report) {
   Element chapter = Chapter("faults", "Faults");
   chapter
-      .Add(Aside("Each kind of fault at each request of a road, one a run: " +
-                 Count(report.faults.size(), "run") + "."))
+      .Add(Aside("Tried: " + FaultChoiceWords(report) + ", one a run: " + Count(report.faults.size(), "run") +
+                 "."))
       .Add(ResultTable(report));
   const std::vector<FaultGroup> groups = GraveGroups(report);
   if (!groups.empty()) chapter.Add(GroupTable(report, groups));

@@ -12,7 +12,7 @@ constexpr std::string_view kStyle = R"css(
   --t0: #cfdff2; --t1: #d9ead3; --t2: #f0e2c4; --t3: #e6d7ee; --t4: #d2ebea; --t5: #f3d9d6;
   --free: #eceef1; --changed: #24303d; --mark: #ffe08a;
   --c-wanted: #b9dcc6; --c-old: #b5c1d0; --c-rerun: #e3cf94; --c-endless: #e0a33c; --c-stuck: #d97a2b;
-  --c-noway: #c2412d; --c-unshown: #9c1b45; --c-false: #4d0f5e;
+  --c-noway: #c2412d; --c-told: #b0518f; --c-unshown: #9c1b45; --c-false: #4d0f5e;
 }
 @media (prefers-color-scheme: dark) {
   :root {
@@ -22,7 +22,7 @@ constexpr std::string_view kStyle = R"css(
     --t0: #27405e; --t1: #2d4a2f; --t2: #51431f; --t3: #452f54; --t4: #1f4a4a; --t5: #552f2f;
     --free: #262b31; --changed: #f0f3f6; --mark: #6b5410;
     --c-wanted: #2f5a41; --c-old: #46525f; --c-rerun: #6f6233; --c-endless: #a3762a; --c-stuck: #d07a35;
-    --c-noway: #ef6a52; --c-unshown: #ff86ad; --c-false: #e3b4ff;
+    --c-noway: #ef6a52; --c-told: #e58ac6; --c-unshown: #ff86ad; --c-false: #e3b4ff;
   }
 }
 * { box-sizing: border-box; }
@@ -76,6 +76,8 @@ thead th { color: var(--soft); font-size: 0.8125rem; overflow-wrap: normal; }
 .changes, .groups { table-layout: fixed; }
 .changes th:first-child { width: 14%; }
 .changes th:nth-child(2) { width: 30%; }
+.fleet td { white-space: nowrap; }
+.fleet td:nth-child(5) { white-space: normal; }
 .groups th:first-child { width: 13%; }
 .groups th:nth-child(2) { width: 24%; }
 .groups th:nth-child(3) { width: 30%; }
@@ -140,7 +142,7 @@ mark { background: var(--mark); color: inherit; font-weight: 700; text-decoratio
 .free { fill: var(--free); } .changed { fill: var(--changed); }
 .read { fill: var(--read); } .write { fill: var(--write); } .wait { fill: var(--wait); } .cut { fill: var(--cut); } .lost { fill: var(--lost); }
 .c-wanted { fill: var(--c-wanted); } .c-old { fill: var(--c-old); } .c-rerun { fill: var(--c-rerun); }
-.c-endless { fill: var(--c-endless); } .c-stuck { fill: var(--c-stuck); } .c-noway { fill: var(--c-noway); }
+.c-endless { fill: var(--c-endless); } .c-stuck { fill: var(--c-stuck); } .c-noway { fill: var(--c-noway); } .c-told { fill: var(--c-told); }
 .c-unshown { fill: var(--c-unshown); } .c-false { fill: var(--c-false); }
 
 @media (max-width: 48rem) {
@@ -153,6 +155,11 @@ mark { background: var(--mark); color: inherit; font-weight: 700; text-decoratio
   .heat th:first-child { width: 8rem; }
   .heat th:nth-child(3), .heat .number { width: 2.6rem; }
   .script th[scope=row], .script .mark, .script td:last-child { padding: 0 0.3rem; }
+  .fleet thead { display: none; }
+  .fleet tr { display: grid; grid-template-columns: 2rem 5.5rem 1fr auto; border-bottom: 1px solid var(--line); padding: 0.4rem 0; }
+  .fleet th, .fleet td { border: 0; padding: 0; }
+  .fleet td:nth-child(5) { grid-column: 1 / -1; }
+  .fleet td.number { width: auto; text-align: left; }
   .groups thead { display: none; }
   .groups th:first-child, .groups td { display: block; width: auto; border: 0; padding: 0; }
   .groups th { font-weight: 650; }

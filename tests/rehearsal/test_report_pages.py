@@ -53,12 +53,18 @@ def numbered(count, noun):
 
 def result_of(fault):
     """What a disturbed run came to, the gravest first."""
-    if fault["exitStatus"] == 0 and fault["board"] != "wanted" and not fault["isEndless"]:
+    is_wrong_success = (fault["exitStatus"] == 0 and not fault["isEndless"] and
+                        (fault["board"] != "wanted" or fault["output"] == "other"))
+    if is_wrong_success and not fault["isTold"]:
         return "false success"
     if not fault["canBeShown"]:
         return "cannot be shown"
+    if not fault["rerunReaches"] and not fault["restoreReaches"]:
+        return "no way back"
+    if is_wrong_success:
+        return "told success"
     if not fault["rerunReaches"]:
-        return "stuck" if fault["restoreReaches"] else "no way back"
+        return "stuck"
     return "endless" if fault["isEndless"] else {"wanted": "wanted board", "old": "old board"}.get(fault["board"], "rerun helps")
 
 
@@ -123,6 +129,29 @@ class ReportTest(unittest.TestCase):
             suite, count = suites[name], len(report[name])
             self.assertEqual((suite.get("tests"), suite.get("failures")), (str(count), str(failures)))
             self.assertEqual((len(suite.findall("testcase")), len(suite.findall("testcase/failure"))), (count, failures))
+
+    def test_fleet(self):
+        program, fleet = os.environ["VARNOK_BOARD_PROGRAM"], self.folder / "fleet"
+        for name in ("<script>document.title='taken'<", "small", "a-name-without-a-blank-" * 8):
+            subprocess.run([program, "new", fleet / name], check=True, capture_output=True)
+        board = fleet / "small/board.json"
+        board.write_text(board.read_text().replace('"capacity": 32768', '"capacity": 128'))
+        done = subprocess.run([program, "rehearse", ROOT / "samples/MASTER.CFG", "--boards", fleet, "--all-roads", "--json",
+                               "--html", self.folder / "fleet.html", "--junit", self.folder / "fleet.xml"],
+                              check=False, capture_output=True)
+        self.assertEqual(done.returncode, 1, done.stderr.decode())
+        report, page = json.loads(done.stdout), self.folder / "fleet.html"
+        self.check_foreign(page, self.browser.open(page, 1280))
+        said = self.browser.evaluate(SAID)
+        self.assertEqual(said["details"], [finding["detail"] for finding in report["findings"]])
+        self.assertEqual(len(said["boards"]), len(report["groups"]))
+        self.assertEqual(said["dead"], 0)
+        for width in (1280, 390):
+            self.browser.open(page, width, "dark")
+            self.assertEqual(self.browser.evaluate(OVERFLOWS), [], f"{width} pixels")
+        cases = {case.get("name"): case for case in xml.etree.ElementTree.parse(self.folder / "fleet.xml").iter("testcase")}
+        self.assertEqual([name for name, case in cases.items() if len(case)], ["small"])
+        self.assertEqual(list(cases), [each["name"] for each in report["boards"]])
 
     def test_made_reports(self):
         for kind in ("hostile", "big"):
