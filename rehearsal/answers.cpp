@@ -236,11 +236,10 @@ ProbeEnd AnswerFile::ChooseProbeEnd(Performance& run, const Question& question) 
 }
 
 void AnswerFile::End(Performance&, Outcome& outcome) {
-  // What a run did not come to says nothing of the file.
-  if (!outcome.problems.empty()) return;
   for (const Row& row : rows_)
     if (!row.isUsed && !row.key.starts_with('*')) outcome.unusedAnswers.push_back(row.place);
-  if (isForMany) return;
+  // What a run did not come to says nothing of the file.
+  if (isForMany || outcome.isGivenUp) return;
   for (const std::size_t place : outcome.unusedAnswers)
     outcome.problems.push_back("line " + std::to_string(place) + " of the answers was not used");
 }
