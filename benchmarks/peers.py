@@ -18,8 +18,8 @@ sys.path.append(str(ROOT / "tests/qemu"))
 from machine import Board, LinuxMachine, outside_bmc  # noqa: E402
 
 SENSORS = 100
-# A request that no program makes stands before and behind each job in the traffic log. ipmitool sends some more
-# around it, always the same.
+# A request that no program makes stands before and behind each job in the traffic log. ipmitool sends some
+# more around it, always the same.
 MARK = "ipmitool raw 0x2e 0x7f > /dev/null 2>&1"
 MARKED = re.compile(r"^\S+ > 20 2E/0 7F", re.MULTILINE)
 JOBS = {
@@ -56,7 +56,10 @@ class Guest(LinuxMachine):
     PROGRAMS = ["varnok", shutil.which("ipmitool"), "/usr/sbin/ipmi-fru"]
 
     def install(self, script: list[str]):
-        super().install(["mkdir -p /var/cache/ipmimonitoringsdrcache /root /tmp /usr/sbin", "export HOME=/root", *script])
+        # ipmi-fru wants a user with a home, where it keeps what it has learnt of the repository.
+        own = ["mkdir /etc /root", "echo root:x:0:0::/root:/bin/sh > /etc/passwd", "export HOME=/root",
+               f"{JOBS['show device 0']['freeipmi']} > out 2>&1"]
+        super().install(own + script)
 
 
 def content_of(folder: Path, board: Board) -> Path:

@@ -8,13 +8,14 @@
 #include <iterator>
 
 #include "boards/check/file_text.h"
+#include "boards/traffic.h"
 #include "cfg/cfg_command.h"
 #include "cfg/probe.h"
 #include "firmware/entry.h"
 #include "firmware/host/argument_list.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
-#include "rehearsal/command_names.h"
+#include "rehearsal/can_write.h"
 #include "rehearsal/hash.h"
 #include "sim/fault_kinds.h"
 
@@ -335,7 +336,7 @@ void Performance::Asked(const sim::BusPlace& place, const sim::Request& request)
                                   .channel = place.channel,
                                   .netFunction = request.netFunction,
                                   .command = request.command,
-                                  .name = CommandName(request.netFunction, request.command),
+                                  .name = boards::CommandName(request.netFunction, request.command),
                                   .request = request.data,
                                   .isWrite = CanWrite(request.netFunction, request.command, request.data)});
 }

@@ -62,7 +62,7 @@ int Finish(const Arguments& arguments, Stage& stage, Report& report) {
 std::string MisplacedOption(const Arguments& arguments) {
   const bool isAllRoads = arguments.Has("--all-roads");
   if (arguments.Has("--boards"))
-    for (const char* name : {"--board", "--record", "--keep", "--every-fault", "--html"})
+    for (const char* name : {"--board", "--record", "--keep", "--every-fault"})
       if (arguments.Has(name)) return std::string(name) + " is for one board, not for --boards";
   for (const char* name : {"--answers", "--record", "--keep"})
     if (isAllRoads && arguments.Has(name)) return std::string(name) + " is for one road, not for --all-roads";

@@ -1,5 +1,5 @@
-// VARNOK.EFI, which tells at its end what it took: the processor's clock when it first wrote to the console and
-// when it was done, and the most pool memory that it held. It does not rest between requests.
+// VARNOK.EFI, which tells at its end what it took: the processor's clock when it first wrote to the console
+// and when it was done, and the most pool memory that it held. It does not rest between requests.
 #include <utility>
 
 #include "app/services/console.h"
@@ -42,7 +42,7 @@ int MeteredMain(int argc, char* argv[]) {
   const int status = Main(argc, argv);
   uefi::BootServices().Stall = stall;
   console.OutputString = showText;
-  Print("pool %d\nshown %d\ndone %d\n", uefi::MostPoolBytes(), firstShown, __builtin_ia32_rdtsc());
+  Print("\npool %d\nshown %d\ndone %d\n", uefi::MostPoolBytes(), firstShown, __builtin_ia32_rdtsc());
   return status;
 }
 
