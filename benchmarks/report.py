@@ -16,11 +16,12 @@ import jobs
 import sizes
 
 ROOT = Path(__file__).resolve().parent.parent
-RELEASE, UEFI, SIZES = (ROOT / "build" / name for name in ("release", "uefi", "uefi-sizes"))
+BUILD, UEFI, SIZES = (ROOT / "build" / name for name in ("bench", "uefi", "uefi-sizes"))
+BENCHMARKS = BUILD / "benchmarks"
 VERSION = 1
 REPEATS = 7
 KIB = 1024
-USAGE_STATUS = 1
+TRACE_TESTS = 3 * 1_000_000  # of the level, in bench_parts' TraceOff
 
 
 @dataclass
@@ -54,10 +55,11 @@ class Bench:
     def __init__(self, folder: Path):
         self.folder = folder
         self.rows: list[Row] = []
-        subprocess.run([RELEASE / "varnok-board", "new", folder / "default"], check=True, capture_output=True)
-        self.smbios = (folder / "default/smbios.bin").read_bytes()
+        subprocess.run([BUILD / "varnok", "/?"], env={"XDG_STATE_HOME": str(folder)}, capture_output=True)
+        self.default = folder / "varnok/board"
+        self.smbios = (self.default / "smbios.bin").read_bytes()
         self.empty = self.board("empty")
-        self.start = self.cost(self.empty, "/?")
+        self.start = self.cost(self.empty, "/?")  # what each run pays before its work
 
     def board(self, name: str, **what) -> Path:
         shutil.rmtree(self.folder / name, ignore_errors=True)
@@ -67,20 +69,24 @@ class Bench:
         self.rows.append(Row(name, value, unit, bar, most_is_best, noise))
         print(shown(self.rows[-1]), flush=True)
 
-    def run(self, board: Path, arguments, before=(), **environment) -> list[str]:
-        """The last words on the error output of a run that must end well."""
+    def execute(self, *command, **environment) -> str:
+        """The error output of a command that must end well."""
         with open(self.folder / "console", "wb") as console:
-            done = subprocess.run([*before, RELEASE / "varnok", *arguments], cwd=self.folder, stdout=console,
-                                  stderr=subprocess.PIPE, text=True, env={"VARNOK_BOARD": str(board), **environment})
-        if done.returncode != (0 if arguments else USAGE_STATUS):
-            raise SystemExit(f"{arguments} ended with {done.returncode}: {done.stderr}")
-        return done.stderr.splitlines()[-1].split() if done.stderr else []
+            done = subprocess.run(command, cwd=self.folder, stdout=console, stderr=subprocess.PIPE, text=True,
+                                  env=environment)
+        if done.returncode != 0:
+            raise SystemExit(f"{command} ended with {done.returncode}: {done.stderr}")
+        return done.stderr
+
+    def run(self, board: Path, arguments, before=(), **environment) -> str:
+        return self.execute(*before, BUILD / "varnok", *arguments, VARNOK_BOARD=str(board), **environment)
 
     def cost(self, board: Path, *arguments: str, before_each=lambda: None) -> Cost:
         runs = []
         for _ in range(REPEATS):
             before_each()
-            status, *numbers = map(float, self.run(board, arguments, [RELEASE / "benchmarks/bench_run"]))
+            said = self.run(board, arguments, [BENCHMARKS / "measured_run"]).splitlines()[-1]
+            status, *numbers = map(float, said.split())
             if status != 0:
                 raise SystemExit(f"{arguments} ended with {status:.0f}")
             runs.append(numbers)
@@ -93,16 +99,22 @@ class Bench:
         return log.read_text().count(" > ")
 
     def instructions(self, board: Path, *arguments: str) -> int:
-        """By the processor's counter where there is one, else by callgrind."""
-        counted = self.folder / "instructions"
+        """Of a run; by the processor's counter where there is one, else by callgrind."""
         if shutil.which("perf"):
+            counted = self.folder / "counted"
             self.run(board, arguments, ["perf", "stat", "-x,", "-e", "instructions:u", "-o", counted])
             first = counted.read_text().strip().splitlines()[-1].split(",")[0]
             if first.isdigit():
                 return int(first)
-        self.run(board, arguments, ["valgrind", "--tool=callgrind", f"--log-file={counted}",
-                                    f"--callgrind-out-file={self.folder / 'callgrind'}"])
-        return next(int(line.split()[-1]) for line in counted.read_text().splitlines() if "Collected" in line)
+        return self.callgrind(BUILD / "varnok", *arguments, VARNOK_BOARD=str(board))
+
+    def callgrind(self, *command, only: str | None = None, **environment) -> int:
+        """The instructions of a command, or of the functions of the name `only` with what they call."""
+        log = self.folder / "callgrind.log"
+        options = [f"--log-file={log}", f"--callgrind-out-file={self.folder / 'callgrind'}"]
+        options += [f"--toggle-collect={only}"] if only else []
+        self.execute("valgrind", "--tool=callgrind", *options, *command, **environment)
+        return next(int(line.split()[-1]) for line in log.read_text().splitlines() if "Collected" in line)
 
     # --- the rows ---
 
@@ -121,7 +133,8 @@ class Bench:
         return cost
 
     def inventory(self) -> None:
-        self.add("start to banner", self.instructions(self.empty), "instructions", 1_000_000, noise=10_000)
+        self.add("start, usage and end: default board", self.instructions(self.default, "/?"), "instructions", 1_000_000,
+                 noise=10_000)
         fru = self.board("fru", fru=jobs.fru_image(300))
         self.per_request("/d fru of 60 KiB", fru, "/d", "fru", bar=4)
         many = self.board("many", records=[jobs.oem_record(i) for i in range(5000)])
@@ -141,6 +154,14 @@ class Bench:
         self.add("/d sdr of 64 KiB: peak", cost.peak / KIB, "MiB", 8, noise=0.5)
         few, more = (self.instructions(self.board("written"), "/sdr", name) for name in self.halves())
         self.add("ten times the records: instructions", more / few, "times", 11, noise=0.1)
+
+    def trace(self) -> None:
+        """How many lines a run would log, by what the test of the level costs when it logs none."""
+        self.execute(BENCHMARKS / "traced_run", self.default, "/d", "sdr")
+        lines = (self.folder / "DBGLOG.txt").read_bytes().count("\n".encode("utf-16-le"))
+        tests = self.callgrind(*self.parts_command(self.default), "--benchmark_filter=TraceOff", only="*TraceOff*")
+        share = lines * tests / TRACE_TESTS / self.instructions(self.default, "/d", "sdr")
+        self.add("trace that is off: share of /d sdr", 100 * share, "%", 1, noise=0.01)
 
     def halves(self):
         for count in (500, 5000):
@@ -165,9 +186,11 @@ class Bench:
                 counted.append(self.instructions(self.empty, "/cfg", "script"))
             self.add(f"{most:,} {name} to a tenth: instructions", counted[1] / counted[0], "times", 11, noise=0.1)
 
+    def parts_command(self, board: Path) -> list:
+        return [BENCHMARKS / "bench_parts", ROOT / "samples/server-board.fru", self.folder / "1024.sdr", board]
+
     def parts(self) -> None:
-        done = subprocess.run([RELEASE / "benchmarks/bench_parts", ROOT / "samples/server-board.fru",
-                               self.folder / "1024.sdr", self.empty, "--benchmark_format=json",
+        done = subprocess.run([*self.parts_command(self.empty), "--benchmark_format=json",
                                f"--benchmark_repetitions={REPEATS}", "--benchmark_report_aggregates_only=true"],
                               check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         results = {each["name"]: each for each in json.loads(done.stdout)["benchmarks"]}
@@ -216,7 +239,7 @@ def main() -> int:
     print(machine())
     with tempfile.TemporaryDirectory() as folder:
         bench = Bench(Path(folder))
-        for part in (bench.sizes, bench.inventory, bench.scripts, bench.parts):
+        for part in (bench.sizes, bench.inventory, bench.trace, bench.scripts, bench.parts):
             part()
     missed = [row.name for row in bench.rows if not row.is_met]
     print(f"\n{len(bench.rows)} rows, {len(missed)} miss their bar." + "".join(f"\n  {name}" for name in missed))

@@ -212,9 +212,9 @@ void TrafficTotals::Add(const TrafficLine& line) {
     open_.insert_or_assign(line.place, line);
     return;
   }
-  answers += line.kind == Kind::Answer;
-  lost += line.kind == Kind::Lost;
-  refused += line.kind == Kind::Refused;
+  if (line.kind == Kind::Answer) ++answers;
+  if (line.kind == Kind::Lost) ++lost;
+  if (line.kind == Kind::Refused) ++refused;
   if (line.kind == Kind::Answer && line.completionCode != completion_code::kSuccess)
     ++codes[ByteText(line.completionCode) + " " + CommandName(line.netFunction, line.command)];
   const auto asked = open_.find(line.place);

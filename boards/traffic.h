@@ -29,7 +29,7 @@ struct TrafficLine {
 };
 
 /// Nothing for a line that is none of a traffic log.
-std::optional<TrafficLine> ParseTrafficLine(std::string_view line);
+std::optional<TrafficLine> ParseTrafficLine(std::string_view text);
 
 /// The command's name, by a request's net function or an answer's; "net function 30h, command 14h" for one
 /// that the standard leaves to makers.

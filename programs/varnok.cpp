@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <exception>
 #include <memory>
 #include <string>
 #include <utility>
@@ -34,11 +35,7 @@ std::unique_ptr<host::Machine> OpenMachine(std::string& error) {
   return machine;
 }
 
-}  // namespace
-
-int main(int argc, char* argv[]) {
-  sim::TakeStandardDescriptors();
-  host::PrepareProcess();
+int Run(int argc, char* argv[]) {
   std::string error;
   std::unique_ptr<host::Machine> machine = OpenMachine(error);
   if (machine == nullptr) {
@@ -47,4 +44,18 @@ int main(int argc, char* argv[]) {
   }
   host::InterruptibleMachine interruptible(std::move(machine));
   return host::RunProgram(interruptible, argc, argv);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  sim::TakeStandardDescriptors();
+  host::PrepareProcess();
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    // The core throws nothing: a board's folder did.
+    host::Complain(error.what());
+    return host::kNoBoardStatus;
+  }
 }

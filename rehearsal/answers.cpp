@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "boards/check/file_text.h"
+#include "rehearsal/explorer.h"
 
 namespace varnok::rehearsal {
 namespace {
@@ -141,6 +142,17 @@ ProbeEnd SameAnswers::ChooseProbeEnd(Performance&, const Question& question) {
   return given->isForced ? ProbeEndOf(given->text).value_or(ProbeEnd::AsBoard) : ProbeEnd::AsBoard;
 }
 
+// --- The first answers ---
+
+std::optional<std::string> FirstAnswers::Answer(Performance& run, const Inquiry& inquiry) {
+  const Question& question = inquiry.question;
+  const std::string answer = AlternativesOf(inquiry).front();
+  if (question.kind == QuestionKind::Value && last_ == question)
+    run.GiveUp(Place(question) + "\"" + answer + "\" is refused for \"" + question.text + "\"");
+  last_ = question;
+  return answer;
+}
+
 // --- A file ---
 
 bool AnswerFile::Parse(std::string_view text, std::string& error) {
@@ -207,7 +219,7 @@ std::optional<std::string> AnswerFile::Answer(Performance& run, const Inquiry& i
     run.GiveUp(Place(question) + "\"" + row->answer + "\" is refused for \"" + question.text + "\"");
   row->isUsed = true;
   last_ = question;
-  const std::optional<std::string> typed = Typed(question, row->answer);
+  std::optional<std::string> typed = Typed(question, row->answer);
   if (!typed)
     run.GiveUp(Place(question) + "\"" + row->answer + "\" is no answer to \"" + question.text + "\"");
   return typed;
@@ -224,9 +236,13 @@ ProbeEnd AnswerFile::ChooseProbeEnd(Performance& run, const Question& question) 
 }
 
 void AnswerFile::End(Performance&, Outcome& outcome) {
+  // What a run did not come to says nothing of the file.
+  if (!outcome.problems.empty()) return;
   for (const Row& row : rows_)
-    if (!row.isUsed && !row.key.starts_with('*'))
-      outcome.problems.push_back("line " + std::to_string(row.place) + " of the answers was not used");
+    if (!row.isUsed && !row.key.starts_with('*')) outcome.unusedAnswers.push_back(row.place);
+  if (isForMany) return;
+  for (const std::size_t place : outcome.unusedAnswers)
+    outcome.problems.push_back("line " + std::to_string(place) + " of the answers was not used");
 }
 
 std::string AnswerText(const std::vector<Given>& given) {
@@ -236,6 +252,8 @@ std::string AnswerText(const std::vector<Given>& given) {
     const std::vector<std::string>& choices = each.question.choices;
     const std::optional<std::string> number = MenuNumber(each.question, answer);
     if (each.question.kind == QuestionKind::Probe) continue;
+    // Somebody's slip; a value that is refused is a road of its own.
+    if (each.question.kind == QuestionKind::Menu && each.isInvalid) continue;
     // An item keeps its text when another is put in front of it.
     if (each.question.kind == QuestionKind::Menu && number) answer = choices[std::stoul(*number) - 1];
     text += Quoted(each.question.text) + " = " +

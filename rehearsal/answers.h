@@ -49,6 +49,15 @@ class SameAnswers : public Answerer {
   const Given* last_ = nullptr;
 };
 
+/// The first answer to everything: a menu's first item, a yes, a text that fits.
+class FirstAnswers : public Answerer {
+ public:
+  std::optional<std::string> Answer(Performance& run, const Inquiry& inquiry) override;
+
+ private:
+  std::optional<Question> last_;
+};
+
 /// A file of answers, one a line: QUESTION = ANSWER, where the question is its text, "line 12", or a default
 /// for what is not named: "* prompt", "* menu", "* header", "* value", "*". docs/rehearsal.md describes it.
 class AnswerFile : public Answerer {
@@ -59,6 +68,9 @@ class AnswerFile : public Answerer {
   std::optional<std::string> Answer(Performance& run, const Inquiry& inquiry) override;
   ProbeEnd ChooseProbeEnd(Performance& run, const Question& question) override;
   void End(Performance& run, Outcome& outcome) override;
+
+  /// Another board may ask for what this one does not: what is left over is listed, and no problem.
+  bool isForMany = false;
 
  private:
   struct Row {

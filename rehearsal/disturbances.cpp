@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "firmware/ipmi.h"
-#include "rehearsal/command_names.h"
+#include "rehearsal/can_write.h"
 #include "sim/fault_kinds.h"
 
 namespace varnok::rehearsal {

@@ -107,9 +107,9 @@ void Explorer::Enter(Performance& run, const Question& question,
   if (!isNew) {
     trace.kind = TraceKind::Join;
     trace.path = path_;
-    trace.outcome.lines.assign(run.Lines().begin(), run.Lines().end());
     trace.outcome.tags.assign(run.TagsEver().begin(), run.TagsEver().end());
   }
+  trace.outcome.lines.assign(run.Lines().begin(), run.Lines().end());
   results_.Add(ToWire(trace));
   if (!isNew) EndProcess();
 }
@@ -206,7 +206,9 @@ std::optional<std::string> Explorer::Answer(Performance& run, const Inquiry& inq
 }
 
 ProbeEnd Explorer::ChooseProbeEnd(Performance& run, const Question& question) {
-  return kProbeEnds[Choose(run, question, {"as the board answers", "the other answer", "failing"})];
+  std::vector<std::string> ends = {"as the board answers"};
+  if (isProbing_) ends.insert(ends.end(), {"the other answer", "failing"});
+  return kProbeEnds[Choose(run, question, ends)];
 }
 
 void Explorer::CannotFail(Performance&, const Question&) {

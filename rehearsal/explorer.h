@@ -55,8 +55,9 @@ void Transfer(Archive& archive, Trace& trace) {
 
 class Explorer : public Answerer {
  public:
-  Explorer(Stage& stage, SharedState& shared, Results& results)
-      : stage_(stage), shared_(shared), results_(results) {}
+  /// With `isProbing` each probe's other outcomes are gone too, not only the board's own.
+  Explorer(Stage& stage, SharedState& shared, Results& results, bool isProbing)
+      : stage_(stage), shared_(shared), results_(results), isProbing_(isProbing) {}
 
   /// Goes all roads from here, in this process and those that it forks. Ends the process.
   [[noreturn]] void Go();
@@ -93,6 +94,7 @@ class Explorer : public Answerer {
   Stage& stage_;
   SharedState& shared_;
   Results& results_;
+  bool isProbing_;
   std::vector<Step> path_;
   std::uint64_t state_ = 0;
   std::vector<Child> children_;

@@ -272,6 +272,7 @@ bool DisturbRoads(Stage& stage, const FaultChoice& choice, Report& report, std::
     for (std::size_t run = first; run < report.faults.size(); ++run) report.faults[run].road = i;
   }
   report.hasFaults = true;
+  report.faultStep = choice.step;
   report.runs += report.faults.size();
   report.cores = choice.cores;
   report.seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();

@@ -8,12 +8,14 @@
 #include <iterator>
 
 #include "boards/check/file_text.h"
+#include "boards/traffic.h"
 #include "cfg/cfg_command.h"
 #include "cfg/probe.h"
 #include "firmware/entry.h"
+#include "firmware/host/argument_list.h"
 #include "firmware/host/keyboard.h"
 #include "firmware/host/utf8.h"
-#include "rehearsal/command_names.h"
+#include "rehearsal/can_write.h"
 #include "rehearsal/hash.h"
 #include "sim/fault_kinds.h"
 
@@ -111,12 +113,8 @@ void Performance::Play() {
   InstallFirmware(this);
   theScriptWatcher = this;
   stage_.TheBoard().TheBmc().Log().Observe(this);
-  std::vector<std::string> texts;
-  for (const std::string& argument : stage_.Arguments()) texts.push_back(host::Latin1FromUtf8(argument));
-  std::vector<char*> arguments;
-  for (std::string& text : texts) arguments.push_back(text.data());
-  arguments.push_back(nullptr);
-  const int status = Main(static_cast<int>(texts.size()), arguments.data());
+  host::ArgumentList arguments(host::Latin1FromUtf8(stage_.Arguments()));
+  const int status = Main(arguments.Count(), arguments.Pointers());
   Finish(status >= 0 && status <= host::kLargestStatus ? status : host::kLargestStatus);
 }
 
@@ -338,7 +336,7 @@ void Performance::Asked(const sim::BusPlace& place, const sim::Request& request)
                                   .channel = place.channel,
                                   .netFunction = request.netFunction,
                                   .command = request.command,
-                                  .name = CommandName(request.netFunction, request.command),
+                                  .name = boards::CommandName(request.netFunction, request.command),
                                   .request = request.data,
                                   .isWrite = CanWrite(request.netFunction, request.command, request.data)});
 }

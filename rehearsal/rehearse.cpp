@@ -37,6 +37,7 @@ std::size_t ReportBuilder::Add(const Images& images) {
 
 std::vector<Answer> StepsOf(ReportBuilder& builder, const std::vector<Given>& given) {
   std::vector<Answer> answers;
+  answers.reserve(given.size());
   for (const Given& each : given)
     answers.push_back(
         {.question = builder.Add(each.question), .text = each.text, .isInvalid = each.isInvalid});
@@ -59,6 +60,7 @@ Report ReportBuilder::Finish() {
   }
   for (const std::string& tag : stage_.TheScript().tags)
     if (!tags_.contains(tag)) report_.unsetTags.push_back(tag);
+  for (std::size_t i = 0; i < images_.size(); ++i) report_.boards[i].images = std::move(images_[i]);
   return std::move(report_);
 }
 

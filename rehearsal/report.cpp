@@ -4,6 +4,10 @@
 
 namespace varnok::rehearsal {
 
+bool IsEndedByScript(const Run& run) {
+  return run.message.starts_with("Configuration file exiting due to ERRORLEVEL");
+}
+
 Gravity GravityOf(const FaultRun& run) {
   const bool isWrongSuccess = run.exitStatus == 0 && !run.isEndless &&
                               (run.outcome != FaultOutcome::Wanted || run.output == FaultOutput::Other);

@@ -84,10 +84,14 @@ struct Run {
   std::size_t board = 0;           ///< index into Report::boards: runs that end with equal boards share it
 };
 
+/// Whether the script ended the run itself, by ERRORLEVEL with an error.
+bool IsEndedByScript(const Run& run);
+
 /// What a board holds after a run, against the board that the rehearsal began with.
 struct BoardAfter {
   std::vector<boards::Difference> differences{};
   std::vector<DeviceImage> devices{};  ///< those that changed
+  std::vector<Bytes> images{};         ///< the board's files, in the stage's order
 };
 
 struct Road {
@@ -158,6 +162,7 @@ struct Report {
   std::vector<std::string> unsetTags{};    ///< tags that the script tests or sets and no road set
   std::vector<std::size_t> brokenRoads{};  ///< roads that end in an error after something was written
   bool hasFaults = false;
+  std::size_t faultStep = 1;  ///< every so-manieth of all faults was tried
   std::vector<FaultRun> faults{};
   std::size_t runs = 0;  ///< of the program, beginnings shared or not
   double seconds = 0;    ///< on this computer

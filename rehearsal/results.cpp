@@ -22,7 +22,7 @@ void Results::Add(const Bytes& record) {
   Bytes whole(sizeof size);
   std::memcpy(whole.data(), &size, sizeof size);
   whole.insert(whole.end(), record.begin(), record.end());
-  (void)!write(memory_.Number(), whole.data(), whole.size());
+  [[maybe_unused]] const ssize_t written = write(memory_.Number(), whole.data(), whole.size());
 }
 
 bool Results::Take(const std::function<void(std::span<const std::uint8_t>)>& taker) {

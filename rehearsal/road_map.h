@@ -25,7 +25,7 @@ struct Way {
 struct State {
   Question question{};
   std::vector<std::string> alternatives{};
-  Outcome arrival{};                    ///< of who saw it first: time and requests so far
+  Outcome arrival{};                    ///< of who saw it first: time, requests and lines so far
   std::map<std::uint32_t, Way> ways{};  ///< by alternative
 };
 

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <thread>
 
 #include "rehearsal/answers.h"
@@ -44,7 +45,7 @@ bool Explore(Stage& stage, const RoadOptions& options, RoadMap& map, std::size_t
   // A process whose parent dies becomes this one's.
   prctl(PR_SET_CHILD_SUBREAPER, 1);
   const pid_t child = fork();
-  if (child == 0) Explorer(stage, *shared, results).Go();
+  if (child == 0) Explorer(stage, *shared, results, options.isProbing).Go();
   if (child < 0) {
     error = std::string("no process for the program: ") + std::strerror(errno);
     return false;
@@ -63,6 +64,34 @@ bool Explore(Stage& stage, const RoadOptions& options, RoadMap& map, std::size_t
   return error.empty();
 }
 
+/// What a road has come to at some place.
+struct Sums {
+  std::uint64_t microseconds = 0;
+  std::uint64_t stalled = 0;
+  std::size_t requests = 0;
+  std::size_t writes = 0;
+  std::set<std::size_t> lines{};
+
+  void Add(const Run& run) {
+    microseconds += run.microseconds;
+    stalled += run.stalled;
+    requests += run.requests;
+    writes += run.writes;
+  }
+  void Subtract(const Run& run) {
+    microseconds -= run.microseconds;
+    stalled -= run.stalled;
+    requests -= run.requests;
+    writes -= run.writes;
+  }
+  void WriteTo(Run& run) const {
+    run.microseconds = microseconds;
+    run.stalled = stalled;
+    run.requests = requests;
+    run.writes = writes;
+  }
+};
+
 /// Goes the map's ways in the order of the answers, and so tells the roads in the same order each time.
 class RoadTeller {
  public:
@@ -73,7 +102,9 @@ class RoadTeller {
   }
 
   bool Tell(std::string& error) {
-    bool isGood = Follow(*map_.start, error);
+    for (const std::vector<Trace>* traces : {&map_.leaves, &map_.joins})
+      for (const Trace& trace : *traces) builder_.MarkTags(trace.outcome.tags);
+    bool isGood = Follow(*map_.start, {}, {}, error);
     while (isGood && !open_.empty()) {
       Frame& frame = open_.back();
       answers_.resize(frame.answers);
@@ -85,7 +116,9 @@ class RoadTeller {
       const Question& question = frame.state->question;
       if (question.line != 0)
         answers_.push_back({.question = question, .text = way.text, .isInvalid = way.isInvalid});
-      isGood = Follow(way, error);
+      // What follows may move the frames.
+      const Sums sums = frame.sums;
+      isGood = Follow(way, sums, frame.state->arrival, error);
     }
     return isGood && KeepTraffic(error);
   }
@@ -99,20 +132,30 @@ class RoadTeller {
     const State* state;
     std::map<std::uint32_t, Way>::const_iterator next;
     std::size_t answers;
+    Sums sums;
   };
   struct First {
     std::size_t road;
     std::size_t answers;
+    Sums sums;
   };
 
   Report& SoFar() { return builder_.SoFar(); }
 
-  bool Follow(const Way& way, std::string& error) {
+  /// `sums` is what the road has come to in front of the way, `arrival` what whoever went the way had come to
+  /// there: behind a state all come to the same.
+  bool Follow(const Way& way, Sums sums, const Outcome& arrival, std::string& error) {
     if (way.isEnd) return TellEnd(map_.leaves[way.leaf], error);
-    const auto [first, isNew] = firsts_.try_emplace(way.state, First{SoFar().roads.size(), answers_.size()});
-    if (!isNew) return TellJoin(way, first->second, error);
     const State& state = map_.states.at(way.state);
-    open_.push_back({&state, state.ways.begin(), answers_.size()});
+    const Outcome& next = way.join ? map_.joins[*way.join].outcome : state.arrival;
+    sums.Add(next.run);
+    sums.Subtract(arrival.run);
+    std::set_difference(next.lines.begin(), next.lines.end(), arrival.lines.begin(), arrival.lines.end(),
+                        std::inserter(sums.lines, sums.lines.end()));
+    const First here{.road = SoFar().roads.size(), .answers = answers_.size(), .sums = sums};
+    const auto [first, isNew] = firsts_.try_emplace(way.state, here);
+    if (!isNew) return TellJoin(first->second, sums);
+    open_.push_back({&state, state.ways.begin(), answers_.size(), std::move(sums)});
     return true;
   }
 
@@ -136,62 +179,33 @@ class RoadTeller {
     }
     if (isDeath) outcome.given = answers_;
     builder_.Add(std::move(outcome));
-    isExact_.push_back(isExact);
     traffic_.push_back(isDeath ? 0 : traffic);
     return true;
   }
 
-  bool TellJoin(const Way& way, const First& first, std::string& error) {
+  bool TellJoin(const First& first, Sums sums) {
     Report& report = SoFar();
     if (first.road >= report.roads.size()) {
       ++cut_;
       return true;
     }
     const Road& other = report.roads[first.road];
-    const State& state = map_.states.at(way.state);
     Road road{.answers = StepsOf(builder_, answers_),
               .run = other.run,
               .joins = first.road,
-              .joinsAt = first.answers,
-              .lines = other.lines};
+              .joinsAt = first.answers};
     road.run.transcript.clear();
     road.run.traffic.clear();
-    if (way.join && isExact_[first.road]) {
-      const Outcome& here = map_.joins[*way.join].outcome;
-      const Run& there = state.arrival.run;
-      road.run.microseconds += here.run.microseconds - there.microseconds;
-      road.run.stalled += here.run.stalled - there.stalled;
-      road.run.requests += here.run.requests - there.requests;
-      road.run.writes += here.run.writes - there.writes;
-      // Behind the state's line both go through the same.
-      const std::size_t line = state.question.line;
-      std::erase_if(road.lines, [line](std::size_t each) { return line == 0 || each < line; });
-      std::set<std::size_t> lines(here.lines.begin(), here.lines.end());
-      lines.insert(road.lines.begin(), road.lines.end());
-      road.lines.assign(lines.begin(), lines.end());
-      builder_.MarkTags(here.tags);
-    } else if (!JoinByRunning(road, error)) {
-      return false;
-    }
+    sums.Add(other.run);
+    Run before;
+    first.sums.WriteTo(before);
+    sums.Subtract(before);
+    sums.WriteTo(road.run);
+    for (const std::size_t line : other.lines)
+      if (!first.sums.lines.contains(line)) sums.lines.insert(line);
+    road.lines.assign(sums.lines.begin(), sums.lines.end());
     builder_.Add(std::move(road));
-    isExact_.push_back(way.join && isExact_[first.road]);
     traffic_.push_back(0);
-    return true;
-  }
-
-  /// Fills in what a whole run of the road tells.
-  bool JoinByRunning(Road& road, std::string& error) {
-    std::vector<Given> given = answers_;
-    const std::vector<Given> rest = AnswersOf(SoFar(), *road.joins);
-    given.insert(given.end(), rest.begin() + static_cast<std::ptrdiff_t>(road.joinsAt), rest.end());
-    Outcome outcome;
-    if (!RunAgain(std::move(given), outcome, error)) return false;
-    builder_.MarkTags(outcome.tags);
-    road.lines = outcome.lines;
-    road.run.microseconds = outcome.run.microseconds;
-    road.run.stalled = outcome.run.stalled;
-    road.run.requests = outcome.run.requests;
-    road.run.writes = outcome.run.writes;
     return true;
   }
 
@@ -214,8 +228,7 @@ class RoadTeller {
   std::vector<Frame> open_;
   std::vector<Given> answers_;
   std::unordered_map<std::uint64_t, First> firsts_;  ///< state -> the first road that came through
-  std::vector<bool> isExact_;           ///< by road: the exploration went it with these very answers
-  std::vector<std::uint64_t> traffic_;  ///< by road, a hash; 0: none
+  std::vector<std::uint64_t> traffic_;               ///< by road, a hash; 0: none
   std::size_t runs_ = 0;
   std::size_t cut_ = 0;
 };
@@ -239,14 +252,15 @@ bool GoAllRoads(Stage& stage, const RoadOptions& options, Report& report, std::s
   RoadMap map;
   std::size_t cut = 0;
   if (!Explore(stage, options, map, cut, error)) return false;
-  std::size_t runs = map.leaves.size();
+  // A road that joins another was run up to there.
+  std::size_t runs = map.leaves.size() + map.joins.size();
   if (cut != 0 && options.cores > 1) {
     // Which roads are cut must not depend on who was faster.
     RoadOptions alone = options;
     alone.cores = 1;
     map = {};
     if (!Explore(stage, alone, map, cut, error)) return false;
-    runs += map.leaves.size();
+    runs += map.leaves.size() + map.joins.size();
   }
   ReportBuilder builder(stage);
   RoadTeller teller(stage, map, builder);

@@ -10,6 +10,7 @@ namespace varnok::rehearsal {
 struct RoadOptions {
   std::size_t limit = 10'000;  ///< the most roads
   unsigned cores = 1;          ///< the most processes at once
+  bool isProbing = true;       ///< each probe comes to what else it can come to, too
   std::function<void(std::size_t roads)> progress = [](std::size_t) {};
 };
 
@@ -18,6 +19,6 @@ struct RoadOptions {
 bool GoAllRoads(Stage& stage, const RoadOptions& options, Report& report, std::string& error);
 
 /// What was answered on a road from its beginning to its end, the end of the road that it joins included.
-std::vector<Given> AnswersOf(const Report& report, std::size_t road);
+std::vector<Given> AnswersOf(const Report& report, std::size_t index);
 
 }  // namespace varnok::rehearsal

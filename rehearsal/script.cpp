@@ -10,6 +10,7 @@
 #include "boards/desk_machine.h"
 #include "boards/folder.h"
 #include "cfg/cfg_parser.h"
+#include "firmware/host/argument_list.h"
 #include "firmware/host/file_system.h"
 #include "firmware/host/utf8.h"
 
@@ -22,14 +23,9 @@ constexpr std::size_t kEnd = std::numeric_limits<std::size_t>::max();
 
 /// The name of the script as the program would open it; empty when the arguments run none.
 std::u16string ScriptName(const std::vector<std::string>& arguments) {
-  std::vector<std::string> texts;
-  for (const std::string& argument : arguments) texts.push_back(host::Latin1FromUtf8(argument));
-  std::vector<char*> vector;
-  for (std::string& text : texts) vector.push_back(text.data());
-  vector.push_back(nullptr);
+  host::ArgumentList words(host::Latin1FromUtf8(arguments));
   CommandLine line;
-  const bool isValid =
-      texts.size() > 1 && ReadCommandLine(static_cast<int>(texts.size()), vector.data(), line);
+  const bool isValid = words.Count() > 1 && ReadCommandLine(words.Count(), words.Pointers(), line);
   return isValid && line.mode == RunMode::RunConfigFile ? line.fileName : std::u16string();
 }
 

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 
 #include "boards/snapshot/restore.h"
 #include "boards/snapshot/snapshot.h"
@@ -15,11 +14,10 @@
 #include "rehearsal/hash.h"
 #include "rehearsal/results.h"
 #include "rehearsal/run_once.h"
+#include "rehearsal/views.h"
 
 namespace varnok::rehearsal {
 namespace {
-
-using Words = std::vector<std::string>;
 
 struct Verdict {
   std::size_t board = 0;
@@ -31,26 +29,6 @@ void Transfer(Archive& archive, Verdict& verdict) {
   archive(verdict.board, verdict.way.canBeShown, verdict.way.rerunReaches, verdict.way.restoreReaches);
 }
 
-std::string Hex(unsigned number) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%02X", number);
-  return text;
-}
-
-/// The command line that shows a device.
-Words ShowCommand(const boards::DeviceAddress& address) {
-  switch (address.kind) {
-    case boards::DeviceKind::At24c02:
-      return {"varnok", "/d", "fru", "AT24C02", Hex(address.bus), Hex(address.slave)};
-    case boards::DeviceKind::Ds1624s:
-      return {"varnok", "/d", "fru", "DS1624S", Hex(address.bus), Hex(address.slave)};
-    case boards::DeviceKind::Fru:
-      break;
-  }
-  if (address.controller == boards::kBmc) return {"varnok", "/d", "fru", "IMBDEVICE", Hex(address.id)};
-  return {"varnok", "/d", "fru", "IMBDEVICE", 'C' + Hex(address.controller), Hex(address.id)};
-}
-
 class QuietObserver : public boards::Observer {
  public:
   void Step(std::string_view, std::size_t, std::size_t) override {}
@@ -60,42 +38,32 @@ class QuietObserver : public boards::Observer {
 class Judge {
  public:
   Judge(Stage& stage, const Outcome& undisturbed)
-      : stage_(stage), undisturbed_(undisturbed), road_(stage.Arguments()) {
-    for (const boards::Device& device : stage.Described().devices)
-      shows_.push_back(ShowCommand(device.address));
-    if (stage.Described().hasRepository) shows_.push_back({"varnok", "/d", "sdr"});
+      : stage_(stage),
+        undisturbed_(undisturbed),
+        road_(stage.Arguments()),
+        views_(ViewsOf(stage.Described())) {
     // What could not be shown before and need not be shown in the end says nothing.
-    std::erase_if(shows_, [&](const Words& show) {
-      return !Shows(show, stage_.Before()) && !Shows(show, undisturbed_.images);
+    std::erase_if(views_, [&](const View& view) {
+      return !Shows(stage_, view, stage_.Before()) && !Shows(stage_, view, undisturbed_.images);
     });
   }
 
   WayBack Of(const Images& images) {
     WayBack way;
-    for (const Words& show : shows_) way.canBeShown = way.canBeShown && Shows(show, images);
+    for (const View& view : views_) way.canBeShown = way.canBeShown && Shows(stage_, view, images);
     way.rerunReaches = Reruns(images);
     way.restoreReaches = images == stage_.Before() || Restores(images);
     return way;
   }
 
  private:
-  bool RunOn(const Images& images, const Words& arguments, Answerer& answers, Outcome& outcome) {
-    std::string ignored;
-    stage_.Put(images);
-    stage_.SetArguments(arguments);
-    return RunOnce(stage_, answers, outcome, ignored);
-  }
-
-  bool Shows(const Words& show, const Images& images) {
-    SameAnswers none({});
-    Outcome outcome;
-    return RunOn(images, show, none, outcome) && outcome.run.exitStatus == 0;
-  }
-
   bool Reruns(const Images& images) {
     SameAnswers answers(undisturbed_.given);
     Outcome outcome;
-    return RunOn(images, road_, answers, outcome) && stage_.AreAlike(outcome.images, undisturbed_.images);
+    std::string ignored;
+    stage_.Put(images);
+    stage_.SetArguments(road_);
+    return RunOnce(stage_, answers, outcome, ignored) && stage_.AreAlike(outcome.images, undisturbed_.images);
   }
 
   /// In a process of its own: what it learns of the machine must not reach the next board.
@@ -131,8 +99,8 @@ class Judge {
 
   Stage& stage_;
   const Outcome& undisturbed_;
-  Words road_;
-  std::vector<Words> shows_;
+  std::vector<std::string> road_;
+  std::vector<View> views_;
 };
 
 }  // namespace

@@ -1,12 +1,11 @@
 #include "sim/fault_kinds.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <limits>
 
 #include "firmware/bytes.h"
-#include "firmware/host/host_firmware.h"
+#include "firmware/host/keyboard.h"
 #include "sim/bmc.h"
 
 namespace varnok::sim {
@@ -111,8 +110,7 @@ void AnswerWord(FaultScene& scene) {
 
 void CutPower(FaultScene& scene) {
   scene.bmc.Log().PowerCut(scene.rule.label);
-  host::FlushConsoleOutput();
-  std::_Exit(kPowerCutStatus);
+  host::EndAtOnce(kPowerCutStatus);
 }
 
 constexpr FaultKey kCode[] = {{"code", &FaultRule::value, 1, 0xFF}};

@@ -106,7 +106,8 @@ Bytes ReadWholeFile(const fs::path& path) {
     if (size > kLargestFile) throw BoardError(path.string() + ": is larger than 64 MiB");
   };
   refuseAbove(static_cast<std::size_t>(status.st_size));
-  Bytes bytes(static_cast<std::size_t>(status.st_size) + 4096);
+  // Room to see the end; a file of /proc has no size and is a line.
+  Bytes bytes(static_cast<std::size_t>(status.st_size) + 64);
   std::size_t length = 0;
   for (;;) {
     const ssize_t count = read(file.Number(), bytes.data() + length, bytes.size() - length);

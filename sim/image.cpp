@@ -67,7 +67,9 @@ Image::~Image() {
 }
 
 fs::path Image::Marker() const {
-  return path_.parent_path() / ("." + path_.filename().string() + ".adding");
+  std::string marker = path_.string();
+  marker.insert(marker.rfind('/') + 1, 1, '.');
+  return marker += ".adding";
 }
 
 void Image::Write(std::size_t offset, std::span<const std::uint8_t> bytes) {

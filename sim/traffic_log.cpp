@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "firmware/host/host_firmware.h"
 #include "sim/error.h"
 #include "sim/files.h"
 
@@ -51,7 +52,7 @@ void TrafficLog::Line(std::string text, std::string_view remark) {
   try {
     WriteAll(file_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, path_);
   } catch (const BoardError& error) {
-    std::fprintf(stderr, "varnok: %s; the traffic log ends here\n", Printable(error.what()).c_str());
+    host::Complain(Printable(error.what()) + "; the traffic log ends here");
     file_.Close();
   }
 }

@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <string.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "firmware/host/host_firmware.h"
 #include "firmware/host/keyboard.h"
+#include "firmware/host/reserve.h"
 
 namespace varnok::host {
 namespace {
@@ -18,6 +20,7 @@ constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 volatile sig_atomic_t asked = 0;  ///< the signal that came; 0: none
 InterruptibleMachine* standing = nullptr;
+bool isAtQuestion = false;  ///< the console's line is not at its end
 
 void HandleSignal(int number) {
   if (asked != 0) EndBySignal(number);
@@ -36,7 +39,8 @@ void Watch(void (*handler)(int), bool isWatched) {
     if (isWatched ? now.sa_handler != SIG_DFL : !isOurs) continue;
     struct sigaction wanted {};
     wanted.sa_handler = handler;
-    // Without SA_RESTART: what waits is woken.
+    // Without SA_RESTART: what waits is woken. Another signal ends a handler that cannot write its last text.
+    wanted.sa_flags = SA_NODEFER;
     sigaction(number, &wanted, nullptr);
   }
 }
@@ -57,6 +61,11 @@ InterruptibleMachine::~InterruptibleMachine() {
 
 void InterruptibleMachine::End() {
   isEnding_ = true;
+  // What is written is told without memory, too.
+  const MachineAtWork atWork;
+  if (isAtQuestion) {
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
+  }
   const std::vector<std::string> lines = account_.Lines();
   const std::string name = NameOf(asked);
   if (lines.empty()) {
@@ -72,6 +81,7 @@ void InterruptibleMachine::End() {
 
 void InterruptibleMachine::SayThatItWaits() {
   if (std::exchange(isWaitTold_, true)) return;
+  const MachineAtWork atWork;
   Complain(NameOf(asked) + ": stops behind the write that is under way; a second signal ends at once");
 }
 
@@ -110,11 +120,13 @@ void WaitForInput(int descriptor) {
   sigemptyset(&watched);
   for (int number : kSignals) sigaddset(&watched, number);
   sigprocmask(SIG_BLOCK, &watched, &usual);
+  isAtQuestion = true;
   EndIfAsked();
   pollfd input{descriptor, POLLIN, 0};
   ppoll(&input, 1, nullptr, &usual);
   sigprocmask(SIG_SETMASK, &usual, nullptr);
   EndIfAsked();
+  isAtQuestion = false;
 }
 
 }  // namespace varnok::host

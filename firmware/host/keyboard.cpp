@@ -104,6 +104,12 @@ void EndBySignal(int number) {
   _exit(128 + number);
 }
 
+void EndAtOnce(int status) {
+  FlushConsoleOutput();
+  LeaveRawMode();
+  _exit(status);
+}
+
 std::optional<char16_t> ReadKey() {
   FlushConsoleOutput();
   EnterRawMode();

@@ -13,4 +13,7 @@ std::optional<char16_t> ReadKey();
 /// Puts the terminal back and ends by the signal's default action. A handler may call it.
 [[noreturn]] void EndBySignal(int number);
 
+/// The same for an end at once, with a status: nothing else that runs at the end does.
+[[noreturn]] void EndAtOnce(int status);
+
 }  // namespace varnok::host

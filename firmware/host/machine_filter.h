@@ -31,7 +31,9 @@ class MachineFilter : public Machine {
  public:
   explicit MachineFilter(std::unique_ptr<Machine> below);
 
-  IpmiProtocol* InstalledIpmi() override { return below_->InstalledIpmi() ? &protocol_.interface : nullptr; }
+  IpmiProtocol* InstalledIpmi() override {
+    return below_->InstalledIpmi() != nullptr ? &protocol_.interface : nullptr;
+  }
   std::span<const std::uint8_t> SmbiosEntryPoint() override { return below_->SmbiosEntryPoint(); }
   std::span<const std::uint8_t> PhysicalMemory(std::uint64_t address, std::size_t length) override {
     return below_->PhysicalMemory(address, length);

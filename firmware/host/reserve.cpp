@@ -53,7 +53,7 @@ void* TakeFromReserve(std::size_t bytes) noexcept {
 }
 
 bool GiveBackToReserve(void* memory) noexcept {
-  const std::less<const void*> isBefore;
+  const std::less<> isBefore;
   if (isBefore(memory, reserveRoom) || !isBefore(memory, std::end(reserveRoom))) return false;
   std::byte* block = static_cast<std::byte*>(memory) - kAlignment;
   Reserve().deallocate(block, *reinterpret_cast<const std::size_t*>(block), kAlignment);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "firmware/entry.h"
+#include "firmware/host/argument_list.h"
 #include "firmware/host/host_firmware.h"
 #include "firmware/host/utf8.h"
 
@@ -12,14 +13,8 @@ namespace varnok::host {
 int RunProgram(Machine& machine, int argc, char* argv[]) {
   HostFirmware firmware(machine);
   InstallFirmware(&firmware);
-  std::vector<std::string> arguments;
-  arguments.reserve(argc);
-  for (int i = 0; i < argc; ++i) arguments.push_back(Latin1FromUtf8(argv[i]));
-  std::vector<char*> vector;
-  vector.reserve(arguments.size());
-  for (std::string& argument : arguments) vector.push_back(argument.data());
-  vector.push_back(nullptr);
-  int status = Main(argc, vector.data());
+  ArgumentList arguments(Latin1FromUtf8(std::vector<std::string>(argv, argv + argc)));
+  int status = Main(arguments.Count(), arguments.Pointers());
   if (const int error = FlushConsoleOutput(); error != 0) {
     Complain(std::string("the output is not complete: ") + std::strerror(error));
     if (status == 0) return kOutputLostStatus;

@@ -1,5 +1,6 @@
 #include "firmware/host/utf8.h"
 
+#include <algorithm>
 #include <array>
 
 namespace varnok::host {
@@ -75,8 +76,15 @@ std::u16string FromUtf8(std::string_view text) {
 
 std::string_view TakeUtf8(std::u16string_view& text, std::span<char> room) {
   std::size_t length = 0;
-  while (!text.empty() && length + kLongestCharacter <= room.size())
-    length += PutCharacter(room.data() + length, TakeCharacter(text));
+  while (!text.empty() && length + kLongestCharacter <= room.size()) {
+    // Nearly all text is ASCII, and goes over in one run.
+    const std::size_t most = std::min(text.size(), room.size() - length);
+    std::size_t run = 0;
+    for (; run < most && text[run] < 0x80; ++run) room[length + run] = static_cast<char>(text[run]);
+    text.remove_prefix(run);
+    length += run;
+    if (run == 0) length += PutCharacter(room.data() + length, TakeCharacter(text));
+  }
   return {room.data(), length};
 }
 
@@ -90,6 +98,13 @@ std::string Latin1FromUtf8(std::string_view text) {
   std::string out;
   for (char16_t character : FromUtf8(text))
     out.push_back(character > 0xFF ? '?' : static_cast<char>(character));
+  return out;
+}
+
+std::vector<std::string> Latin1FromUtf8(std::span<const std::string> texts) {
+  std::vector<std::string> out;
+  out.reserve(texts.size());
+  for (const std::string& text : texts) out.push_back(Latin1FromUtf8(text));
   return out;
 }
 

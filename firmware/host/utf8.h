@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace varnok::host {
 
@@ -18,6 +19,7 @@ std::string_view TakeUtf8(std::u16string_view& text, std::span<char> room);
 
 /// Latin-1 has a byte for the characters up to FFh; any other becomes '?'.
 std::string Latin1FromUtf8(std::string_view text);
+std::vector<std::string> Latin1FromUtf8(std::span<const std::string> texts);
 std::string Utf8FromLatin1(std::string_view text);
 
 }  // namespace varnok::host

@@ -78,13 +78,34 @@ bool WriteAccount::IsWrite(const Operation& operation) const {
          operation.command <= ipmi_command::kClearSdrRepository;
 }
 
+bool WriteAccount::ChangesRepository(const Operation& operation) {
+  if (operation.netFunction != net_function::kStorage) return false;
+  const auto at = [&operation](std::size_t place) {
+    return place < operation.data.size() ? operation.data[place] : std::uint8_t{0};
+  };
+  return operation.command == ipmi_command::kAddSdr ||
+         (operation.command == ipmi_command::kPartialAddSdr && at(kRecordHead - 1) != 0) ||
+         (operation.command == ipmi_command::kClearSdrRepository && at(kClearHead - 1) == kStartErase);
+}
+
+void WriteAccount::MarkUnsure(const Operation& operation) {
+  if (WrittenBy(operation)) devices_[DeviceOf(operation)].isUnsure = true;
+  if (ChangesRepository(operation)) isRepositoryUnsure_ = true;
+}
+
 void WriteAccount::Asking(const SentRequest& request) {
   if (request.netFunction == net_function::kApplication && request.command == ipmi_command::kGetMessage)
     return;
   Operation next = OperationOf(request);
+  isRepeated_ = open_ && next == *open_;
   // The write before it stays without an answer.
-  if (open_ && WrittenBy(*open_) && next != *open_) devices_[DeviceOf(*open_)].isUnsure = true;
+  if (open_ && !isRepeated_) MarkUnsure(*open_);
   open_ = std::move(next);
+}
+
+void WriteAccount::Refused() {
+  if (open_ && isRepeated_) MarkUnsure(*open_);
+  open_.reset();
 }
 
 void WriteAccount::Answered(const ReceivedAnswer& answer) {
@@ -110,6 +131,9 @@ void WriteAccount::Answered(const ReceivedAnswer& answer) {
 
 void WriteAccount::Finish(const Operation& operation, std::uint8_t completionCode,
                           std::span<const std::uint8_t> data) {
+  // A repetition may be refused because the first one was done.
+  if (completionCode != completion_code::kSuccess && (isRepeated_ || IsUnsure(completionCode)))
+    MarkUnsure(operation);
   if (WrittenBy(operation)) return FinishWrite(operation, completionCode);
   const bool isDone = completionCode == completion_code::kSuccess;
   if (operation.netFunction == net_function::kStorage) return FinishStorage(operation, completionCode, data);
@@ -139,11 +163,11 @@ void WriteAccount::FinishStorage(const Operation& operation, std::uint8_t comple
       if (!data.empty() && (data[0] & 0x0F) == 1) isErasing_ = false;
       break;
     case ipmi_command::kAddSdr:
-      records_ += isDone;
+      if (isDone) ++records_;
       break;
     case ipmi_command::kPartialAddSdr: {
       const bool isLast = operation.data.size() >= kRecordHead && operation.data[kRecordHead - 1] != 0;
-      records_ += isDone && isLast;
+      if (isDone && isLast) ++records_;
       isRecordOpen_ = isDone ? !isLast : isRecordOpen_;
       break;
     }
@@ -165,10 +189,8 @@ void WriteAccount::Add(Device& device, std::uint32_t begin, std::uint32_t end) {
 }
 
 void WriteAccount::FinishWrite(const Operation& operation, std::uint8_t completionCode) {
-  Device& device = devices_[DeviceOf(operation)];
   const auto [offset, count] = *WrittenBy(operation);
-  if (completionCode == completion_code::kSuccess) Add(device, offset, offset + count);
-  device.isUnsure = device.isUnsure || IsUnsure(completionCode);
+  if (completionCode == completion_code::kSuccess) Add(devices_[DeviceOf(operation)], offset, offset + count);
 }
 
 bool WriteAccount::IsUnderWay() const {
@@ -193,17 +215,18 @@ std::string WriteAccount::RepositoryLine() const {
   if (isErased_) line += "erased; ";
   line += std::to_string(records_) + (records_ == 1 ? " record was added" : " records were added");
   if (isErased_) line += ", it holds no others";
-  if (isRecordOpen_) line += "; one more was begun and not finished";
+  if (isRecordOpen_) line += "; one more was begun";
+  if (isRecordOpen_ && !isRepositoryUnsure_) line += " and not finished";
+  if (isRepositoryUnsure_) line += "; changes whose answers did not come may be done or not";
   return line;
 }
 
-std::vector<std::string> WriteAccount::Lines() const {
+std::vector<std::string> WriteAccount::Lines() {
+  if (open_) MarkUnsure(*open_);
   constexpr std::size_t kMostRanges = 6;
   std::vector<std::string> lines;
   for (const auto& [name, device] : devices_) {
-    if (device.ranges.empty() && !device.isUnsure &&
-        !(open_ && WrittenBy(*open_) && DeviceOf(*open_) == name))
-      continue;
+    if (device.ranges.empty() && !device.isUnsure) continue;
     std::uint32_t total = 0;
     std::string places;
     std::size_t shown = 0;
@@ -217,11 +240,10 @@ std::vector<std::string> WriteAccount::Lines() const {
     if (device.size != 0) line += " of " + std::to_string(device.size);
     line += " bytes were written";
     if (!places.empty()) line += " (" + places + "), the others are as they were";
-    if (device.isUnsure || (open_ && WrittenBy(*open_) && DeviceOf(*open_) == name))
-      line += "; a write whose answer did not come may be done or not";
+    if (device.isUnsure) line += "; a write whose answer did not come may be done or not";
     lines.push_back(line);
   }
-  if (isErased_ || records_ != 0 || isRecordOpen_) lines.push_back(RepositoryLine());
+  if (isErased_ || records_ != 0 || isRecordOpen_ || isRepositoryUnsure_) lines.push_back(RepositoryLine());
   return lines;
 }
 

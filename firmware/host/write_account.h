@@ -16,7 +16,7 @@ namespace varnok::host {
 class WriteAccount {
  public:
   void Asking(const SentRequest& request);
-  void Refused() { open_.reset(); }
+  void Refused();
   void Answered(const ReceivedAnswer& answer);
 
   /// Whether a write, a record, an erase or a firmware transfer has begun and not ended.
@@ -24,8 +24,9 @@ class WriteAccount {
   /// Whether `next` goes on with that: it is one of its pieces, a repetition, or asks for its answer.
   bool IsContinuedBy(const SentRequest& next) const;
 
-  /// One line for each device and for the repository; none when nothing was written.
-  std::vector<std::string> Lines() const;
+  /// One line for each device and for the repository; none when nothing was written. A request under way
+  /// counts as one without an answer.
+  std::vector<std::string> Lines();
 
  private:
   /// A request without its frame: bridged or not.
@@ -51,6 +52,10 @@ class WriteAccount {
   static std::optional<std::pair<std::uint32_t, std::uint32_t>> WrittenBy(const Operation& operation);
   static void Add(Device& device, std::uint32_t begin, std::uint32_t end);
   bool IsWrite(const Operation& operation) const;
+  /// Whether it begins an erase or ends a record: what shows in the repository.
+  static bool ChangesRepository(const Operation& operation);
+  /// Notes that it may be done or not; nothing for one that writes nothing.
+  void MarkUnsure(const Operation& operation);
   void Finish(const Operation& operation, std::uint8_t completionCode, std::span<const std::uint8_t> data);
   void FinishStorage(const Operation& operation, std::uint8_t completionCode,
                      std::span<const std::uint8_t> data);
@@ -58,10 +63,12 @@ class WriteAccount {
   std::string RepositoryLine() const;
 
   std::optional<Operation> open_;  ///< sent, and not answered
+  bool isRepeated_ = false;        ///< … for the second time, or more
   std::map<std::string, Device> devices_;
   bool isErasing_ = false;
   bool isErased_ = false;
   bool isRecordOpen_ = false;
+  bool isRepositoryUnsure_ = false;  ///< the answer to an erase or to a record's end did not come
   std::size_t records_ = 0;
   bool isTransferring_ = false;  ///< the BMC is in firmware-transfer mode, where this run put it
 };

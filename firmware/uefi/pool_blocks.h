@@ -10,6 +10,9 @@ namespace varnok::uefi {
 void* AllocatePoolBlock(std::size_t bytes);
 void FreePoolBlock(void* memory);
 
+/// The most bytes that the image has held of the firmware's pool at one time, each block's own among them.
+std::size_t MostPoolBytes();
+
 void FreeAllPoolBlocks();
 
 }  // namespace varnok::uefi

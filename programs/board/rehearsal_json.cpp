@@ -5,7 +5,6 @@
 
 #include "rehearsal/reports/board_maps.h"
 #include "rehearsal/reports/fault_groups.h"
-#include "rehearsal/reports/findings.h"
 #include "rehearsal/reports/told_roads.h"
 #include "rehearsal/reports/words.h"
 
@@ -20,29 +19,6 @@ std::string HexText(const boards::Bytes& bytes) {
   text.reserve(bytes.size() * 2);
   for (const std::uint8_t byte : bytes) text.append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
   return text;
-}
-
-template <typename Items, typename Make>
-Json ListOf(const Items& items, Make make) {
-  Json list = Json::Array();
-  for (const auto& item : items) list.Add(make(item));
-  return list;
-}
-
-Json NumbersJson(const std::vector<std::size_t>& numbers) {
-  return ListOf(numbers, [](std::size_t number) { return Json(number); });
-}
-
-Json TextsJson(const std::vector<std::string>& texts) {
-  return ListOf(texts, [](const std::string& text) { return Json(text); });
-}
-
-Json FindingJson(const Finding& finding) {
-  return Json::Object()
-      .Set("weight", WordOf(finding.weight))
-      .Set("rule", finding.rule)
-      .Set("title", finding.title)
-      .Set("detail", finding.detail);
 }
 
 Json ScriptLineJson(const ScriptLine& line) {
@@ -111,17 +87,6 @@ Json DeviceJson(const DeviceImage& device) {
       .Set("areasAfter", ListOf(device.areasAfter, AreaJson));
 }
 
-Json DifferenceJson(const boards::Difference& difference) {
-  constexpr std::array<const char*, 3> kChanges = {"added", "removed", "changed"};
-  return Json::Object()
-      .Set("part", difference.part)
-      .Set("change", kChanges[static_cast<std::size_t>(difference.change)])
-      .Set("group", difference.group)
-      .Set("field", difference.field)
-      .Set("before", difference.before)
-      .Set("after", difference.after);
-}
-
 Json BoardJson(const BoardAfter& board) {
   return Json::Object()
       .Set("differences", ListOf(board.differences, DifferenceJson))
@@ -158,6 +123,33 @@ Json ResultsJson(const Report& report) {
 
 }  // namespace
 
+Json NumbersJson(const std::vector<std::size_t>& numbers) {
+  return ListOf(numbers, [](std::size_t number) { return Json(number); });
+}
+
+Json TextsJson(const std::vector<std::string>& texts) {
+  return ListOf(texts, [](const std::string& text) { return Json(text); });
+}
+
+Json FindingJson(const Finding& finding) {
+  return Json::Object()
+      .Set("weight", WordOf(finding.weight))
+      .Set("rule", finding.rule)
+      .Set("title", finding.title)
+      .Set("detail", finding.detail);
+}
+
+Json DifferenceJson(const boards::Difference& difference) {
+  constexpr std::array<const char*, 3> kChanges = {"added", "removed", "changed"};
+  return Json::Object()
+      .Set("part", difference.part)
+      .Set("change", kChanges[static_cast<std::size_t>(difference.change)])
+      .Set("group", difference.group)
+      .Set("field", difference.field)
+      .Set("before", difference.before)
+      .Set("after", difference.after);
+}
+
 Json RehearsalJson(const Report& report) {
   const std::vector<std::size_t> chosen = ToldRoads(report);
   const std::set<std::size_t> told(chosen.begin(), chosen.end());
@@ -181,7 +173,9 @@ Json RehearsalJson(const Report& report) {
                   .Set("equalRoads", ListOf(report.EqualRoads(), NumbersJson))
                   .Set("boards", ListOf(report.boards, BoardJson));
   if (report.hasFaults)
-    json.Set("faultResults", ResultsJson(report)).Set("faults", ListOf(report.faults, FaultJson));
+    json.Set("faultStep", report.faultStep)
+        .Set("faultResults", ResultsJson(report))
+        .Set("faults", ListOf(report.faults, FaultJson));
   return json.Set("runs", report.runs).Set("seconds", report.seconds).Set("cores", report.cores);
 }
 

@@ -1,12 +1,8 @@
 // varnok-board rehearse: what a script or a load file does to a board, on one road or on all of them.
-#include <algorithm>
-#include <charconv>
-#include <thread>
-
-#include "boards/folder.h"
 #include "programs/board/command.h"
 #include "programs/board/output.h"
 #include "programs/board/rehearsal_output.h"
+#include "programs/board/rehearse_parts.h"
 #include "rehearsal/answers.h"
 #include "rehearsal/fault_runs.h"
 #include "rehearsal/roads.h"
@@ -21,6 +17,7 @@ constexpr Option kOptions[] = {
     {"SCRIPT", "", "The script; or, behind --, the program's arguments: -- /fru board.fru",
      Option::OneOrMore},
     {"--board", "FOLDER", "The board, which stays as it is; else VARNOK_BOARD, else the default board"},
+    {"--boards", "FOLDER", "Each board folder in this one, and which of them end alike"},
     {"--answers", "FILE", "Answer the questions from this file; else from the keyboard"},
     {"--all-roads", "", "Go every road through the script: each answer, and each outcome of a probe"},
     {"--limit", "N", "The most roads of --all-roads; 10000 without it"},
@@ -33,17 +30,6 @@ constexpr Option kOptions[] = {
     kReportJson,
     kReportVerbose,
 };
-
-/// The program's arguments: as given, or those that run the script.
-std::vector<std::string> ProgramArguments(const Arguments& arguments) {
-  std::vector<std::string> words = arguments.Values("SCRIPT");
-  const bool isOption =
-      words.front().starts_with('-') || (words.front().starts_with('/') && words.front().rfind('/') == 0);
-  if (words.size() != 1 || isOption) return words;
-  // To the program a word that begins with '/' is an option.
-  if (words.front().starts_with('/')) words.front().front() = '\\';
-  return {"/cfg", words.front()};
-}
 
 bool FindFolder(const Arguments& arguments, std::string& folder, std::string& error) {
   const std::string named = arguments.Value("--board");
@@ -58,31 +44,6 @@ bool FindFolder(const Arguments& arguments, std::string& folder, std::string& er
   if (source->isDefault) Note("varnok-board: the default simulated board " + folder);
   const bool isMissing = source->isDefault && !std::filesystem::exists(source->folder / sim::kBoardFile);
   return !isMissing || sim::Board::CreateDefault(source->folder, error);
-}
-
-std::unique_ptr<Answerer> MakeAnswerer(const Arguments& arguments, std::string& error) {
-  if (!arguments.Has("--answers")) return std::make_unique<KeyboardAnswers>();
-  boards::Bytes text;
-  auto file = std::make_unique<AnswerFile>();
-  const std::string name = arguments.Value("--answers");
-  if (!boards::ReadFile(name, text, error)) return nullptr;
-  if (file->Parse({reinterpret_cast<const char*>(text.data()), text.size()}, error)) return file;
-  error = name + ": " + error;
-  return nullptr;
-}
-
-/// A number from 1 on; false, and the error is told, for anything else.
-bool ReadNumber(const Arguments& arguments, const char* option, std::size_t& number) {
-  if (!arguments.Has(option)) return true;
-  const std::string text = arguments.Value(option);
-  const char* end = text.data() + text.size();
-  if (std::from_chars(text.data(), end, number).ptr == end && number != 0) return true;
-  Fail(std::string(option) + ": \"" + text + "\" is no number from 1 on", kWrongUse);
-  return false;
-}
-
-unsigned Cores() {
-  return std::max(1U, std::thread::hardware_concurrency());
 }
 
 /// The faults, if they are asked for, and the report's end.
@@ -100,11 +61,14 @@ int Finish(const Arguments& arguments, Stage& stage, Report& report) {
 /// Which option stands where it has no meaning; empty when none does.
 std::string MisplacedOption(const Arguments& arguments) {
   const bool isAllRoads = arguments.Has("--all-roads");
+  if (arguments.Has("--boards"))
+    for (const char* name : {"--board", "--record", "--keep", "--every-fault"})
+      if (arguments.Has(name)) return std::string(name) + " is for one board, not for --boards";
   for (const char* name : {"--answers", "--record", "--keep"})
     if (isAllRoads && arguments.Has(name)) return std::string(name) + " is for one road, not for --all-roads";
   if (!arguments.Has("--every-fault") && arguments.Has("--step")) return "--step is for --every-fault";
   if (!isAllRoads && arguments.Has("--limit")) return "--limit is for --all-roads";
-  if (!isAllRoads && !arguments.Has("--answers") && arguments.Has("--json"))
+  if (!isAllRoads && !arguments.Has("--answers") && !arguments.Has("--boards") && arguments.Has("--json"))
     return "--json needs --answers: without them the console is the program's";
   return {};
 }
@@ -129,13 +93,16 @@ int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
   if (!isLive && !arguments.Has("--json")) PrintLine(outcome.run.transcript);
   if (arguments.Has("--record") && !WriteText(arguments.Value("--record"), AnswerText(outcome.given)))
     return kFailed;
-  if (arguments.Has("--keep") && !stage.Save(arguments.Value("--keep"), outcome.images, error))
-    return Fail(error);
   const std::vector<std::string> problems = outcome.problems;
+  // A run that was given up tells nothing of the package.
+  const bool isWhole = problems.size() == outcome.unusedAnswers.size();
+  if (isWhole && arguments.Has("--keep") && !stage.Save(arguments.Value("--keep"), outcome.images, error))
+    return Fail(error);
   ReportBuilder builder(stage);
   builder.Add(std::move(outcome));
   Report report = builder.Finish();
-  const int status = problems.empty() ? Finish(arguments, stage, report) : TellReport(report, arguments);
+  int status = kFailed;
+  if (isWhole) status = problems.empty() ? Finish(arguments, stage, report) : TellReport(report, arguments);
   for (const std::string& problem : problems) Fail(problem);
   return problems.empty() ? status : kFailed;
 }
@@ -143,18 +110,24 @@ int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
 int Run(const Arguments& arguments) {
   if (const std::string misplaced = MisplacedOption(arguments); !misplaced.empty())
     return Fail(misplaced, kWrongUse);
+  if (arguments.Has("--boards")) return RehearseBoards(arguments);
   std::string folder, error;
   if (!FindFolder(arguments, folder, error)) return Fail(error);
-  const std::unique_ptr<Answerer> answerer = MakeAnswerer(arguments, error);
-  if (answerer == nullptr) return Fail(error);
+  KeyboardAnswers keyboard;
+  AnswerFile file;
+  if (!ReadAnswers(arguments, file, error)) return Fail(error);
   const std::unique_ptr<Stage> stage = Stage::Open(folder, ProgramArguments(arguments), error);
   if (stage == nullptr) return Fail(error);
-  return arguments.Has("--all-roads") ? GoAll(arguments, *stage) : GoOne(arguments, *stage, *answerer);
+  return arguments.Has("--all-roads")
+             ? GoAll(arguments, *stage)
+             : GoOne(arguments, *stage, arguments.Has("--answers") ? static_cast<Answerer&>(file) : keyboard);
 }
 
 }  // namespace
 
 const Command kRehearse = {"rehearse", "Run a script over a copy of a board and tell what it does", kOptions,
-                           "  varnok-board rehearse MASTER.CFG --board myboard --answers rack.answers", Run};
+                           "  varnok-board rehearse MASTER.CFG --board myboard --answers rack.answers\n"
+                           "  varnok-board rehearse MASTER.CFG --boards fleet --all-roads",
+                           Run};
 
 }  // namespace varnok::companion

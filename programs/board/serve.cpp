@@ -45,7 +45,8 @@ bool WriteSmbios(sim::Board& board, const std::string& folder, std::string& erro
   constexpr std::uint8_t kIpmiDevice = 38;
   const auto entryPoint = board.SmbiosEntryPoint();
   auto table = board.PhysicalMemory(DwordAt(entryPoint, 24), WordAt(entryPoint, 22));
-  for (int number = 100; const std::size_t size = smbios::StructureSize(table); ++number) {
+  std::size_t size = 0;
+  for (int number = 100; (size = smbios::StructureSize(table)) != 0; ++number) {
     const std::uint8_t type = table[0];
     if (type == smbios::kEndOfTable) break;
     const auto structure = table.first(size);

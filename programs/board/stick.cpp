@@ -2,6 +2,7 @@
 #include <spawn.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,13 +13,12 @@
 
 #include "app/services/text.h"
 #include "boards/folder.h"
+#include "firmware/host/argument_list.h"
 #include "programs/board/command.h"
 #include "programs/board/findings.h"
 #include "programs/board/output.h"
 #include "programs/start/ending.h"
 #include "programs/start/menu_file.h"
-
-extern char** environ;
 
 namespace varnok::companion {
 namespace {
@@ -36,20 +36,24 @@ constexpr Option kOptions[] = {
 };
 constexpr const char* kImages[] = {"VARNOK.EFI", "SNAPSHOT.EFI", "START.EFI", "ipmi.efi"};
 constexpr const char* kPage = "README.TXT";
+constexpr const char* kPrintedPage = "TECHNIC.HTM";
 
 /// Where this program's own files are: installed beside it, or in the tree that it was built in.
 struct Supplies {
   fs::path packer;
   fs::path images;
   fs::path page;
+  fs::path printedPage;  ///< the page for a browser; may be missing
 };
 
 Supplies FindSupplies() {
   const fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
   const fs::path installed = program.parent_path() / "lib/varnok";
-  if (fs::exists(installed / "make-stick")) return {installed / "make-stick", installed, installed / kPage};
+  if (fs::exists(installed / "make-stick"))
+    return {installed / "make-stick", installed, installed / kPage, installed / kPrintedPage};
   const fs::path tree = program.parent_path().parent_path();
-  return {tree / "tools/make-stick", tree / "build/uefi", tree / "stick" / kPage};
+  const fs::path built = tree / "build/uefi";
+  return {tree / "tools/make-stick", built, tree / "stick" / kPage, built / kPrintedPage};
 }
 
 class TemporaryFolder {
@@ -178,14 +182,12 @@ void CheckFiles(const Package& package, boards::Checker& checker) {
     }
 }
 
-/// The packer's exit status.
-int Pack(const fs::path& packer, const std::vector<std::string>& arguments) {
-  std::vector<char*> words{const_cast<char*>(packer.c_str())};
-  for (const std::string& argument : arguments) words.push_back(const_cast<char*>(argument.c_str()));
-  words.push_back(nullptr);
+/// The packer's exit status; its name is the first word.
+int Pack(host::ArgumentList words) {
   pid_t child = 0;
   int status = 0;
-  if (posix_spawn(&child, packer.c_str(), nullptr, nullptr, words.data(), environ) != 0) return kFailed;
+  if (posix_spawn(&child, words.Pointers()[0], nullptr, nullptr, words.Pointers(), environ) != 0)
+    return kFailed;
   while (waitpid(child, &status, 0) < 0)
     if (errno != EINTR) return kFailed;
   return WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
@@ -198,7 +200,7 @@ int Run(const Arguments& arguments) {
   if (fs::exists(out) && !fs::is_regular_file(out)) return Fail(out.string() + ": is there, and is no file");
   Supplies supplies = FindSupplies();
   if (arguments.Has("--efi")) supplies.images = arguments.Value("--efi");
-  std::vector<std::string> items{out.string()};
+  std::vector<std::string> items{supplies.packer, out.string()};
   for (const char* image : kImages) {
     items.push_back(supplies.images / image);
     if (!fs::exists(items.back()))
@@ -220,9 +222,11 @@ int Run(const Arguments& arguments) {
   if (HasErrors(findings)) return Fail("the package is refused; " + out.string() + " was not made", kFound);
 
   if (package.Find(kPage) == nullptr) items.push_back(supplies.page);
+  if (package.Find(kPrintedPage) == nullptr && fs::exists(supplies.printedPage))
+    items.push_back(supplies.printedPage);
   items.push_back(work.Path() / ".");
   items.push_back(package.Folder() / ".");
-  if (Pack(supplies.packer, items) != 0) return Fail(out.string() + ": could not be made");
+  if (Pack(host::ArgumentList(std::move(items))) != 0) return Fail(out.string() + ": could not be made");
   const std::size_t count = package.Names().size();
   PrintLine("Made " + out.string() + ": the programs, " + std::to_string(count) +
             (count == 1 ? " file" : " files") + " of the package" +

@@ -69,6 +69,7 @@ std::vector<std::string> EfiStation::List(bool folders) {
   std::vector<std::u16string> found;
   Discard(uefi::ListShellFolder(shell_, shell_.IsThere() ? u"." : u"\\", found, folders));
   std::vector<std::string> names;
+  names.reserve(found.size());
   for (const std::u16string& name : found) names.push_back(Narrow(name));
   return names;
 }

@@ -55,7 +55,7 @@ void AddFaults(const Report& report, std::vector<Finding>& findings) {
 enum class Failure : std::uint8_t { Error, Probe, Purpose };
 
 Failure FailureOf(const Report& report, const Road& road) {
-  if (road.run.message.starts_with("Configuration file exiting due to ERRORLEVEL")) return Failure::Purpose;
+  if (IsEndedByScript(road.run)) return Failure::Purpose;
   const bool hasFailingProbe =
       std::any_of(road.answers.begin(), road.answers.end(), [&report](const Answer& answer) {
         return report.questions[answer.question].kind == QuestionKind::Probe && answer.text == "failing";

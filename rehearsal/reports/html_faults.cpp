@@ -167,8 +167,8 @@ Element GroupTable(const Report& report, const std::vector<FaultGroup>& groups) 
 Element FaultsChapter(const Report& report) {
   Element chapter = Chapter("faults", "Faults");
   chapter
-      .Add(Aside("Each kind of fault at each request of a road, one a run: " +
-                 Count(report.faults.size(), "run") + "."))
+      .Add(Aside("Tried: " + FaultChoiceWords(report) + ", one a run: " + Count(report.faults.size(), "run") +
+                 "."))
       .Add(ResultTable(report));
   const std::vector<FaultGroup> groups = GraveGroups(report);
   if (!groups.empty()) chapter.Add(GroupTable(report, groups));

@@ -42,7 +42,7 @@ Element LaneTable(const Run& run, const TimeLine& line) {
       .Add(Lane("Writes", line.writes, "write",
                 Count(writes, "request") + ", " + Grouped(run.writes) + " changed the board"));
   if (lost > 0) body.Add(Lane("Lost", line.lost, "lost", Count(lost, "request") + " without an answer"));
-  body.Add(Lane("Waits", line.shortWaits, "wait", TimeWords(waited) + " in all"));
+  body.Add(Lane("Waits", line.shortWaits, "wait", TimeWords(waited) + " between requests"));
   if (cut > 0) body.Add(Lane("Long waits", line.cutWaits, "cut", Grouped(cut) + ", drawn short"));
   Element table("table");
   return table.Class("map lanes")

@@ -1,65 +1,15 @@
 #include "rehearsal/reports/junit_report.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <set>
 
-#include "rehearsal/reports/element.h"
 #include "rehearsal/reports/fault_groups.h"
 #include "rehearsal/reports/findings.h"
+#include "rehearsal/reports/junit_suite.h"
 #include "rehearsal/reports/words.h"
 
 namespace varnok::rehearsal {
 namespace {
-
-std::string XmlSeconds(std::uint64_t microseconds) {
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.6f", static_cast<double>(microseconds) / 1e6);
-  return text.data();
-}
-
-Element FailureElement(std::string_view type, std::string_view message) {
-  return Element("failure").Set("type", type).Set("message", message);
-}
-
-/// Counts what is put into it.
-class Suite {
- public:
-  Suite(std::string_view name, std::string_view package) : name_(name), package_(package) {}
-
-  /// `failure` may be null.
-  void Case(std::string_view name, std::uint64_t microseconds, const Element* failure) {
-    Element element("testcase");
-    element.Set("classname", package_).Set("name", name).Set("time", XmlSeconds(microseconds));
-    if (failure != nullptr) element.Add(*failure);
-    ++tests_;
-    failures_ += failure != nullptr ? 1 : 0;
-    microseconds_ += microseconds;
-    cases_ += element.Markup() + "\n";
-  }
-
-  std::string Markup() const {
-    std::string open = Element("testsuite")
-                           .Set("name", name_)
-                           .Set("tests", tests_)
-                           .Set("failures", failures_)
-                           .Set("errors", 0)
-                           .Set("time", XmlSeconds(microseconds_))
-                           .Markup();
-    constexpr std::string_view kEnd = "</testsuite>";
-    open.insert(open.size() - kEnd.size(), "\n" + cases_);
-    return open + "\n";
-  }
-
- private:
-  std::string_view name_;
-  std::string_view package_;
-  std::size_t tests_ = 0;
-  std::size_t failures_ = 0;
-  std::uint64_t microseconds_ = 0;
-  std::string cases_;
-};
 
 std::string PackageCases(const Report& report) {
   struct Rule {
@@ -120,7 +70,7 @@ std::string JunitReport(const Report& report) {
   std::string suites = report.isAllRoads ? PackageCases(report) : "";
   suites += RoadCases(report);
   if (report.hasFaults) suites += FaultCases(report);
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n" + suites + "</testsuites>\n";
+  return SuitesMarkup(suites);
 }
 
 }  // namespace varnok::rehearsal

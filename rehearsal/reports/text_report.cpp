@@ -5,36 +5,11 @@
 
 #include "rehearsal/reports/fault_groups.h"
 #include "rehearsal/reports/findings.h"
+#include "rehearsal/reports/text_table.h"
 #include "rehearsal/reports/words.h"
 
 namespace varnok::rehearsal {
 namespace {
-
-/// Columns as wide as their widest cell, two blanks between them.
-class TextTable {
- public:
-  explicit TextTable(std::vector<bool> isNumber) : isNumber_(std::move(isNumber)) {}
-
-  void Row(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
-
-  void WriteTo(std::vector<std::string>& lines) const {
-    std::vector<std::size_t> widths(isNumber_.size(), 0);
-    for (const auto& row : rows_)
-      for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], WidthOf(row[i]));
-    for (const auto& row : rows_) {
-      std::string line;
-      for (std::size_t i = 0; i < row.size(); ++i) {
-        const std::string blanks(widths[i] - WidthOf(row[i]), ' ');
-        line += "  " + (isNumber_[i] ? blanks + row[i] : row[i] + (i + 1 < row.size() ? blanks : ""));
-      }
-      lines.push_back(std::move(line));
-    }
-  }
-
- private:
-  std::vector<bool> isNumber_;
-  std::vector<std::vector<std::string>> rows_;
-};
 
 class TextWriter {
  public:
@@ -171,7 +146,7 @@ class TextWriter {
 
   void Faults() {
     if (!report_.hasFaults) return;
-    Title(Count(report_.faults.size(), "fault"));
+    Title(Count(report_.faults.size(), "fault") + ": " + FaultChoiceWords(report_));
     const auto counts = CountCells(report_);
     TextTable table({true, false});
     for (std::size_t i = 0; i < kCellCount; ++i)

@@ -122,6 +122,11 @@ std::vector<std::size_t> FromOne(const std::vector<std::size_t>& indices) {
   return numbers;
 }
 
+std::string FaultChoiceWords(const Report& report) {
+  constexpr const char* kAll = "each kind of fault at each request of a road";
+  return report.faultStep == 1 ? kAll : std::string("one in ") + Grouped(report.faultStep) + " of: " + kAll;
+}
+
 std::string_view KindWord(QuestionKind kind) {
   constexpr std::array<std::string_view, 5> kWords = {"menu", "prompt", "header", "value", "probe"};
   return kWords[static_cast<std::size_t>(kind)];

@@ -36,6 +36,9 @@ std::string BoardName(std::size_t board);
 std::string RoadName(std::size_t road);
 std::vector<std::size_t> FromOne(const std::vector<std::size_t>& indices);
 
+/// "each kind of fault at each request of a road", or that it was one in so many of these.
+std::string FaultChoiceWords(const Report& report);
+
 std::string_view KindWord(QuestionKind kind);
 /// "2 (Pedestal, 8 bays)", "Y", "'VWS1' (refused)"
 std::string AnswerWords(const Question& question, const Answer& answer);

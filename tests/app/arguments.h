@@ -2,28 +2,18 @@
 #pragma once
 
 #include "firmware/entry.h"
+#include "firmware/host/argument_list.h"
 #include "tests/support/split.h"
 
 namespace varnok::testing {
 
 /// A blank separates them.
-class Arguments {
- public:
-  explicit Arguments(const std::string& line)
-      : texts_(Split(line.empty() ? "VARNOK" : "VARNOK " + line, " ")) {
-    for (std::string& text : texts_) pointers_.push_back(text.data());
-    pointers_.push_back(nullptr);
-  }
-  int Count() const { return static_cast<int>(texts_.size()); }
-  char** Pointers() { return pointers_.data(); }
-
- private:
-  std::vector<std::string> texts_;
-  std::vector<char*> pointers_;
-};
+inline host::ArgumentList Arguments(const std::string& line) {
+  return host::ArgumentList(Split(line.empty() ? "VARNOK" : "VARNOK " + line, " "));
+}
 
 inline int RunMain(const std::string& line) {
-  Arguments arguments(line);
+  host::ArgumentList arguments = Arguments(line);
   return Main(arguments.Count(), arguments.Pointers());
 }
 

@@ -44,7 +44,7 @@ class RunModes : public ::testing::Test {
   /// One run of the program's object behind the reading of its command line.
   std::string Execute(const std::string& line, bool isMirrored = false) {
     ForgetProgramState();
-    Arguments arguments(line);
+    host::ArgumentList arguments = Arguments(line);
     const char* const traced[] = {"VARNOK", level};
     TraceSelectLevel(2, traced);
     CVarnok program;

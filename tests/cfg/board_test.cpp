@@ -151,6 +151,9 @@ TEST_F(Board, AreasThatHoldNoFieldsAreCopiedWhole) {
   Replace(machine.files[".\\HEARTHS2.FRU"], "10 27 00 00 01", "10 27 00 00 02");
   EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA InternalUse\n"), 0) << message;
   EXPECT_EQ(Content("board.bin")[0x11], 2);
+  // The first record's header goes over that of the second.
+  EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA MultiRec 1\n"), 4);
+  EXPECT_EQ(Content("board.bin").substr(346, 5), Content("board.bin").substr(328, 5));
 }
 
 TEST_F(Board, EachBlockHasItsOwnDevice) {
@@ -175,6 +178,9 @@ TEST_F(Board, ComparedAreaIsNotWritten) {
 
 TEST_F(Board, ScriptThatFailsInProcessingWritesNothing) {
   machine.environment["LONG"] = std::u16string(254, u'x');
+  machine.files[".\\SUPPLY.FRU"] = Sample("eeprom.fru");
+  Replace(machine.files[".\\SUPPLY.FRU"], "'AT24CO2'", "'IMBDEVICE'");
+  Replace(machine.files[".\\SUPPLY.FRU"], "0D 00 F1", "0B 00 F3");  // the device's header
   ExpectRows("failures.txt", kChange);
   EXPECT_EQ(RunFile("NONE.CFG"), 2);
   EXPECT_EQ(message, "The file 'NONE.CFG' was not found.");
@@ -234,6 +240,8 @@ TEST_F(Board, SamplesAreRead) {
 }
 
 TEST_F(Board, ProbesAnswerAsWritten) {
+  const std::uint8_t damage[] = {0x7E};
+  machine.board->Images().Find("riser.bin")->Write(20, damage);
   ExpectRows("answers.txt", "", "IFSET YES\nDISPLAY yes\nENDIF\nIFSET NO\nDISPLAY no\nENDIF\n");
 }
 

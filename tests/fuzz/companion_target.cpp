@@ -43,6 +43,8 @@ const Line kLines[] = {
     {companion::kImport, {{"FOLDER", "made"}, {"--sdr", "input"}}},
     {companion::kImport, {{"FOLDER", "made"}, {"--smbios", "input"}, {"--identity", "input"}}},
     {companion::kImport, {{"FOLDER", "made"}, {"--identity", "input"}}},
+    {companion::kLog, {{"FILE", "input"}, {"--names", ""}}},
+    {companion::kLog, {{"FILE", "input"}, {"--json", ""}}},
 };
 
 struct Desk {

@@ -15,7 +15,7 @@ samples=$PWD/samples
 # Every mode of RunProgram's table in front of a file.
 with_modes() { # FILE
   local mode
-  for mode in {0..17}; do
+  for mode in {0..23}; do
     # shellcheck disable=SC2059  # the format is the byte
     { printf "\\$(printf %o "$mode")"; cat "$1"; } >"$folder/$mode-$(basename "$1")"
   done
@@ -98,8 +98,18 @@ case $target in
     with_modes "$work/smbios.bin"
     with_modes "$work/board.json"
     with_modes "$work/identity"
+    VARNOK_BOARD=$work/board VARNOK_TRAFFIC=$work/log "$build/varnok" /d smb >/dev/null 2>&1
+    with_modes "$work/log"
     for file in "$samples"/MASTER.CFG "$samples"/server-board.*; do with_modes "$file"; done
     words boards/*.cpp sim/board_config.cpp cfg/command_table.cpp fru/fru_file.cpp sdr/file_keys.h
+    ;;
+  start-cfg)
+    printf 'TITLE "Hearth S2"\r\nENTRY "Run // it" VARNOK /cfg MASTER.CFG // the package\nENTRY "Back" RESTORE\nENTRY "x" PAGE A.TXT\nRUN 1 AFTER 10\n' >"$folder/menu"
+    words programs/start/menu_file.cpp
+    ;;
+  answer-file)
+    printf '# by hand\n"Which chassis is it?" = 1\nline 12 = Y\nPROBE SYSTEM = failing\n* value = "A=1"\n* = n\n' >"$folder/answers"
+    words rehearsal/answers.cpp
     ;;
   *) echo "make_seeds.sh: $target has no seeds" >&2; exit 1 ;;
 esac >"$folder.dict"

@@ -12,6 +12,8 @@
 #include "app/services/scan.h"
 #include "app/services/text.h"
 #include "driver/ipmi_service.h"
+#include "programs/start/menu_file.h"
+#include "rehearsal/answers.h"
 #include "sim/board_server.h"
 #include "tests/fuzz/program.h"
 #include "tests/fuzz/target.h"
@@ -57,7 +59,7 @@ void Talk(int port, std::string_view input) {
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   if (connect(line.Number(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) std::abort();
-  (void)!send(line.Number(), input.data(), input.size(), MSG_NOSIGNAL);
+  (void)send(line.Number(), input.data(), input.size(), MSG_NOSIGNAL);
   shutdown(line.Number(), SHUT_WR);
   std::array<char, 4096> answer;
   while (recv(line.Number(), answer.data(), answer.size(), 0) > 0) {
@@ -104,8 +106,19 @@ void RunKcs(std::string_view input) {
     std::array<std::uint8_t, 64> answer;
     std::array<std::uint8_t, 4> header;
     std::uint32_t length = bytes.Next() % (answer.size() + 1);
-    (void)service.Receive(&service, &header[0], &header[1], &header[2], &header[3], answer.data(), &length);
+    (void)service.Receive(&service, header.data(), &header[1], &header[2], &header[3], answer.data(),
+                          &length);
   }
+}
+
+void RunMenuFile(std::string_view input) {
+  start::Menu menu;
+  for (const start::Problem& problem : start::ReadMenu(std::string(input), menu)) (void)problem.Text();
+}
+
+void RunAnswerFile(std::string_view input) {
+  std::string error;
+  rehearsal::AnswerFile().Parse(input, error);
 }
 
 void RunServer(std::string_view input) {
@@ -116,7 +129,7 @@ void RunServer(std::string_view input) {
   if (!server.Listen("127.0.0.1:0", error) || pipe(stop.data()) != 0) std::abort();
   const std::string address = server.Address();
   std::thread machine([&] {
-    Talk(std::atoi(address.c_str() + address.find(':') + 1), input);
+    Talk(std::stoi(address.substr(address.find(':') + 1)), input);
     close(stop[1]);
   });
   server.Run(stop[0]);

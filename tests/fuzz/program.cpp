@@ -7,6 +7,7 @@
 #include "app/services/text.h"
 #include "boards/board_data.h"
 #include "firmware/entry.h"
+#include "firmware/host/argument_list.h"
 #include "tests/fuzz/hostile_bmc.h"
 #include "tests/support/board_machine.h"
 #include "tests/support/host_files.h"
@@ -41,8 +42,9 @@ class FuzzMachine : public testing::BoardMachine {
     return BoardMachine::OpenFile(path, mode, file);
   }
   std::span<const std::uint8_t> PhysicalMemory(std::uint64_t address, std::size_t length) override {
-    return memory.empty() ? BoardMachine::PhysicalMemory(address, length)
-                          : TestFirmware::PhysicalMemory(address, length);
+    if (memory.empty()) return BoardMachine::PhysicalMemory(address, length);
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): the input's table, not the board's
+    return TestFirmware::PhysicalMemory(address, length);
   }
   /// The keys of the input, then ones that answer every question in the end: a menu's first item, a chassis
   /// type, an empty field, each with a yes.
@@ -100,11 +102,8 @@ void Run(const ProgramInput& input) {
   machine.fileText = input.file;
   machine.keys = Widen(input.keys);
 
-  std::vector<std::string> arguments = testing::Split("VARNOK " + input.commandLine, " ");
-  std::vector<char*> vector;
-  for (std::string& argument : arguments) vector.push_back(argument.data());
-  vector.push_back(nullptr);
-  Main(static_cast<int>(arguments.size()), vector.data());
+  host::ArgumentList arguments(testing::Split("VARNOK " + input.commandLine, " "));
+  Main(arguments.Count(), arguments.Pointers());
 }
 
 }  // namespace varnok::fuzz

@@ -31,6 +31,8 @@ void RunDescription(std::string_view input);
 void RunFormatter(std::string_view input);
 void RunScanner(std::string_view input);
 void RunKcs(std::string_view input);
+void RunMenuFile(std::string_view input);
+void RunAnswerFile(std::string_view input);
 void RunServer(std::string_view input);
 void RunCompanion(std::string_view input);
 

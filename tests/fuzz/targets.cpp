@@ -14,7 +14,8 @@ constexpr Target kTargets[] = {
     {"bmc-answers", RunAnswers},      {"board-json", RunDescription},
     {"formatter", RunFormatter},      {"scanner", RunScanner},
     {"kcs", RunKcs},                  {"server", RunServer},
-    {"companion", RunCompanion},
+    {"companion", RunCompanion},      {"start-cfg", RunMenuFile},
+    {"answer-file", RunAnswerFile},
 };
 // clang-format on
 

@@ -2,24 +2,35 @@
 images."""
 
 import shutil
+import sys
 import unittest
 
-from machine import Board, Command, outside_bmc
+from machine import BUILD, ROOT, Board, Command, outside_bmc
 from program import (BOARD_JOBS, ENVIRONMENT, NO_BMC_TRAFFIC, PROBED_SMBIOS, SAMPLES, SCRIPT_JOBS, SCRIPTS, SUCCESS,
                      ProgramTest, board_files, fru_file)
+
+sys.path.append(str(ROOT / "benchmarks"))
+import jobs  # noqa: E402
+import uefi  # noqa: E402
+
+RECORDS = [jobs.sensor_record(number) for number in range(64)]
 
 
 class BoardServer(ProgramTest):
     @classmethod
     def setUpClass(cls):
         cls.make_stick()
-        for name, content in board_files().items():
+        for image in uefi.IMAGES:
+            cls.stick.put(BUILD / image)
+        for name, content in {**board_files(), "metered.sdr": jobs.sdr_file(RECORDS).encode()}.items():
             cls.stick.write(name, content)
             (cls.folder / name).write_bytes(content)
-        cls.make_boards(BOARD_JOBS, cls.folder)
+        cls.make_boards(BOARD_JOBS | {"records": ["/sdr", "metered.sdr"]}, cls.folder)
         commands = {name: "VARNOK " + " ".join(arguments) + f" > {number}.txt"
                     for number, (name, arguments) in enumerate(BOARD_JOBS.items())}
         commands["on the console"] = "VARNOK /fru board.fru"
+        commands["starts"] = uefi.START_LINES
+        commands["records"] = "METERED /sdr metered.sdr"
         with cls.served_board as board:
             cls.run_machine(outside_bmc(board.port), commands)
 
@@ -40,6 +51,15 @@ class BoardServer(ProgramTest):
         self.assertEqual(host, served)
         changed = {name for name in before if before[name] != served[name]}
         self.assertEqual(changed, {"board.bin", "backplane.bin", "sdr.bin"})
+
+    def test_start_costs_little_more_than_an_empty_applications(self):
+        start, empty = uefi.starts(self.result("starts").text)
+        self.assertLessEqual(start, 1.5 * empty)
+
+    def test_memory_is_sixteen_times_the_repositorys_at_most(self):
+        self.assert_ends("records", SUCCESS)
+        pool, = uefi.metered(self.result("records").text, "pool")
+        self.assertLessEqual(pool, 16 * len(b"".join(RECORDS)))
 
     def test_server_ends_cleanly(self):
         self.assertEqual(self.served_board.end_status, 0)

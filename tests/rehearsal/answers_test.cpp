@@ -84,6 +84,11 @@ TEST_F(AnswersOfRuns, FitOrAreTold) {
   }
 }
 
+TEST(AnswerText, LeavesOutAMenuNumberThatNoItemHas) {
+  const Question menu{.kind = QuestionKind::Menu, .text = "Which?", .choices = {"A rack"}};
+  EXPECT_EQ(AnswerText({{menu, "7", true}, {menu, "1"}}), "Which? = A rack\n");
+}
+
 /// The program dies at its first question.
 class DeadlyAnswers : public Answerer {
  public:

@@ -119,16 +119,17 @@ TEST_F(BoardServerTest, SurvivesDisconnectsAndNoise) {
 }
 
 TEST_F(BoardServerTest, RaisesAttentionWhileAnswersWait) {
-  const Bytes raised{0x01, 0xA1}, dropped{0x00, 0xA1};
+  const Bytes raised{0x01, 0xA1}, dropped{0x00, 0xA1}, sent{0x02, 0x1C, 0x34, 0x00};
   // Send Message to channel 0: Get Device ID to the controller at C0h.
   const Bytes send{0x02, 0x18, 0x34, 0x00, 0xC0, 0x18, 0x28, 0x20, 0x0A, 0x01, 0xD5};
   const Bytes getMessage{0x03, 0x18, 0x33};
   Line line(server_->Address());
   line.ExpectGreeting();
-  line.Ask(send, {0x02, 0x1C, 0x34, 0x00});
-  EXPECT_EQ(line.Receive(2), raised);
+  Bytes raisedAndSent = raised;  // in this order: who has the answer looks for attention, and then waits
+  raisedAndSent.insert(raisedAndSent.end(), sent.begin(), sent.end());
+  line.Ask(send, raisedAndSent);
   // Two wait: attention stays up until the second is taken.
-  line.Ask(send, {0x02, 0x1C, 0x34, 0x00});
+  line.Ask(send, sent);
   Line late(server_->Address());
   late.ExpectGreeting();
   EXPECT_EQ(late.Receive(2), raised);
@@ -136,6 +137,10 @@ TEST_F(BoardServerTest, RaisesAttentionWhileAnswersWait) {
   line.Ask(getMessage, {0x03, 0x1C, 0x33, 0x00});
   EXPECT_EQ(line.Receive(2), dropped);
   EXPECT_EQ(late.Receive(2), dropped);
+  // With an interrupt where the machine asks for one: Set BMC Global Enables.
+  line.Ask({0x04, 0x18, 0x2E, 0x01}, {0x04, 0x1C, 0x2E, 0x00});
+  EXPECT_EQ(line.Receive(2), (Bytes{0x05, 0xA1}));
+  line.Ask(send, {0x02, 0xA1, 0x02, 0x1C, 0x34, 0x00});
 }
 
 TEST_F(BoardServerTest, OneThatDoesNotReadHoldsNobodyUp) {

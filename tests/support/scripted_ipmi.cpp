@@ -43,11 +43,13 @@ WireLine ParseWireLine(const std::string& line) {
   unsigned target = 0, channel = 0, sequence = 0, netFunction = 0, lun = 0, command = 0;
   int used = 0;
   const char* text = line.c_str();
+  // NOLINTBEGIN(cert-err34-c): a case's own bytes
   if (std::sscanf(text, "%x@%x#%u%n", &target, &channel, &sequence, &used) < 3 &&
       std::sscanf(text, "%x#%u%n", &target, &sequence, &used) < 2)
     used = sequence = 0;
   const char* rest = text + used;
   EXPECT_EQ(std::sscanf(rest, "%x/%x %x%n", &netFunction, &lun, &command, &used), 3) << line;
+  // NOLINTEND(cert-err34-c)
   return {Byte(target),  Byte(sequence), Byte(netFunction), Byte(lun),
           Byte(command), sequence != 0,  Byte(channel),     BytesOf(rest + used)};
 }
@@ -149,6 +151,7 @@ ScriptedIpmi& ScriptedIpmi::ReplyBridged(std::uint8_t target, std::uint8_t seque
 ScriptedIpmi& ScriptedIpmi::Play(const std::string& lines) {
   for (const std::string& line : Split(lines, "\n")) {
     int times = 1, used = 0;
+    // NOLINTNEXTLINE(cert-err34-c): a case's own number
     if (std::sscanf(line.c_str(), "%dx %n", &times, &used) < 1 || used == 0) times = 1;
     for (; times > 0 && !line.empty(); --times)
       for (const std::string& exchange : Split(line.substr(used), " ;; ")) PlayExchange(exchange);

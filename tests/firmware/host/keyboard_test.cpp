@@ -23,7 +23,7 @@ using Keys = std::vector<int>;
   for (;;) {
     std::optional<char16_t> key = ReadKey();
     int number = key ? *key : -1;
-    if (write(report, &number, sizeof number) < 0 || !key || *key == u'q') _exit(0);
+    if (write(report, &number, sizeof number) < 0 || !key || *key == u'q') EndAtOnce(0);
   }
 }
 
@@ -90,6 +90,7 @@ TEST(Keyboard, TerminalGivesSingleKeysWithoutEcho) {
   ASSERT_EQ(write(terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
   EXPECT_EQ(Collect(report[0]), (Keys{'a', 0, 0, 8, '\n', 0x442, 'q'}));
   waitpid(child, nullptr, 0);
+  EXPECT_TRUE(HasEcho(terminal));
   close(terminal);
 }
 
