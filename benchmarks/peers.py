@@ -56,7 +56,10 @@ class Guest(LinuxMachine):
     PROGRAMS = ["varnok", shutil.which("ipmitool"), "/usr/sbin/ipmi-fru"]
 
     def install(self, script: list[str]):
-        super().install(["mkdir -p /var/cache/ipmimonitoringsdrcache /root /tmp /usr/sbin", "export HOME=/root", *script])
+        # ipmi-fru wants a user with a home, where it keeps what it has learnt of the repository.
+        own = ["mkdir /etc /root", "echo root:x:0:0::/root:/bin/sh > /etc/passwd", "export HOME=/root",
+               f"{JOBS['show device 0']['freeipmi']} > out 2>&1"]
+        super().install(own + script)
 
 
 def content_of(folder: Path, board: Board) -> Path:

@@ -14,6 +14,7 @@
 #include <set>
 #include <string_view>
 
+#include "boards/traffic.h"
 #include "rehearsal/answers.h"
 #include "rehearsal/disturbances.h"
 #include "rehearsal/results.h"
@@ -33,8 +34,8 @@ struct Disturbed {
 template <class Archive>
 void Transfer(Archive& archive, Disturbed& disturbed) {
   FaultRun& run = disturbed.run;
-  archive(run.kind, run.request, run.exitStatus, run.message, run.errorOutput, run.isEndless, run.output,
-          run.isTold, disturbed.images);
+  archive(run.kind, run.request, run.name, run.exitStatus, run.message, run.errorOutput, run.isEndless,
+          run.output, run.isTold, disturbed.images);
 }
 
 /// A run that meets a fault takes longer than one that does not, by retries and time-outs, but not for ever.
@@ -84,6 +85,7 @@ class Trunk : public Performance {
     Performance::Asked(place, request);
     if (disturbance_ != nullptr) return;
     ++request_;
+    name_ = boards::CommandName(request.netFunction, request.command);
     for (const Disturbance& disturbance : AllDisturbances()) {
       if (!IsWithin(disturbance.scope, place, request)) continue;
       if (pairs_++ % choice_.step != 0 || !Fork(disturbance)) continue;
@@ -105,7 +107,10 @@ class Trunk : public Performance {
     }
     // Without a process this disturbance cannot be tried, which must not pass for a good end.
     if (child < 0)
-      Report({.kind = disturbance.name, .request = request_, .message = "no process for the run"});
+      Report({.kind = disturbance.name,
+              .request = request_,
+              .name = name_,
+              .message = "no process for the run"});
     if (child > 0) children_.emplace(child, &disturbance);
     return false;
   }
@@ -120,6 +125,7 @@ class Trunk : public Performance {
       const Outcome dead = OutcomeOfDeath(TheStage(), status);
       Report({.kind = found->second->name,
               .request = request_,
+              .name = name_,
               .exitStatus = dead.run.exitStatus,
               .message = dead.run.message,
               .isEndless = dead.isEndless,
@@ -141,6 +147,7 @@ class Trunk : public Performance {
     for (const std::string& problem : outcome.problems) message += (message.empty() ? "" : "; ") + problem;
     Report({.kind = disturbance_->name,
             .request = request_,
+            .name = name_,
             .exitStatus = run.exitStatus,
             .message = std::move(message),
             .errorOutput = run.errorOutput,
@@ -155,6 +162,7 @@ class Trunk : public Performance {
   Results& results_;
   const Disturbance* disturbance_ = nullptr;  ///< in a process that has one
   std::size_t request_ = 0;
+  std::string name_;  ///< of the request
   std::size_t pairs_ = 0;
   std::map<pid_t, const Disturbance*> children_;
 };

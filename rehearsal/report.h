@@ -119,6 +119,7 @@ struct FaultRun {
   std::size_t road = 0;
   std::string kind{};       ///< "no-answer (not done)", "completion code C3h"
   std::size_t request = 0;  ///< its number on the road, from 1
+  std::string name{};       ///< of the request, "Write FRU Data"
   int exitStatus = 0;
   std::string message{};
   std::string errorOutput{};

@@ -45,9 +45,23 @@ std::uint8_t GetMessageFlags(CommandContext& context) {
   return code::kSuccess;
 }
 
+/// Of what can be enabled the board has the receive queue's interrupt alone.
+std::uint8_t SetGlobalEnables(CommandContext& context) {
+  if ((context.data[0] & ~kQueueFlag) != 0) return code::kInvalidField;
+  context.bmc.SetQueueInterrupt(context.data[0] != 0);
+  return code::kSuccess;
+}
+
+std::uint8_t GetGlobalEnables(CommandContext& context) {
+  context.answer = {static_cast<std::uint8_t>(context.bmc.HasQueueInterrupt() ? kQueueFlag : 0)};
+  return code::kSuccess;
+}
+
 constexpr CommandRow kAppRows[] = {
     {kApp, ipmi_command::kGetDeviceId, 0, 0, row_flag::kInTransferMode, GetDeviceId},
     {kApp, ipmi_command::kColdReset, 0, 0, row_flag::kInTransferMode, ColdReset},
+    {kApp, 0x2E, 1, 1, row_flag::kBmcOnly | row_flag::kInTransferMode, SetGlobalEnables},
+    {kApp, 0x2F, 0, 0, row_flag::kBmcOnly | row_flag::kInTransferMode, GetGlobalEnables},
     {kApp, ipmi_command::kClearMessageFlags, 1, 1, row_flag::kBmcOnly | row_flag::kInTransferMode,
      ClearMessageFlags},
     {kApp, 0x31, 0, 0, row_flag::kBmcOnly | row_flag::kInTransferMode, GetMessageFlags},

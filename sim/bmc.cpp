@@ -122,6 +122,7 @@ void Bmc::Reset(Controller& controller) {
   controller.Reset(clock_.Elapsed());
   if (!controller.IsBmc()) return;
   queue_.Clear();
+  hasQueueInterrupt_ = false;
   sdrs_.DropPart();
 }
 

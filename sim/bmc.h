@@ -32,6 +32,9 @@ class Bmc {
   FaultEngine& Faults() { return faults_; }
   ReceiveQueue& Queue() { return queue_; }
   SdrRepository& Sdrs() { return sdrs_; }
+  /// Whether the machine wants an interrupt when an answer stands in the queue (IPMI v2.0, section 22.1).
+  bool HasQueueInterrupt() const { return hasQueueInterrupt_; }
+  void SetQueueInterrupt(bool isOn) { hasQueueInterrupt_ = isOn; }
   Controller& Self() { return controllers_.front(); }
 
   /// Channel 0 is the primary IPMB; others exist when a controller stands on them, 6 always.
@@ -54,6 +57,7 @@ class Bmc {
   FaultEngine faults_;
   TrafficLog log_;
   ReceiveQueue queue_;
+  bool hasQueueInterrupt_ = false;
   SdrRepository sdrs_;
   std::uint32_t exchangeMicroseconds_;
   std::deque<Controller> controllers_;  // the BMC first

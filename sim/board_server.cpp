@@ -131,7 +131,7 @@ void BoardServer::Accept() {
   canAccept_ = true;
   for (;;) {
     Connection connection{
-        Descriptor(accept4(listener_.Number(), nullptr, nullptr, SOCK_CLOEXEC)), {}, false, {}};
+        Descriptor(accept4(listener_.Number(), nullptr, nullptr, SOCK_CLOEXEC)), {}, false, false, {}};
     if (!connection.socket.IsOpen()) {
       // A listener that cannot be served would be ready for ever.
       canAccept_ = errno != EMFILE && errno != ENFILE && errno != ENOBUFS && errno != ENOMEM;
@@ -175,11 +175,16 @@ void BoardServer::Answer(Connection& connection, const VmInput& input) {
 }
 
 void BoardServer::SignalAttention(Connection& connection) {
-  bool isWanted = !board_.TheBmc().Queue().IsEmpty();
-  if (isWanted == connection.hasAttention || connection.unsent.size() >= kMostUnsent) return;
-  connection.hasAttention = isWanted;
-  Append(connection.unsent,
-         EncodeVmCommand({isWanted ? vm_command::kAttention : vm_command::kNoAttention, {}}));
+  if (connection.unsent.size() >= kMostUnsent) return;
+  const auto tell = [&connection](bool& told, bool isOn, std::uint8_t on, std::uint8_t off) {
+    if (told != isOn) Append(connection.unsent, EncodeVmCommand({isOn ? on : off, {}}));
+    told = isOn;
+  };
+  using namespace vm_command;
+  const bool interrupts = board_.TheBmc().HasQueueInterrupt();
+  tell(connection.hasInterrupt, interrupts, kEnableInterrupt, kDisableInterrupt);
+  tell(connection.hasAttention, !board_.TheBmc().Queue().IsEmpty(),
+       interrupts ? kAttentionWithInterrupt : kAttention, kNoAttention);
 }
 
 void BoardServer::Deliver() {

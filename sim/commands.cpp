@@ -35,7 +35,7 @@ std::uint8_t Run(Bmc& bmc, Controller& self, const Request& request, std::vector
   } catch (const StorageFull&) {
     return code::kOutOfSpace;
   } catch (const BoardError& error) {
-    bmc.Log().Event(error.what());
+    bmc.Log().Failure(error.what());
     return code::kUnspecified;
   }
 }

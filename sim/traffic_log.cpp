@@ -88,6 +88,12 @@ void TrafficLog::Event(std::string_view text) {
   if (file_.IsOpen()) Line("! " + Printable(text));
 }
 
+void TrafficLog::Failure(std::string_view text) {
+  Event(text);
+  if (!isFailureTold_) std::fprintf(stderr, "varnok: %s\n", Printable(text).c_str());
+  isFailureTold_ = true;
+}
+
 void TrafficLog::PowerCut(std::string_view text) {
   Event(text);
   if (observer_ != nullptr) observer_->PowerIsCut();

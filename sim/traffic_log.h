@@ -45,6 +45,8 @@ class TrafficLog {
                   std::string_view remark);
   /// Something that happened on the board.
   void Event(std::string_view text);
+  /// An image that the computer does not take: the first one is told on stderr too.
+  void Failure(std::string_view text);
   void PowerCut(std::string_view text);
 
  private:
@@ -55,6 +57,7 @@ class TrafficLog {
   TrafficObserver* observer_ = nullptr;
   std::string path_;
   Descriptor file_;
+  bool isFailureTold_ = false;
 };
 
 }  // namespace varnok::sim

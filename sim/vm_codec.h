@@ -22,6 +22,9 @@ namespace varnok::sim {
 namespace vm_command {
 inline constexpr std::uint8_t kNoAttention = 0x00;
 inline constexpr std::uint8_t kAttention = 0x01;
+inline constexpr std::uint8_t kAttentionWithInterrupt = 0x02;
+inline constexpr std::uint8_t kEnableInterrupt = 0x05;  // of the interface, for its answers too
+inline constexpr std::uint8_t kDisableInterrupt = 0x06;
 inline constexpr std::uint8_t kCapabilities = 0x08;
 inline constexpr std::uint8_t kVersion = 0xFF;
 }  // namespace vm_command

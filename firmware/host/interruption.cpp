@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <string.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <string>
@@ -19,6 +20,7 @@ constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 volatile sig_atomic_t asked = 0;  ///< the signal that came; 0: none
 InterruptibleMachine* standing = nullptr;
+bool isAtQuestion = false;  ///< the console's line is not at its end
 
 void HandleSignal(int number) {
   if (asked != 0) EndBySignal(number);
@@ -61,6 +63,9 @@ void InterruptibleMachine::End() {
   isEnding_ = true;
   // What is written is told without memory, too.
   const MachineAtWork atWork;
+  if (isAtQuestion) {
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, "\n", 1);
+  }
   const std::vector<std::string> lines = account_.Lines();
   const std::string name = NameOf(asked);
   if (lines.empty()) {
@@ -115,11 +120,13 @@ void WaitForInput(int descriptor) {
   sigemptyset(&watched);
   for (int number : kSignals) sigaddset(&watched, number);
   sigprocmask(SIG_BLOCK, &watched, &usual);
+  isAtQuestion = true;
   EndIfAsked();
   pollfd input{descriptor, POLLIN, 0};
   ppoll(&input, 1, nullptr, &usual);
   sigprocmask(SIG_SETMASK, &usual, nullptr);
   EndIfAsked();
+  isAtQuestion = false;
 }
 
 }  // namespace varnok::host

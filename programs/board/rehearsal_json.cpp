@@ -100,6 +100,7 @@ Json FaultJson(const FaultRun& run) {
       .Set("road", run.road)
       .Set("kind", run.kind)
       .Set("request", run.request)
+      .Set("name", run.name)
       .Set("result", WordsOf(CellOf(run)).title)
       .Set("exitStatus", run.exitStatus)
       .Set("message", run.message)

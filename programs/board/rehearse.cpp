@@ -62,7 +62,7 @@ int Finish(const Arguments& arguments, Stage& stage, Report& report) {
 std::string MisplacedOption(const Arguments& arguments) {
   const bool isAllRoads = arguments.Has("--all-roads");
   if (arguments.Has("--boards"))
-    for (const char* name : {"--board", "--record", "--keep", "--every-fault", "--html"})
+    for (const char* name : {"--board", "--record", "--keep", "--every-fault"})
       if (arguments.Has(name)) return std::string(name) + " is for one board, not for --boards";
   for (const char* name : {"--answers", "--record", "--keep"})
     if (isAllRoads && arguments.Has(name)) return std::string(name) + " is for one road, not for --all-roads";
@@ -95,7 +95,7 @@ int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
     return kFailed;
   const std::vector<std::string> problems = outcome.problems;
   // A run that was given up tells nothing of the package.
-  const bool isWhole = problems.size() == outcome.unusedAnswers.size();
+  const bool isWhole = !outcome.isGivenUp;
   if (isWhole && arguments.Has("--keep") && !stage.Save(arguments.Value("--keep"), outcome.images, error))
     return Fail(error);
   ReportBuilder builder(stage);

@@ -25,6 +25,7 @@ int TellFleet(const Fleet& fleet, const Arguments& arguments) {
     for (const std::string& line : FleetText(fleet, arguments.Has("--verbose"))) PrintLine(line);
   }
   if (arguments.Has("--junit") && !WriteText(arguments.Value("--junit"), FleetJunit(fleet))) return kFailed;
+  if (arguments.Has("--html") && !WriteText(arguments.Value("--html"), FleetHtml(fleet))) return kFailed;
   const auto isUnknown = [](const FleetBoard& board) { return board.TheFate() == Fate::Unknown; };
   if (!fleet.unusedAnswers.empty() || std::any_of(fleet.boards.begin(), fleet.boards.end(), isUnknown))
     return kFailed;

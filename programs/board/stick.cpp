@@ -36,20 +36,24 @@ constexpr Option kOptions[] = {
 };
 constexpr const char* kImages[] = {"VARNOK.EFI", "SNAPSHOT.EFI", "START.EFI", "ipmi.efi"};
 constexpr const char* kPage = "README.TXT";
+constexpr const char* kPrintedPage = "TECHNIC.HTM";
 
 /// Where this program's own files are: installed beside it, or in the tree that it was built in.
 struct Supplies {
   fs::path packer;
   fs::path images;
   fs::path page;
+  fs::path printedPage;  ///< the page for a browser; may be missing
 };
 
 Supplies FindSupplies() {
   const fs::path program = fs::read_symlink("/proc/self/exe").parent_path();
   const fs::path installed = program.parent_path() / "lib/varnok";
-  if (fs::exists(installed / "make-stick")) return {installed / "make-stick", installed, installed / kPage};
+  if (fs::exists(installed / "make-stick"))
+    return {installed / "make-stick", installed, installed / kPage, installed / kPrintedPage};
   const fs::path tree = program.parent_path().parent_path();
-  return {tree / "tools/make-stick", tree / "build/uefi", tree / "stick" / kPage};
+  const fs::path built = tree / "build/uefi";
+  return {tree / "tools/make-stick", built, tree / "stick" / kPage, built / kPrintedPage};
 }
 
 class TemporaryFolder {
@@ -218,6 +222,8 @@ int Run(const Arguments& arguments) {
   if (HasErrors(findings)) return Fail("the package is refused; " + out.string() + " was not made", kFound);
 
   if (package.Find(kPage) == nullptr) items.push_back(supplies.page);
+  if (package.Find(kPrintedPage) == nullptr && fs::exists(supplies.printedPage))
+    items.push_back(supplies.printedPage);
   items.push_back(work.Path() / ".");
   items.push_back(package.Folder() / ".");
   if (Pack(host::ArgumentList(std::move(items))) != 0) return Fail(out.string() + ": could not be made");

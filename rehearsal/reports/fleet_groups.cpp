@@ -176,6 +176,25 @@ std::string RoadsWords(const FleetEnd& end) {
   return end.roads == 1 ? words : Count(end.roads, "road") + ", the first: " + words;
 }
 
+std::string ResultsWords(const FleetGroup& group, const DeviceResults& results) {
+  const std::size_t count = results.alike.size();
+  if (count == 1) return "the same on all of them afterwards";
+  return count == group.boards.size() ? "another one on each" : Count(count, "different result");
+}
+
+std::uint64_t LongestRun(const Fleet& fleet, const FleetGroup& group, const FleetEnd& end) {
+  std::uint64_t longest = 0;
+  for (const std::size_t board : group.boards)
+    for (const FleetEnd& each : fleet.boards[board].ends)
+      if (each.IsLike(end)) longest = std::max(longest, each.microseconds);
+  return longest;
+}
+
+std::string_view RoadsChoiceWords(const Fleet& fleet) {
+  if (fleet.isAllRoads) return "all roads, each probe as its board answers";
+  return fleet.areFirstAnswers ? "one road each, the first answer to every question" : "one road each";
+}
+
 std::vector<Finding> FindingsOf(const Fleet& fleet) {
   std::vector<Finding> findings;
   AddBoards(fleet, findings);

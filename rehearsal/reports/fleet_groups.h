@@ -42,6 +42,13 @@ std::string EndWords(const FleetEnd& end);
 /// "3 roads, the first: Which chassis? 1 (2U rack); …" or what one road was.
 std::string RoadsWords(const FleetEnd& end);
 
+/// How the boards of a group differ afterwards in a device: "the same on all of them afterwards".
+std::string ResultsWords(const FleetGroup& group, const DeviceResults& results);
+/// The longest run of the group's roads that end so, in virtual microseconds.
+std::uint64_t LongestRun(const Fleet& fleet, const FleetGroup& group, const FleetEnd& end);
+/// What was rehearsed: "all roads, each probe as its board answers".
+std::string_view RoadsChoiceWords(const Fleet& fleet);
+
 std::vector<Finding> FindingsOf(const Fleet& fleet);
 /// The rehearsal in one sentence.
 std::string Verdict(const Fleet& fleet, const std::vector<FleetGroup>& groups);

@@ -16,4 +16,7 @@ std::vector<std::string> FleetText(const Fleet& fleet, bool isVerbose);
 /// rehearsed, or when the program ends with an error of its own.
 std::string FleetJunit(const Fleet& fleet);
 
+/// A page for the people who release the package: one file, without network and without script.
+std::string FleetHtml(const Fleet& fleet);
+
 }  // namespace varnok::rehearsal

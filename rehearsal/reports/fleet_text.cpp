@@ -54,19 +54,11 @@ class FleetWriter {
       if (ends.empty()) table.Row({cells[0], cells[1], std::string(WordsOf(group.fate).word), "", "", ""});
       for (const FleetEnd& end : ends) {
         table.Row({cells[0], cells[1], std::string(WordsOf(end.fate).word), std::to_string(end.exitStatus),
-                   TimeWords(Longest(group, end)), Shortened(ChangesWords(end), 70)});
+                   TimeWords(LongestRun(fleet_, group, end)), Shortened(ChangesWords(end), 70)});
         cells = {"", ""};
       }
     }
     table.WriteTo(lines_);
-  }
-
-  std::uint64_t Longest(const FleetGroup& group, const FleetEnd& end) const {
-    std::uint64_t longest = 0;
-    for (const std::size_t board : group.boards)
-      for (const FleetEnd& each : fleet_.boards[board].ends)
-        if (each.IsLike(end)) longest = std::max(longest, each.microseconds);
-    return longest;
   }
 
   void Group(std::size_t number) {
@@ -96,9 +88,8 @@ class FleetWriter {
   void Device(const FleetGroup& group, const DeviceResults& device) {
     const std::size_t results = device.alike.size();
     if (group.boards.size() == 1) return;
-    if (results == 1) return Line("    " + device.device + ": the same on all of them afterwards");
-    Line("    " + device.device + ": " +
-         (results == group.boards.size() ? "another one on each" : Count(results, "different result")));
+    Line("    " + device.device + ": " + ResultsWords(group, device));
+    if (results == 1) return;
     for (std::size_t i = 0; i < results && results < group.boards.size(); ++i)
       Wrapped("      ", NamesOf(fleet_, device.alike[i]));
     constexpr std::size_t kMostFields = 12;
@@ -111,11 +102,9 @@ class FleetWriter {
   }
 
   std::string Foot() const {
-    const std::string what = fleet_.isAllRoads        ? "all roads, each probe as its board answers"
-                             : fleet_.areFirstAnswers ? "one road each, the first answer to every question"
-                                                      : "one road each";
     return Count(fleet_.runs, "run") + " on " + Count(fleet_.cores, "core") + " in " +
-           TimeWords(static_cast<std::uint64_t>(fleet_.seconds * 1e6)) + "; " + what;
+           TimeWords(static_cast<std::uint64_t>(fleet_.seconds * 1e6)) + "; " +
+           std::string(RoadsChoiceWords(fleet_));
   }
 
   const Fleet& fleet_;

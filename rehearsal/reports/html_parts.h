@@ -7,6 +7,7 @@
 
 #include "rehearsal/report.h"
 #include "rehearsal/reports/element.h"
+#include "rehearsal/reports/findings.h"
 
 namespace varnok::rehearsal {
 
@@ -15,6 +16,13 @@ Element BoardsChapter(const Report& report);
 Element ScriptChapter(const Report& report);
 Element TrafficChapter(const Report& report);
 Element FaultsChapter(const Report& report);
+
+/// The whole page around its body.
+std::string PageMarkup(std::string_view title, const Element& body);
+/// What the page begins with: one sentence, and what was found.
+Element SummaryOf(std::string_view verdict, const std::vector<Finding>& findings);
+/// A number of the summary with its name, and what else belongs to it.
+Element Figure(std::string_view name, std::string_view value, std::string_view more);
 
 /// The page's style sheet.
 std::string_view PageStyle();

@@ -10,18 +10,6 @@
 namespace varnok::rehearsal {
 namespace {
 
-Element PageHead(const Report& report) {
-  Element head("head");
-  head.Add(Element("meta").Set("charset", "utf-8"))
-      .Add(Element("meta")
-               .Set("http-equiv", "Content-Security-Policy")
-               .Set("content", "default-src 'none'; style-src 'unsafe-inline'"))
-      .Add(Element("meta").Set("name", "viewport").Set("content", "width=device-width, initial-scale=1"))
-      .Add(Element("meta").Set("name", "color-scheme").Set("content", "light dark"))
-      .Add(Element("title").Text("Rehearsal of " + report.package));
-  return head.Style(PageStyle());
-}
-
 Element PageTitle(const Report& report) {
   Element place("p");
   place.Text("on the board ").Add(Element("code").Text(report.board));
@@ -34,12 +22,6 @@ Element PageTitle(const Report& report) {
       .Add(Element("p").Class("kind").Text("Rehearsal"))
       .Add(Element("h1").Text(report.package))
       .Add(place);
-}
-
-Element Figure(std::string_view name, std::string_view value, std::string_view more) {
-  Element figure("div");
-  return figure.Add(Element("dt").Text(name))
-      .Add(Element("dd").Add(Element("strong").Text(value)).Add(Element("span").Text(more)));
 }
 
 Element ScriptFigure(const Report& report) {
@@ -84,26 +66,9 @@ Element Figures(const Report& report) {
   return list;
 }
 
-Element FindingsList(const std::vector<Finding>& findings) {
-  Element list("ul");
-  list.Class("findings");
-  for (const Finding& finding : findings)
-    list.Add(Element("li")
-                 .Class(WordOf(finding.weight))
-                 .Add(Element("b").Class("weight").Text(WordOf(finding.weight)))
-                 .Add(Element("a").Set("href", "#" + std::string(finding.chapter)).Text(finding.title))
-                 .Add(Element("span").Text(finding.detail)));
-  return list;
-}
-
 Element Summary(const Report& report) {
   const std::vector<Finding> findings = FindingsOf(report);
-  const std::string_view weight = findings.empty() ? "remark" : WordOf(findings.front().weight);
-  Element section("section");
-  section.Set("id", "summary")
-      .Add(Element("h2").Class(std::string("verdict ").append(weight)).Text(Verdict(report, findings)));
-  if (!findings.empty()) section.Add(FindingsList(findings));
-  return section.Add(Figures(report));
+  return SummaryOf(Verdict(report, findings), findings).Add(Figures(report));
 }
 
 Element PageFoot(const Report& report) {
@@ -141,8 +106,7 @@ std::string HtmlReport(const Report& report) {
     if (part.isThere) content.Add(part.make(report));
   Element body("body");
   body.Add(PageTitle(report)).Add(content).Add(PageFoot(report));
-  return "<!DOCTYPE html>\n" + Element("html").Set("lang", "en").Add(PageHead(report)).Add(body).Markup() +
-         "\n";
+  return PageMarkup("Rehearsal of " + report.package, body);
 }
 
 }  // namespace varnok::rehearsal

@@ -76,6 +76,8 @@ thead th { color: var(--soft); font-size: 0.8125rem; overflow-wrap: normal; }
 .changes, .groups { table-layout: fixed; }
 .changes th:first-child { width: 14%; }
 .changes th:nth-child(2) { width: 30%; }
+.fleet td { white-space: nowrap; }
+.fleet td:nth-child(5) { white-space: normal; }
 .groups th:first-child { width: 13%; }
 .groups th:nth-child(2) { width: 24%; }
 .groups th:nth-child(3) { width: 30%; }
@@ -153,6 +155,11 @@ mark { background: var(--mark); color: inherit; font-weight: 700; text-decoratio
   .heat th:first-child { width: 8rem; }
   .heat th:nth-child(3), .heat .number { width: 2.6rem; }
   .script th[scope=row], .script .mark, .script td:last-child { padding: 0 0.3rem; }
+  .fleet thead { display: none; }
+  .fleet tr { display: grid; grid-template-columns: 2rem 5.5rem 1fr auto; border-bottom: 1px solid var(--line); padding: 0.4rem 0; }
+  .fleet th, .fleet td { border: 0; padding: 0; }
+  .fleet td:nth-child(5) { grid-column: 1 / -1; }
+  .fleet td.number { width: auto; text-align: left; }
   .groups thead { display: none; }
   .groups th:first-child, .groups td { display: block; width: auto; border: 0; padding: 0; }
   .groups th { font-weight: 650; }

@@ -151,6 +151,9 @@ TEST_F(Board, AreasThatHoldNoFieldsAreCopiedWhole) {
   Replace(machine.files[".\\HEARTHS2.FRU"], "10 27 00 00 01", "10 27 00 00 02");
   EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA InternalUse\n"), 0) << message;
   EXPECT_EQ(Content("board.bin")[0x11], 2);
+  // The first record's header goes over that of the second.
+  EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA MultiRec 1\n"), 4);
+  EXPECT_EQ(Content("board.bin").substr(346, 5), Content("board.bin").substr(328, 5));
 }
 
 TEST_F(Board, EachBlockHasItsOwnDevice) {
@@ -237,6 +240,8 @@ TEST_F(Board, SamplesAreRead) {
 }
 
 TEST_F(Board, ProbesAnswerAsWritten) {
+  const std::uint8_t damage[] = {0x7E};
+  machine.board->Images().Find("riser.bin")->Write(20, damage);
   ExpectRows("answers.txt", "", "IFSET YES\nDISPLAY yes\nENDIF\nIFSET NO\nDISPLAY no\nENDIF\n");
 }
 

@@ -1,7 +1,6 @@
 """The program in the virtual machine and on the host over copies of one simulated board: the same text, the same
 images."""
 
-import re
 import shutil
 import sys
 import unittest
@@ -12,9 +11,8 @@ from program import (BOARD_JOBS, ENVIRONMENT, NO_BMC_TRAFFIC, PROBED_SMBIOS, SAM
 
 sys.path.append(str(ROOT / "benchmarks"))
 import jobs  # noqa: E402
+import uefi  # noqa: E402
 
-# What METERED.EFI runs: often, for the least disturbed time.
-STARTS = 5
 RECORDS = [jobs.sensor_record(number) for number in range(64)]
 
 
@@ -22,7 +20,7 @@ class BoardServer(ProgramTest):
     @classmethod
     def setUpClass(cls):
         cls.make_stick()
-        for image in ("METERED.EFI", "EMPTY.EFI"):
+        for image in uefi.IMAGES:
             cls.stick.put(BUILD / image)
         for name, content in {**board_files(), "metered.sdr": jobs.sdr_file(RECORDS).encode()}.items():
             cls.stick.write(name, content)
@@ -31,8 +29,7 @@ class BoardServer(ProgramTest):
         commands = {name: "VARNOK " + " ".join(arguments) + f" > {number}.txt"
                     for number, (name, arguments) in enumerate(BOARD_JOBS.items())}
         commands["on the console"] = "VARNOK /fru board.fru"
-        with_empty = ["METERED /?"] + ["EMPTY", "METERED /?"] * STARTS
-        commands["starts"] = "\r\n".join(["METERED /?"] * STARTS + with_empty)
+        commands["starts"] = uefi.START_LINES
         commands["records"] = "METERED /sdr metered.sdr"
         with cls.served_board as board:
             cls.run_machine(outside_bmc(board.port), commands)
@@ -55,18 +52,14 @@ class BoardServer(ProgramTest):
         changed = {name for name in before if before[name] != served[name]}
         self.assertEqual(changed, {"board.bin", "backplane.bin", "sdr.bin"})
 
-    def metered(self, name: str, what: str) -> list[int]:
-        return [int(number) for number in re.findall(rf"^{what} (\d+)\r*$", self.result(name).text, re.MULTILINE)]
-
     def test_start_costs_little_more_than_an_empty_applications(self):
-        shown, done = self.metered("starts", "shown"), self.metered("starts", "done")
-        between = [after - before for after, before in zip(shown[1:], done)]
-        start, both = min(between[:STARTS]), min(between[STARTS:])
-        self.assertLessEqual(start, 1.5 * (both - start), between)
+        start, empty = uefi.starts(self.result("starts").text)
+        self.assertLessEqual(start, 1.5 * empty)
 
     def test_memory_is_sixteen_times_the_repositorys_at_most(self):
         self.assert_ends("records", SUCCESS)
-        self.assertLessEqual(self.metered("records", "pool")[0], 16 * len(b"".join(RECORDS)))
+        pool, = uefi.metered(self.result("records").text, "pool")
+        self.assertLessEqual(pool, 16 * len(b"".join(RECORDS)))
 
     def test_server_ends_cleanly(self):
         self.assertEqual(self.served_board.end_status, 0)

@@ -130,6 +130,29 @@ class ReportTest(unittest.TestCase):
             self.assertEqual((suite.get("tests"), suite.get("failures")), (str(count), str(failures)))
             self.assertEqual((len(suite.findall("testcase")), len(suite.findall("testcase/failure"))), (count, failures))
 
+    def test_fleet(self):
+        program, fleet = os.environ["VARNOK_BOARD_PROGRAM"], self.folder / "fleet"
+        for name in ("<script>document.title='taken'<", "small", "a-name-without-a-blank-" * 8):
+            subprocess.run([program, "new", fleet / name], check=True, capture_output=True)
+        board = fleet / "small/board.json"
+        board.write_text(board.read_text().replace('"capacity": 32768', '"capacity": 128'))
+        done = subprocess.run([program, "rehearse", ROOT / "samples/MASTER.CFG", "--boards", fleet, "--all-roads", "--json",
+                               "--html", self.folder / "fleet.html", "--junit", self.folder / "fleet.xml"],
+                              check=False, capture_output=True)
+        self.assertEqual(done.returncode, 1, done.stderr.decode())
+        report, page = json.loads(done.stdout), self.folder / "fleet.html"
+        self.check_foreign(page, self.browser.open(page, 1280))
+        said = self.browser.evaluate(SAID)
+        self.assertEqual(said["details"], [finding["detail"] for finding in report["findings"]])
+        self.assertEqual(len(said["boards"]), len(report["groups"]))
+        self.assertEqual(said["dead"], 0)
+        for width in (1280, 390):
+            self.browser.open(page, width, "dark")
+            self.assertEqual(self.browser.evaluate(OVERFLOWS), [], f"{width} pixels")
+        cases = {case.get("name"): case for case in xml.etree.ElementTree.parse(self.folder / "fleet.xml").iter("testcase")}
+        self.assertEqual([name for name, case in cases.items() if len(case)], ["small"])
+        self.assertEqual(list(cases), [each["name"] for each in report["boards"]])
+
     def test_made_reports(self):
         for kind in ("hostile", "big"):
             with self.subTest(kind):

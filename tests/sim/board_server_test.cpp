@@ -137,6 +137,10 @@ TEST_F(BoardServerTest, RaisesAttentionWhileAnswersWait) {
   line.Ask(getMessage, {0x03, 0x1C, 0x33, 0x00});
   EXPECT_EQ(line.Receive(2), dropped);
   EXPECT_EQ(late.Receive(2), dropped);
+  // With an interrupt where the machine asks for one: Set BMC Global Enables.
+  line.Ask({0x04, 0x18, 0x2E, 0x01}, {0x04, 0x1C, 0x2E, 0x00});
+  EXPECT_EQ(line.Receive(2), (Bytes{0x05, 0xA1}));
+  line.Ask(send, {0x02, 0xA1, 0x02, 0x1C, 0x34, 0x00});
 }
 
 TEST_F(BoardServerTest, OneThatDoesNotReadHoldsNobodyUp) {

@@ -73,9 +73,13 @@ TEST_F(BoardTest, ImageThatCannotBeWrittenKeepsItsContent) {
   OpenBmc(R"("frus": [{"id": 0, "file": "sub/a.bin"}])");
   ASSERT_TRUE(board->OpenTrafficLog((folder / "log").string()));
   std::filesystem::rename(folder / "sub", folder / "moved");
-  Converse({{"0A/0 12 00 00 00 58", "FF"}, {"0A/0 11 00 00 00 01", "00 01 61"}});
-  EXPECT_NE(TextOf("log").find("! " + (folder / "sub/a.bin").string() + ": cannot be written"),
-            std::string::npos);
+  ::testing::internal::CaptureStderr();
+  Converse(
+      {{"0A/0 12 00 00 00 58", "FF"}, {"0A/0 12 00 00 00 59", "FF"}, {"0A/0 11 00 00 00 01", "00 01 61"}});
+  const std::string reason =
+      (folder / "sub/a.bin").string() + ": cannot be written: No such file or directory";
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "varnok: " + reason + "\n") << "once";
+  EXPECT_NE(TextOf("log").find("! " + reason), std::string::npos);
 }
 
 TEST_F(BoardTest, KilledProgramLeavesAWholeImage) {

@@ -42,7 +42,7 @@ int MeteredMain(int argc, char* argv[]) {
   const int status = Main(argc, argv);
   uefi::BootServices().Stall = stall;
   console.OutputString = showText;
-  Print("pool %d\nshown %d\ndone %d\n", uefi::MostPoolBytes(), firstShown, __builtin_ia32_rdtsc());
+  Print("\npool %d\nshown %d\ndone %d\n", uefi::MostPoolBytes(), firstShown, __builtin_ia32_rdtsc());
   return status;
 }
 
