@@ -14,8 +14,8 @@
 #include <set>
 #include <string_view>
 
+#include "boards/traffic.h"
 #include "rehearsal/answers.h"
-#include "rehearsal/command_names.h"
 #include "rehearsal/disturbances.h"
 #include "rehearsal/results.h"
 #include "rehearsal/roads.h"
@@ -85,7 +85,7 @@ class Trunk : public Performance {
     Performance::Asked(place, request);
     if (disturbance_ != nullptr) return;
     ++request_;
-    name_ = CommandName(request.netFunction, request.command);
+    name_ = boards::CommandName(request.netFunction, request.command);
     for (const Disturbance& disturbance : AllDisturbances()) {
       if (!IsWithin(disturbance.scope, place, request)) continue;
       if (pairs_++ % choice_.step != 0 || !Fork(disturbance)) continue;
