@@ -172,13 +172,13 @@ bool AnswerFile::ParseLine(std::string_view line, std::size_t place, std::string
     error = "line " + std::to_string(place) + ": " + reason;
     return false;
   };
-  const std::string_view question = TakeText(line, "=");
+  std::string key = Key(TakeText(line, "="));
   line = Trimmed(line);
-  if (question.empty() || !line.starts_with('=')) return fail("is not QUESTION = ANSWER");
+  if (key.empty() || !line.starts_with('=')) return fail("is not QUESTION = ANSWER");
   line.remove_prefix(1);
   const std::string_view answer = TakeText(line, {});
   if (!Trimmed(line).empty()) return fail("there is more behind the answer in quotes");
-  Row row{.place = place, .key = Key(question), .answer = std::string(answer)};
+  Row row{.place = place, .key = std::move(key), .answer = std::string(answer)};
   const std::string_view kind = Trimmed(std::string_view(row.key).substr(1));
   const bool isDefault = row.key.starts_with('*');
   if (isDefault && !kind.empty() &&
@@ -236,11 +236,10 @@ ProbeEnd AnswerFile::ChooseProbeEnd(Performance& run, const Question& question) 
 }
 
 void AnswerFile::End(Performance&, Outcome& outcome) {
-  // What a run did not come to says nothing of the file.
-  if (!outcome.problems.empty()) return;
   for (const Row& row : rows_)
     if (!row.isUsed && !row.key.starts_with('*')) outcome.unusedAnswers.push_back(row.place);
-  if (isForMany) return;
+  // What a run did not come to says nothing of the file.
+  if (isForMany || outcome.isGivenUp) return;
   for (const std::size_t place : outcome.unusedAnswers)
     outcome.problems.push_back("line " + std::to_string(place) + " of the answers was not used");
 }

@@ -116,8 +116,7 @@ void AddUp(Fleet& fleet, const Script& script) {
   std::size_t rehearsed = 0;
   for (const FleetBoard& board : fleet.boards) {
     fleet.runs += board.runs;
-    if (board.ends.empty()) continue;
-    ++rehearsed;
+    rehearsed += board.runs == 0 ? 0 : 1;
     for (const std::size_t line : board.lines)
       if (line <= fleet.script.size()) ++fleet.script[line - 1].reached;
     for (const std::string& tag : board.tags) unset.erase(tag);

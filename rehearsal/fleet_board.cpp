@@ -132,6 +132,7 @@ bool GoRoads(Stage& stage, const FleetChoice& choice, unsigned cores, Report& re
                       board.error);
   Outcome outcome;
   if (!RunOnce(stage, *choice.answers, outcome, board.error)) return false;
+  board.runs = 1;
   board.unusedAnswers = outcome.unusedAnswers;
   for (const std::string& problem : outcome.problems)
     board.error += (board.error.empty() ? "" : "; ") + problem;

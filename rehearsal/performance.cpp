@@ -141,6 +141,7 @@ void Performance::Finish(int status) {
 
 void Performance::GiveUp(std::string problem) {
   outcome_.problems.push_back(std::move(problem));
+  outcome_.isGivenUp = true;
   Finish(host::kLargestStatus);
 }
 

@@ -46,6 +46,7 @@ struct Outcome {
   std::vector<std::string> tags{};   ///< that were set at any time, in capitals
   Images images{};
   std::vector<std::string> problems{};       ///< why this was not the run that was asked for
+  bool isGivenUp = false;                    ///< ended for the first of them
   std::vector<std::size_t> unusedAnswers{};  ///< lines of the file of answers, from 1
   bool isEndless = false;                    ///< stopped: it asked, sent or waited without end
   bool hasLostPower = false;
@@ -73,7 +74,7 @@ void Transfer(Archive& archive, Run& run) {
 template <class Archive>
 void Transfer(Archive& archive, Outcome& outcome) {
   archive(outcome.run, outcome.given, outcome.lines, outcome.tags, outcome.images, outcome.problems,
-          outcome.unusedAnswers, outcome.isEndless, outcome.hasLostPower);
+          outcome.isGivenUp, outcome.unusedAnswers, outcome.isEndless, outcome.hasLostPower);
 }
 
 /// How a probe ends.

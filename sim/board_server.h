@@ -53,8 +53,8 @@ class BoardServer {
   /// Reads and answers what the machine sends; false when it is gone.
   bool Serve(Connection& connection);
   void Answer(Connection& connection, const VmInput& input);
-  /// Tells the machine whether its interface interrupts, and whether answers of controllers wait in the receive
-  /// queue, when that has changed.
+  /// Tells the machine whether its interface interrupts, and whether answers of controllers wait in the
+  /// receive queue, when that has changed.
   void SignalAttention(Connection& connection);
   /// Sends what waits, and forgets the machines that are gone.
   void SendAndDrop(const std::vector<bool>& isGone);

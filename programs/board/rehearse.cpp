@@ -95,7 +95,7 @@ int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
     return kFailed;
   const std::vector<std::string> problems = outcome.problems;
   // A run that was given up tells nothing of the package.
-  const bool isWhole = problems.size() == outcome.unusedAnswers.size();
+  const bool isWhole = !outcome.isGivenUp;
   if (isWhole && arguments.Has("--keep") && !stage.Save(arguments.Value("--keep"), outcome.images, error))
     return Fail(error);
   ReportBuilder builder(stage);

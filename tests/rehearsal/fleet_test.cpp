@@ -91,6 +91,13 @@ TEST_F(Fleets, AreGroupedByWhatBecomesOfTheirBoards) {
 )");
 }
 
+TEST_F(Fleets, CountAnAnswerAsUsedThatTheyGiveBeforeOneIsMissing) {
+  EXPECT_NE(
+      Shown("MASTER.CFG", "Which chassis is the board built into? = 2\n").find("5 boards not rehearsed"),
+      std::string::npos);
+  EXPECT_EQ(fleet.unusedAnswers, std::vector<std::size_t>{});
+}
+
 TEST_F(Fleets, AnswerProbesThemselvesOnAllRoads) {
   // All roads of one board alone would go into both branches.
   std::ofstream(folder.Path() / "GUARD.CFG")
