@@ -25,9 +25,10 @@ std::string Hex(unsigned value) {
   return text;
 }
 
-/// Whether a write that is answered so may be done all the same.
+/// Whether a write that is answered so may be done all the same, or a part of it.
 bool IsUnsure(std::uint8_t completionCode) {
-  return completionCode == completion_code::kTimeout || completionCode == completion_code::kUnspecified;
+  return completionCode == completion_code::kTimeout || completionCode == completion_code::kOutOfSpace ||
+         completionCode == completion_code::kUnspecified;
 }
 
 }  // namespace
@@ -131,10 +132,12 @@ void WriteAccount::Answered(const ReceivedAnswer& answer) {
 
 void WriteAccount::Finish(const Operation& operation, std::uint8_t completionCode,
                           std::span<const std::uint8_t> data) {
-  // A repetition may be refused because the first one was done.
-  if (completionCode != completion_code::kSuccess && (isRepeated_ || IsUnsure(completionCode)))
+  // A repetition may be refused because the first one was done. Write FRU Data tells how much it wrote.
+  const auto written = WrittenBy(operation);
+  const bool isShort = written && !data.empty() && data[0] < written->second;
+  if (completionCode == completion_code::kSuccess ? isShort : isRepeated_ || IsUnsure(completionCode))
     MarkUnsure(operation);
-  if (WrittenBy(operation)) return FinishWrite(operation, completionCode);
+  if (written) return FinishWrite(operation, completionCode);
   const bool isDone = completionCode == completion_code::kSuccess;
   if (operation.netFunction == net_function::kStorage) return FinishStorage(operation, completionCode, data);
   if (operation.netFunction == net_function::kFirmware) {
@@ -217,7 +220,7 @@ std::string WriteAccount::RepositoryLine() const {
   if (isErased_) line += ", it holds no others";
   if (isRecordOpen_) line += "; one more was begun";
   if (isRecordOpen_ && !isRepositoryUnsure_) line += " and not finished";
-  if (isRepositoryUnsure_) line += "; changes whose answers did not come may be done or not";
+  if (isRepositoryUnsure_) line += "; changes that were not confirmed may be done or not";
   return line;
 }
 
@@ -240,7 +243,7 @@ std::vector<std::string> WriteAccount::Lines() {
     if (device.size != 0) line += " of " + std::to_string(device.size);
     line += " bytes were written";
     if (!places.empty()) line += " (" + places + "), the others are as they were";
-    if (device.isUnsure) line += "; a write whose answer did not come may be done or not";
+    if (device.isUnsure) line += "; a write that was not confirmed may be done or not";
     lines.push_back(line);
   }
   if (isErased_ || records_ != 0 || isRecordOpen_ || isRepositoryUnsure_) lines.push_back(RepositoryLine());
