@@ -205,6 +205,14 @@ IpmiResult FetchBridgedAnswer(const IpmiMessage& request, IpmiMessage& response,
   return result;
 }
 
+/// Of a transaction whose tries are used up.
+IpmiResult ResultOfLast(const IpmiMessage& response, const IpmiMessage& request) {
+  NoteIfBusy(response);
+  if (response.command != request.command) return ipmi_result::kWrongResponse;
+  return response.completionCode != completion_code::kSuccess ? ipmi_result::kCompletionCode
+                                                              : ipmi_result::kReceiveFailed;
+}
+
 }  // namespace
 
 IpmiResult IpmiLoadProtocol() {
@@ -237,10 +245,7 @@ IpmiResult IpmiTransaction(const IpmiMessage& request, IpmiMessage& response, bo
     }
     if (response.command != request.command) NoteDoubt(AnswerDoubt::Foreign);
   }
-  if (hasResponse) NoteIfBusy(response);
-  if (!hasResponse || response.command != request.command) return ipmi_result::kWrongResponse;
-  return response.completionCode != completion_code::kSuccess ? ipmi_result::kCompletionCode
-                                                              : ipmi_result::kReceiveFailed;
+  return hasResponse ? ResultOfLast(response, request) : ipmi_result::kWrongResponse;
 }
 
 IpmiResult IpmiTryOnce(const IpmiMessage& request, std::uint8_t channel, IpmiMessage& response) {

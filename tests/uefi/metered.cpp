@@ -11,7 +11,7 @@
 #undef Main
 namespace varnok {
 
-int Main(int argc, char* argv[]);
+int Main(int argc, char* argv[]);  // NOLINT(readability-redundant-declaration): entry.h declares MeteredMain
 
 namespace {
 
