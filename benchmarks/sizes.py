@@ -35,7 +35,8 @@ def by_folder(root: Path, folder: Path) -> dict[str, int]:
         symbol = SYMBOL.match(line)
         if not symbol or symbol[2] in "NbB":
             continue
-        place = os.path.relpath(os.path.normpath(symbol[3]), root) if symbol[3] else ""
+        is_known = symbol[3] and not symbol[3].endswith("<artificial>")
+        place = os.path.relpath(os.path.normpath(symbol[3]), root) if is_known else ""
         place = re.sub(r"^build/[^/]+/|(/CMakeFiles)?/[^/]*$|/CMakeFiles/.*$", "", place)
         name = "texts and tables of the compiler" if not place else "standard library" if place.startswith("..") else place
         sizes[name] += int(symbol[1], 16)
