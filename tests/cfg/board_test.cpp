@@ -154,6 +154,10 @@ TEST_F(Board, AreasThatHoldNoFieldsAreCopiedWhole) {
   // The first record's header goes over that of the second.
   EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA MultiRec 1\n"), 4);
   EXPECT_EQ(Content("board.bin").substr(346, 5), Content("board.bin").substr(328, 5));
+  const std::uint8_t last[] = {0x02, 0x82, 0x0D, 0x8F, 0xE0};
+  machine.board->Images().Find("board.bin")->Write(328, last);
+  EXPECT_EQ(Run("FRUNAME HEARTHS2.FRU\nFRUAREA MultiRec 2\n"), 7);
+  EXPECT_THAT(machine.console, HasSubstr("\nInvalid MultiRecord Number.\n"));
 }
 
 TEST_F(Board, EachBlockHasItsOwnDevice) {
