@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
+#include <exception>
 
 #include "app/services/format.h"
 #include "app/services/trace.h"
@@ -96,7 +97,7 @@ BENCHMARK(TraceOff)->Iterations(1'000'000);
 }  // namespace
 }  // namespace varnok
 
-int main(int argc, char* argv[]) {
+int main(int argc, char* argv[]) try {
   if (argc < 4) return 2;
   varnok::fruFile = argv[1];
   varnok::sdrFile = argv[2];
@@ -114,4 +115,7 @@ int main(int argc, char* argv[]) {
   int options = argc - 3;
   benchmark::Initialize(&options, argv + 3);
   benchmark::RunSpecifiedBenchmarks();
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s\n", error.what());
+  return 3;
 }
