@@ -12,15 +12,15 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   target_compile_options(varnok_options INTERFACE -fpch-preprocess)
 endif()
 if(VARNOK_SANITIZE)
-  target_compile_options(varnok_options INTERFACE -fsanitize=address,undefined,fuzzer-no-link -fno-sanitize=vptr
+  target_compile_options(varnok_options INTERFACE -fsanitize=address,undefined,fuzzer-no-link
     -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(varnok_options INTERFACE -fsanitize=address,undefined)
 endif()
 
-# The core uses neither exceptions nor RTTI: the UEFI build has none.
+# The core uses neither exceptions nor RTTI: the UEFI build has none. Sanitizers tell an object's type by it.
 add_library(varnok_core_options INTERFACE)
 target_link_libraries(varnok_core_options INTERFACE varnok_options)
-target_compile_options(varnok_core_options INTERFACE -fno-exceptions -fno-rtti)
+target_compile_options(varnok_core_options INTERFACE -fno-exceptions $<IF:$<BOOL:${VARNOK_SANITIZE}>,,-fno-rtti>)
 if(VARNOK_UEFI)
   target_link_libraries(varnok_core_options INTERFACE varnok_uefi_options)
 endif()

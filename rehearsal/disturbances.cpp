@@ -22,6 +22,8 @@ struct DisturbanceRow {
 };
 
 constexpr std::uint32_t kAWhile = 5;
+/// A value that the request decides: a command that it is not.
+constexpr std::uint32_t kAnotherCommand = 0xFFFFFFFE;
 
 constexpr DisturbanceRow kDisturbances[] = {
     {"lost answer, done", "no-answer"},
@@ -36,7 +38,7 @@ constexpr DisturbanceRow kDisturbances[] = {
     {"answer with a byte too many", "long", Scope::Any, true, 1},
     {"answer of the request before", "stale"},
     {"answer that comes twice", "duplicate"},
-    {"answer of another command", "other-command"},
+    {"answer of another command", "other-command", Scope::Any, true, kAnotherCommand},
     {"answer 2 s late", "late-answer", Scope::Any, true, 2},
     {"answer 30 s late", "late-answer", Scope::Any, true, 30},
     {"answer of FFh alone", "all-ff"},
@@ -112,7 +114,7 @@ sim::FaultRule RuleFor(const Disturbance& disturbance, const sim::BusPlace& plac
   sim::FaultRule rule = disturbance.rule;
   rule.controller = place.address;
   rule.channel = place.channel;
-  if (rule.kind == sim::FindFaultKind("other-command")) rule.value = request.command ^ 1u;
+  if (rule.value == kAnotherCommand) rule.value = request.command ^ 1u;
   return rule;
 }
 
