@@ -8,6 +8,7 @@
 #include "boards/sdr_record.h"
 #include "boards/sensor_conversion.h"
 #include "boards/smbios_tables.h"
+#include "firmware/ipmi.h"
 
 namespace varnok::boards {
 namespace {
@@ -178,9 +179,8 @@ class Shower {
 
   /// What a sensor of the BMC read when the folder was made; empty for one without a reading.
   std::string ReadingOf(ByteView record) const {
-    constexpr std::uint8_t kFullSensor = 1;
     constexpr std::uint8_t kUnavailable = 0x20;
-    if (record.size() < 48 || record[3] != kFullSensor || record[5] != kBmc) return {};
+    if (record.size() < 48 || record[3] != sdr_type::kFullSensor || record[5] != kBmc) return {};
     for (const SensorReading& reading : source_.board.sensors) {
       if (reading.number != record[7] || reading.completionCode != 0 || reading.bytes.size() < 2) continue;
       if ((reading.bytes[1] & kUnavailable) != 0) return {};

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 
+#include "app/services/format.h"
 #include "firmware/bytes.h"
 #include "firmware/ipmi.h"
 
@@ -11,9 +12,7 @@ namespace varnok::boards {
 namespace {
 
 std::string ByteText(unsigned value) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%02Xh", value & 0xFF);
-  return text;
+  return Format("%02Xh", value);
 }
 
 using Data = const std::vector<std::uint8_t>&;
@@ -178,6 +177,10 @@ std::optional<TrafficLine> ParseTrafficLine(std::string_view text) {
   }
   if (!ParseMessage(Columns(rest), line)) return std::nullopt;
   return line;
+}
+
+std::string SecondsText(std::uint64_t microseconds) {
+  return Format("%u.%06u", microseconds / 1'000'000, microseconds % 1'000'000);
 }
 
 std::string CommandName(std::uint8_t netFunction, std::uint8_t command) {

@@ -34,6 +34,8 @@ std::optional<TrafficLine> ParseTrafficLine(std::string_view text);
 /// The command's name, by a request's net function or an answer's; "net function 30h, command 14h" for one
 /// that the standard leaves to makers.
 std::string CommandName(std::uint8_t netFunction, std::uint8_t command);
+/// Microseconds as seconds: "12.000345".
+std::string SecondsText(std::uint64_t microseconds);
 /// What the line says in words: the name, and what a request asks for or which code an answer carries.
 std::string InWords(const TrafficLine& line);
 

@@ -52,6 +52,15 @@ inline constexpr std::uint8_t kClearSdrRepository = 0x27;
 inline constexpr std::uint8_t kGetLanConfiguration = 0x02;
 }  // namespace ipmi_command
 
+/// Types of sensor data records (chapter 43), those that others than their readers know.
+namespace sdr_type {
+inline constexpr std::uint8_t kFullSensor = 0x01;
+inline constexpr std::uint8_t kCompactSensor = 0x02;
+inline constexpr std::uint8_t kGenericLocator = 0x10;
+inline constexpr std::uint8_t kFruLocator = 0x11;
+inline constexpr std::uint8_t kControllerLocator = 0x12;
+}  // namespace sdr_type
+
 /// Completion codes (table 5-2); below C0h those of single commands.
 namespace completion_code {
 inline constexpr std::uint8_t kSuccess = 0x00;

@@ -1,8 +1,8 @@
 #include "rehearsal/disturbances.h"
 
-#include <cstdio>
 #include <limits>
 
+#include "app/services/format.h"
 #include "firmware/ipmi.h"
 #include "rehearsal/can_write.h"
 #include "sim/fault_kinds.h"
@@ -74,9 +74,8 @@ std::vector<Disturbance> MakeAll() {
   for (const DisturbanceRow& row : kDisturbances) all.push_back(Make(row));
   for (unsigned code = kFirst; code <= kLast + 1u; ++code) {
     const unsigned shown = code > kLast ? kUnspecified : code;
-    char name[24];
-    std::snprintf(name, sizeof name, "completion code %02Xh", shown);
-    all.push_back(Make({name, "completion-code", Scope::Any, false, shown}));
+    const std::string name = Format("completion code %02Xh", shown);
+    all.push_back(Make({name.c_str(), "completion-code", Scope::Any, false, shown}));
   }
   return all;
 }

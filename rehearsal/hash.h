@@ -23,9 +23,7 @@ constexpr std::uint64_t HashOf(std::span<const std::uint8_t> bytes) {
 }
 
 inline std::uint64_t HashOf(std::string_view text) {
-  std::uint64_t hash = 0xCBF29CE484222325;
-  for (char each : text) hash = (hash ^ static_cast<unsigned char>(each)) * 0x100000001B3;
-  return Mixed(hash, text.size());
+  return HashOf(std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
 }
 
 }  // namespace varnok::rehearsal

@@ -1,18 +1,17 @@
 #include "rehearsal/misfits.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <set>
 
+#include "app/services/format.h"
 #include "boards/fru_image.h"
 #include "boards/sdr_record.h"
+#include "firmware/ipmi.h"
 
 namespace varnok::rehearsal {
 namespace {
 
 // IPMI v2.0, sections 43.8 and 43.9.
-constexpr std::uint8_t kFruLocator = 0x11;
-constexpr std::uint8_t kControllerLocator = 0x12;
 constexpr std::size_t kAddressByte = 5;
 constexpr std::size_t kFruIdByte = 6;
 constexpr std::size_t kAccessByte = 7;
@@ -36,22 +35,18 @@ std::string AbsentThing(const boards::Board& board, const Bytes& record) {
   if (record.size() < kLocatorBytes) return {};
   const std::uint8_t type = boards::HeadOf(record).type;
   const unsigned address = record[kAddressByte] & 0xFEU;
-  char text[40];
-  if (type == kControllerLocator && address != boards::kBmc) {
-    std::snprintf(text, sizeof text, "controller %02Xh", address);
+  if (type == sdr_type::kControllerLocator && address != boards::kBmc) {
     const bool isThere = std::any_of(board.controllers.begin(), board.controllers.end(),
                                      [&](const auto& each) { return each.address == address; });
-    return isThere ? "" : text;
+    return isThere ? "" : Format("controller %02Xh", address);
   }
-  if (type != kFruLocator || (record[kAccessByte] & kIsLogicalFru) == 0) return {};
+  if (type != sdr_type::kFruLocator || (record[kAccessByte] & kIsLogicalFru) == 0) return {};
   const bool isThere =
       std::any_of(board.devices.begin(), board.devices.end(), [&](const boards::Device& each) {
         return each.address.kind == boards::DeviceKind::Fru && each.address.controller == address &&
                each.address.id == record[kFruIdByte];
       });
-  std::snprintf(text, sizeof text, "FRU %u of controller %02Xh", static_cast<unsigned>(record[kFruIdByte]),
-                address);
-  return isThere ? "" : text;
+  return isThere ? "" : Format("FRU %u of controller %02Xh", record[kFruIdByte], address);
 }
 
 void AddRecordMisfits(const boards::Board& board, const DeviceImage& device,

@@ -1,30 +1,25 @@
 #include "rehearsal/views.h"
 
-#include <cstdio>
-
+#include "firmware/host/hex.h"
 #include "rehearsal/answers.h"
 #include "rehearsal/run_once.h"
 
 namespace varnok::rehearsal {
 namespace {
 
-std::string HexWord(unsigned number) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%02X", number);
-  return text;
-}
+using host::HexByte;
 
 std::vector<std::string> ShowCommand(const boards::DeviceAddress& address) {
   switch (address.kind) {
     case boards::DeviceKind::At24c02:
-      return {"varnok", "/d", "fru", "AT24C02", HexWord(address.bus), HexWord(address.slave)};
+      return {"varnok", "/d", "fru", "AT24C02", HexByte(address.bus), HexByte(address.slave)};
     case boards::DeviceKind::Ds1624s:
-      return {"varnok", "/d", "fru", "DS1624S", HexWord(address.bus), HexWord(address.slave)};
+      return {"varnok", "/d", "fru", "DS1624S", HexByte(address.bus), HexByte(address.slave)};
     case boards::DeviceKind::Fru:
       break;
   }
-  if (address.controller == boards::kBmc) return {"varnok", "/d", "fru", "IMBDEVICE", HexWord(address.id)};
-  return {"varnok", "/d", "fru", "IMBDEVICE", 'C' + HexWord(address.controller), HexWord(address.id)};
+  if (address.controller == boards::kBmc) return {"varnok", "/d", "fru", "IMBDEVICE", HexByte(address.id)};
+  return {"varnok", "/d", "fru", "IMBDEVICE", 'C' + HexByte(address.controller), HexByte(address.id)};
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "firmware/host/hex.h"
 #include "firmware/host/host_firmware.h"
 #include "sim/error.h"
 #include "sim/files.h"
@@ -11,24 +12,18 @@
 namespace varnok::sim {
 namespace {
 
-std::string Hex(unsigned value) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%02X", value & 0xFF);
-  return text;
-}
-
 void AppendBytes(std::string& text, std::span<const std::uint8_t> bytes) {
-  for (std::uint8_t byte : bytes) text += " " + Hex(byte);
+  for (std::uint8_t byte : bytes) text += " " + host::HexByte(byte);
 }
 
 /// The arrow and the address: the BMC at its system interface, or a controller with its channel.
 std::string PlaceText(const BusPlace& place, char arrow) {
-  if (place.isBmc) return std::string(1, arrow) + " " + Hex(place.address);
-  return std::string(2, arrow) + " " + Hex(place.address) + "@" + std::to_string(place.channel);
+  if (place.isBmc) return std::string(1, arrow) + " " + host::HexByte(place.address);
+  return std::string(2, arrow) + " " + host::HexByte(place.address) + "@" + std::to_string(place.channel);
 }
 
-std::string CommandText(unsigned netFunction, unsigned lun, unsigned command) {
-  return " " + Hex(netFunction) + "/" + std::to_string(lun) + " " + Hex(command);
+std::string CommandText(std::uint8_t netFunction, std::uint8_t lun, std::uint8_t command) {
+  return " " + host::HexByte(netFunction) + "/" + std::to_string(lun) + " " + host::HexByte(command);
 }
 
 }  // namespace
@@ -70,7 +65,7 @@ void TrafficLog::Answered(const BusPlace& place, const Response& response, std::
   if (!file_.IsOpen()) return;
   std::string text = PlaceText(place, '<') +
                      CommandText(response.netFunction, response.lun, response.command) +
-                     " cc=" + Hex(response.completionCode);
+                     " cc=" + host::HexByte(response.completionCode);
   AppendBytes(text, response.data);
   Line(std::move(text), remark);
 }
@@ -79,8 +74,9 @@ void TrafficLog::Unanswered(const BusPlace& place, const Request& request, std::
                             std::string_view remark) {
   if (observer_ != nullptr) observer_->Unanswered(place);
   if (!file_.IsOpen()) return;
-  Line(PlaceText(place, '<') + CommandText(request.netFunction + 1u, request.lun, request.command) + " " +
-           std::string(word),
+  Line(PlaceText(place, '<') +
+           CommandText(static_cast<std::uint8_t>(request.netFunction + 1), request.lun, request.command) +
+           " " + std::string(word),
        remark);
 }
 

@@ -3,16 +3,10 @@
 #include <algorithm>
 
 #include "app/services/format.h"
+#include "firmware/ipmi.h"
 
 namespace varnok::boards {
 namespace {
-
-// Record types.
-constexpr std::uint8_t kFullSensor = 0x01;
-constexpr std::uint8_t kCompactSensor = 0x02;
-constexpr std::uint8_t kGenericLocator = 0x10;
-constexpr std::uint8_t kFruLocator = 0x11;
-constexpr std::uint8_t kControllerLocator = 0x12;
 
 constexpr std::size_t kTypeAt = 3;
 constexpr std::uint8_t kHasFruInventory = 0x08;
@@ -115,7 +109,7 @@ void AddSensor(Located& located, const Bytes& record) {
   const bool isOfBmc = ByteAt(record, 5) == kBmc && (ByteAt(record, 6) & 3) == 0;
   if (!isOfBmc) return;
   // One compact record may stand for several sensors with numbers in a row.
-  const unsigned shared = record[kTypeAt] == kCompactSensor ? ByteAt(record, 23) & 15u : 0;
+  const unsigned shared = record[kTypeAt] == sdr_type::kCompactSensor ? ByteAt(record, 23) & 15u : 0;
   for (unsigned i = 0; i < std::max(shared, 1u); ++i) {
     const auto number = static_cast<std::uint8_t>(ByteAt(record, 7) + i);
     if (std::find(located.sensors.begin(), located.sensors.end(), number) == located.sensors.end())
@@ -136,17 +130,17 @@ Located FindLocated(std::span<const Bytes> records) {
   Located located;
   for (const Bytes& record : records) {
     switch (ByteAt(record, kTypeAt)) {
-      case kFullSensor:
-      case kCompactSensor:
+      case sdr_type::kFullSensor:
+      case sdr_type::kCompactSensor:
         AddSensor(located, record);
         break;
-      case kGenericLocator:
+      case sdr_type::kGenericLocator:
         AddGenericDevice(located, record);
         break;
-      case kFruLocator:
+      case sdr_type::kFruLocator:
         AddFruDevice(located, record);
         break;
-      case kControllerLocator:
+      case sdr_type::kControllerLocator:
         AddManagementController(located, record);
         break;
       default:

@@ -1,8 +1,8 @@
 #include "firmware/host/write_account.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "firmware/host/hex.h"
 #include "firmware/ipmi.h"
 
 namespace varnok::host {
@@ -18,12 +18,6 @@ constexpr std::size_t kRecordHead = 6;
 // Clear SDR Repository: two bytes of reservation, "CLR", what to do.
 constexpr std::size_t kClearHead = 6;
 constexpr std::uint8_t kStartErase = 0xAA;
-
-std::string Hex(unsigned value) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%02X", value & 0xFF);
-  return text;
-}
 
 /// Whether a write that is answered so may be done all the same, or a part of it.
 bool IsUnsure(std::uint8_t completionCode) {
@@ -50,10 +44,10 @@ std::string WriteAccount::DeviceOf(const Operation& operation) {
   const std::string behind =
       operation.controller == kBmcAddress && operation.channel == 0
           ? ""
-          : "@" + Hex(operation.controller) +
+          : "@" + HexByte(operation.controller) +
                 (operation.channel == 0 ? "" : "." + std::to_string(operation.channel));
   if (operation.netFunction == net_function::kApplication)
-    return "EEPROM " + Hex(data[0]) + ":" + Hex(data[1]) + behind;
+    return "EEPROM " + HexByte(data[0]) + ":" + HexByte(data[1]) + behind;
   return "FRU device " + std::to_string(data[0]) + behind;
 }
 

@@ -53,4 +53,12 @@ class Json {
   std::unique_ptr<Value> value_;
 };
 
+/// What `make` gives for each item.
+template <typename Items, typename Make>
+Json ListOf(const Items& items, Make make) {
+  Json list = Json::Array();
+  for (const auto& item : items) list.Add(make(item));
+  return list;
+}
+
 }  // namespace varnok::companion

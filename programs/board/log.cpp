@@ -17,26 +17,19 @@ constexpr Option kOptions[] = {
     {"--json", "", "Show the numbers as JSON"},
 };
 
-std::string Seconds(std::uint64_t microseconds) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.6f", static_cast<double>(microseconds) / 1e6);
-  return text;
-}
-
 Json ToJson(const boards::TrafficTotals& totals) {
-  Json commands = Json::Array();
-  for (const auto& [key, command] : totals.commands)
-    commands.Add(Json::Object()
-                     .Set("name", boards::CommandName(key.first, key.second))
-                     .Set("netFunction", key.first)
-                     .Set("command", key.second)
-                     .Set("requests", command.requests)
-                     .Set("microseconds", command.microseconds)
-                     .Set("longestMicroseconds", command.longest));
-  auto counts = [](const std::map<std::string, std::size_t>& rows) {
-    Json list = Json::Array();
-    for (const auto& [what, count] : rows) list.Add(Json::Object().Set("what", what).Set("count", count));
-    return list;
+  const auto command = [](const auto& row) {
+    const auto& [key, sums] = row;
+    return Json::Object()
+        .Set("name", boards::CommandName(key.first, key.second))
+        .Set("netFunction", key.first)
+        .Set("command", key.second)
+        .Set("requests", sums.requests)
+        .Set("microseconds", sums.microseconds)
+        .Set("longestMicroseconds", sums.longest);
+  };
+  const auto count = [](const auto& row) {
+    return Json::Object().Set("what", row.first).Set("count", row.second);
   };
   return Json::Object()
       .Set("version", 1)
@@ -46,21 +39,22 @@ Json ToJson(const boards::TrafficTotals& totals) {
       .Set("refused", totals.refused)
       .Set("events", totals.events)
       .Set("microseconds", totals.microseconds)
-      .Set("commands", commands)
-      .Set("completionCodes", counts(totals.codes))
-      .Set("faults", counts(totals.remarks));
+      .Set("commands", ListOf(totals.commands, command))
+      .Set("completionCodes", ListOf(totals.codes, count))
+      .Set("faults", ListOf(totals.remarks, count));
 }
 
 void PrintTotals(const boards::TrafficTotals& totals) {
   PrintLine(std::to_string(totals.requests) + " requests, " + std::to_string(totals.answers) + " answers, " +
             std::to_string(totals.lost) + " lost, " + std::to_string(totals.refused) + " refused, " +
-            std::to_string(totals.events) + " events in " + Seconds(totals.microseconds) + " s");
+            std::to_string(totals.events) + " events in " + boards::SecondsText(totals.microseconds) + " s");
   PrintLine();
   PrintLine("  requests      answered after s    longest s  command");
   for (const auto& [key, command] : totals.commands) {
     char row[80];
-    std::snprintf(row, sizeof row, "%10zu%22s%13s  ", command.requests, Seconds(command.microseconds).c_str(),
-                  Seconds(command.longest).c_str());
+    std::snprintf(row, sizeof row, "%10zu%22s%13s  ", command.requests,
+                  boards::SecondsText(command.microseconds).c_str(),
+                  boards::SecondsText(command.longest).c_str());
     PrintLine(row + boards::CommandName(key.first, key.second));
   }
   auto print = [](const char* title, const std::map<std::string, std::size_t>& rows) {

@@ -15,13 +15,6 @@ Json FleetJson(const rehearsal::Fleet& fleet);
 
 // What both are put together from.
 
-template <typename Items, typename Make>
-Json ListOf(const Items& items, Make make) {
-  Json list = Json::Array();
-  for (const auto& item : items) list.Add(make(item));
-  return list;
-}
-
 Json NumbersJson(const std::vector<std::size_t>& numbers);
 Json TextsJson(const std::vector<std::string>& texts);
 Json FindingJson(const rehearsal::Finding& finding);

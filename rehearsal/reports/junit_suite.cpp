@@ -1,18 +1,8 @@
 #include "rehearsal/reports/junit_suite.h"
 
-#include <array>
-#include <cstdio>
+#include "boards/traffic.h"
 
 namespace varnok::rehearsal {
-namespace {
-
-std::string XmlSeconds(std::uint64_t microseconds) {
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.6f", static_cast<double>(microseconds) / 1e6);
-  return text.data();
-}
-
-}  // namespace
 
 Element FailureElement(std::string_view type, std::string_view message) {
   return Element("failure").Set("type", type).Set("message", message);
@@ -20,7 +10,7 @@ Element FailureElement(std::string_view type, std::string_view message) {
 
 void Suite::Case(std::string_view name, std::uint64_t microseconds, const Element* failure) {
   Element element("testcase");
-  element.Set("classname", package_).Set("name", name).Set("time", XmlSeconds(microseconds));
+  element.Set("classname", package_).Set("name", name).Set("time", boards::SecondsText(microseconds));
   if (failure != nullptr) element.Add(*failure);
   ++tests_;
   failures_ += failure != nullptr ? 1 : 0;
@@ -34,7 +24,7 @@ std::string Suite::Markup() const {
                          .Set("tests", tests_)
                          .Set("failures", failures_)
                          .Set("errors", 0)
-                         .Set("time", XmlSeconds(microseconds_))
+                         .Set("time", boards::SecondsText(microseconds_))
                          .Markup();
   constexpr std::string_view kEnd = "</testsuite>";
   open.insert(open.size() - kEnd.size(), "\n" + cases_);
