@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "app/services/format.h"
+
 namespace varnok::boards {
 namespace {
 
@@ -25,12 +27,6 @@ void AppendUtf8(std::string& text, std::uint32_t code) {
     put(0x80 | (code >> 6 & 0x3F));
     put(0x80 | (code & 0x3F));
   }
-}
-
-std::string Format(const char* format, auto... arguments) {
-  std::array<char, 64> buffer;
-  std::snprintf(buffer.data(), buffer.size(), format, arguments...);
-  return buffer.data();
 }
 
 void AppendEscaped(std::string& text, std::uint32_t code) {
@@ -162,7 +158,7 @@ std::string HexBytes(ByteView bytes) {
 }
 
 std::string Hex(std::uint32_t value, int width) {
-  return Format("%0*Xh", width, value);
+  return Format("%0" + std::to_string(width) + "Xh", value);
 }
 
 std::uint32_t LittleEndian(ByteView bytes) {
@@ -185,7 +181,9 @@ std::string NumberText(double value) {
   if (std::isnan(value)) return "not defined";
   if (value == 0) value = 0;  // no "-0"
   bool isWhole = std::nearbyint(value) == value && std::fabs(value) < 1e9;
-  return Format(isWhole ? "%.0f" : "%.6g", value);
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), isWhole ? "%.0f" : "%.6g", value);
+  return text.data();
 }
 
 std::string Plural(std::size_t count, const char* noun) {

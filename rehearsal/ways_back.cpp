@@ -19,14 +19,14 @@
 namespace varnok::rehearsal {
 namespace {
 
-struct Verdict {
+struct BoardWay {
   std::size_t board = 0;
   WayBack way{};
 };
 
 template <class Archive>
-void Transfer(Archive& archive, Verdict& verdict) {
-  archive(verdict.board, verdict.way.canBeShown, verdict.way.rerunReaches, verdict.way.restoreReaches);
+void Transfer(Archive& archive, BoardWay& boardWay) {
+  archive(boardWay.board, boardWay.way.canBeShown, boardWay.way.rerunReaches, boardWay.way.restoreReaches);
 }
 
 class QuietObserver : public boards::Observer {
@@ -132,8 +132,8 @@ bool FindWaysBack(Stage& stage, const Outcome& undisturbed, const std::vector<Im
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     Judge judge(stage, undisturbed);
     for (std::size_t i = worker; i < boards.size(); i += cores) {
-      Verdict verdict{i, judge.Of(boards[i])};
-      results.Add(ToWire(verdict));
+      BoardWay boardWay{i, judge.Of(boards[i])};
+      results.Add(ToWire(boardWay));
     }
     _exit(0);
   }
@@ -143,9 +143,9 @@ bool FindWaysBack(Stage& stage, const Outcome& undisturbed, const std::vector<Im
   ways.assign(boards.size(), {false, false, false});
   std::size_t judged = 0;
   results.Take([&](std::span<const std::uint8_t> record) {
-    Verdict verdict;
-    if (!FromWire(record, verdict)) return;
-    ways[verdict.board] = verdict.way;
+    BoardWay boardWay;
+    if (!FromWire(record, boardWay)) return;
+    ways[boardWay.board] = boardWay.way;
     ++judged;
   });
   if (judged == boards.size()) return true;

@@ -14,10 +14,9 @@
 namespace varnok::companion {
 namespace {
 
-using boards::Finding;
 using boards::Severity;
 
-constexpr Option kOptions[] = {
+constexpr Option kCheckOptions[] = {
     {"FILES", "", "FRU files, SDR files, scripts; a script's own files are checked with it",
      Option::OneOrMore},
     {"--board", "FOLDER", "The board that they are made for: its devices, their sizes, its repository"},
@@ -30,15 +29,15 @@ const char* WordOf(Severity severity) {
   return severity == Severity::Error ? "error" : "warning";
 }
 
-void PrintLines(const std::vector<Finding>& findings) {
-  for (const Finding& finding : findings)
+void PrintLines(const std::vector<boards::Finding>& findings) {
+  for (const boards::Finding& finding : findings)
     PrintLine(finding.file + ":" + std::to_string(finding.line == 0 ? 1 : finding.line) + ": " +
               WordOf(finding.severity) + ": " + finding.text + " [" + finding.rule + "]");
 }
 
-Json AsJson(const std::vector<Finding>& findings, std::size_t files) {
+Json AsJson(const std::vector<boards::Finding>& findings, std::size_t files) {
   Json list = Json::Array();
-  for (const Finding& finding : findings)
+  for (const boards::Finding& finding : findings)
     list.Add(Json::Object()
                  .Set("severity", WordOf(finding.severity))
                  .Set("rule", finding.rule)
@@ -69,9 +68,9 @@ std::string UriOf(const std::string& file) {
 }
 
 /// Static Analysis Results Interchange Format 2.1.0 (OASIS).
-Json AsSarif(const std::vector<Finding>& findings) {
+Json AsSarif(const std::vector<boards::Finding>& findings) {
   Json results = Json::Array();
-  for (const Finding& finding : findings) {
+  for (const boards::Finding& finding : findings) {
     Json place = Json::Object().Set("artifactLocation", Json::Object().Set("uri", UriOf(finding.file)));
     if (finding.line != 0) place.Set("region", Json::Object().Set("startLine", finding.line));
     results.Add(Json::Object()
@@ -90,7 +89,7 @@ Json AsSarif(const std::vector<Finding>& findings) {
       .Set("runs", Json::Array().Add(run));
 }
 
-int Run(const Arguments& arguments) {
+int RunCheck(const Arguments& arguments) {
   const std::string format = arguments.Has("--json") ? "json" : arguments.Value("--format", "text");
   if (format != "text" && format != "lines" && format != "json" && format != "sarif")
     return Fail("--format: \"" + format + "\" is not text, lines, json or sarif", kWrongUse);
@@ -100,7 +99,7 @@ int Run(const Arguments& arguments) {
     return Fail(error);
   boards::Checker checker(arguments.Has("--board") ? &board : nullptr);
   for (const std::string& file : arguments.Values("FILES")) checker.Check(file);
-  const std::vector<Finding> findings = checker.Findings();
+  const std::vector<boards::Finding> findings = checker.Findings();
   if (format == "text") PrintFindings(findings, checker.FileCount());
   if (format == "lines") PrintLines(findings);
   if (format == "json") PrintLine(AsJson(findings, checker.FileCount()).Text());
@@ -110,9 +109,9 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-void PrintFindings(const std::vector<Finding>& findings, std::size_t files) {
+void PrintFindings(const std::vector<boards::Finding>& findings, std::size_t files) {
   std::size_t errors = 0;
-  for (const Finding& finding : findings) {
+  for (const boards::Finding& finding : findings) {
     errors += finding.severity == Severity::Error ? 1 : 0;
     PrintLine(finding.file + (finding.line == 0 ? "" : ", line " + std::to_string(finding.line)) + ": " +
               WordOf(finding.severity) + ": " + finding.text);
@@ -123,13 +122,13 @@ void PrintFindings(const std::vector<Finding>& findings, std::size_t files) {
             (findings.size() - errors == 1 ? " warning" : " warnings"));
 }
 
-bool HasErrors(const std::vector<Finding>& findings) {
+bool HasErrors(const std::vector<boards::Finding>& findings) {
   return std::any_of(findings.begin(), findings.end(),
-                     [](const Finding& finding) { return finding.severity == Severity::Error; });
+                     [](const boards::Finding& finding) { return finding.severity == Severity::Error; });
 }
 
 const Command kCheck = {
-    "check", "Check FRU files, SDR files and scripts before a board sees them", kOptions,
-    "  varnok-board check MASTER.CFG --board myboard\n  varnok-board check *.fru --format lines", Run};
+    "check", "Check FRU files, SDR files and scripts before a board sees them", kCheckOptions,
+    "  varnok-board check MASTER.CFG --board myboard\n  varnok-board check *.fru --format lines", RunCheck};
 
 }  // namespace varnok::companion

@@ -9,11 +9,9 @@
 namespace varnok::companion {
 namespace {
 
-using namespace boards;
-
-Json FieldsJson(const Section& section, bool hasBytes) {
+Json FieldsJson(const boards::Section& section, bool hasBytes) {
   Json fields = Json::Array();
-  for (const Field& field : section.fields) {
+  for (const boards::Field& field : section.fields) {
     Json json = Json::Object();
     json.Set("name", field.label).Set("value", field.value);
     if (!field.encoding.empty()) json.Set("encoding", field.encoding);
@@ -27,15 +25,15 @@ Json FieldsJson(const Section& section, bool hasBytes) {
 
 }  // namespace
 
-Json ControllerJson(const Controller& controller) {
+Json ControllerJson(const boards::Controller& controller) {
   Json json = Json::Object();
-  json.Set("address", Hex(controller.address)).Set("name", controller.name);
-  return json.Set("fields", FieldsJson(IdentitySection(controller), false));
+  json.Set("address", boards::Hex(controller.address)).Set("name", controller.name);
+  return json.Set("fields", FieldsJson(boards::IdentitySection(controller), false));
 }
 
-Json SectionsJson(const Decoded& decoded) {
+Json SectionsJson(const boards::Decoded& decoded) {
   Json sections = Json::Array();
-  for (const Section& section : decoded.sections) {
+  for (const boards::Section& section : decoded.sections) {
     Json json = Json::Object();
     json.Set("id", section.id)
         .Set("title", section.title)
@@ -48,18 +46,17 @@ Json SectionsJson(const Decoded& decoded) {
   return sections;
 }
 
-Json ProblemsJson(const Decoded& decoded) {
-  Json problems = Json::Array();
-  for (const Problem& problem : decoded.problems)
-    problems.Add(Json::Object().Set("offset", problem.offset).Set("text", problem.text));
-  return problems;
+Json ProblemsJson(const boards::Decoded& decoded) {
+  return ListOf(decoded.problems, [](const boards::Problem& problem) {
+    return Json::Object().Set("offset", problem.offset).Set("text", problem.text);
+  });
 }
 
-Json RecordJson(ByteView record, const Decoded& decoded) {
-  const SdrHead head = HeadOf(record);
+Json RecordJson(boards::ByteView record, const boards::Decoded& decoded) {
+  const boards::SdrHead head = boards::HeadOf(record);
   Json json = Json::Object();
-  json.Set("id", Hex(head.id, 4))
-      .Set("type", Hex(head.type))
+  json.Set("id", boards::Hex(head.id, 4))
+      .Set("type", boards::Hex(head.type))
       .Set("typeName", head.typeName)
       .Set("name", head.name);
   json.Set("length", record.size()).Set("fields", FieldsJson(decoded.sections.front(), true));

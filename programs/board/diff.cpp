@@ -7,7 +7,7 @@
 namespace varnok::companion {
 namespace {
 
-constexpr Option kOptions[] = {
+constexpr Option kDiffOptions[] = {
     {"BEFORE", "", "A board folder, one device of it (FOLDER#0), a FRU image, an SDR or SMBIOS dump",
      Option::Required},
     {"AFTER", "", "Another of the same kind", Option::Required},
@@ -88,7 +88,7 @@ const char* WordsOf(boards::SourceKind kind) {
   return kWords[static_cast<std::size_t>(kind)];
 }
 
-int Run(const Arguments& arguments) {
+int RunDiff(const Arguments& arguments) {
   std::optional<boards::SourceKind> kind;
   if (arguments.Has("--as")) {
     kind = boards::KindByWord(arguments.Value("--as"));
@@ -115,7 +115,7 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kDiff = {"diff", "Show what differs between two boards, images or dumps", kOptions,
-                       "  varnok-board diff before after", Run};
+const Command kDiff = {"diff", "Show what differs between two boards, images or dumps", kDiffOptions,
+                       "  varnok-board diff before after", RunDiff};
 
 }  // namespace varnok::companion

@@ -15,7 +15,7 @@ namespace {
 using boards::Board;
 using boards::Bytes;
 
-constexpr Option kOptions[] = {
+constexpr Option kImportOptions[] = {
     {"FOLDER", "", "The folder to make", Option::Required},
     {"--fru", "ID=FILE", "A FRU image of \"ipmitool fru read\": 0=board.bin, 2@C0=back.bin", Option::Many},
     {"--eeprom", "ID=FILE", "An EEPROM: kind, bus byte, address: AT24C02:03:A0=supply.bin", Option::Many},
@@ -122,8 +122,8 @@ class Importer {
   ExitStatus status_ = kFailed;
 };
 
-int Run(const Arguments& arguments) {
-  const bool hasInput = std::any_of(std::begin(kOptions) + 1, std::end(kOptions),
+int RunImport(const Arguments& arguments) {
+  const bool hasInput = std::any_of(std::begin(kImportOptions) + 1, std::end(kImportOptions),
                                     [&](const Option& option) { return arguments.Has(option.name); });
   if (!hasInput) return Fail("name at least one file to import\nSee varnok-board import --help.", kWrongUse);
   Board board;
@@ -142,8 +142,8 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kImport = {"import", "Make a board folder from dumps of a board", kOptions,
+const Command kImport = {"import", "Make a board folder from dumps of a board", kImportOptions,
                          "  varnok-board import myboard --fru 0=board.bin --sdr sdr.bin --smbios smbios.bin",
-                         Run};
+                         RunImport};
 
 }  // namespace varnok::companion

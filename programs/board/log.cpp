@@ -11,7 +11,7 @@
 namespace varnok::companion {
 namespace {
 
-constexpr Option kOptions[] = {
+constexpr Option kLogOptions[] = {
     {"FILE", "", "The log, as VARNOK_TRAFFIC makes it; - is stdin", Option::Required},
     {"--names", "", "Show every line, in words too"},
     {"--json", "", "Show the numbers as JSON"},
@@ -65,7 +65,7 @@ void PrintTotals(const boards::TrafficTotals& totals) {
   print("Faults and events:", totals.remarks);
 }
 
-int Run(const Arguments& arguments) {
+int RunLog(const Arguments& arguments) {
   const std::string name = arguments.Value("FILE");
   std::ifstream file;
   if (name != "-") file.open(name);
@@ -100,7 +100,7 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kLog = {"log", "Read a traffic log: totals, time, faults, commands by name", kOptions,
-                      "  varnok-board log traffic.log --names", Run};
+const Command kLog = {"log", "Read a traffic log: totals, time, faults, commands by name", kLogOptions,
+                      "  varnok-board log traffic.log --names", RunLog};
 
 }  // namespace varnok::companion

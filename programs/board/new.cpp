@@ -6,12 +6,12 @@
 namespace varnok::companion {
 namespace {
 
-constexpr Option kOptions[] = {
+constexpr Option kNewOptions[] = {
     {"FOLDER", "", "The folder to make", Option::Required},
     {"--empty", "", "An erased FRU device and an empty SDR repository in place of the default board"},
 };
 
-int Run(const Arguments& arguments) {
+int RunNew(const Arguments& arguments) {
   const std::string folder = arguments.Value("FOLDER");
   std::string error;
   const bool isMade = arguments.Has("--empty") ? boards::SaveFolder(folder, boards::EmptyBoard(), error)
@@ -23,7 +23,7 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kNew = {"new", "Make a board folder, with the default board in it", kOptions,
-                      "  varnok-board new myboard --empty", Run};
+const Command kNew = {"new", "Make a board folder, with the default board in it", kNewOptions,
+                      "  varnok-board new myboard --empty", RunNew};
 
 }  // namespace varnok::companion

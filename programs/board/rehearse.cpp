@@ -13,7 +13,7 @@ namespace {
 
 using namespace rehearsal;
 
-constexpr Option kOptions[] = {
+constexpr Option kRehearseOptions[] = {
     {"SCRIPT", "", "The script; or, behind --, the program's arguments: -- /fru board.fru",
      Option::OneOrMore},
     {"--board", "FOLDER", "The board, which stays as it is; else VARNOK_BOARD, else the default board"},
@@ -107,7 +107,7 @@ int GoOne(const Arguments& arguments, Stage& stage, Answerer& answerer) {
   return problems.empty() ? status : kFailed;
 }
 
-int Run(const Arguments& arguments) {
+int RunRehearse(const Arguments& arguments) {
   if (const std::string misplaced = MisplacedOption(arguments); !misplaced.empty())
     return Fail(misplaced, kWrongUse);
   if (arguments.Has("--boards")) return RehearseBoards(arguments);
@@ -125,9 +125,9 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kRehearse = {"rehearse", "Run a script over a copy of a board and tell what it does", kOptions,
+const Command kRehearse = {"rehearse", "Run a script over a copy of a board and tell what it does", kRehearseOptions,
                            "  varnok-board rehearse MASTER.CFG --board myboard --answers rack.answers\n"
                            "  varnok-board rehearse MASTER.CFG --boards fleet --all-roads",
-                           Run};
+                           RunRehearse};
 
 }  // namespace varnok::companion

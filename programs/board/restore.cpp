@@ -10,7 +10,7 @@
 namespace varnok::companion {
 namespace {
 
-constexpr Option kOptions[] = {
+constexpr Option kRestoreOptions[] = {
     {"FOLDER", "", "The board to restore", Option::Required},
     {"--to", "MACHINE", kMachineHelp},
     {"--fru", "ID", "Restore this device alone: 0, 2@C0, AT24C02:03:A0", Option::Many},
@@ -88,7 +88,7 @@ bool IsSameProduct(const boards::Board& board, const boards::Identity& machine) 
          (identity->manufacturerId == machine.manufacturerId && identity->productId == machine.productId);
 }
 
-int Run(const Arguments& arguments) {
+int RunRestore(const Arguments& arguments) {
   if (arguments.Has("--json") && !arguments.Has("--yes")) return Fail("--json needs --yes", kWrongUse);
   boards::Board board;
   std::string error;
@@ -127,6 +127,6 @@ int Run(const Arguments& arguments) {
 }  // namespace
 
 const Command kRestore = {"restore", "Write a folder's FRU images and SDRs back where the machine differs",
-                          kOptions, "  varnok-board restore before --to /dev/ipmi0 --fru 0", Run};
+                          kRestoreOptions, "  varnok-board restore before --to /dev/ipmi0 --fru 0", RunRestore};
 
 }  // namespace varnok::companion

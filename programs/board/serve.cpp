@@ -16,7 +16,7 @@
 namespace varnok::companion {
 namespace {
 
-constexpr Option kOptions[] = {
+constexpr Option kServeOptions[] = {
     {"FOLDER", "", "The board; the one that varnok uses when none is named"},
     {"--listen", "ADDRESS:PORT", "Where to listen, such as 127.0.0.1:9002; port 0 takes a free one",
      Option::Required},
@@ -60,7 +60,7 @@ bool WriteSmbios(sim::Board& board, const std::string& folder, std::string& erro
   return true;
 }
 
-int Run(const Arguments& arguments) {
+int RunServe(const Arguments& arguments) {
   // Blocked from the start, so that a signal at any time ends the program in good order.
   sigset_t signals;
   sigemptyset(&signals);
@@ -85,7 +85,7 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kServe = {"serve", "Answer a virtual machine as the BMC of a board", kOptions,
-                        "  varnok-board serve myboard --listen 127.0.0.1:9002", Run};
+const Command kServe = {"serve", "Answer a virtual machine as the BMC of a board", kServeOptions,
+                        "  varnok-board serve myboard --listen 127.0.0.1:9002", RunServe};
 
 }  // namespace varnok::companion

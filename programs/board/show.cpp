@@ -11,7 +11,7 @@
 namespace varnok::companion {
 namespace {
 
-constexpr Option kOptions[] = {
+constexpr Option kShowOptions[] = {
     {"BOARD", "",
      "A board folder, one device of it (FOLDER#0, FOLDER#2@C0), a FRU image, an SDR or SMBIOS dump",
      Option::Required},
@@ -58,7 +58,7 @@ Json AsJson(const boards::Source& source, std::size_t& findings) {
   return root.Set("smbios", SectionsJson(smbios)).Set("smbiosProblems", ProblemsJson(smbios));
 }
 
-int Run(const Arguments& arguments) {
+int RunShow(const Arguments& arguments) {
   std::optional<boards::SourceKind> kind;
   if (arguments.Has("--as")) {
     kind = boards::KindByWord(arguments.Value("--as"));
@@ -80,6 +80,6 @@ int Run(const Arguments& arguments) {
 }  // namespace
 
 const Command kShow = {"show", "Show what a board, an image or a dump says, and what is wrong with it",
-                       kOptions, "  varnok-board show myboard\n  varnok-board show board.bin --hex", Run};
+                       kShowOptions, "  varnok-board show myboard\n  varnok-board show board.bin --hex", RunShow};
 
 }  // namespace varnok::companion

@@ -19,7 +19,7 @@ std::string MachineName(const Arguments& arguments, std::string_view option) {
 
 namespace {
 
-constexpr Option kOptions[] = {
+constexpr Option kSnapshotOptions[] = {
     {"FOLDER", "", "The folder to make", Option::Required},
     {"--from", "MACHINE", kMachineHelp},
     {"--device", "ID", "Read this device too: 2@C0, AT24C02:03:A0", Option::Many},
@@ -53,7 +53,7 @@ Json ToJson(const boards::Snapshot& snapshot, const std::string& folder) {
       .Set("unread", unread);
 }
 
-int Run(const Arguments& arguments) {
+int RunSnapshot(const Arguments& arguments) {
   std::vector<boards::DeviceAddress> named;
   for (const std::string& name : arguments.Values("--device")) {
     const auto address = boards::ParseDeviceName(name);
@@ -82,7 +82,7 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kSnapshot = {"snapshot", "Read a machine's board into a folder", kOptions,
-                           "  varnok-board snapshot before --from /dev/ipmi0", Run};
+const Command kSnapshot = {"snapshot", "Read a machine's board into a folder", kSnapshotOptions,
+                           "  varnok-board snapshot before --from /dev/ipmi0", RunSnapshot};
 
 }  // namespace varnok::companion

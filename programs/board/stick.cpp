@@ -24,10 +24,9 @@ namespace varnok::companion {
 namespace {
 
 namespace fs = std::filesystem;
-using boards::Finding;
 using boards::Severity;
 
-constexpr Option kOptions[] = {
+constexpr Option kStickOptions[] = {
     {"OUT", "", "The stick: an image (.img) for dd, or an archive (.zip) to unpack onto a formatted stick",
      Option::Required},
     {"--package", "FOLDER", "What goes onto it: scripts, FRU and SDR files, START.CFG", Option::Required},
@@ -130,7 +129,7 @@ class Package {
 
 /// What an entry starts must be there.
 void CheckEntries(const start::Menu& menu, const Package& package, const std::string& file,
-                  std::vector<Finding>& findings) {
+                  std::vector<boards::Finding>& findings) {
   for (const start::Entry& entry : menu.entries) {
     std::string name = entry.text;
     if (entry.action == start::Action::Program) {
@@ -150,7 +149,7 @@ void CheckEntries(const start::Menu& menu, const Package& package, const std::st
 }
 
 /// Reads the package's START.CFG, or makes the usual one in `folder`. False when the file cannot be had.
-bool TakeMenu(const Package& package, const fs::path& folder, std::vector<Finding>& findings,
+bool TakeMenu(const Package& package, const fs::path& folder, std::vector<boards::Finding>& findings,
               std::string& error) {
   const std::string* own = package.Find(start::kMenuFile);
   if (own == nullptr) {
@@ -193,7 +192,7 @@ int Pack(host::ArgumentList words) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
 }
 
-int Run(const Arguments& arguments) {
+int RunStick(const Arguments& arguments) {
   const fs::path out = arguments.Value("OUT");
   if (out.extension() != ".img" && out.extension() != ".zip")
     return Fail(out.string() + ": a stick is an .img or a .zip", kWrongUse);
@@ -215,7 +214,7 @@ int Run(const Arguments& arguments) {
 
   boards::Checker checker(arguments.Has("--board") ? &board : nullptr);
   CheckFiles(package, checker);
-  std::vector<Finding> findings = checker.Findings();
+  std::vector<boards::Finding> findings = checker.Findings();
   const TemporaryFolder work;
   if (!TakeMenu(package, work.Path(), findings, error)) return Fail(error);
   if (!findings.empty()) PrintFindings(findings, package.Names().size());
@@ -236,7 +235,7 @@ int Run(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kStick = {"stick", "Make a stick that starts by itself, with a package on it", kOptions,
-                        "  varnok-board stick hearth.img --package hearth --board myboard", Run};
+const Command kStick = {"stick", "Make a stick that starts by itself, with a package on it", kStickOptions,
+                        "  varnok-board stick hearth.img --package hearth --board myboard", RunStick};
 
 }  // namespace varnok::companion

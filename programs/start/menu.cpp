@@ -60,7 +60,7 @@ void Tell(std::string_view program, const Ending& ending) {
   WaitForKey();
 }
 
-void Restore(Station& station) {
+void RestoreBoard(Station& station) {
   std::vector<std::string> names = station.Snapshots();
   if (names.empty()) {
     Print("There is no snapshot on the stick.\n");
@@ -94,7 +94,7 @@ bool Do(Station& station, const Entry& entry) {
       Tell(ProgramName(entry.text), station.Run(entry.text));
       return false;
     case Action::Restore:
-      Restore(station);
+      RestoreBoard(station);
       return false;
     case Action::Page:
       ShowPage(station, entry.text);

@@ -15,7 +15,7 @@ using namespace testing;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-using Bytes = SmbiosBuilder::Bytes;
+using TableBytes = SmbiosBuilder::Bytes;
 
 struct Smbios : ::testing::Test {
   TestFirmware machine;
@@ -220,7 +220,7 @@ TEST_F(Smbios, EntryPointDecidesWhatIsRead) {
 }
 
 TEST_F(Smbios, BrokenLengthOrStringsEndTheTable) {
-  for (std::uint8_t length : Bytes{0, 3, 255}) {
+  for (std::uint8_t length : TableBytes{0, 3, 255}) {
     table = {};
     AddSystem();
     std::size_t second = table.table.size();
@@ -252,7 +252,7 @@ TEST_F(Smbios, StringNumberPastTheSetIsEmpty) {
 TEST_F(Smbios, DamagedByteOrCutTableIsReadWithinItsBounds) {
   AddAll();
   table.Add(4, {1, 3, 0, 2}, {"CPU 1", "Maker"}).Add(16, {3, 3, 6, 0, 0, 0, 0, 0, 0, 1, 0}).Add(17, {0, 0});
-  const Bytes whole = table.table;
+  const TableBytes whole = table.table;
   auto readAll = [&] {
     Install();
     Discard(SmbiosDisplay());
@@ -267,7 +267,7 @@ TEST_F(Smbios, DamagedByteOrCutTableIsReadWithinItsBounds) {
     EXPECT_EQ(cursor, kSmbiosAny);
   };
   for (std::size_t at = 0; at < whole.size(); ++at) {
-    for (std::uint8_t value : Bytes{0x00, 0x04, 0x41, 0xFF}) {
+    for (std::uint8_t value : TableBytes{0x00, 0x04, 0x41, 0xFF}) {
       table.table = whole;
       table.table[at] = value;
       readAll();
@@ -296,8 +296,8 @@ TEST_F(Smbios, LookUpsOfBiosAndBoard) {
 
 TEST_F(Smbios, LargestMemoryDeviceOfTheCountedOnes) {
   struct Case {
-    Bytes devices;  // their sizes in units of 256 MiB
-    Bytes arrays;   // their numbers of devices
+    TableBytes devices;  // their sizes in units of 256 MiB
+    TableBytes arrays;   // their numbers of devices
     Status status;
     std::uint32_t largest;
   } const cases[] = {
@@ -317,13 +317,13 @@ TEST_F(Smbios, LargestMemoryDeviceOfTheCountedOnes) {
 }
 
 TEST_F(Smbios, ProcessorsBySocketAndIndex) {
-  Bytes recent(0x30 - 4);
-  const Bytes signature = {0x54, 0x06, 0x05, 0x80};
+  TableBytes recent(0x30 - 4);
+  const TableBytes signature = {0x54, 0x06, 0x05, 0x80};
   recent[0x04 - 4] = 1;
   std::copy(signature.begin(), signature.end(), recent.begin() + 0x08 - 4);
   recent[0x18 - 4] = 0x41;
   recent[0x23 - 4] = 18;
-  Bytes old(recent.begin(), recent.begin() + 0x23 - 4);
+  TableBytes old(recent.begin(), recent.begin() + 0x23 - 4);
   old[0x18 - 4] = 0;
   table.Add(4, recent, {"CPU 4294967297"})
       .Add(4, recent, {"CPU 1"})
@@ -353,9 +353,9 @@ TEST_F(Smbios, ProcessorsBySocketAndIndex) {
 }
 
 TEST_F(Smbios, FieldsStandAtTheStandardsOffsets) {
-  Bytes fields(0x40 - 4);
+  TableBytes fields(0x40 - 4);
   std::iota(fields.begin(), fields.end(), std::uint8_t{4});
-  for (std::uint8_t type : Bytes{0, 1, 2, 3, 4, 16, 17}) table.Add(type, fields);
+  for (std::uint8_t type : TableBytes{0, 1, 2, 3, 4, 16, 17}) table.Add(type, fields);
   Install();
   EXPECT_EQ(First<SmbiosBios>(0).extendedRomSize, 0x1918);
   EXPECT_EQ(First<SmbiosSystem>(1).uuid[15], 0x17);

@@ -29,7 +29,8 @@ class Facade(ProgramTest):
             "-drive", f"if=none,id=small,format=raw,file={small.image}", "-device", "virtio-blk-pci,drive=small",
             "-drive", f"if=none,id=locked,format=raw,readonly=on,file={locked.image}",
             "-device", "virtio-blk-pci,drive=locked"]
-        cls.run_machine(devices, {
+        # Three times what `leak` takes is more than there is.
+        cls.run_machine(devices + ["-m", "128"], {
             "arguments": 'PROBE args /d fru "two words" -x "" a/b\\c',
             "no arguments": "PROBE args",
             "console": "PROBE text",
@@ -65,7 +66,7 @@ class Facade(ProgramTest):
             "alignment": "PROBE alignment",
             "exhaustion": "PROBE exhaustion",
             "after exhaustion": "PROBE leak",
-            "again": "PROBE leak", "and again": "PROBE leak", "and once more": "PROBE leak", "fifth": "PROBE leak",
+            "again": "PROBE leak", "and once more": "PROBE leak",
         }, setup=["set board VARNOK-1"])
 
     def test_arguments_arrive_narrowed_and_ended(self):
@@ -146,9 +147,9 @@ class Facade(ProgramTest):
         self.assertEqual(self.lines("alignment"), ["odd bits: 0", "too much: refused"])
         self.assertIn("Out of memory.", self.lines("exhaustion"))
         self.assertEqual(self.boot.results["exhaustion"].status, OUT_OF_RESOURCES)
-        for name in ("after exhaustion", "again", "and again", "and once more", "fifth"):
+        for name in ("after exhaustion", "again", "and once more"):
             self.assertEqual(self.lines(name), ["memory: given", "open: status 0", "write: status 0"], name)
-        self.assertEqual(self.stick.read("leak.txt"), b"LLLLL")
+        self.assertEqual(self.stick.read("leak.txt"), b"LLL")
         self.assertEqual(self.stick.read("exhausted.txt"), b"E")
 
 

@@ -31,8 +31,8 @@ class AnswersOfRuns : public ::testing::Test {
     EXPECT_NE(stage, nullptr) << error;
   }
 
-  Outcome Run(Answerer& answerer) {
-    Outcome outcome;
+  rehearsal::Outcome Run(Answerer& answerer) {
+    rehearsal::Outcome outcome;
     std::string error;
     EXPECT_TRUE(RunOnce(*stage, answerer, outcome, error)) << error;
     return outcome;
@@ -68,7 +68,7 @@ TEST_F(AnswersOfRuns, FitOrAreTold) {
     AnswerFile file;
     std::string result;
     if (file.Parse(row.file, result)) {
-      const Outcome outcome = Run(file);
+      const rehearsal::Outcome outcome = Run(file);
       for (const Given& given : outcome.given)
         result += (result.empty() ? "" : " ") + given.text + (given.isInvalid ? "!" : "");
       if (!outcome.problems.empty()) result = outcome.problems.front();
@@ -101,7 +101,7 @@ class DeadlyAnswers : public Answerer {
 TEST_F(AnswersOfRuns, ADeathIsAnOutcome) {
   signal(SIGSEGV, SIG_DFL);
   DeadlyAnswers deadly;
-  const Outcome outcome = Run(deadly);
+  const rehearsal::Outcome outcome = Run(deadly);
   EXPECT_EQ(outcome.run.message, "SIGSEGV");
   EXPECT_EQ(outcome.run.exitStatus, 128 + SIGSEGV);
 }

@@ -76,7 +76,7 @@ void ExpectRoadsGoAsTold(Stage& stage, const Report& report, std::size_t step) {
   for (std::size_t i = 0; i < report.roads.size(); i += step) {
     const Road& road = report.roads[i];
     GivenAnswers answers(AnswersOf(report, i));
-    Outcome outcome;
+    rehearsal::Outcome outcome;
     std::string error;
     ASSERT_TRUE(RunOnce(stage, answers, outcome, error)) << error;
     EXPECT_EQ(outcome.problems, std::vector<std::string>{}) << "road " << i + 1;
