@@ -125,7 +125,8 @@ int RunRehearse(const Arguments& arguments) {
 
 }  // namespace
 
-const Command kRehearse = {"rehearse", "Run a script over a copy of a board and tell what it does", kRehearseOptions,
+const Command kRehearse = {"rehearse", "Run a script over a copy of a board and tell what it does",
+                           kRehearseOptions,
                            "  varnok-board rehearse MASTER.CFG --board myboard --answers rack.answers\n"
                            "  varnok-board rehearse MASTER.CFG --boards fleet --all-roads",
                            RunRehearse};

@@ -127,6 +127,7 @@ int RunRestore(const Arguments& arguments) {
 }  // namespace
 
 const Command kRestore = {"restore", "Write a folder's FRU images and SDRs back where the machine differs",
-                          kRestoreOptions, "  varnok-board restore before --to /dev/ipmi0 --fru 0", RunRestore};
+                          kRestoreOptions, "  varnok-board restore before --to /dev/ipmi0 --fru 0",
+                          RunRestore};
 
 }  // namespace varnok::companion

@@ -80,6 +80,7 @@ int RunShow(const Arguments& arguments) {
 }  // namespace
 
 const Command kShow = {"show", "Show what a board, an image or a dump says, and what is wrong with it",
-                       kShowOptions, "  varnok-board show myboard\n  varnok-board show board.bin --hex", RunShow};
+                       kShowOptions, "  varnok-board show myboard\n  varnok-board show board.bin --hex",
+                       RunShow};
 
 }  // namespace varnok::companion
