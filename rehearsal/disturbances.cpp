@@ -1,6 +1,7 @@
 #include "rehearsal/disturbances.h"
 
 #include <limits>
+#include <stdexcept>
 
 #include "app/services/format.h"
 #include "firmware/ipmi.h"
@@ -60,6 +61,7 @@ Disturbance Make(const DisturbanceRow& row) {
   Disturbance made{.name = row.name, .scope = row.scope};
   made.rule.label = row.name;
   made.rule.kind = sim::FindFaultKind(row.kind);
+  if (made.rule.kind == nullptr) throw std::logic_error(std::string(row.kind) + " is no kind of fault");
   made.rule.executed = row.executed;
   made.rule.value = row.value;
   made.rule.last = row.times;

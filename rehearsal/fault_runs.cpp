@@ -35,7 +35,7 @@ template <class Archive>
 void Transfer(Archive& archive, Disturbed& disturbed) {
   FaultRun& run = disturbed.run;
   archive(run.kind, run.request, run.name, run.exitStatus, run.message, run.errorOutput, run.isEndless,
-          run.output, run.isTold, disturbed.images);
+          run.hasCrashed, run.output, run.isTold, disturbed.images);
 }
 
 /// A run that meets a fault takes longer than one that does not, by retries and time-outs, but not for ever.
@@ -129,6 +129,7 @@ class Trunk : public Performance {
               .exitStatus = dead.run.exitStatus,
               .message = dead.run.message,
               .isEndless = dead.isEndless,
+              .hasCrashed = !dead.isEndless,
               .output = FaultOutput::Other});
     }
     children_.erase(found);
@@ -141,8 +142,12 @@ class Trunk : public Performance {
 
   void End(Outcome& outcome) {
     while (!children_.empty()) WaitForOne();
-    if (disturbance_ == nullptr) return;
     const Run& run = outcome.run;
+    if (disturbance_ == nullptr) {
+      // A trunk that came to another end has not met every request.
+      if (run.exitStatus != undisturbed_.run.exitStatus || run.message != undisturbed_.run.message) _exit(1);
+      return;
+    }
     std::string message = run.message;
     for (const std::string& problem : outcome.problems) message += (message.empty() ? "" : "; ") + problem;
     Report({.kind = disturbance_->name,

@@ -11,6 +11,7 @@ bool IsEndedByScript(const Run& run) {
 Gravity GravityOf(const FaultRun& run) {
   const bool isWrongSuccess = run.exitStatus == 0 && !run.isEndless &&
                               (run.outcome != FaultOutcome::Wanted || run.output == FaultOutput::Other);
+  if (run.hasCrashed) return Gravity::Crashed;
   if (isWrongSuccess && !run.isTold) return Gravity::FalseSuccess;
   if (!run.canBeShown) return Gravity::CannotBeShown;
   if (!run.rerunReaches && !run.restoreReaches) return Gravity::NoWayBack;

@@ -124,7 +124,8 @@ struct FaultRun {
   std::string message{};
   std::string errorOutput{};
   FaultOutcome outcome = FaultOutcome::Wanted;
-  bool isEndless = false;  ///< stopped by the rehearsal: it waits for ever
+  bool isEndless = false;   ///< stopped by the rehearsal: it waits for ever
+  bool hasCrashed = false;  ///< the program's process ended by a signal, or without a word
   FaultOutput output = FaultOutput::Same;
   bool isTold = false;         ///< the error output says what it does not say undisturbed
   bool canBeShown = true;      ///< the board's devices and records can be read by the program afterwards
@@ -133,6 +134,7 @@ struct FaultRun {
 };
 /// What matters most comes first.
 enum class Gravity : std::uint8_t {
+  Crashed,        ///< the program did not come to an end of its own
   FalseSuccess,   ///< status 0, another board or output than the wanted one, and not a word of it
   CannotBeShown,  ///< the board cannot be shown any more
   NoWayBack,      ///< neither a rerun nor restore leaves that state

@@ -106,6 +106,7 @@ Json FaultJson(const FaultRun& run) {
       .Set("message", run.message)
       .Set("board", kOutcomes[static_cast<std::size_t>(run.outcome)])
       .Set("isEndless", run.isEndless)
+      .Set("hasCrashed", run.hasCrashed)
       .Set("output", kOutputs[static_cast<std::size_t>(run.output)])
       .Set("isTold", run.isTold)
       .Set("errorOutput", run.errorOutput)

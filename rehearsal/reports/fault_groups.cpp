@@ -11,6 +11,7 @@ namespace {
 
 // clang-format off
 constexpr std::array<CellWords, kCellCount> kCells = {{
+    {"c-crashed", "crashed", "the program broke off: a fault of its own"},
     {"c-false", "false success", "status 0 and, without a word, another board or output than the wanted one"},
     {"c-unshown", "cannot be shown", "the program cannot show the board any more"},
     {"c-noway", "no way back", "neither a rerun nor restore leaves that state"},
@@ -31,6 +32,8 @@ const CellWords& WordsOf(Cell cell) {
 
 Cell CellOf(const FaultRun& run) {
   switch (GravityOf(run)) {
+    case Gravity::Crashed:
+      return Cell::Crashed;
     case Gravity::FalseSuccess:
       return Cell::FalseSuccess;
     case Gravity::CannotBeShown:
@@ -124,6 +127,7 @@ std::string RequestNames(const Report& report, std::size_t road, const std::vect
 
 std::string Explanation(const FaultRun& run) {
   std::string text = run.isEndless ? "does not end" : EndWords(run.exitStatus, run.message);
+  if (run.hasCrashed) return text;  // it took along what the board held
   text += run.outcome == FaultOutcome::Wanted ? "; the board is the wanted one"
           : run.outcome == FaultOutcome::Old  ? "; the board is the old one"
                                               : "; the board is in between";

@@ -12,6 +12,7 @@ namespace varnok::rehearsal {
 
 /// What becomes of a disturbed run, the gravest first: Gravity, with what is harmless told apart.
 enum class Cell : std::uint8_t {
+  Crashed,
   FalseSuccess,
   CannotBeShown,
   NoWayBack,
@@ -22,7 +23,7 @@ enum class Cell : std::uint8_t {
   Old,         ///< an error, and the board as it was
   Wanted,      ///< the wanted board
 };
-inline constexpr std::size_t kCellCount = 9;
+inline constexpr std::size_t kCellCount = 10;
 
 struct CellWords {
   std::string_view style;  ///< a class of the page's

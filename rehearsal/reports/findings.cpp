@@ -14,7 +14,8 @@ struct CellRule {
   Weight weight;
   std::string_view rule;
 };
-constexpr CellRule kCellRules[] = {{Cell::FalseSuccess, Weight::Grave, "false-success"},
+constexpr CellRule kCellRules[] = {{Cell::Crashed, Weight::Grave, "crashed"},
+                                   {Cell::FalseSuccess, Weight::Grave, "false-success"},
                                    {Cell::CannotBeShown, Weight::Grave, "cannot-be-shown"},
                                    {Cell::NoWayBack, Weight::Grave, "no-way-back"},
                                    {Cell::ToldSuccess, Weight::Warning, "told-success"},

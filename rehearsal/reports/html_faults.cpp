@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kShownMaps = 8;
 constexpr std::size_t kShownCells = 60'000;  // after so many no other map begins
 constexpr std::size_t kShownGroups = 60;
-constexpr std::array<unsigned, kCellCount> kHeights = {10, 9, 8, 7, 7, 6, 4, 3, 2};
+constexpr std::array<unsigned, kCellCount> kHeights = {10, 10, 9, 8, 7, 7, 6, 4, 3, 2};
 
 Element ResultTable(const Report& report) {
   const auto counts = CountCells(report);

@@ -13,6 +13,7 @@ constexpr std::string_view kStyle = R"css(
   --free: #eceef1; --changed: #24303d; --mark: #ffe08a;
   --c-wanted: #b9dcc6; --c-old: #b5c1d0; --c-rerun: #e3cf94; --c-endless: #e0a33c; --c-stuck: #d97a2b;
   --c-noway: #c2412d; --c-told: #b0518f; --c-unshown: #9c1b45; --c-false: #4d0f5e;
+  --c-crashed: #16001f;
 }
 @media (prefers-color-scheme: dark) {
   :root {
@@ -23,6 +24,7 @@ constexpr std::string_view kStyle = R"css(
     --free: #262b31; --changed: #f0f3f6; --mark: #6b5410;
     --c-wanted: #2f5a41; --c-old: #46525f; --c-rerun: #6f6233; --c-endless: #a3762a; --c-stuck: #d07a35;
     --c-noway: #ef6a52; --c-told: #e58ac6; --c-unshown: #ff86ad; --c-false: #e3b4ff;
+    --c-crashed: #f7ecff;
   }
 }
 * { box-sizing: border-box; }
@@ -143,7 +145,7 @@ mark { background: var(--mark); color: inherit; font-weight: 700; text-decoratio
 .read { fill: var(--read); } .write { fill: var(--write); } .wait { fill: var(--wait); } .cut { fill: var(--cut); } .lost { fill: var(--lost); }
 .c-wanted { fill: var(--c-wanted); } .c-old { fill: var(--c-old); } .c-rerun { fill: var(--c-rerun); }
 .c-endless { fill: var(--c-endless); } .c-stuck { fill: var(--c-stuck); } .c-noway { fill: var(--c-noway); } .c-told { fill: var(--c-told); }
-.c-unshown { fill: var(--c-unshown); } .c-false { fill: var(--c-false); }
+.c-unshown { fill: var(--c-unshown); } .c-false { fill: var(--c-false); } .c-crashed { fill: var(--c-crashed); }
 
 @media (max-width: 48rem) {
   body { padding: 1rem 0.875rem 2rem; }

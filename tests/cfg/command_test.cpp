@@ -1,4 +1,7 @@
+#include <map>
+
 #include "cfg/cfg_command.h"
+#include "cfg/command_table.h"
 #include "tests/cfg/script_test.h"
 
 namespace varnok {
@@ -188,6 +191,13 @@ TEST_F(Command, LogFollowsEveryOperationInAndOut) {
       << "one a command, and one at the end";
   EXPECT_EQ(std::count(seen.begin(), seen.end(), "CCfgIfSet::ReadFromFile"), 2);
   EXPECT_THAT(machine.TextOf("DBGLOG.txt"), ::testing::HasSubstr("Buffer p_buff[]\r\n E9 79 00"));
+}
+
+TEST(CommandRows, HaveNumbersOfTheirOwn) {
+  std::map<CommandType, std::string_view> names = {{CommandType::Skip, ""}};
+  for (auto family : kCommandFamilies)
+    for (const CommandRow& row : family())
+      EXPECT_EQ(names.try_emplace(row.type, row.name).first->second, row.name) << row.keyword;
 }
 
 }  // namespace

@@ -61,6 +61,7 @@ FaultRun MakeFault(std::size_t kind, std::size_t request, const std::string& tex
   run.rerunReaches = kind != 7 || request % 13 != 0;
   run.restoreReaches = request % 26 != 0;
   run.isEndless = kind == 9 && request == 5;
+  run.hasCrashed = kind == 9 && request == 6;
   run.isTold = request % 2 == 0;
   if (kind == 8) run.output = request % 3 == 0 ? FaultOutput::Other : FaultOutput::Repeats;
   return run;

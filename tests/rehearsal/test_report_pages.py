@@ -55,6 +55,8 @@ def result_of(fault):
     """What a disturbed run came to, the gravest first."""
     is_wrong_success = (fault["exitStatus"] == 0 and not fault["isEndless"] and
                         (fault["board"] != "wanted" or fault["output"] == "other"))
+    if fault["hasCrashed"]:
+        return "crashed"
     if is_wrong_success and not fault["isTold"]:
         return "false success"
     if not fault["canBeShown"]:
