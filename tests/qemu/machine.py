@@ -368,4 +368,7 @@ set_working_mc 0x20
 
 
 def temporary_folder() -> tempfile.TemporaryDirectory:
-    return tempfile.TemporaryDirectory(prefix="varnok-qemu-")
+    """In memory where there is room: while a disk is slow to flush an image, a machine takes the answer for lost."""
+    memory = Path("/dev/shm")
+    has_room = memory.is_dir() and shutil.disk_usage(memory).free > 1 << 30
+    return tempfile.TemporaryDirectory(prefix="varnok-qemu-", dir=memory if has_room else None)
