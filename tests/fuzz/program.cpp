@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <system_error>
 #include <vector>
 
 #include "app/services/text.h"
@@ -77,8 +78,13 @@ void ChangeBoard(const ProgramInput& input, const fs::path& folder) {
 fs::path FreshBoard() {
   static DefaultBoard made;
   fs::path folder = made.root.Path() / "board";
-  fs::remove_all(folder);
-  fs::copy(made.root.Path() / "default", folder);
+  // The fuzzer's clock interrupts a copy now and then.
+  std::error_code error;
+  do {
+    fs::remove_all(folder);
+    fs::copy(made.root.Path() / "default", folder, error);
+  } while (error == std::errc::interrupted);
+  if (error) throw fs::filesystem_error("the board of a run", folder, error);
   return folder;
 }
 
