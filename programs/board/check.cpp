@@ -36,16 +36,16 @@ void PrintLines(const std::vector<boards::Finding>& findings) {
 }
 
 Json AsJson(const std::vector<boards::Finding>& findings, std::size_t files) {
-  Json list = Json::Array();
-  for (const boards::Finding& finding : findings)
-    list.Add(Json::Object()
-                 .Set("severity", WordOf(finding.severity))
-                 .Set("rule", finding.rule)
-                 .Set("file", finding.file)
-                 .Set("line", finding.line)
-                 .Set("text", finding.text)
-                 .Set("advice", finding.advice));
-  return Json::Object().Set("version", 1).Set("files", files).Set("findings", list);
+  const auto entry = [](const boards::Finding& finding) {
+    return Json::Object()
+        .Set("severity", WordOf(finding.severity))
+        .Set("rule", finding.rule)
+        .Set("file", finding.file)
+        .Set("line", finding.line)
+        .Set("text", finding.text)
+        .Set("advice", finding.advice);
+  };
+  return Json::Object().Set("version", 1).Set("files", files).Set("findings", ListOf(findings, entry));
 }
 
 /// A file's name as a URI reference (RFC 3986): what may not stand in a path comes as %20.

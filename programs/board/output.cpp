@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "firmware/host/hex.h"
 #include "firmware/host/interruption.h"
 
 namespace varnok::companion {
@@ -20,7 +21,6 @@ void Write(std::FILE* stream, std::string_view text) {
 }  // namespace
 
 std::string Shown(std::string_view text) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string shown;
   unsigned char previous = 0;
   for (char character : text) {
@@ -29,7 +29,7 @@ std::string Shown(std::string_view text) {
     const bool isControl = (byte < 0x20 && character != '\n' && character != '\t') || byte == 0x7F ||
                            (previous == 0xC2 && byte >= 0x80 && byte < 0xA0);
     if (isControl)
-      shown.append("\\x").append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
+      shown += "\\x" + host::HexByte(byte);
     else
       shown += character;
     previous = byte;

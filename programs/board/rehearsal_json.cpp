@@ -3,6 +3,7 @@
 #include <array>
 #include <set>
 
+#include "firmware/host/hex.h"
 #include "rehearsal/reports/board_maps.h"
 #include "rehearsal/reports/fault_groups.h"
 #include "rehearsal/reports/told_roads.h"
@@ -14,10 +15,9 @@ namespace {
 using namespace rehearsal;
 
 std::string HexText(const boards::Bytes& bytes) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string text;
   text.reserve(bytes.size() * 2);
-  for (const std::uint8_t byte : bytes) text.append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
+  for (const std::uint8_t byte : bytes) text += host::HexByte(byte);
   return text;
 }
 

@@ -60,17 +60,16 @@ std::vector<Done> Restore(boards::RestoreWork& work, ProgressObserver& observer)
 }
 
 Json ToJson(const std::vector<Done>& done, const std::string& machine) {
-  Json rows = Json::Array();
-  for (const Done& row : done)
-    rows.Add(Json::Object()
-                 .Set("what", row.what)
-                 .Set("state", !row.outcome.IsDone() ? "failed"
-                               : row.isWritten       ? "restored"
-                                                     : "equal")
-                 .Set("completionCode",
-                      row.outcome.completionCode != 0 ? Json(row.outcome.completionCode) : Json())
-                 .Set("text", row.outcome.Text()));
-  return Json::Object().Set("version", 1).Set("machine", machine).Set("results", rows);
+  const auto result = [](const Done& row) {
+    return Json::Object()
+        .Set("what", row.what)
+        .Set("state", !row.outcome.IsDone() ? "failed"
+                      : row.isWritten       ? "restored"
+                                            : "equal")
+        .Set("completionCode", row.outcome.completionCode != 0 ? Json(row.outcome.completionCode) : Json())
+        .Set("text", row.outcome.Text());
+  };
+  return Json::Object().Set("version", 1).Set("machine", machine).Set("results", ListOf(done, result));
 }
 
 /// Shows the plan; false when it must not be carried out.
