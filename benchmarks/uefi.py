@@ -1,7 +1,7 @@
 """VARNOK.EFI's start beside an empty application's, and the memory that it takes: uefi.py
 
 METERED.EFI, the program with a meter around it, in one boot of OVMF over a simulated board; what the build of `uefi`
-and of `host` has made. 64 KiB of records take two minutes. docs/performance.md says what the figures were.
+and of `host` has made. 64 KiB of records take seconds: its waits are halts. docs/performance.md says what the figures were.
 """
 
 import re

@@ -12,7 +12,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   target_compile_options(varnok_options INTERFACE -fpch-preprocess)
 endif()
 if(VARNOK_SANITIZE)
-  target_compile_options(varnok_options INTERFACE -fsanitize=address,undefined,fuzzer-no-link
+  target_compile_options(varnok_options INTERFACE -fsanitize=address,undefined
     -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(varnok_options INTERFACE -fsanitize=address,undefined)
 endif()

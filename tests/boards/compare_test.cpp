@@ -36,7 +36,7 @@ std::vector<std::string> LinesOf(const Comparison& comparison) {
 
 TEST(Compare, ImagesDifferExactlyWhenTheirBytesDo) {
   Generator generator(10);
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 500; ++i) {
     const Bytes image = generator.Image();
     Bytes other = image;
     generator.Damage(other);
@@ -47,7 +47,7 @@ TEST(Compare, ImagesDifferExactlyWhenTheirBytesDo) {
 
 TEST(Compare, RecordsDifferExactlyWhenTheirBytesDoButForIdAndOrder) {
   Generator generator(11);
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 500; ++i) {
     std::vector<Bytes> records;
     for (unsigned count = generator.Number(1, 6); count > 0; --count) records.push_back(generator.Record());
     std::vector<Bytes> others(records.rbegin(), records.rend());

@@ -192,7 +192,7 @@ TEST(DecodeSdr, DefaultBoardsSensorsInOneLineEach) {
 
 TEST(Decode, AnyBytesAreCoveredByFieldsAndNoneOutside) {
   Generator generator(9);
-  for (int i = 0; i < 2000; ++i) {
+  for (int i = 0; i < 1000; ++i) {
     Bytes record = generator.Record();
     if (i % 2 == 0) generator.Damage(record);
     const Decoded decoded = DecodeSdr(record);

@@ -46,7 +46,7 @@ TEST(FruLoadText, EveryImageComesBack) {
       images.push_back(file.content);
   EXPECT_GE(images.size(), 4u);
   Generator generator(5);
-  for (int i = 0; i < 1000; ++i) images.push_back(generator.Image());
+  for (int i = 0; i < 500; ++i) images.push_back(generator.Image());
   int whole = 0;
   for (const Bytes& image : images) {
     const LoadText made = FruLoadText(image, {}, "image");
@@ -60,7 +60,7 @@ TEST(FruLoadText, EveryImageComesBack) {
 
 TEST(FruLoadText, WhatDamageTakesIsSaid) {
   Generator generator(6);
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 500; ++i) {
     Bytes image = generator.Image();
     generator.Damage(image);
     if (generator.IsOneIn(4)) image.resize(generator.Number(0, 300));

@@ -92,6 +92,8 @@ def board_files() -> dict[str, bytes]:
 class ProgramTest(unittest.TestCase):
     """A folder; in it a stick with an image of ours, that `run_machine` boots, or simulated boards."""
 
+    HALTS = True
+
     @classmethod
     def make_folder(cls):
         temporary = temporary_folder()
@@ -108,7 +110,7 @@ class ProgramTest(unittest.TestCase):
 
     @classmethod
     def run_machine(cls, devices: list[str], commands: dict[str, Command | str], setup: list[str] | None = None):
-        cls.boot: Boot = Machine(cls.folder, cls.stick, devices).run(commands, setup)
+        cls.boot: Boot = Machine(cls.folder, cls.stick, devices, cls.HALTS).run(commands, setup)
 
     @classmethod
     def make_boards(cls, jobs: dict[str, list[str]], folder: Path):

@@ -13,7 +13,7 @@ sys.path.append(str(ROOT / "benchmarks"))
 import jobs  # noqa: E402
 import uefi  # noqa: E402
 
-RECORDS = [jobs.sensor_record(number) for number in range(64)]
+RECORDS = [jobs.sensor_record(number) for number in range(32)]
 
 
 class BoardServer(ProgramTest):

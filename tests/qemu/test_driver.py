@@ -2,21 +2,30 @@
 
 import unittest
 
-from machine import Command, own_bmc
-from program import ProgramTest
+from machine import BUILD, Command, own_bmc
+from program import NO_INTERFACE, NO_PROTOCOL, ProgramTest
 
 DRIVER_NOT_STARTED = "load: -502"
 NOT_READY = "receive: status 8000000000000006"
 
 
 class Driver(ProgramTest):
-    def run_probe(self, devices: list[str], commands: dict[str, Command | str]):
+    HALTS = False
+
+    def make_probe_stick(self):
         self.make_stick(image="PROBE.EFI")
-        self.stick.make_folder("empty")
+        for folder in ("empty", "other"):
+            self.stick.make_folder(folder)
+
+    def run_probe(self, devices: list[str], commands: dict[str, Command | str]):
+        self.make_probe_stick()
         self.run_machine(devices, commands)
 
     def test_usual_place(self):
-        self.run_probe(own_bmc(0xCA2), {
+        self.make_probe_stick()
+        for file, name in {"VARNOK.EFI": "VARNOK.EFI", "other.efi": "ipmi.efi"}.items():
+            self.stick.put(BUILD / file, f"other/{name}")
+        self.run_machine(own_bmc(0xCA2), {
             "no driver here": "cd empty\r\n\\PROBE ipmi load\r\ncd \\",
             "load": "PROBE ipmi load",
             "load again": "PROBE ipmi load",
@@ -34,6 +43,10 @@ class Driver(ProgramTest):
             "unloaded": "PROBE ipmi handles",
             "load after unload": "PROBE ipmi load",
             "identity after unload": "PROBE ipmi send 64 6 1",
+            "without a driver": "PROBE ipmi unload",
+            "another revision": "cd other\r\n\\PROBE ipmi load",
+            "program": "VARNOK /?",
+            "program again": "VARNOK /?",
         })
         self.assertEqual(self.lines("no driver here"), [DRIVER_NOT_STARTED])
         self.assertEqual(self.lines("load"), ["load: 0"])
@@ -52,6 +65,11 @@ class Driver(ProgramTest):
         self.assertEqual(self.lines("no room")[1], "answer: 07/0 01 00:")
         self.assertEqual(self.lines("nothing sent"), [NOT_READY])
         self.assertRegex(self.lines("refused")[1], r"^answer: 07/0 F0 C1:")
+        self.assertEqual(self.lines("without a driver"), ["unload: status 0"])
+        self.assertEqual(self.lines("another revision"), ["load: -500"])
+        for name in ("program", "program again"):
+            self.assert_ends(name, NO_INTERFACE)
+            self.assert_shows(name, NO_PROTOCOL)
 
     def test_place_named_by_smbios(self):
         self.run_probe(own_bmc(0xDA2), {"load": "PROBE ipmi load", "identity": "PROBE ipmi send 64 6 1"})

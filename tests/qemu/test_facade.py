@@ -15,6 +15,8 @@ INPUT_ENDED = 2
 
 
 class Facade(ProgramTest):
+    HALTS = False
+
     @classmethod
     def setUpClass(cls):
         cls.make_stick(None, "PROBE.EFI")

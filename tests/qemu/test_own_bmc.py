@@ -141,15 +141,6 @@ class NoBmc(ProgramTest):
             self.assert_ends(name, NO_INTERFACE)
             self.assert_shows(name, BANNER + OTHER_INTERFACE + NO_PROTOCOL.removeprefix(BANNER))
 
-    def test_driver_of_another_revision(self):
-        self.make_stick("other.efi")
-        self.stick.put(BUILD / "PROBE.EFI")
-        self.run_machine(own_bmc(), {"probe": "PROBE ipmi load", "help": "VARNOK /?", "again": "VARNOK /?"})
-        self.assertEqual(self.lines("probe"), ["load: -500"])
-        for name in ("help", "again"):
-            self.assert_ends(name, NO_INTERFACE)
-            self.assert_shows(name, NO_PROTOCOL)
-
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)

@@ -59,7 +59,6 @@ class UnderUefi(Snapshot):
             cls.stick.write(name, content)
         with cls.served as board:
             machine = Machine(cls.folder, cls.stick, outside_bmc(board.port))
-            machine.LIMIT = 480  # a request takes 60 ms
             cls.boot = machine.run({
                 "help": "SNAPSHOT /?",
                 "snapshot": "SNAPSHOT",
