@@ -55,7 +55,7 @@ TEST(FruLoadText, EveryImageComesBack) {
     if (HasFailure()) return;
   }
   // An area of more than 512 bytes is the one thing that a good image can lose.
-  EXPECT_GT(whole, 930);
+  EXPECT_GT(whole, 465);
 }
 
 TEST(FruLoadText, WhatDamageTakesIsSaid) {
