@@ -32,7 +32,8 @@ class OwnBmc(ProgramTest):
         cls.board = Board.default(cls.folder)
         image = cls.board.folder / "board.bin"
         cls.fit_compact_sensor(cls.board.folder / "sdr.bin")
-        cls.run_machine(own_bmc(frudatafile=image, sdrfile=cls.board.folder / "sdr.bin") + SMBIOS, {
+        # Not the usual place, but the one that SMBIOS names.
+        cls.run_machine(own_bmc(0xDA2, frudatafile=image, sdrfile=cls.board.folder / "sdr.bin") + SMBIOS, {
             "no driver": "cd empty\r\n\\VARNOK /?",
             "help": "cd \\\r\nVARNOK /? > help.txt",
             "help by letter": "VARNOK -H > letter.txt",

@@ -85,12 +85,9 @@ class ReportTest(unittest.TestCase):
         folder = self.folder
         report = json.loads((folder / "report.json").read_text())
         page = folder / "report.html"
-        events = self.browser.open(page, 1280)
-        self.check_foreign(page, events)
+        self.check_foreign(page, self.browser.open(page, 1280, "light"))
         self.check_page(report)
-        for width, scheme in [(1280, "light"), (390, "dark")]:
-            self.browser.open(page, width, scheme)
-            self.assertEqual(self.browser.evaluate(OVERFLOWS), [], f"{width} pixels")
+        self.check_widths(page)
         for fault in report.get("faults", []):
             self.assertEqual(fault["result"], result_of(fault), fault)
         self.check_junit(report, folder / "report.xml")
@@ -101,6 +98,12 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(asked, [page.as_uri()])
         self.assertEqual([event for event in events if event.get("method") == "Log.entryAdded"], [])
         self.assertEqual(self.browser.evaluate(FOREIGN), [])
+
+    def check_widths(self, page):
+        """The page that is open, and as a telephone shows it."""
+        self.assertEqual(self.browser.evaluate(OVERFLOWS), [], "wide")
+        self.browser.open(page, 390, "dark")
+        self.assertEqual(self.browser.evaluate(OVERFLOWS), [], "narrow")
 
     def check_page(self, report):
         said = self.browser.evaluate(SAID)
@@ -148,9 +151,7 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(said["details"], [finding["detail"] for finding in report["findings"]])
         self.assertEqual(len(said["boards"]), len(report["groups"]))
         self.assertEqual(said["dead"], 0)
-        for width in (1280, 390):
-            self.browser.open(page, width, "dark")
-            self.assertEqual(self.browser.evaluate(OVERFLOWS), [], f"{width} pixels")
+        self.check_widths(page)
         cases = {case.get("name"): case for case in xml.etree.ElementTree.parse(self.folder / "fleet.xml").iter("testcase")}
         self.assertEqual([name for name, case in cases.items() if len(case)], ["small"])
         self.assertEqual(list(cases), [each["name"] for each in report["boards"]])
