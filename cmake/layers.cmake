@@ -38,9 +38,8 @@ endfunction()
 varnok_precompiled(core_headers varnok_core_options ${VARNOK_STANDARD_HEADERS})
 varnok_precompiled(host_headers varnok_options ${VARNOK_STANDARD_HEADERS})
 
-# Folders are compiled in batches of files: local names are unique within a folder. Under sanitizers, where
-# most of the work is what headers bring, a folder is one batch; elsewhere one change would wait for all of
-# it.
+# Folders are compiled in batches of files: local names are unique within a folder. Under sanitizers most of
+# the work is what headers bring, so a folder is one batch; elsewhere a change would wait for the whole of it.
 set(CMAKE_UNITY_BUILD ON)
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
 if(VARNOK_SANITIZE)

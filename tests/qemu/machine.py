@@ -260,11 +260,12 @@ class Board:
         return board
 
     @staticmethod
-    def hasten(content):
-        """Nothing takes the BMCs long: a server's clock is this computer's, and a machine's far ahead of it."""
-        content["bmc"]["sdrs"]["eraseMilliseconds"] = 1
+    def hasten(content, erase: int = 1, restart: int = 1):
+        """What takes the BMCs long takes these milliseconds: a server's clock is this computer's, and a machine's is
+        far ahead of it."""
+        content["bmc"]["sdrs"]["eraseMilliseconds"] = erase
         for controller in (content["bmc"], *content["controllers"]):
-            controller["coldResetMilliseconds"] = 1
+            controller["coldResetMilliseconds"] = restart
 
     def copy(self, folder: Path) -> "Board":
         shutil.copytree(self.folder, folder)

@@ -92,7 +92,7 @@ def board_files() -> dict[str, bytes]:
 class ProgramTest(unittest.TestCase):
     """A folder; in it a stick with an image of ours, that `run_machine` boots, or simulated boards."""
 
-    HALTS = True
+    HALTS = True  # not where the firmware's own services are what is tested
 
     @classmethod
     def make_folder(cls):
