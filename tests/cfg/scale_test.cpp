@@ -80,7 +80,7 @@ TEST_F(Scale, SdrFileIsReplacedWithoutASearch) {
 }
 
 TEST_F(Scale, NestingCostsNoStack) {
-  constexpr int kDepth = 50'000;
+  constexpr int kDepth = 20'000;
   std::string open, close;
   for (int i = 0; i < kDepth; ++i) {
     open += i % 2 == 0 ? "IFSET a\n" : "IFSET b\nELSE\n";

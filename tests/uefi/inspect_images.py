@@ -6,6 +6,7 @@ import sys
 import unittest
 from pathlib import Path
 
+ROOT = Path(__file__).resolve().parents[2]
 OBJDUMP, FOLDER = sys.argv[1], Path(sys.argv[2])
 
 
@@ -23,6 +24,11 @@ class Images(unittest.TestCase):
         self.assertNotEqual(int(relocations[2], 16), 0, "the image has no relocations")
         self.assertNotRegex(dump, r"relocations stripped")
         self.assertLessEqual(image.stat().st_size, limit * 1024)
+        # What differs from build to build: its time, and the place of the tree.
+        content = image.read_bytes()
+        header = int.from_bytes(content[0x3C:0x40], "little")
+        self.assertEqual(content[header + 8:header + 12], bytes(4), "the time of the build")
+        self.assertNotIn(bytes(ROOT), content)
 
     def test_program(self):
         self.inspect("VARNOK.EFI", "0000000a", 240)
