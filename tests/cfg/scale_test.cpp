@@ -59,7 +59,7 @@ TEST_F(Scale, ScriptTakesEightyBytesALineWithItsText) {
   parser.Free();
   double before = held();
   ASSERT_EQ(parser.ParseFile(u"T.CFG", nullptr), kSuccess);
-  EXPECT_LE((held() - before) / lines, 80) << "(as glibc's allocator counts; others are not asked)";
+  EXPECT_LE((held() - before) / lines, 80) << "as the allocator counts";
 }
 
 TEST_F(Scale, SdrFileIsReplacedWithoutASearch) {
