@@ -50,9 +50,9 @@ TEST_F(Scale, ScriptTakesEightyBytesALineWithItsText) {
   std::string script = LongScript(29'700, 2'970);
   auto lines = static_cast<double>(std::count(script.begin(), script.end(), '\n'));
   auto held = [] {
-    struct mallinfo2 info = mallinfo2();
     if (__sanitizer_get_current_allocated_bytes != nullptr)
       return static_cast<double>(__sanitizer_get_current_allocated_bytes());
+    struct mallinfo2 info = mallinfo2();
     return static_cast<double>(info.uordblks + info.hblkhd);
   };
   EXPECT_EQ(Load(script), kSuccess);
